@@ -1,0 +1,68 @@
+#include <Socket/FailureText.h>
+
+#include <Socket/SocketLayerState.h>
+#include <VelBase/WideLiteral.h>
+#include <VelLog/LogMessage.h>
+
+namespace VelNet {
+
+using VelBase::operator""_wide;
+
+namespace {
+
+constexpr std::size_t FailureTextRoom = 1020;
+
+void LogFailure(const VelBase::ReturnWString& text, LogFormat format) {
+    VelLog::Router* const router = EnabledRouter(&SocketLayerState::errorRouter);
+    if (router == nullptr) return;
+
+    VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
+    formatter.AddWideText(text.c_str());
+    VelLog::LogMessage(*router, format.text, formatter, format.quoted, nullptr, nullptr, 0);
+}
+
+}  // namespace
+
+VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned short* description) {
+    VelBase::WideText text;
+    text.Reserve(FailureTextRoom);
+    text.Append(label).Append(" "_wide).Append(description);
+    return text;
+}
+
+void AppendError(VelBase::WideText& text, const unsigned short* leadIn, unsigned int error) {
+    text.Append(leadIn)
+        .Append(static_cast<unsigned short>(error))
+        .Append(" "_wide)
+        .Append(Exception::GetErrorString(static_cast<int>(error)));
+}
+
+VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
+                                          const unsigned short* description, unsigned int error) {
+    VelBase::WideText text = BeginFailureText(label, description);
+    AppendError(text, ", errno = "_wide, error);
+    return text.ToReturnWString();
+}
+
+void ThrowFailure(const VelBase::ReturnWString& text, SOCKET_ERR code, LogFormat format) {
+    LogFailure(text, format);
+    throw Exception(text.c_str(), code);
+}
+
+void ThrowSystemFailure(const unsigned short* label, const unsigned short* description, int error) {
+    ThrowFailure(ComposeFailureText(label, description, static_cast<unsigned int>(error)),
+                 Exception::GetSocketError(error));
+}
+
+void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
+                   LogFormat format) noexcept {
+    if (EnabledRouter(&SocketLayerState::errorRouter) == nullptr) return;
+    try {
+        LogFailure(ComposeFailureText(label, description, static_cast<unsigned int>(error)),
+                   format);
+    } catch (...) {
+        return;
+    }
+}
+
+}  // namespace VelNet

@@ -1,0 +1,65 @@
+#include <Socket/SocketAPI.h>
+
+#include <Platform/Winsock.h>
+#include <Socket/FailureText.h>
+#include <VelBase/WideLiteral.h>
+
+#include <memory>
+
+namespace VelNet {
+
+using VelBase::operator""_wide;
+
+constinit SocketLayerState* g_socketLayer = nullptr;
+
+namespace {
+
+constexpr unsigned short WinsockVersion = 0x0202;
+
+VelBase::ReturnPtrI<VelLog::Router> CreateNetworkRouter(const char* category) {
+    return VelLog::CreateRouter("Network", category, VelSynch::LOCK_STACK_CATEGORY_NETWORK);
+}
+
+void StartWinsock() {
+    Winsock::StartupData data = {};
+    const int result = Winsock::WSAStartup(WinsockVersion, &data);
+    if (result == 0 && data.version == WinsockVersion && data.highestVersion == WinsockVersion)
+        return;
+
+    ThrowFailure(
+        ComposeFailureText("VelNet::SocketAPI::Initialize() - FAIL."_wide,
+                           "The ::WSAStartup failed"_wide, static_cast<unsigned int>(result)),
+        Exception::GetSocketError(result), "Cannot initialize socket layer: %1"_format);
+}
+
+void StopWinsock() noexcept {
+    if (Winsock::WSACleanup() != Winsock::SocketError) return;
+
+    TryLogFailure("VelNet::SocketAPI::Finalize() - FAIL."_wide, "The ::WSACleanup failed"_wide,
+                  Winsock::WSAGetLastError(), "Cannot cleanup socket layer: %1"_format);
+}
+
+}  // namespace
+
+SocketLayerState::SocketLayerState()
+    : errorRouter(CreateNetworkRouter("Error")),
+      connectionTraceRouter(CreateNetworkRouter("Connection Trace")),
+      packetTraceRouter(CreateNetworkRouter("Packet Trace")),
+      verbosePacketTraceRouter(CreateNetworkRouter("Verbose Packet Trace")) {}
+
+void SocketAPI::Initialize(SocketLayerState& state) {
+    std::construct_at(&state);
+    try {
+        StartWinsock();
+    } catch (...) {
+        std::destroy_at(&state);
+        throw;
+    }
+}
+
+void SocketAPI::Finalize(SocketLayerState& state) noexcept {
+    StopWinsock();
+    std::destroy_at(&state);
+}
+
+}  // namespace VelNet

@@ -1,0 +1,166 @@
+#include <VelNet/SocketAddress.h>
+
+#include <Platform/Winsock.h>
+#include <Socket/ClearForGood.h>
+#include <Socket/FailureText.h>
+#include <VelBase/LengthLimit.h>
+#include <VelBase/TextConversions.h>
+#include <VelBase/WideLiteral.h>
+
+#include <cstring>
+#include <string>
+
+namespace VelNet {
+
+using VelBase::operator""_wide;
+
+struct SocketAddress::Record {
+    Octets address;
+    unsigned short port;
+};
+
+namespace {
+
+constexpr int HostNameRoom = 200;
+
+// Required: whatever begins with these nine letters is looked up as just them.
+constexpr char LocalHost[] = "localhost";
+
+std::string NameToLookUp(const char* name) {
+    if (name == nullptr) return {};
+    if (std::strncmp(name, LocalHost, std::strlen(LocalHost)) == 0) return LocalHost;
+
+    const std::size_t length = std::strlen(name);
+    VelBase::RequireRoom(0, length, std::string().max_size(), VelBase::StringTooLong);
+    return {name, length};
+}
+
+Octets OctetsFrom(const char* bytes) {
+    return {static_cast<unsigned char>(bytes[0]), static_cast<unsigned char>(bytes[1]),
+            static_cast<unsigned char>(bytes[2]), static_cast<unsigned char>(bytes[3])};
+}
+
+// A failure text that names what was looked up: description, " Connection = {", the name.
+VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned short* description,
+                                     const char* lookedUp) {
+    VelBase::WideText text = BeginFailureText(label, description);
+    text.Append(" Connection = {"_wide).Append(VelBase::UTF8ToWideChar(lookedUp, false));
+    return text;
+}
+
+[[noreturn]] void ThrowNotResolvable(const std::string& name, int error) {
+    VelBase::WideText text = BeginLookUpFailure(
+        "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL."_wide,
+        "The host name supplied is not resolvable on this machine."_wide, name.c_str());
+    AppendError(text, "}, errno = "_wide, static_cast<unsigned int>(error));
+    ThrowFailure(text.ToReturnWString(), Exception::GetSocketError(error));
+}
+
+[[noreturn]] void ThrowWithoutAddress(const std::string& name) {
+    // Required: no point behind FAIL.
+    VelBase::WideText text = BeginLookUpFailure(
+        "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL"_wide,
+        "The host name supplied does not have an ip address."_wide, name.c_str());
+    text.Append("}"_wide);
+    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+}
+
+// Required: this failure alone is thrown without being logged.
+[[noreturn]] void ThrowNameless(const Octets& octets, int error) {
+    // Required: no point behind FAIL.
+    VelBase::WideText text =
+        BeginLookUpFailure("VelNet::SocketAddress::GetMachineNameFromOctets() - FAIL"_wide,
+                           "The address supplied is not resolvable on this machine."_wide,
+                           octets.GetAddressString().c_str());
+    AppendError(text, "}, errno = "_wide, static_cast<unsigned int>(error));
+    throw Exception(text.Units(), Exception::GetSocketError(error));
+}
+
+[[noreturn]] void ThrowNotDotted(const char* dotted) {
+    VelBase::WideText text =
+        BeginFailureText("VelNet::SocketAddress::ConvertDottedStringToOctets() - FAIL."_wide,
+                         "The input parameter is not an Internet Protocol dotted address: "_wide);
+    text.Append(VelBase::UTF8ToWideChar(dotted, false));
+    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+}
+
+}  // namespace
+
+SocketAddress::SocketAddress() : record_(new Record{Octets(), 0}) {}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the value.
+SocketAddress::SocketAddress(Octets octets, unsigned int port)
+    : record_(new Record{octets, static_cast<unsigned short>(port & 0xFFFFU)}) {}
+
+SocketAddress::SocketAddress(const SocketAddress& other) : record_(new Record(*other.record_)) {}
+
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): copying a record onto itself changes nothing.
+SocketAddress& SocketAddress::operator=(const SocketAddress& other) noexcept {
+    record_->port = other.record_->port;
+    record_->address = other.record_->address;
+    return *this;
+}
+
+SocketAddress::~SocketAddress() {
+    delete record_;
+    ClearForGood(record_);
+}
+
+Octets SocketAddress::GetOctets() const {
+    return record_->address;
+}
+
+unsigned short SocketAddress::GetPort() const noexcept {
+    return record_->port;
+}
+
+VelBase::ReturnPtrI<OctetsCollection> SocketAddress::GetOctetsFromMachineName(const char* name) {
+    const std::string lookedUp = NameToLookUp(name);
+    const Winsock::HostEntry* const host = Winsock::gethostbyname(lookedUp.c_str());
+    if (host == nullptr) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowNotResolvable(lookedUp, error);
+    }
+
+    VelBase::ReturnPtrI<OctetsCollection> addresses(CreateOctetsCollection());
+    for (char** address = host->addresses; *address != nullptr; ++address) {
+        addresses->Add(OctetsFrom(*address));
+    }
+    if (addresses->GetCount() == 0) ThrowWithoutAddress(lookedUp);
+    return addresses;
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the value.
+VelBase::ReturnString SocketAddress::GetMachineNameFromOctets(Octets octets) {
+    const char address[] = {
+        static_cast<char>(octets.GetOctet1()), static_cast<char>(octets.GetOctet2()),
+        static_cast<char>(octets.GetOctet3()), static_cast<char>(octets.GetOctet4())};
+    const Winsock::HostEntry* const host =
+        Winsock::gethostbyaddr(address, sizeof address, Winsock::FamilyIpv4);
+    if (host == nullptr) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowNameless(octets, error);
+    }
+    return {host->name};
+}
+
+Octets SocketAddress::ConvertDottedStringToOctets(const char* text) {
+    const unsigned int address = Winsock::inet_addr(text);
+    if (address == Winsock::NoAddress) ThrowNotDotted(text);
+
+    char bytes[sizeof address];
+    std::memcpy(bytes, &address, sizeof address);
+    return OctetsFrom(bytes);
+}
+
+VelBase::ReturnString SocketAddress::GetLocalMachineName() {
+    char name[HostNameRoom] = {};
+    if (Winsock::gethostname(name, sizeof name) != 0) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSystemFailure("VelNet::SocketAddress::GetLocalMachineName() - FAIL."_wide,
+                           "The host name is not configured on this machine."_wide, error);
+    }
+    return {name};
+}
+
+}  // namespace VelNet

@@ -1,0 +1,296 @@
+#include <Socket/SocketImpl.h>
+
+#include <Socket/FailureText.h>
+#include <Socket/Ipv4Address.h>
+#include <Socket/SocketLayerState.h>
+#include <Socket/SystemSocket.h>
+#include <VelBase/InterfaceHolder.h>
+#include <VelBase/TextConversions.h>
+#include <VelBase/WideLiteral.h>
+
+#include <cstring>
+#include <new>
+
+namespace VelNet {
+
+using VelBase::operator""_wide;
+
+namespace {
+
+constexpr int Backlog = 2;
+
+// Besides Winsock's own number, the one that other systems' sockets have for "would block".
+constexpr int ErrorTryAgain = 11;
+
+// The stored addresses of a socket, rendered once for all records of a call.
+class ClassicEndpoints final : public TraceEndpoints {
+public:
+    ClassicEndpoints(const SocketAddress& local, const SocketAddress& remote)
+        : localAddress_(local.GetOctets().GetAddressString()),
+          localPort_(local.GetPort()),
+          remoteAddress_(remote.GetOctets().GetAddressString()),
+          remotePort_(remote.GetPort()) {}
+
+    void FeedTo(VelResource::MessageFormatter& formatter) const override {
+        formatter.AddNarrowText(localAddress_.c_str())
+            .AddInteger(localPort_)
+            .AddNarrowText(remoteAddress_.c_str())
+            .AddInteger(remotePort_);
+    }
+
+private:
+    VelBase::ReturnString localAddress_;
+    int localPort_;
+    VelBase::ReturnString remoteAddress_;
+    int remotePort_;
+};
+
+SocketImpl* MakeSocket(HandleOwner& handle, SocketState state) {
+    auto* const socket = new SocketImpl(handle.Get(), state);
+    handle.HandOver();
+    return socket;
+}
+
+// The failure of an operation that was given an endpoint, which its text shows.
+[[noreturn]] void ThrowEndpointFailure(const unsigned short* label,
+                                       const unsigned short* description, const Octets& address,
+                                       const unsigned short* separator, unsigned short port,
+                                       int error) {
+    VelBase::WideText text = BeginFailureText(label, description);
+    text.Append(VelBase::UTF8ToWideChar(address.GetAddressString().c_str(), false))
+        .Append(separator)
+        .Append(VelBase::ToDecimalWString(port));
+    AppendError(text, ", errno = "_wide, static_cast<unsigned int>(error));
+    ThrowFailure(text.ToReturnWString(), Exception::GetSocketError(error));
+}
+
+}  // namespace
+
+VelBase::ReturnPtrI<Socket> CreateSocket(Socket::SOCKET_TYPE type,
+                                         Socket::SOCKET_PROTOCOL protocol) {
+    HandleOwner handle(
+        Winsock::socket(Winsock::FamilyIpv4, SystemTypeFrom(type), SystemProtocolFrom(protocol)));
+    if (handle.IsEmpty()) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSystemFailure("VelNet::CreateSocket() - FAIL."_wide, "The ::socket failed"_wide,
+                           error);
+    }
+    return {MakeSocket(handle, STATE_CREATED)};
+}
+
+SocketImpl::SocketImpl() : SocketImpl(Winsock::InvalidSocket, STATE_CLOSED) {}
+
+SocketImpl::SocketImpl(Winsock::Handle handle, SocketState state)
+    : handle_(handle), state_(state) {}
+
+SocketImpl::~SocketImpl() {
+    if (SocketImpl::IsValid()) SocketImpl::Close();
+}
+
+bool SocketImpl::IsSameSocket(const Socket& other) const {
+    return handle_ == HandleOf(other);
+}
+
+bool SocketImpl::SetNonBlocking() {
+    return SwitchToNonBlocking(handle_);
+}
+
+bool SocketImpl::IsValid() const {
+    return state_ != STATE_CLOSED && handle_ != Winsock::InvalidSocket;
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the value.
+void SocketImpl::Bind(Octets address, unsigned short port) {
+    const Winsock::AddressIpv4 systemAddress = SystemAddressFrom(address, port);
+    if (Winsock::bind(handle_, &systemAddress, sizeof systemAddress) == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowEndpointFailure("VelNet::SocketImpl::Bind() - FAIL."_wide,
+                             "Cannot bind to a socket: "_wide, address, ": "_wide, port, error);
+    }
+    state_ = STATE_BOUND;
+}
+
+int SocketImpl::Listen() {
+    const int result = Winsock::listen(handle_, Backlog);
+    if (result == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSystemFailure("VelNet::SocketImpl::Listen() - FAIL."_wide,
+                           "Cannot listen to a socket"_wide, error);
+    }
+    state_ = STATE_LISTENING;
+    return result;
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the value.
+void SocketImpl::Connect(Octets address, unsigned short port) {
+    const Winsock::AddressIpv4 systemAddress = SystemAddressFrom(address, port);
+    if (Winsock::connect(handle_, &systemAddress, sizeof systemAddress) == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        // Required: no blank behind the colon, unlike in the text of Bind.
+        ThrowEndpointFailure("VelNet::SocketImpl::Connect() - FAIL."_wide,
+                             "Cannot connect to a socket: "_wide, address, ":"_wide, port, error);
+    }
+    state_ = STATE_CONNECTED;
+    local_ = GetLocalAddress();
+    remote_ = GetRemoteAddress();
+    TraceConnection(ConnectedFormat);
+}
+
+VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
+    Winsock::AddressIpv4 address = {};
+    int length = sizeof address;
+    HandleOwner handle(Winsock::accept(handle_, &address, &length));
+    if (handle.IsEmpty()) {
+        const int error = Winsock::WSAGetLastError();
+        if (error == Winsock::ErrorWouldBlock || error == ErrorTryAgain) return {};
+        // Required: the label names SocketAPI.
+        ThrowSystemFailure("VelNet::SocketAPI::Accept() - FAIL."_wide,
+                           "Cannot accept a connection"_wide, error);
+    }
+
+    const VelBase::InterfaceHolder<SocketImpl> accepted(MakeSocket(handle, STATE_CONNECTED));
+    remote = SocketAddressFrom(address);
+    // Required: the listener's own address, not the one that the connection came in on.
+    accepted->local_ = GetLocalAddress();
+    accepted->remote_ = remote;
+    accepted->TraceConnection(ConnectedFormat);
+    return {accepted.Get()};
+}
+
+void SocketImpl::SetReceiveTimeout(unsigned int milliseconds) {
+    SetOption(Winsock::OptionReceiveTimeout, milliseconds,
+              "VelNet::SocketImpl::SetReceiveTimeout() - FAIL."_wide,
+              "Cannot set Receive Timeout"_wide);
+}
+
+void SocketImpl::SetSendTimeout(unsigned int milliseconds) {
+    // Required: the label names the receive time-out.
+    SetOption(Winsock::OptionSendTimeout, milliseconds,
+              "VelNet::SocketImpl::SetReceiveTimeout() - FAIL."_wide,
+              "Cannot set Send Timeout"_wide);
+}
+
+void SocketImpl::SetReuseAddress() {
+    SetOption(Winsock::OptionReuseAddress, 1, "VelNet::SocketImpl::SetReuseAddress() - FAIL."_wide,
+              "Cannot set Reuse Address"_wide);
+}
+
+void SocketImpl::Close() noexcept {
+    if (Winsock::closesocket(handle_) == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        TryLogFailure("VelNet::SocketImpl::Close() - FAIL."_wide, "Cannot close a socket"_wide,
+                      error);
+    }
+    handle_ = Winsock::InvalidSocket;
+    state_ = STATE_CLOSED;
+    TryTraceDisconnected();
+    TryForgetAddresses();
+}
+
+int SocketImpl::Receive(char* buffer, int length) {
+    const int received = Winsock::recv(handle_, buffer, length, 0);
+    if (received <= 0) [[unlikely]] {
+        ThrowReceiveFailure(received);
+    }
+    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
+        TraceTransfer(ReceivedFormats, buffer, received);
+    }
+    return received;
+}
+
+int SocketImpl::Send(const char* buffer, int length) {
+    const int sent = Winsock::send(handle_, buffer, length, 0);
+    if (sent == Winsock::SocketError) [[unlikely]] {
+        return FailedSend();
+    }
+    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
+        TraceTransfer(SentFormats, buffer, sent);
+    }
+    return sent;
+}
+
+bool SocketImpl::IsDataAvailable() const {
+    return HasBytesAvailable(handle_);
+}
+
+SocketAddress SocketImpl::GetLocalAddress() const {
+    return QueryAddress(Winsock::getsockname, "The ::getsockname failed"_wide);
+}
+
+SocketAddress SocketImpl::GetRemoteAddress() const {
+    return QueryAddress(Winsock::getpeername, "The ::getpeername failed"_wide);
+}
+
+int SocketImpl::GetStatus() const {
+    return StatusOf(*this, state_);
+}
+
+SocketAddress SocketImpl::QueryAddress(AddressQuery query,
+                                       const unsigned short* description) const {
+    Winsock::AddressIpv4 address = {};
+    int length = sizeof address;
+    if (query(handle_, &address, &length) == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        // Required: the label is that of Send, whichever address was asked for.
+        ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, description, error);
+    }
+    return SocketAddressFrom(address);
+}
+
+void SocketImpl::SetOption(int option, unsigned int value, const unsigned short* label,
+                           const unsigned short* description) const {
+    char bytes[sizeof value];
+    std::memcpy(bytes, &value, sizeof value);
+    if (Winsock::setsockopt(handle_, Winsock::LevelSocket, option, bytes, sizeof bytes) ==
+        Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        TryLogFailure(label, description, error);
+    }
+}
+
+int SocketImpl::FailedSend() {
+    const int error = Winsock::WSAGetLastError();
+    if (error == Winsock::ErrorWouldBlock) return 0;
+    ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, "The ::send failed"_wide, error);
+}
+
+// Required: unlike in Send, a call that would block is a failure like any other.
+void SocketImpl::ThrowReceiveFailure(int result) {
+    constexpr const unsigned short* label = "VelNet::SocketImpl::Receive() - FAIL."_wide;
+    if (result == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSystemFailure(label, "The ::recv failed"_wide, error);
+    }
+    const VelBase::WideText text = BeginFailureText(
+        label, "The ::recv could not be completed because the connection has been closed."_wide);
+    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+}
+
+void SocketImpl::TraceConnection(LogFormat format) const {
+    if (VelLog::Router* const router = EnabledRouter(&SocketLayerState::connectionTraceRouter)) {
+        WriteConnectionRecord(*router, format, ClassicEndpoints(local_, remote_));
+    }
+}
+
+void SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data, int count) const {
+    WriteTransferRecords(formats, data, count, ClassicEndpoints(local_, remote_));
+}
+
+void SocketImpl::TryTraceDisconnected() const noexcept {
+    try {
+        TraceConnection(DisconnectedFormat);
+    } catch (...) {
+        return;
+    }
+}
+
+void SocketImpl::TryForgetAddresses() noexcept {
+    try {
+        local_ = SocketAddress();
+        remote_ = SocketAddress();
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
+}  // namespace VelNet

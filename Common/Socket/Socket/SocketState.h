@@ -1,0 +1,15 @@
+// Where a socket is in its life.
+#pragma once
+
+namespace VelNet {
+
+// Feeds IsValid, GetStatus and the destructor; no operation is refused because of it.
+enum SocketState : unsigned int {
+    STATE_CLOSED = 0,
+    STATE_CREATED = 1,
+    STATE_BOUND = 2,
+    STATE_LISTENING = 3,
+    STATE_CONNECTED = 4,
+};
+
+}  // namespace VelNet

@@ -1,0 +1,58 @@
+#include <Socket/SystemSocket.h>
+
+#include <Socket/SocketImpl.h>
+
+namespace VelNet {
+
+int SystemTypeFrom(Socket::SOCKET_TYPE type) noexcept {
+    switch (type) {
+        case Socket::SOCKET_STREAM:
+            return Winsock::TypeStream;
+        case Socket::SOCKET_DATAGRAM:
+            return Winsock::TypeDatagram;
+    }
+    return 0;
+}
+
+int SystemProtocolFrom(Socket::SOCKET_PROTOCOL protocol) noexcept {
+    switch (protocol) {
+        case Socket::PROTOCOL_TCP:
+            return Winsock::ProtocolTcp;
+        case Socket::PROTOCOL_UDP:
+            return Winsock::ProtocolUdp;
+    }
+    return 0;
+}
+
+bool SwitchToNonBlocking(Winsock::Handle handle) {
+    unsigned int enable = 1;
+    return Winsock::ioctlsocket(handle, Winsock::CommandNonBlocking, &enable) !=
+           Winsock::SocketError;
+}
+
+bool HasBytesAvailable(Winsock::Handle handle) {
+    unsigned int count = 0;
+    if (Winsock::ioctlsocket(handle, Winsock::CommandBytesAvailable, &count) ==
+        Winsock::SocketError) {
+        return false;
+    }
+    return count != 0;
+}
+
+int StatusOf(const Socket& socket, SocketState state) {
+    if (state == STATE_LISTENING) return STATUS_LISTENING;
+    if (state != STATE_CONNECTED) return STATUS_NONE;
+    return socket.IsDataAvailable() ? STATUS_DATA_PENDING : STATUS_IDLE;
+}
+
+Winsock::Handle HandleOf(const Socket& socket) noexcept {
+    if (const auto* const classic = dynamic_cast<const SocketImpl*>(&socket))
+        return classic->Handle();
+    return Winsock::InvalidSocket;
+}
+
+HandleOwner::~HandleOwner() {
+    if (!IsEmpty()) Winsock::closesocket(handle_);
+}
+
+}  // namespace VelNet

@@ -1,0 +1,65 @@
+// The records of traffic: their texts, and when each is written.
+#pragma once
+
+#include <Socket/LogFormat.h>
+#include <VelBase/ReturnString.h>
+#include <VelLog/Router.h>
+#include <VelResource/MessageFormatter.h>
+
+namespace VelNet {
+
+inline constexpr LogFormat ConnectedFormat =
+    "Connected, Local address: %1 (%2), Remote address: %3 (%4)"_format;
+inline constexpr LogFormat DisconnectedFormat =
+    "Disconnected, Local address: %1 (%2), Remote address: %3 (%4)"_format;
+
+// A transfer's record for "Packet Trace", and the one with its bytes for "Verbose Packet Trace".
+struct TransferFormats {
+    LogFormat plain;
+    LogFormat withData;
+};
+
+inline constexpr TransferFormats SentFormats = {
+    "Sent %1 bytes, Local address: %2 (%3), Remote address: %4 (%5)"_format,
+    "Sent %1 bytes, Local address: %2 (%3), Remote address: %4 (%5), data: %6"_format,
+};
+inline constexpr TransferFormats ReceivedFormats = {
+    "Received %1 bytes, Local address: %2 (%3), Remote address: %4 (%5)"_format,
+    "Received %1 bytes, Local address: %2 (%3), Remote address: %4 (%5), data: %6"_format,
+};
+inline constexpr TransferFormats SendtoFormats = {
+    "Sendto %1 bytes, Local address: %2 (%3), Remote address: %4 (%5)"_format,
+    "Sendto %1 bytes, Local address: %2 (%3), Remote address: %4 (%5), data: %6"_format,
+};
+inline constexpr TransferFormats RecvfromFormats = {
+    "Recvfrom %1 bytes, Local address: %2 (%3), Remote address: %4 (%5)"_format,
+    "Recvfrom %1 bytes, Local address: %2 (%3), Remote address: %4 (%5), data: %6"_format,
+};
+
+// The two ends of a record. Each family of sockets feeds them its own way: local address, local
+// port, remote address, remote port.
+class TraceEndpoints {
+public:
+    virtual void FeedTo(VelResource::MessageFormatter& formatter) const = 0;
+
+protected:
+    TraceEndpoints() = default;
+    TraceEndpoints(const TraceEndpoints&) = default;
+    TraceEndpoints& operator=(const TraceEndpoints&) = default;
+    ~TraceEndpoints() = default;
+};
+
+// Writes a Connected or Disconnected record. The caller has found the router enabled.
+void WriteConnectionRecord(VelLog::Router& router, LogFormat format,
+                           const TraceEndpoints& endpoints);
+
+// Writes the plain record, then the one with the first count bytes of the data, each if its own
+// router is enabled.
+void WriteTransferRecords(const TransferFormats& formats, const char* data, int count,
+                          const TraceEndpoints& endpoints);
+
+// The bytes in hexadecimal, all of them and nothing between. Required: a byte is read as a signed
+// number and widened, so that 0x80 to 0xFF give eight digits ("FFFFFF80") and the others two.
+VelBase::ReturnString FormatTraceBytes(const char* data, unsigned int count);
+
+}  // namespace VelNet

@@ -1,0 +1,114 @@
+// The IPv4 socket.
+#pragma once
+
+#include <VelBase/Export.h>
+#include <VelBase/ReferenceCounted.h>
+#include <VelBase/ReturnPtrI.h>
+#include <VelNet/Octets.h>
+#include <VelNet/SocketAddress.h>
+
+namespace VelNet {
+
+// What Socket::GetStatus answers.
+enum SOCKET_STATUS : int {
+    STATUS_NONE = 0,          // created, bound or closed
+    STATUS_LISTENING = 1,     // listening
+    STATUS_DATA_PENDING = 2,  // connected, with bytes to receive
+    STATUS_IDLE = 3,          // connected, without
+};
+
+// One IPv4 stream or datagram socket, made by CreateSocket or by Accept. Reference counted; a
+// socket whose last reference goes while it is open closes itself. A socket and its references are
+// used by one thread at a time, except that one thread may send while another receives.
+//
+// Every operation goes to the system as it stands: none looks at what was called before, and the
+// system's answer decides. Failures throw Exception with the code that the system's error number
+// maps to (Exception::GetSocketError), after the text was logged under "Error"; a failure leaves
+// the socket as it was. Where an operation reports differently, it says so. All ports are in host
+// byte order.
+//
+// The socket layer must be up (SocketInitialization).
+class VELSOCK_EXPORT Socket : public virtual VelBase::ReferenceCounted {
+public:
+    // Any value may be passed to CreateSocket; what is not named here becomes 0 and is left to the
+    // system.
+    enum SOCKET_TYPE : int { SOCKET_STREAM = 0, SOCKET_DATAGRAM = 1 };
+    enum SOCKET_PROTOCOL : int { PROTOCOL_TCP = 0, PROTOCOL_UDP = 1 };
+
+    Socket();
+    Socket(const Socket& other);
+    Socket& operator=(const Socket& other);
+    ~Socket() override;
+
+    // True when both objects hold the same system handle. All closed sockets are the same.
+    virtual bool IsSameSocket(const Socket& other) const = 0;
+
+    // Makes the socket non-blocking, for good: there is no way back. True when the system accepted
+    // that; a failure is neither logged nor thrown.
+    virtual bool SetNonBlocking() = 0;
+
+    // True from creation until Close.
+    virtual bool IsValid() const = 0;
+
+    // Takes the local address and port; port 0 lets the system choose.
+    virtual void Bind(Octets address, unsigned short port) = 0;
+
+    // Makes the socket wait for connections, two of which may be pending at a time. Returns 0.
+    virtual int Listen() = 0;
+
+    // Connects, learns both addresses from the system and writes the "Connected" record. A
+    // non-blocking socket whose connection is not made at once throws SOCKET_ERR_WOULDBLOCK. When
+    // the system made the connection but cannot tell an address, the failure of GetLocalAddress or
+    // GetRemoteAddress passes out and the socket stays connected.
+    virtual void Connect(Octets address, unsigned short port) = 0;
+
+    // Takes the next pending connection, stores the peer's address in remote and writes the
+    // "Connected" record. The new socket is blocking or not as this one is. Empty, with remote
+    // untouched and nothing logged, when this socket is non-blocking and no connection is pending.
+    // Required: the new socket records this socket's own local address, 0.0.0.0 for a listener on
+    // all addresses.
+    virtual VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) = 0;
+
+    // Limits how long Receive and Send block; milliseconds, 0 for no limit. A transfer that takes
+    // longer throws SOCKET_ERR_TIMEDOUT. Required: a failure to set these is logged and not thrown,
+    // and the text for the send time-out names SetReceiveTimeout.
+    virtual void SetReceiveTimeout(unsigned int milliseconds) = 0;
+    virtual void SetSendTimeout(unsigned int milliseconds) = 0;
+
+    // Allows to bind to an address that is in use. There is no way back. A failure is logged and
+    // not thrown.
+    virtual void SetReuseAddress() = 0;
+
+    // Closes the socket and writes the "Disconnected" record. Never throws: a failure is logged,
+    // and the socket is closed all the same. Closing a closed socket logs a failure and writes
+    // another record.
+    virtual void Close() = 0;
+
+    // Receives once, up to length bytes, and returns their number, at least 1. Throws
+    // SOCKET_ERR_UNKNOWN when the peer has closed the connection; the socket stays open. Required:
+    // unlike Send, a non-blocking socket with nothing to receive throws SOCKET_ERR_WOULDBLOCK.
+    virtual int Receive(char* buffer, int length) = 0;
+
+    // Sends once and returns how many bytes the system took, which may be fewer than length: the
+    // caller sends the rest. Returns 0, with nothing logged, when the socket is non-blocking and
+    // the call would block.
+    virtual int Send(const char* buffer, int length) = 0;
+
+    // True when bytes are waiting. A failure counts as none; it is neither logged nor thrown.
+    virtual bool IsDataAvailable() const = 0;
+
+    // The addresses as the system tells them at this moment. Required: their failure texts carry
+    // the label of Send.
+    virtual SocketAddress GetLocalAddress() const = 0;
+    virtual SocketAddress GetRemoteAddress() const = 0;
+
+    // A SOCKET_STATUS. A connected socket is asked for waiting bytes (IsDataAvailable).
+    virtual int GetStatus() const = 0;
+};
+
+// Makes a blocking IPv4 socket without any option set. The pair of type and protocol is not
+// checked: the system decides. Throws Exception when it refuses, std::bad_alloc.
+VELSOCK_EXPORT VelBase::ReturnPtrI<Socket> CreateSocket(Socket::SOCKET_TYPE type,
+                                                        Socket::SOCKET_PROTOCOL protocol);
+
+}  // namespace VelNet

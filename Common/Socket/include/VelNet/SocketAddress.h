@@ -1,0 +1,65 @@
+// An IPv4 endpoint, and the plain resolution of host names.
+#pragma once
+
+#include <VelBase/Export.h>
+#include <VelBase/ReturnPtrI.h>
+#include <VelBase/ReturnString.h>
+#include <VelNet/Octets.h>
+#include <VelNet/OctetsCollection.h>
+
+namespace VelNet {
+
+// An address and a port: a value that owns its record and is copied deeply. Every constructor
+// throws std::bad_alloc when there is no memory for it. Each object is used by one thread at a
+// time.
+//
+// The static operations are the library's resolvers over the system's IPv4 name functions. They
+// keep no state and may run on any thread; the socket layer must be up (SocketInitialization). They
+// block as long as the system's resolver does. Names are UTF-8. A failure is logged under "Error"
+// before it is thrown, except where it says otherwise, and leaves nothing allocated.
+class VELSOCK_EXPORT SocketAddress {
+public:
+    // 0.0.0.0 and port 0
+    SocketAddress();
+
+    // The port in host byte order; only its low 16 bits are kept.
+    SocketAddress(Octets octets, unsigned int port);
+
+    SocketAddress(const SocketAddress& other);
+    // Copies into this object's own record; allocates nothing.
+    SocketAddress& operator=(const SocketAddress& other) noexcept;
+    ~SocketAddress();
+
+    // A copy of the address. Throws std::bad_alloc.
+    Octets GetOctets() const;
+
+    // The port in host byte order.
+    unsigned short GetPort() const noexcept;
+
+    // Every IPv4 address of the host, in the resolver's order, duplicates included; at least one.
+    // Required: any name that begins with the nine letters of "localhost" is looked up as
+    // "localhost".
+    //
+    // Throws Exception with the system's code when the name does not resolve
+    // (SOCKET_ERR_HOST_NOT_FOUND and its kin), and with SOCKET_ERR_UNKNOWN when the host has no
+    // address.
+    static VelBase::ReturnPtrI<OctetsCollection> GetOctetsFromMachineName(const char* name);
+
+    // The official name of the host with this address. Throws Exception with the system's code when
+    // there is none; this failure alone is not logged.
+    static VelBase::ReturnString GetMachineNameFromOctets(Octets octets);
+
+    // The address that a dotted text stands for, in all forms that the system's inet_addr takes.
+    // Throws Exception with SOCKET_ERR_UNKNOWN for any other text. Required: 255.255.255.255 is
+    // rejected as well, because inet_addr answers it with the value that stands for a failure.
+    static Octets ConvertDottedStringToOctets(const char* text);
+
+    // The local host's name, of at most 199 characters. Throws Exception with the system's code.
+    static VelBase::ReturnString GetLocalMachineName();
+
+private:
+    struct Record;
+    Record* record_;
+};
+
+}  // namespace VelNet

@@ -1,0 +1,52 @@
+// The seam to the few other things that the library needs of the operating system.
+//
+// Wide texts are 16-bit UTF-16 units. Results are without a terminator. All operations may be
+// called from any thread at any time; those that return containers may throw std::bad_alloc.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace System {
+
+using WideUnits = std::vector<unsigned short>;
+
+// Suspends the calling thread; 0 only gives way to other threads.
+void Sleep(unsigned long milliseconds);
+
+// The local computer's name.
+WideUnits ComputerName();
+
+// The system's text for one of its error numbers, Winsock's included; never empty.
+WideUnits ErrorDescription(unsigned int error);
+
+// Between the system's code page and UTF-16. What cannot be converted becomes a replacement
+// character.
+WideUnits WideFromCodePage(const char* text, std::size_t length);
+std::string CodePageFromWide(const unsigned short* units, std::size_t count);
+
+// The error numbers that a caller may still want to read: the thread's last Winsock error and the
+// system's own.
+struct ErrorNumbers {
+    int winsock;
+    int system;
+};
+ErrorNumbers SaveErrorNumbers() noexcept;
+void RestoreErrorNumbers(ErrorNumbers numbers) noexcept;
+
+// A file that records are appended to. Each write is one call of the system, so that records of
+// several writers do not mix. Nothing here raises a signal.
+using LogFile = long long;
+inline constexpr LogFile NoLogFile = -1;
+
+// The process's standard error; never closed.
+LogFile StandardError() noexcept;
+
+// Opens the file for appending, or makes it, readable and writable by its owner only. The path is
+// UTF-8. NoLogFile on failure, with the system's error number in error.
+LogFile OpenLogFile(const char* path, unsigned int& error) noexcept;
+bool WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept;
+void CloseLogFile(LogFile file) noexcept;
+
+}  // namespace System

@@ -1,0 +1,168 @@
+#include <Platform/Winsock.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "Addresses.h"
+#include "Connecting.h"
+#include "Errors.h"
+#include "SocketRecords.h"
+#include "Waiting.h"
+
+namespace {
+
+using namespace Posix;
+
+void RecordConnected(const Socket& socket) {
+    socket.record->Clear(Flag::Connecting);
+    socket.record->Set(Flag::Connected | Flag::Bound);
+}
+
+// The outcome of a connect call that the kernel has finished.
+int TakeOutcome(const Socket& socket) {
+    int error = 0;
+    socklen_t length = sizeof error;
+    ::getsockopt(socket.descriptor, SOL_SOCKET, SO_ERROR, &error, &length);
+    return error;
+}
+
+bool HasOutcome(const Socket& socket) {
+    pollfd wait = {socket.descriptor, POLLOUT, 0};
+    return ::poll(&wait, 1, 0) > 0;
+}
+
+// The error number of the system, 0 or EINPROGRESS included.
+int ConnectOnce(const Socket& socket, const KernelAddress& peer) {
+    const auto length = static_cast<socklen_t>(AddressLength(socket));
+    return ::connect(socket.descriptor, &peer.any, length) == 0 ? 0 : errno;
+}
+
+// A connect call after a failed one whose outcome was taken otherwise only reports that; the next
+// one acts.
+int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
+    const int error = ConnectOnce(socket, peer);
+    return error == ECONNABORTED ? ConnectOnce(socket, peer) : error;
+}
+
+// An interrupted connect goes on in the kernel, and so does one that the send time-out, which
+// Winsock does not apply here, has cut short. Calling connect again would not be a continuation.
+int WaitForOutcome(const Socket& socket) {
+    WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit);
+    return TakeOutcome(socket);
+}
+
+bool IsUnfinished(int error) {
+    return error == EINPROGRESS || error == EINTR;
+}
+
+int StartConnect(const Socket& socket, const KernelAddress& peer) {
+    socket.record->Clear(Flag::Connecting);
+    int error = ConnectAnew(socket, peer);
+    if (IsUnfinished(error) && socket.Has(Flag::NonBlocking)) {
+        socket.record->Set(Flag::Connecting | Flag::Bound);
+        return Fail(WinsockError::WouldBlock);
+    }
+    if (IsUnfinished(error)) error = WaitForOutcome(socket);
+    if (error != 0) return Fail(WinsockFromErrno(error));
+    RecordConnected(socket);
+    return Succeed();
+}
+
+int ConnectAgain(const Socket& socket, const KernelAddress& peer) {
+    if (!HasOutcome(socket)) return Fail(WinsockError::Already);
+    if (TakeOutcome(socket) != 0) return StartConnect(socket, peer);
+    RecordConnected(socket);
+    return Fail(WinsockError::IsConnected);
+}
+
+int ConnectStream(const Socket& socket, const KernelAddress& peer) {
+    if (socket.Has(Flag::Listening)) return Fail(WinsockError::Invalid);
+    if (socket.Has(Flag::Connected)) return Fail(WinsockError::IsConnected);
+    // The kernel would take the wildcard for this machine.
+    if (IsWildcard(peer) || PortOf(peer) == 0) return Fail(WinsockError::AddressNotAvailable);
+    if (socket.Has(Flag::Connecting)) return ConnectAgain(socket, peer);
+    return StartConnect(socket, peer);
+}
+
+// A datagram socket has its peer taken away by the wildcard address, which the kernel would take
+// for this machine.
+int DisconnectDatagram(const Socket& socket) {
+    KernelAddress none = {};
+    none.any.sa_family = AF_UNSPEC;
+    if (const int error = ConnectOnce(socket, none)) return Fail(WinsockFromErrno(error));
+    socket.record->Clear(Flag::Connected);
+    return Succeed();
+}
+
+int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
+    if (IsWildcard(peer)) return DisconnectDatagram(socket);
+    if (const int error = ConnectOnce(socket, peer)) return Fail(WinsockFromErrno(error));
+    RecordConnected(socket);
+    return Succeed();
+}
+
+// A connection that died before it was accepted is not the listener's failure.
+bool IsWorthAnotherAccept(const Socket& listener) {
+    if (errno == EINTR || errno == ECONNABORTED || errno == EPROTO) return true;
+    if (errno != EAGAIN || listener.Has(Flag::NonBlocking)) return false;
+    // The kernel bounds accept by the receive time-out; Winsock does not.
+    WaitUntilReady(listener.descriptor, POLLIN, WithoutLimit);
+    return true;
+}
+
+int AcceptDescriptor(const Socket& listener, KernelAddress& peer) {
+    const int mode = listener.Has(Flag::NonBlocking) ? SOCK_NONBLOCK : 0;
+    int descriptor = -1;
+    do {
+        socklen_t length = sizeof peer;
+        descriptor = ::accept4(listener.descriptor, &peer.any, &length, SOCK_CLOEXEC | mode);
+    } while (descriptor < 0 && IsWorthAnotherAccept(listener));
+    return descriptor;
+}
+
+int AcceptError(const Socket& listener, const void* address, const int* length) {
+    if (listener.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
+    if (!listener.Has(Flag::Listening)) return WinsockError::Invalid;
+    if (address != nullptr && !HasRoomForAddress(listener, address, length)) {
+        return WinsockError::Fault;
+    }
+    return 0;
+}
+
+}  // namespace
+
+bool Posix::IsConnected(const Socket& socket) noexcept {
+    if (!socket.Has(Flag::Connecting)) return socket.Has(Flag::Connected);
+    KernelAddress peer = {};
+    socklen_t length = sizeof peer;
+    if (::getpeername(socket.descriptor, &peer.any, &length) < 0) return false;
+    RecordConnected(socket);
+    return true;
+}
+
+int Winsock::connect(Handle handle, const void* address, int length) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    KernelAddress peer = {};
+    if (const int error = KernelFromWinsock(socket, address, length, peer)) return Fail(error);
+    return socket.Has(Flag::Datagram) ? ConnectDatagram(socket, peer) : ConnectStream(socket, peer);
+}
+
+Winsock::Handle Winsock::accept(Handle handle, void* address, int* length) {
+    const Socket listener = FindSocket(handle);
+    if (!listener) return InvalidSocket;
+    if (const int error = AcceptError(listener, address, length)) {
+        Fail(error);
+        return InvalidSocket;
+    }
+    KernelAddress peer = {};
+    const std::uint32_t inherited = listener.record->Flags() & Flag::Inherited;
+    const Handle accepted =
+        AdoptDescriptor(AcceptDescriptor(listener, peer), inherited | Flag::Connected);
+    if (accepted != InvalidSocket && address != nullptr) {
+        WinsockFromKernel(listener, peer, address, length);
+    }
+    return accepted;
+}

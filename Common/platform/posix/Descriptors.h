@@ -1,0 +1,24 @@
+// Closing without surprises.
+#pragma once
+
+#include <pthread.h>
+
+namespace Posix {
+
+// Keeps a request to cancel the calling thread waiting, for what must be done as a whole.
+class CancellationGuard {
+public:
+    CancellationGuard() noexcept { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state_); }
+    ~CancellationGuard() { ::pthread_setcancelstate(state_, nullptr); }
+    CancellationGuard(const CancellationGuard&) = delete;
+    CancellationGuard& operator=(const CancellationGuard&) = delete;
+
+private:
+    int state_ = 0;
+};
+
+// The kernel frees the descriptor whatever it answers, so closing is never repeated and cannot
+// fail.
+void CloseDescriptor(int descriptor) noexcept;
+
+}  // namespace Posix

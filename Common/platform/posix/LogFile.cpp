@@ -1,0 +1,74 @@
+#include <Platform/System.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+
+#include "Descriptors.h"
+
+namespace {
+
+// Keeps the signals that a write may raise for the calling thread from reaching the host: a pipe
+// without a reader, a file at the size limit. Signals that were pending before are none of ours.
+class WriteSignalGuard {
+public:
+    WriteSignalGuard() noexcept {
+        sigset_t pending;
+        ::sigpending(&pending);
+        ::sigemptyset(&raised_);
+        for (const int signal : {SIGPIPE, SIGXFSZ}) {
+            if (::sigismember(&pending, signal) == 0) ::sigaddset(&raised_, signal);
+        }
+        ::pthread_sigmask(SIG_BLOCK, &raised_, &mask_);
+    }
+    ~WriteSignalGuard() {
+        const timespec atOnce = {};
+        const int error = errno;
+        while (::sigtimedwait(&raised_, nullptr, &atOnce) > 0 || errno == EINTR) {
+        }
+        ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+        errno = error;
+    }
+    WriteSignalGuard(const WriteSignalGuard&) = delete;
+    WriteSignalGuard& operator=(const WriteSignalGuard&) = delete;
+
+private:
+    sigset_t raised_;
+    sigset_t mask_;
+};
+
+}  // namespace
+
+System::LogFile System::StandardError() noexcept {
+    return STDERR_FILENO;
+}
+
+System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexcept {
+    const Posix::CancellationGuard whole;
+    int descriptor = -1;
+    do {
+        descriptor = ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
+    } while (descriptor < 0 && errno == EINTR);
+    error = descriptor < 0 ? static_cast<unsigned int>(errno) : 0U;
+    return descriptor;
+}
+
+bool System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
+    const Posix::CancellationGuard whole;
+    const WriteSignalGuard quiet;
+    std::size_t written = 0;
+    while (written < count) {
+        const ssize_t result = ::write(static_cast<int>(file), bytes + written, count - written);
+        if (result < 0 && errno != EINTR) return false;
+        if (result > 0) written += static_cast<std::size_t>(result);
+    }
+    return true;
+}
+
+void System::CloseLogFile(LogFile file) noexcept {
+    if (file != NoLogFile && file != STDERR_FILENO) {
+        Posix::CloseDescriptor(static_cast<int>(file));
+    }
+}

@@ -1,0 +1,116 @@
+// What is known of each socket beside what the kernel knows.
+//
+// The kernel alone cannot tell an unbound socket from one bound to no port, a passed time-out from
+// a non-blocking socket's refusal, or a reset that was already reported from an orderly end. The
+// record also says which numbers are sockets of ours at all: no other number ever reaches the
+// kernel.
+//
+// One thread may send while another receives on the same socket, so each change is one atomic
+// operation. Relaxed order is enough, since a record guards no other memory.
+#pragma once
+
+#include <Platform/Winsock.h>
+
+#include <atomic>
+#include <cstdint>
+
+namespace Posix {
+
+namespace Flag {
+inline constexpr std::uint32_t Live = 1U << 0;
+inline constexpr std::uint32_t Ipv6 = 1U << 1;
+inline constexpr std::uint32_t Datagram = 1U << 2;
+inline constexpr std::uint32_t Bound = 1U << 3;
+inline constexpr std::uint32_t Listening = 1U << 4;
+inline constexpr std::uint32_t Connecting = 1U << 5;
+inline constexpr std::uint32_t Connected = 1U << 6;
+inline constexpr std::uint32_t NonBlocking = 1U << 7;
+inline constexpr std::uint32_t Reuse = 1U << 8;
+// How the connection ended. Both stay: the kernel reports an end once and then pretends an orderly
+// one.
+inline constexpr std::uint32_t Reset = 1U << 9;
+inline constexpr std::uint32_t Aborted = 1U << 10;
+inline constexpr std::uint32_t ReceiveTimeout = 1U << 11;
+inline constexpr std::uint32_t SendTimeout = 1U << 12;
+
+// What accepted sockets take over from their listener.
+inline constexpr std::uint32_t Inherited =
+    Live | Ipv6 | Bound | NonBlocking | Reuse | ReceiveTimeout | SendTimeout;
+}  // namespace Flag
+
+// Trivial, so that the table is zeroed memory that costs nothing until it is touched.
+class SocketRecord {
+public:
+    std::uint32_t Flags() const noexcept { return Atomic(flags_).load(std::memory_order_relaxed); }
+    bool Has(std::uint32_t flag) const noexcept { return (Flags() & flag) != 0; }
+    void Set(std::uint32_t flags) noexcept {
+        Atomic(flags_).fetch_or(flags, std::memory_order_relaxed);
+    }
+    void Clear(std::uint32_t flags) noexcept {
+        Atomic(flags_).fetch_and(~flags, std::memory_order_relaxed);
+    }
+    void Change(std::uint32_t flag, bool on) noexcept { on ? Set(flag) : Clear(flag); }
+
+    // The port that bind gave to a stream socket, 0 for none.
+    std::uint16_t Port() const noexcept { return Atomic(port_).load(std::memory_order_relaxed); }
+    void SetPort(std::uint16_t port) noexcept {
+        Atomic(port_).store(port, std::memory_order_relaxed);
+    }
+
+    // Reports that a datagram did not reach its peer, each to be answered by one receive call.
+    void AddUnreachable() noexcept;
+    bool TakeUnreachable() noexcept;
+
+    void Open(std::uint32_t flags) noexcept;
+    // Returns whether the record was live: of two closers only one may close the descriptor.
+    bool Close() noexcept;
+
+private:
+    template <typename Value>
+    static std::atomic_ref<Value> Atomic(Value& value) noexcept {
+        return std::atomic_ref<Value>(value);
+    }
+    template <typename Value>
+    static std::atomic_ref<Value> Atomic(const Value& value) noexcept {
+        return std::atomic_ref<Value>(const_cast<Value&>(value));  // atomic_ref has no const form
+    }
+
+    std::uint32_t flags_;
+    std::uint16_t port_;
+    std::uint16_t unreachable_;
+};
+static_assert(sizeof(SocketRecord) == 8);
+
+// The kernel's usual upper limit for the descriptors of a process.
+inline constexpr Winsock::Handle RecordCount = 1U << 20;
+
+[[gnu::visibility("hidden")]] extern constinit SocketRecord socketRecords[RecordCount];
+
+// A live socket, or none.
+struct Socket {
+    SocketRecord* record;
+    int descriptor;
+
+    explicit operator bool() const noexcept { return record != nullptr; }
+    bool Has(std::uint32_t flag) const noexcept { return record->Has(flag); }
+};
+
+// Whether the handle's flags under the mask are the expected ones, which include Live.
+inline bool IsSocketWith(Winsock::Handle handle, std::uint32_t mask, std::uint32_t flags) noexcept {
+    return handle < RecordCount && (socketRecords[handle].Flags() & mask) == flags;
+}
+
+// None when the handle is no open socket; the reason is then the thread's last error.
+Socket FindSocket(Winsock::Handle handle) noexcept;
+
+// Makes a handle of a descriptor that the kernel has just made, or closes it when there is no
+// record for it. A negative descriptor is the failure of the call that should have made it.
+Winsock::Handle AdoptDescriptor(int descriptor, std::uint32_t flags) noexcept;
+
+void CloseSocket(const Socket& socket) noexcept;
+void CloseAllSockets() noexcept;
+
+// Another open stream socket that bind gave this port, after the given one; none at the end.
+Socket NextStreamOnPort(int afterDescriptor, std::uint16_t port) noexcept;
+
+}  // namespace Posix

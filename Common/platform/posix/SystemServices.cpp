@@ -1,0 +1,96 @@
+#include <Platform/System.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <string_view>
+
+#include "Errors.h"
+#include "HostName.h"
+#include "Utf8.h"
+
+namespace {
+
+// The texts of Winsock's numbers that no number of the system stands for; empty for all others.
+std::string_view WinsockOwnDescription(int error) {
+    switch (error) {
+        case 10091:
+            return "Network subsystem not ready";
+        case WinsockError::VersionNotSupported:
+            return "Winsock version not supported";
+        case WinsockError::NotStarted:
+            return "Winsock not started";
+        case WinsockError::HostNotFound:
+            return "Host not found";
+        case WinsockError::TryAgain:
+            return "Temporary failure in name resolution";
+        case WinsockError::NoRecovery:
+            return "Unrecoverable failure in name resolution";
+        case WinsockError::NoData:
+            return "Host has no address of the requested kind";
+        default:
+            return {};
+    }
+}
+
+constexpr unsigned int FirstWinsockError = 10000;
+
+// The untranslated text: the translated one depends on what the host made of the locale.
+std::string Description(unsigned int error) {
+    const int number = static_cast<int>(error);
+    if (const std::string_view own = WinsockOwnDescription(number); !own.empty()) {
+        return std::string(own);
+    }
+    const bool winsock = error >= FirstWinsockError;
+    const int systemError = winsock ? Posix::ErrnoFromWinsock(number) : number;
+    const char* text = winsock && systemError == 0 ? nullptr : ::strerrordesc_np(systemError);
+    return text != nullptr ? text : "Unknown error " + std::to_string(error);
+}
+
+}  // namespace
+
+void System::Sleep(unsigned long milliseconds) {
+    if (milliseconds == 0) {
+        ::sched_yield();
+        return;
+    }
+    timespec end = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &end);
+    end.tv_sec += static_cast<time_t>(milliseconds / 1000);
+    end.tv_nsec += static_cast<long>(milliseconds % 1000 * 1'000'000);
+    if (end.tv_nsec >= 1'000'000'000) {
+        end.tv_nsec -= 1'000'000'000;
+        ++end.tv_sec;
+    }
+    while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
+    }
+}
+
+System::WideUnits System::ComputerName() {
+    return Posix::WideFromUtf8(Posix::HostName().text);
+}
+
+System::WideUnits System::ErrorDescription(unsigned int error) {
+    return Posix::WideFromUtf8(Description(error));
+}
+
+System::WideUnits System::WideFromCodePage(const char* text, std::size_t length) {
+    return Posix::WideFromUtf8({text, length});
+}
+
+std::string System::CodePageFromWide(const unsigned short* units, std::size_t count) {
+    return Posix::Utf8FromWide(units, count);
+}
+
+System::ErrorNumbers System::SaveErrorNumbers() noexcept {
+    return {.winsock = Posix::lastError, .system = errno};
+}
+
+void System::RestoreErrorNumbers(ErrorNumbers numbers) noexcept {
+    Posix::lastError = numbers.winsock;
+    errno = numbers.system;
+}

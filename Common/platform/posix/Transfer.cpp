@@ -1,0 +1,199 @@
+// The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
+// whatever needs more thought is out of line.
+#include <Platform/Winsock.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+
+#include "Connecting.h"
+#include "Errors.h"
+#include "Patience.h"
+#include "SocketRecords.h"
+#include "Unreachables.h"
+
+namespace {
+
+using namespace Posix;
+
+// The flags that a socket must have, and those that must be clear, for the direct way.
+constexpr std::uint32_t PlainStream = Flag::Live | Flag::Connected;
+constexpr std::uint32_t PlainStreamMask =
+    PlainStream | Flag::Datagram | Flag::Reset | Flag::Aborted;
+
+std::size_t Size(int length) {
+    return static_cast<std::size_t>(length);
+}
+
+// What is wrong with a transfer before the kernel is asked, or 0.
+int TransferError(const Socket& socket, int length, int flags) {
+    if (length < 0) return WinsockError::Fault;
+    if (flags != 0) return WinsockError::OperationNotSupported;
+    if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
+    if (socket.Has(Flag::Aborted)) return WinsockError::ConnectionAborted;
+    return 0;
+}
+
+// Whatever a stream reports here has ended the connection. The kernel forgets that with the report.
+void RecordEnd(const Socket& socket, int error) {
+    socket.record->Set(error == WinsockError::ConnectionReset ? Flag::Reset : Flag::Aborted);
+}
+
+int StreamError(const Socket& socket) {
+    switch (errno) {
+        case EAGAIN:
+            return socket.Has(Flag::NonBlocking) ? WinsockError::WouldBlock
+                                                 : WinsockError::TimedOut;
+        case EFAULT:
+        case ENOBUFS:
+        case ENOMEM:
+            return WinsockFromErrno(errno);
+        case EPIPE:
+            // The other direction may have met the reset meanwhile.
+            if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
+            break;
+        default:
+            break;
+    }
+    const int error = WinsockFromErrno(errno);
+    RecordEnd(socket, error);
+    return error;
+}
+
+int FailDatagram(const Socket& socket) {
+    const bool timedOut = errno == EAGAIN && !socket.Has(Flag::NonBlocking);
+    if (errno == EDESTADDRREQ) return Fail(WinsockError::NotConnected);
+    return timedOut ? Fail(WinsockError::TimedOut) : FailFromErrno();
+}
+
+// A blocking send takes the whole buffer, though signals make the kernel return in the middle of
+// it. Parts that were sent before a failure count; the failure shows in the next call.
+int SendStream(const Socket& socket, const char* buffer, int length) {
+    Patience patience(socket, Sending);
+    std::size_t sent = 0;
+    do {
+        const ssize_t count = RepeatInterrupted(patience, [&](int attemptFlags) {
+            return ::send(socket.descriptor, buffer + sent, Size(length) - sent,
+                          MSG_NOSIGNAL | attemptFlags);
+        });
+        if (count < 0 && sent == 0) return Fail(StreamError(socket));
+        if (count < 0) break;
+        sent += static_cast<std::size_t>(count);
+    } while (sent < Size(length) && patience.AllowsRest());
+    return Succeed(static_cast<int>(sent));
+}
+
+// Reports of earlier datagrams are put aside, a few times over, since new ones may come in
+// meanwhile.
+int SendDatagram(const Socket& socket, const char* buffer, int length) {
+    constexpr int MostReports = 16;
+    Patience patience(socket, Sending);
+    ssize_t sent = -1;
+    bool again = true;
+    for (int attempt = 0; again && attempt < MostReports; ++attempt) {
+        sent = RepeatInterrupted(patience, [&](int attemptFlags) {
+            return ::send(socket.descriptor, buffer, Size(length), MSG_NOSIGNAL | attemptFlags);
+        });
+        again = sent < 0 && MayBeReport() && CollectReports(socket) && errno != EMSGSIZE;
+    }
+    return sent < 0 ? FailDatagram(socket) : Succeed(static_cast<int>(sent));
+}
+
+ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
+    Patience patience(socket, Receiving);
+    return RepeatInterrupted(patience, [&](int attemptFlags) {
+        return ::recvmsg(socket.descriptor, &message, attemptFlags);
+    });
+}
+
+// NOLINTNEXTLINE(readability-non-const-parameter): the system writes to the buffer.
+int ReceiveDatagram(const Socket& socket, char* buffer, int length) {
+    if (socket.record->TakeUnreachable()) return Fail(WinsockError::ConnectionReset);
+    iovec room = {buffer, Size(length)};
+    msghdr message = {};
+    message.msg_iov = &room;
+    message.msg_iovlen = 1;
+    ssize_t received = ReceiveMessage(socket, message);
+    while (received < 0) {
+        if (!MayBeReport()) return FailDatagram(socket);
+        const bool any = CollectReports(socket);
+        if (socket.record->TakeUnreachable() || !any) return Fail(WinsockError::ConnectionReset);
+        received = ReceiveMessage(socket, message);
+    }
+    if ((message.msg_flags & MSG_TRUNC) != 0) return Fail(WinsockError::MessageSize);
+    return Succeed(static_cast<int>(received));
+}
+
+int ReceiveStream(const Socket& socket, char* buffer, int length) {
+    Patience patience(socket, Receiving);
+    const ssize_t received = RepeatInterrupted(patience, [&](int attemptFlags) {
+        return ::recv(socket.descriptor, buffer, Size(length), attemptFlags);
+    });
+    return received < 0 ? Fail(StreamError(socket)) : Succeed(static_cast<int>(received));
+}
+
+[[gnu::cold, gnu::noinline]] int SendOtherwise(Winsock::Handle handle, const char* buffer,
+                                               int length, int flags) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return Winsock::SocketError;
+    if (const int error = TransferError(socket, length, flags)) return Fail(error);
+    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    if (socket.Has(Flag::Datagram)) return SendDatagram(socket, buffer, length);
+    return SendStream(socket, buffer, length);
+}
+
+[[gnu::cold, gnu::noinline]] int ReceiveOtherwise(Winsock::Handle handle, char* buffer, int length,
+                                                  int flags) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return Winsock::SocketError;
+    if (const int error = TransferError(socket, length, flags)) return Fail(error);
+    if (socket.Has(Flag::Datagram)) {
+        if (!socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
+        return ReceiveDatagram(socket, buffer, length);
+    }
+    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    return ReceiveStream(socket, buffer, length);
+}
+
+// Goes on after a direct send that did not take the whole buffer.
+[[gnu::cold, gnu::noinline]] int FinishSend(Winsock::Handle handle, const char* buffer, int length,
+                                            int sent) {
+    const Socket socket = {&socketRecords[handle], static_cast<int>(handle)};
+    if (sent < 0 && errno == EINTR) return SendStream(socket, buffer, length);
+    if (sent < 0) return Fail(StreamError(socket));
+    if (socket.Has(Flag::NonBlocking)) return Succeed(sent);
+    const int rest = SendStream(socket, buffer + sent, length - sent);
+    return Succeed(sent + std::max(rest, 0));
+}
+
+[[gnu::cold, gnu::noinline]] int FinishReceive(Winsock::Handle handle, char* buffer, int length) {
+    const Socket socket = {&socketRecords[handle], static_cast<int>(handle)};
+    if (errno == EINTR) return ReceiveStream(socket, buffer, length);
+    return Fail(StreamError(socket));
+}
+
+}  // namespace
+
+int Winsock::send(Handle handle, const char* buffer, int length, int flags) {
+    constexpr std::uint32_t mask = PlainStreamMask | Flag::SendTimeout;
+    if (!IsSocketWith(handle, mask, PlainStream) || length < 0 || flags != 0) {
+        return SendOtherwise(handle, buffer, length, flags);
+    }
+    const int sent =
+        static_cast<int>(::send(static_cast<int>(handle), buffer, Size(length), MSG_NOSIGNAL));
+    if (sent != length) return FinishSend(handle, buffer, length, sent);
+    return Succeed(length);
+}
+
+int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
+    constexpr std::uint32_t mask = PlainStreamMask | Flag::ReceiveTimeout;
+    if (!IsSocketWith(handle, mask, PlainStream) || length < 0 || flags != 0) {
+        return ReceiveOtherwise(handle, buffer, length, flags);
+    }
+    const int received =
+        static_cast<int>(::recv(static_cast<int>(handle), buffer, Size(length), 0));
+    if (received < 0) return FinishReceive(handle, buffer, length);
+    return Succeed(received);
+}

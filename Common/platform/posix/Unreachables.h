@@ -1,0 +1,18 @@
+// The network's reports that datagrams did not arrive.
+//
+// The kernel gives such a report to the next call, whatever it is. Winsock lets every send succeed
+// and gives each report to one receive call. So reports are taken from the kernel's queue and
+// counted in the record.
+#pragma once
+
+#include "SocketRecords.h"
+
+namespace Posix {
+
+// Whether errno is one that a report may have caused.
+bool MayBeReport() noexcept;
+
+// Takes all reports from the kernel; returns whether there was any. Keeps errno.
+bool CollectReports(const Socket& socket);
+
+}  // namespace Posix

@@ -1,0 +1,14 @@
+// Between UTF-8, which all texts of the system are taken to be, and UTF-16. Broken input becomes
+// U+FFFD.
+#pragma once
+
+#include <Platform/System.h>
+
+#include <string_view>
+
+namespace Posix {
+
+System::WideUnits WideFromUtf8(std::string_view text);
+std::string Utf8FromWide(const unsigned short* units, std::size_t count);
+
+}  // namespace Posix

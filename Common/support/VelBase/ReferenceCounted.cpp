@@ -1,0 +1,7 @@
+#include <VelBase/ReferenceCounted.h>
+
+namespace VelBase {
+
+ReferenceCounted::~ReferenceCounted() = default;
+
+}  // namespace VelBase

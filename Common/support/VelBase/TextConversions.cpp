@@ -1,0 +1,54 @@
+#include <Platform/System.h>
+#include <VelBase/TextConversions.h>
+#include <VelBase/WideText.h>
+
+#include <charconv>
+#include <limits>
+
+#include "CodePoints.h"
+
+namespace VelBase {
+namespace {
+
+std::string_view ViewOf(const char* text) noexcept {
+    return text != nullptr ? text : "";
+}
+
+ReturnString Utf8FromUnits(std::span<const unsigned short> units) {
+    std::string text;
+    text.reserve(units.size());
+    while (!units.empty())
+        AppendToUtf8(text, TakeFromUtf16(units));
+    return text.c_str();
+}
+
+}  // namespace
+
+ReturnWString UTF8ToWideChar(const char* text, bool) {
+    return WideText().AppendUtf8(ViewOf(text)).ToReturnWString();
+}
+
+ReturnString WideCharToUTF8(const unsigned short* text, bool) {
+    return Utf8FromUnits({text, WideLength(text)});
+}
+
+ReturnString WideCharToUTF8UsingLength(const unsigned short* units, unsigned int length, bool) {
+    return Utf8FromUnits({units, length});
+}
+
+ReturnWString MultiByteToWideChar(const char* text, bool) {
+    const std::string_view view = ViewOf(text);
+    return WideText().Append(System::WideFromCodePage(view.data(), view.size())).ToReturnWString();
+}
+
+ReturnString WideCharToMultiByte(const unsigned short* text, bool) {
+    return System::CodePageFromWide(text, WideLength(text)).c_str();
+}
+
+ReturnWString ToDecimalWString(int number) {
+    char digits[std::numeric_limits<int>::digits10 + 2];  // with a sign
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    return WideText().AppendUtf8({digits, end}).ToReturnWString();
+}
+
+}  // namespace VelBase

@@ -1,0 +1,54 @@
+#include <VelBase/LengthLimit.h>
+#include <VelBase/WideText.h>
+
+#include "CodePoints.h"
+
+namespace VelBase {
+
+WideText::WideText() : units_(1) {}
+
+void WideText::RequireRoomFor(std::size_t more) const {
+    RequireRoom(Length(), more, units_.max_size() - 1, StringTooLong);
+}
+
+void WideText::Reserve(std::size_t units) {
+    RequireRoom(0, units, units_.max_size() - 1, StringTooLong);
+    units_.reserve(units + 1);
+}
+
+WideText& WideText::Append(const unsigned short* text) {
+    return Append(text, WideLength(text));
+}
+
+WideText& WideText::Append(const unsigned short* units, std::size_t count) {
+    RequireRoomFor(count);
+    units_.insert(units_.end() - 1, units, units + count);
+    return *this;
+}
+
+WideText& WideText::Append(unsigned short unit) {
+    return Append(&unit, 1);
+}
+
+WideText& WideText::AppendUtf8(std::string_view text) {
+    // No text has more units in UTF-16 than it has bytes in UTF-8.
+    RequireRoomFor(text.size());
+    const std::size_t start = Length();
+    units_.resize(units_.size() + text.size());
+    unsigned short* end = units_.data() + start;
+    while (!text.empty())
+        end = PutUtf16(end, TakeFromUtf8(text));
+    *end = 0;
+    units_.resize(static_cast<std::size_t>(end - units_.data()) + 1);
+    return *this;
+}
+
+std::size_t WideLength(const unsigned short* text) noexcept {
+    if (text == nullptr) return 0;
+    std::size_t length = 0;
+    while (text[length] != 0)
+        ++length;
+    return length;
+}
+
+}  // namespace VelBase

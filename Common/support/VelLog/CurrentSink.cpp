@@ -1,0 +1,48 @@
+#include "CurrentSink.h"
+
+#include <VelLog/LogControl.h>
+
+#include <atomic>
+#include <mutex>
+
+#include <VelSynch/StaticMutex.h>
+
+namespace VelLog {
+namespace {
+
+// Held while the sink is in use or is changed; the pointer may be peeked at without it.
+constinit VelSynch::StaticMutex g_mutex;
+constinit std::atomic<LogSink*> g_sink = nullptr;
+
+// The thread inside a sink's Write holds the mutex.
+constinit thread_local bool t_isInsideSink = false;
+
+class InsideSink {
+public:
+    InsideSink() noexcept { t_isInsideSink = true; }
+    ~InsideSink() { t_isInsideSink = false; }
+    InsideSink(const InsideSink&) = delete;
+    InsideSink& operator=(const InsideSink&) = delete;
+
+private:
+    const std::lock_guard<VelSynch::StaticMutex> lock_{g_mutex};
+};
+
+}  // namespace
+
+bool IsRecordWanted() noexcept {
+    return !t_isInsideSink && g_sink.load() != nullptr;
+}
+
+void WriteToSink(const LogRecord& record) {
+    const InsideSink inside;
+    if (LogSink* const sink = g_sink.load(); sink != nullptr) sink->Write(record);
+}
+
+LogSink* SetSink(LogSink* sink) noexcept {
+    if (t_isInsideSink) return g_sink.exchange(sink);
+    const std::lock_guard lock(g_mutex);
+    return g_sink.exchange(sink);
+}
+
+}  // namespace VelLog

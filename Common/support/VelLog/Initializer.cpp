@@ -1,0 +1,8 @@
+#include <VelLog/Initializer.h>
+
+namespace VelLog {
+
+Initializer::Initializer() = default;
+Initializer::~Initializer() = default;
+
+}  // namespace VelLog

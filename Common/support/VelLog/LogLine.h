@@ -1,0 +1,13 @@
+// How the ready-made sinks write a record.
+#pragma once
+
+#include <Platform/System.h>
+#include <VelLog/LogSink.h>
+
+namespace VelLog {
+
+// Writes the record as one line of UTF-8, in one piece: "<time, UTC> <router>/<category>: <text>".
+// A line that cannot be written is lost.
+void WriteLogLine(System::LogFile file, const LogRecord& record);
+
+}  // namespace VelLog

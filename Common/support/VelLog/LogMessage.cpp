@@ -1,0 +1,60 @@
+#include <Platform/System.h>
+#include <VelLog/LogMessage.h>
+
+#include <chrono>
+
+#include "CurrentSink.h"
+#include "VisibleText.h"
+
+namespace VelLog {
+namespace {
+
+constinit VelResource::MessageFormatter g_formatter;
+
+// Whatever rendering and the sink do, the caller finds its error numbers and an empty formatter.
+class CallerState {
+public:
+    explicit CallerState(VelResource::MessageFormatter& formatter) noexcept
+        : formatter_(formatter) {}
+    CallerState(const CallerState&) = delete;
+    CallerState& operator=(const CallerState&) = delete;
+
+    ~CallerState() {
+        formatter_.Clear();
+        System::RestoreErrorNumbers(numbers_);
+    }
+
+private:
+    VelResource::MessageFormatter& formatter_;
+    const System::ErrorNumbers numbers_ = System::SaveErrorNumbers();
+};
+
+long long MicrosecondsSince1970() noexcept {
+    using namespace std::chrono;
+    return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+void WriteRecord(const Router& router, const VelBase::WideText& text) {
+    const VelBase::WideText visible = MakeControlsVisible(text);
+    WriteToSink({router.Name(), router.Category(), visible.Units(), MicrosecondsSince1970()});
+}
+
+}  // namespace
+
+VelResource::MessageFormatter& GetMessageFormatter() noexcept {
+    g_formatter.Clear();
+    return g_formatter;
+}
+
+void LogMessage(Router& router, const char* format, VelResource::MessageFormatter& formatter,
+                const char*, const char*, const char*, int) {
+    const CallerState state(formatter);
+    if (!IsRecordWanted()) return;
+    try {
+        WriteRecord(router, formatter.Format(format));
+    } catch (...) {
+        // A record that cannot be written is lost; the operation that it tells of goes on.
+    }
+}
+
+}  // namespace VelLog

@@ -1,0 +1,7 @@
+#include <VelLog/LogSink.h>
+
+namespace VelLog {
+
+LogSink::~LogSink() = default;
+
+}  // namespace VelLog

@@ -1,0 +1,8 @@
+#include <VelSynch/Initializer.h>
+
+namespace VelSynch {
+
+Initializer::Initializer() = default;
+Initializer::~Initializer() = default;
+
+}  // namespace VelSynch

@@ -1,0 +1,15 @@
+// The one place where a container that would grow too long is refused.
+#pragma once
+
+#include <cstddef>
+
+namespace VelBase {
+
+inline constexpr char VectorTooLong[] = "vector<T> too long";
+inline constexpr char StringTooLong[] = "string too long";
+
+// Throws std::length_error with the text when length and more together pass the maximum. The text
+// is the same on every system, whatever the standard library at hand would say.
+void RequireRoom(std::size_t length, std::size_t more, std::size_t maximum, const char* text);
+
+}  // namespace VelBase

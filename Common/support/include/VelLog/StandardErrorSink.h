@@ -1,0 +1,16 @@
+// A sink that writes to the process's standard error.
+#pragma once
+
+#include <VelLog/LogSink.h>
+
+namespace VelLog {
+
+// Writes each record as one line of UTF-8: time (UTC), router, category, text.
+class VELSOCK_EXPORT StandardErrorSink : public LogSink {
+public:
+    StandardErrorSink() noexcept;
+    ~StandardErrorSink() override;
+    void Write(const LogRecord& record) override;
+};
+
+}  // namespace VelLog

@@ -1,0 +1,27 @@
+# How every target of the project is compiled.
+
+add_library(velsock_compiler INTERFACE)
+target_compile_options(velsock_compiler INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wcast-qual
+  -Wformat=2 -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused
+  -Wdouble-promotion -Wextra-semi -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(velsock_compiler INTERFACE
+    -Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wuseless-cast)
+endif()
+
+set(sanitizers "")
+if(VELSOCK_SANITIZE)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all)
+elseif(VELSOCK_SANITIZE_THREADS)
+  set(sanitizers -fsanitize=thread)
+endif()
+if(sanitizers)
+  add_compile_options(${sanitizers} -fno-omit-frame-pointer)
+  add_link_options(${sanitizers})
+endif()
+
+if(VELSOCK_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()

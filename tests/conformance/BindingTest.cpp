@@ -1,0 +1,267 @@
+#include <cstring>
+
+#include "Provocation.h"
+#include "Scene.h"
+
+namespace Conformance {
+namespace {
+
+using Binding = Started;
+
+TEST_F(Binding, RefusesShortAndNullAddresses) {
+    const Winsock::AddressIpv4 ipv4 = Loopback(0);
+    const Winsock::AddressIpv6 ipv6 = LoopbackIpv6(0);
+    const OwnedSocket first = NewStream();
+    const OwnedSocket second = NewStream(Winsock::FamilyIpv6);
+    for (const int length : {-1, 0, 1, 15}) {
+        EXPECT_TRUE(FailsWith(10014, Winsock::bind(first.Get(), &ipv4, length))) << length;
+    }
+    EXPECT_TRUE(FailsWith(10014, Winsock::bind(first.Get(), nullptr, 16)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::bind(second.Get(), &ipv6, 27)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::bind(second.Get(), &ipv4, 16)));
+}
+
+TEST_F(Binding, RefusesOtherFamilies) {
+    Winsock::AddressStorage storage = {};
+    for (const int family : {0, 1, 10, 23, 0xDEAD}) {
+        storage.family = static_cast<unsigned short>(family);
+        EXPECT_TRUE(FailsWith(10047, Bind(NewStream(), storage))) << family;
+    }
+    storage.family = 2;
+    EXPECT_TRUE(FailsWith(10047, Bind(NewStream(Winsock::FamilyIpv6), storage)));
+}
+
+TEST_F(Binding, TakesALongerLength) {
+    Winsock::AddressStorage storage = {};
+    const Winsock::AddressIpv4 address = Loopback(0);
+    std::memcpy(&storage, &address, sizeof address);
+    EXPECT_TRUE(Succeeds(Bind(NewStream(), storage)));
+    EXPECT_TRUE(Succeeds(Bind(NewDatagram(), storage)));
+}
+
+TEST_F(Binding, RefusesAnAddressThatIsNotLocal) {
+    EXPECT_TRUE(FailsWith(10049, Bind(NewStream(), Ipv4(192, 0, 2, 1, 0))));
+}
+
+TEST_F(Binding, HappensOnce) {
+    EXPECT_TRUE(FailsWith(10022, Bind(NewBoundStream(), Loopback(0))));
+    EXPECT_TRUE(FailsWith(10022, Bind(NewBoundDatagram(), Loopback(0))));
+    EXPECT_TRUE(FailsWith(10022, Bind(NewConnectedPair().client, Loopback(0))));
+    const OwnedSocket datagram = NewDatagram();
+    EXPECT_TRUE(Succeeds(Connect(datagram, Loopback(9))));
+    EXPECT_TRUE(FailsWith(10022, Bind(datagram, Loopback(0))));
+}
+
+TEST_F(Binding, ARefusedOneCanBeRepeatedElsewhere) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    EXPECT_TRUE(FailsWith(10048, Bind(socket, LocalAddress(listener))));
+    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+}
+
+using LocalName = Started;
+
+TEST_F(LocalName, AnUnboundSocketHasNoneAndTheRoomIsUntouched) {
+    for (const OwnedSocket& socket : {NewStream(), NewDatagram()}) {
+        Winsock::AddressIpv4 address = Ipv4(9, 9, 9, 9, 99);
+        int length = sizeof address;
+        EXPECT_TRUE(FailsWith(10022, Winsock::getsockname(socket.Get(), &address, &length)));
+        EXPECT_EQ(address.address[0], 9);
+        EXPECT_EQ(length, 16);
+    }
+}
+
+TEST_F(LocalName, IsWrittenInWinsocksForm) {
+    Winsock::AddressStorage storage;
+    std::memset(&storage, 0x55, sizeof storage);
+    int length = sizeof storage;
+    const OwnedSocket socket = NewBoundStream();
+    ASSERT_TRUE(Succeeds(Winsock::getsockname(socket.Get(), &storage, &length)));
+    EXPECT_EQ(length, 16);
+    EXPECT_EQ(storage.family, 2);
+    EXPECT_EQ(storage.bytes[2], 127);
+    EXPECT_EQ(storage.bytes[14], 0x55);
+}
+
+TEST_F(LocalName, OfAnIpv6SocketHasWinsocksFamily) {
+    const OwnedSocket socket = NewDatagram(Winsock::FamilyIpv6);
+    ASSERT_TRUE(Succeeds(Bind(socket, LoopbackIpv6(0))));
+    Winsock::AddressStorage storage = {};
+    int length = sizeof storage;
+    ASSERT_TRUE(Succeeds(Winsock::getsockname(socket.Get(), &storage, &length)));
+    EXPECT_EQ(length, 28);
+    EXPECT_EQ(storage.family, 23);
+    EXPECT_EQ(storage.bytes[21], 1);
+}
+
+TEST_F(LocalName, NeedsRoom) {
+    const OwnedSocket socket = NewBoundStream();
+    Winsock::AddressIpv4 address = {};
+    int length = 15;
+    EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(socket.Get(), &address, &length)));
+    EXPECT_EQ(length, 15);
+    EXPECT_EQ(address.family, 0);
+    EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(socket.Get(), &address, nullptr)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(socket.Get(), nullptr, &length)));
+}
+
+TEST_F(LocalName, ConnectingGivesOne) {
+    EXPECT_NE(LocalPort(NewConnectedPair().client), 0U);
+    const OwnedSocket datagram = NewDatagram();
+    ASSERT_TRUE(Succeeds(Connect(datagram, Loopback(9))));
+    EXPECT_NE(LocalPort(datagram), 0U);
+}
+
+using PeerName = Started;
+
+TEST_F(PeerName, NeedsAConnection) {
+    Winsock::AddressIpv4 address = {};
+    int length = sizeof address;
+    for (const OwnedSocket& socket :
+         {NewStream(), NewBoundStream(), NewListener(), NewDatagram(), NewBoundDatagram()}) {
+        EXPECT_TRUE(FailsWith(10057, Winsock::getpeername(socket.Get(), &address, &length)));
+    }
+}
+
+TEST_F(PeerName, IsTheOtherSidesLocalName) {
+    const Pair pair = NewConnectedPair();
+    Winsock::AddressIpv4 address = {};
+    int length = sizeof address;
+    ASSERT_TRUE(Succeeds(Winsock::getpeername(pair.server.Get(), &address, &length)));
+    EXPECT_EQ(PortOf(address), LocalPort(pair.client));
+    EXPECT_EQ(length, 16);
+    length = 15;
+    EXPECT_TRUE(FailsWith(10014, Winsock::getpeername(pair.server.Get(), &address, &length)));
+    EXPECT_EQ(length, 15);
+}
+
+using Listening = Started;
+
+TEST_F(Listening, NeedsABoundStream) {
+    EXPECT_TRUE(FailsWith(10022, Winsock::listen(NewStream().Get(), 5)));
+    EXPECT_TRUE(FailsWith(10045, Winsock::listen(NewDatagram().Get(), 5)));
+    EXPECT_TRUE(FailsWith(10045, Winsock::listen(NewBoundDatagram().Get(), 5)));
+    EXPECT_TRUE(FailsWith(10056, Winsock::listen(NewConnectedPair().client.Get(), 5)));
+    EXPECT_TRUE(FailsWith(10056, Winsock::listen(NewConnectedPair().server.Get(), 5)));
+}
+
+TEST_F(Listening, CanBeRepeated) {
+    const OwnedSocket listener = NewListener();
+    EXPECT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
+    EXPECT_TRUE(Succeeds(Winsock::listen(listener.Get(), 0x7FFFFFFF)));
+}
+
+using AddressReuse = Started;
+
+OwnedSocket NewReusing(OwnedSocket socket) {
+    EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
+    return socket;
+}
+
+TEST_F(AddressReuse, ATakenPortIsRefusedWithoutTheOption) {
+    const OwnedSocket bound = NewBoundStream();
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket datagram = NewBoundDatagram();
+    EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), LocalAddress(bound))));
+    EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), LocalAddress(listener))));
+    EXPECT_TRUE(FailsWith(10048, Bind(NewDatagram(), LocalAddress(datagram))));
+}
+
+TEST_F(AddressReuse, TheOptionOnTheSecondOnlyIsNoPermission) {
+    const OwnedSocket bound = NewBoundStream();
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket datagram = NewBoundDatagram();
+    EXPECT_TRUE(FailsWith(10013, Bind(NewReusing(NewStream()), LocalAddress(bound))));
+    EXPECT_TRUE(FailsWith(10013, Bind(NewReusing(NewStream()), LocalAddress(listener))));
+    EXPECT_TRUE(FailsWith(10013, Bind(NewReusing(NewDatagram()), LocalAddress(datagram))));
+}
+
+TEST_F(AddressReuse, TheOptionOnTheFirstOnlyIsNotEnough) {
+    const OwnedSocket stream = NewReusing(NewStream());
+    const OwnedSocket datagram = NewReusing(NewDatagram());
+    ASSERT_TRUE(Succeeds(Bind(stream, Loopback(0))));
+    ASSERT_TRUE(Succeeds(Bind(datagram, Loopback(0))));
+    EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), LocalAddress(stream))));
+    EXPECT_TRUE(FailsWith(10048, Bind(NewDatagram(), LocalAddress(datagram))));
+}
+
+TEST_F(AddressReuse, TheOptionOnBothLetsBothListen) {
+    const OwnedSocket first = NewReusing(NewStream());
+    const OwnedSocket second = NewReusing(NewStream());
+    const OwnedSocket third = NewReusing(NewStream());
+    ASSERT_TRUE(Succeeds(Bind(first, Loopback(0))));
+    EXPECT_TRUE(Succeeds(Bind(second, LocalAddress(first))));
+    EXPECT_TRUE(Succeeds(Winsock::listen(first.Get(), 5)));
+    EXPECT_TRUE(Succeeds(Winsock::listen(second.Get(), 5)));
+    EXPECT_TRUE(Succeeds(Bind(third, LocalAddress(first))));
+    EXPECT_TRUE(Succeeds(Winsock::listen(third.Get(), 5)));
+}
+
+TEST_F(AddressReuse, TheOptionOnBothLetsBothDatagramSocketsBind) {
+    const OwnedSocket first = NewReusing(NewDatagram());
+    ASSERT_TRUE(Succeeds(Bind(first, Loopback(0))));
+    EXPECT_TRUE(Succeeds(Bind(NewReusing(NewDatagram()), LocalAddress(first))));
+}
+
+TEST_F(AddressReuse, TheOptionSwitchedOffAgainIsNoOption) {
+    const OwnedSocket bound = NewReusing(NewStream());
+    ASSERT_TRUE(Succeeds(Bind(bound, Loopback(0))));
+    const OwnedSocket second = NewReusing(NewStream());
+    ASSERT_TRUE(Succeeds(SetOption(second, Winsock::OptionReuseAddress, 0)));
+    EXPECT_TRUE(FailsWith(10048, Bind(second, LocalAddress(bound))));
+}
+
+TEST_F(AddressReuse, TheSamePortOfAnotherLocalAddressIsFree) {
+    const OwnedSocket bound = NewBoundStream();
+    EXPECT_TRUE(Succeeds(Bind(NewStream(), Ipv4(127, 0, 0, 2, LocalPort(bound)))));
+    EXPECT_TRUE(Succeeds(Bind(NewReusing(NewStream()), Ipv4(127, 0, 0, 3, LocalPort(bound)))));
+}
+
+TEST_F(AddressReuse, APortIsFreeAgainWhenItsSocketIsClosed) {
+    OwnedSocket bound = NewListener();
+    const Winsock::AddressIpv4 address = LocalAddress(bound);
+    bound.Close();
+    EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
+}
+
+// Leaves behind what a server leaves that closes first and ends.
+Winsock::AddressIpv4 ServeOnceAndClose() {
+    OwnedSocket listener = NewListener();
+    const Winsock::AddressIpv4 address = LocalAddress(listener);
+    const RawPeer client = RawPeer::ConnectedTo(PortOf(address));
+    Accept(listener).Close();
+    EXPECT_EQ(client.Receive(1), "");
+    return address;
+}
+
+TEST_F(AddressReuse, AServerCanStartAgainAtOnceThoughItsConnectionsHaveJustEnded) {
+    const Winsock::AddressIpv4 address = ServeOnceAndClose();
+    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)));
+    const OwnedSocket again = NewStream();
+    EXPECT_TRUE(Succeeds(Bind(again, address)));
+    EXPECT_TRUE(Succeeds(Winsock::listen(again.Get(), 5)));
+    EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), address)));
+}
+
+TEST_F(AddressReuse, AServerWithTheOptionCanStartAgainAtOnceToo) {
+    const Winsock::AddressIpv4 address = ServeOnceAndClose();
+    const OwnedSocket again = NewReusing(NewStream());
+    EXPECT_TRUE(Succeeds(Bind(again, address)));
+    EXPECT_TRUE(Succeeds(Winsock::listen(again.Get(), 5)));
+}
+
+TEST_F(AddressReuse, AServerCanStartAgainWhileItsConnectionsGoOn) {
+    OwnedSocket listener = NewListener();
+    const Winsock::AddressIpv4 address = LocalAddress(listener);
+    const RawPeer client = RawPeer::ConnectedTo(PortOf(address));
+    const OwnedSocket server = Accept(listener);
+    listener.Close();
+    const OwnedSocket again = NewStream();
+    EXPECT_TRUE(Succeeds(Bind(again, address)));
+    EXPECT_TRUE(Succeeds(Winsock::listen(again.Get(), 5)));
+    EXPECT_TRUE(Succeeds(Send(server, "still here"), 10));
+    EXPECT_EQ(client.Receive(10), "still here");
+}
+
+}  // namespace
+}  // namespace Conformance

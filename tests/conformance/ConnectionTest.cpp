@@ -1,0 +1,281 @@
+#include <cstring>
+
+#include "Provocation.h"
+#include "Scene.h"
+
+namespace Conformance {
+namespace {
+
+unsigned int FreePort() {
+    return LocalPort(NewBoundStream());
+}
+
+using Connecting = Started;
+
+TEST_F(Connecting, ToNobodyIsRefused) {
+    EXPECT_TRUE(FailsWith(10061, Connect(NewStream(), Loopback(FreePort()))));
+    EXPECT_TRUE(FailsWith(10061, Connect(NewStream(23), LoopbackIpv6(FreePort()))));
+}
+
+TEST_F(Connecting, AgainAfterARefusalSucceeds) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(FreePort()))));
+    EXPECT_TRUE(FailsWith(10057, TryReceive(socket)));
+    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener))));
+}
+
+TEST_F(Connecting, ToNoAddressAtAllIsRefusedAsSuch) {
+    const OwnedSocket listener = NewListener();
+    Winsock::AddressIpv6 any = LoopbackIpv6(LocalPort(listener));
+    any.address[15] = 0;
+    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(), Ipv4(0, 0, 0, 0, LocalPort(listener)))));
+    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(23), any)));
+    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(), Loopback(0))));
+}
+
+TEST_F(Connecting, RefusesWrongAddresses) {
+    const Winsock::AddressIpv4 ipv4 = Loopback(9);
+    const Winsock::AddressIpv6 ipv6 = LoopbackIpv6(9);
+    EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream().Get(), &ipv4, 15)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream().Get(), nullptr, 16)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream(23).Get(), &ipv4, 16)));
+    EXPECT_TRUE(FailsWith(10047, Winsock::connect(NewStream().Get(), &ipv6, 28)));
+}
+
+TEST_F(Connecting, TakesALongerLength) {
+    const OwnedSocket listener = NewListener();
+    const Winsock::AddressIpv4 address = LocalAddress(listener);
+    Winsock::AddressStorage storage = {};
+    std::memcpy(&storage, &address, sizeof address);
+    EXPECT_TRUE(Succeeds(Connect(NewStream(), storage)));
+}
+
+TEST_F(Connecting, AConnectedSocketIsRefused) {
+    const OwnedSocket listener = NewListener();
+    const Pair pair = NewConnectedPair();
+    EXPECT_TRUE(FailsWith(10056, Connect(pair.client, LocalAddress(listener))));
+    EXPECT_TRUE(FailsWith(10056, Connect(pair.server, LocalAddress(listener))));
+}
+
+TEST_F(Connecting, AListenerIsRefused) {
+    const OwnedSocket listener = NewListener();
+    EXPECT_TRUE(FailsWith(10022, Connect(listener, LocalAddress(listener))));
+}
+
+TEST_F(Connecting, FromABoundSocketKeepsItsPort) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewBoundStream();
+    const unsigned int port = LocalPort(socket);
+    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener))));
+    EXPECT_EQ(LocalPort(socket), port);
+}
+
+TEST_F(Connecting, OverIpv6Works) {
+    const OwnedSocket listener = NewStream(23);
+    ASSERT_TRUE(Succeeds(Bind(listener, LoopbackIpv6(0))));
+    ASSERT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
+    Winsock::AddressIpv6 address = {};
+    int length = sizeof address;
+    ASSERT_TRUE(Succeeds(Winsock::getsockname(listener.Get(), &address, &length)));
+    const OwnedSocket client = NewStream(23);
+    EXPECT_TRUE(Succeeds(Connect(client, address)));
+    Winsock::AddressStorage peer = {};
+    length = sizeof peer;
+    const OwnedSocket server(Winsock::accept(listener.Get(), &peer, &length));
+    ASSERT_TRUE(IsOpen(server.Get()));
+    EXPECT_EQ(peer.family, 23);
+    EXPECT_EQ(length, 28);
+    EXPECT_TRUE(Succeeds(Send(client, "six"), 3));
+    EXPECT_EQ(Receive(server), "six");
+}
+
+TEST_F(Connecting, IsNotBoundedByTheSendTimeout) {
+    FullListener listener;
+    const OwnedSocket socket = NewStream();
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionSendTimeout, 1)));
+    const SignalStorm rareSignals([&] { listener.Drain(); }, 20);
+    EXPECT_TRUE(Succeeds(Connect(socket, Loopback(listener.Port()))));
+}
+
+TEST_F(Connecting, IsNotCutShortBySignals) {
+    FullListener listener;
+    const OwnedSocket socket = NewStream();
+    {
+        const SignalStorm storm([&] { listener.Drain(); });
+        EXPECT_TRUE(Succeeds(Connect(socket, Loopback(listener.Port()))));
+        EXPECT_GE(SignalStorm::SignalCount(), 20);
+    }
+    EXPECT_TRUE(Succeeds(Send(socket, "here"), 4));
+}
+
+TEST_F(Connecting, ThatIsInterruptedAndThenRefusedIsRefused) {
+    FullListener listener;
+    const OwnedSocket socket = NewStream();
+    const SignalStorm storm([&] { listener.Close(); });
+    EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(listener.Port()))));
+}
+
+TEST_F(Connecting, AgainAfterAnInterruptedRefusalSucceeds) {
+    const OwnedSocket target = NewListener();
+    FullListener listener;
+    const OwnedSocket socket = NewStream();
+    {
+        const SignalStorm storm([&] { listener.Close(); });
+        EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(listener.Port()))));
+    }
+    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(target))));
+}
+
+class UnfinishedConnect : public Started {
+protected:
+    void SetUp() override {
+        Started::SetUp();
+        socket_ = NewStream();
+        SetNonBlocking(socket_);
+        ASSERT_TRUE(FailsWith(10035, ConnectAgain()));
+    }
+    void TearDown() override {
+        socket_.Close();
+        Started::TearDown();
+    }
+    int ConnectAgain() { return Connect(socket_, Loopback(listener_.Port())); }
+
+    FullListener listener_;
+    OwnedSocket socket_;
+};
+
+TEST_F(UnfinishedConnect, IsNotBegunAgain) {
+    EXPECT_TRUE(FailsWith(10037, ConnectAgain()));
+    EXPECT_TRUE(FailsWith(10037, ConnectAgain()));
+}
+
+TEST_F(UnfinishedConnect, HasNoConnectionYet) {
+    EXPECT_TRUE(FailsWith(10057, Send(socket_, "early")));
+    EXPECT_TRUE(FailsWith(10057, TryReceive(socket_)));
+    EXPECT_EQ(BytesAvailable(socket_), 0U);
+}
+
+TEST_F(UnfinishedConnect, HasALocalName) {
+    EXPECT_NE(LocalPort(socket_), 0U);
+}
+
+TEST_F(UnfinishedConnect, IsConnectedOnceThePeerHasAccepted) {
+    listener_.Drain();
+    EXPECT_TRUE(FailsWith(10056, RepeatWhile(10037, [this] { return ConnectAgain(); })));
+    EXPECT_TRUE(FailsWith(10056, ConnectAgain()));
+    EXPECT_TRUE(Succeeds(Send(socket_, "now"), 3));
+}
+
+TEST_F(UnfinishedConnect, CanSendOnceThePeerHasAcceptedThoughNobodyAskedForTheOutcome) {
+    listener_.Drain();
+    EXPECT_EQ(RepeatWhile(10057, [this] { return Send(socket_, "now"); }), 3);
+    EXPECT_TRUE(FailsWith(10035, TryReceive(socket_)));
+}
+
+TEST_F(UnfinishedConnect, ThatWasRefusedIsBegunAnew) {
+    const OwnedSocket target = NewListener();
+    listener_.Close();
+    const auto connectToTarget = [&] { return Connect(socket_, LocalAddress(target)); };
+    EXPECT_TRUE(FailsWith(10035, RepeatWhile(10037, connectToTarget)));
+    EXPECT_TRUE(FailsWith(10056, RepeatWhile(10037, connectToTarget)));
+    Winsock::AddressIpv4 peer = {};
+    int length = sizeof peer;
+    ASSERT_TRUE(Succeeds(Winsock::getpeername(socket_.Get(), &peer, &length)));
+    EXPECT_EQ(PortOf(peer), LocalPort(target));
+}
+
+using Accepting = Started;
+
+TEST_F(Accepting, NeedsAListener) {
+    EXPECT_TRUE(FailsWith(10022, Winsock::accept(NewStream().Get(), nullptr, nullptr)));
+    EXPECT_TRUE(FailsWith(10022, Winsock::accept(NewBoundStream().Get(), nullptr, nullptr)));
+    EXPECT_TRUE(
+        FailsWith(10022, Winsock::accept(NewConnectedPair().client.Get(), nullptr, nullptr)));
+    EXPECT_TRUE(FailsWith(10045, Winsock::accept(NewBoundDatagram().Get(), nullptr, nullptr)));
+}
+
+TEST_F(Accepting, WouldBlockOnANonBlockingListener) {
+    const OwnedSocket listener = NewListener();
+    SetNonBlocking(listener);
+    EXPECT_TRUE(FailsWith(10035, Winsock::accept(listener.Get(), nullptr, nullptr)));
+}
+
+TEST_F(Accepting, TellsTheClientsAddress) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket client = NewStream();
+    ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    Winsock::AddressStorage storage = {};
+    int length = sizeof storage;
+    const OwnedSocket server(Winsock::accept(listener.Get(), &storage, &length));
+    ASSERT_TRUE(IsOpen(server.Get()));
+    Winsock::AddressIpv4 peer = {};
+    std::memcpy(&peer, &storage, sizeof peer);
+    EXPECT_EQ(length, 16);
+    EXPECT_EQ(peer.family, 2);
+    EXPECT_EQ(PortOf(peer), LocalPort(client));
+    EXPECT_EQ(LocalPort(server), LocalPort(listener));
+}
+
+TEST_F(Accepting, WithTooLittleRoomLeavesTheConnectionWaiting) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket client = NewStream();
+    ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    Winsock::AddressIpv4 peer = {};
+    for (int length : {0, 15}) {
+        EXPECT_TRUE(FailsWith(10014, Winsock::accept(listener.Get(), &peer, &length)));
+    }
+    EXPECT_TRUE(FailsWith(10014, Winsock::accept(listener.Get(), &peer, nullptr)));
+    Accept(listener);
+}
+
+TEST_F(Accepting, InheritsTheListenersMode) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket first = NewStream();
+    const OwnedSocket second = NewStream();
+    ASSERT_TRUE(Succeeds(Connect(first, LocalAddress(listener))));
+    ASSERT_TRUE(Succeeds(Connect(second, LocalAddress(listener))));
+    SetNonBlocking(listener);
+    EXPECT_TRUE(FailsWith(10035, TryReceive(Accept(listener))));
+    SetNonBlocking(listener, false);
+    const OwnedSocket blocking = Accept(listener);
+    ASSERT_TRUE(Succeeds(SetOption(blocking, Winsock::OptionReceiveTimeout, 10)));
+    EXPECT_TRUE(FailsWith(10060, TryReceive(blocking)));
+}
+
+TEST_F(Accepting, InheritsTheListenersTimeout) {
+    const OwnedSocket listener = NewListener();
+    ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 10)));
+    const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
+    EXPECT_TRUE(FailsWith(10060, TryReceive(Accept(listener))));
+}
+
+TEST_F(Accepting, IsNotBoundedByTheListenersTimeout) {
+    const OwnedSocket listener = NewListener();
+    const unsigned int port = LocalPort(listener);
+    ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 1)));
+    RawPeer client;
+    const SignalStorm rareSignals([&] { client = RawPeer::ConnectedTo(port); }, 20);
+    Accept(listener);
+    EXPECT_GE(SignalStorm::SignalCount(), 20);
+}
+
+TEST_F(Accepting, IsNotCutShortBySignals) {
+    const OwnedSocket listener = NewListener();
+    const unsigned int port = LocalPort(listener);
+    RawPeer client;
+    const SignalStorm storm([&] { client = RawPeer::ConnectedTo(port); });
+    Accept(listener);
+    EXPECT_GE(SignalStorm::SignalCount(), 20);
+}
+
+TEST_F(Accepting, AConnectionThatWasResetMeanwhileIsReportedByItsSocket) {
+    const OwnedSocket listener = NewListener();
+    RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
+    client.Reset();
+    const OwnedSocket server = Accept(listener);
+    EXPECT_TRUE(FailsWith(10054, TryReceive(server)));
+}
+
+}  // namespace
+}  // namespace Conformance

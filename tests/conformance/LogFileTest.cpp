@@ -1,0 +1,185 @@
+// The log file, looked at with the system's own means.
+#include <Platform/System.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+
+#include "Provocation.h"
+
+namespace Conformance {
+namespace {
+
+class LogFile : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string directory = (std::filesystem::temp_directory_path() / "logXXXXXX").string();
+        ASSERT_NE(::mkdtemp(directory.data()), nullptr);
+        directory_ = directory;
+        path_ = directory_ / "log";
+    }
+    void TearDown() override { std::filesystem::remove_all(directory_); }
+
+    System::LogFile Open() {
+        unsigned int error = 4711;
+        const System::LogFile file = System::OpenLogFile(path_.c_str(), error);
+        EXPECT_NE(file, System::NoLogFile);
+        EXPECT_EQ(error, 0U);
+        return file;
+    }
+    std::string Contents() const {
+        std::ifstream stream(path_);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    static bool Write(System::LogFile file, const std::string& text) {
+        return System::WriteLogFile(file, text.data(), text.size());
+    }
+
+    std::filesystem::path directory_;
+    std::filesystem::path path_;
+};
+
+bool IsPending(int signal) {
+    sigset_t pending;
+    ::sigpending(&pending);
+    return ::sigismember(&pending, signal) == 1;
+}
+
+bool IsBlocked(int signal) {
+    sigset_t mask;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    return ::sigismember(&mask, signal) == 1;
+}
+
+TEST_F(LogFile, IsItsOwnersOnly) {
+    System::CloseLogFile(Open());
+    struct stat status = {};
+    ASSERT_EQ(::stat(path_.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST_F(LogFile, IsAppendedTo) {
+    std::ofstream(path_) << "before\n";
+    const System::LogFile first = Open();
+    const System::LogFile second = Open();
+    EXPECT_TRUE(Write(first, "one\n"));
+    EXPECT_TRUE(Write(second, "two\n"));
+    EXPECT_TRUE(Write(first, "three\n"));
+    System::CloseLogFile(first);
+    System::CloseLogFile(second);
+    EXPECT_EQ(Contents(), "before\none\ntwo\nthree\n");
+}
+
+TEST_F(LogFile, IsNotInheritedByPrograms) {
+    const System::LogFile file = Open();
+    EXPECT_FALSE(IsInheritedByPrograms(static_cast<unsigned long long>(file)));
+    System::CloseLogFile(file);
+}
+
+TEST_F(LogFile, ThatCannotBeOpenedTellsWhy) {
+    unsigned int error = 0;
+    EXPECT_EQ(System::OpenLogFile((path_ / "below").c_str(), error), System::NoLogFile);
+    EXPECT_EQ(error, static_cast<unsigned int>(ENOENT));
+    EXPECT_EQ(System::OpenLogFile(directory_.c_str(), error), System::NoLogFile);
+    EXPECT_EQ(error, static_cast<unsigned int>(EISDIR));
+}
+
+TEST_F(LogFile, ThatIsNoneRefusesRecords) {
+    EXPECT_FALSE(Write(System::NoLogFile, "text"));
+    System::CloseLogFile(System::NoLogFile);
+}
+
+TEST_F(LogFile, StandardErrorStaysOpen) {
+    System::CloseLogFile(System::StandardError());
+    EXPECT_TRUE(Write(System::StandardError(), ""));
+    EXPECT_GE(::fcntl(STDERR_FILENO, F_GETFD), 0);
+}
+
+class BrokenPipe : public LogFile {
+protected:
+    void SetUp() override {
+        LogFile::SetUp();
+        ASSERT_EQ(::pipe2(ends_, O_CLOEXEC), 0);
+        ::close(ends_[0]);
+    }
+    void TearDown() override {
+        ::close(ends_[1]);
+        LogFile::TearDown();
+    }
+    int ends_[2] = {};
+};
+
+TEST_F(BrokenPipe, RefusesRecordsWithoutASignal) {
+    EXPECT_FALSE(Write(ends_[1], "text"));
+    EXPECT_FALSE(IsPending(SIGPIPE));
+    EXPECT_FALSE(IsBlocked(SIGPIPE));
+}
+
+TEST_F(BrokenPipe, LeavesTheHostsPendingSignalAndMaskAlone) {
+    sigset_t pipe;
+    sigset_t former;
+    ::sigemptyset(&pipe);
+    ::sigaddset(&pipe, SIGPIPE);
+    ::pthread_sigmask(SIG_BLOCK, &pipe, &former);
+    ::pthread_kill(::pthread_self(), SIGPIPE);
+    EXPECT_FALSE(Write(ends_[1], "text"));
+    EXPECT_TRUE(IsPending(SIGPIPE));
+    EXPECT_TRUE(IsBlocked(SIGPIPE));
+    const timespec atOnce = {};
+    EXPECT_EQ(::sigtimedwait(&pipe, nullptr, &atOnce), SIGPIPE);
+    ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
+}
+
+TEST_F(LogFile, AtTheSizeLimitRefusesRecordsWithoutASignal) {
+    const System::LogFile file = Open();
+    rlimit former = {};
+    ::getrlimit(RLIMIT_FSIZE, &former);
+    const rlimit small = {.rlim_cur = 4, .rlim_max = former.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const bool first = Write(file, "1234");
+    const bool second = Write(file, "5");
+    ::setrlimit(RLIMIT_FSIZE, &former);
+    System::CloseLogFile(file);
+    EXPECT_TRUE(first);
+    EXPECT_FALSE(second);
+    EXPECT_FALSE(IsPending(SIGXFSZ));
+}
+
+TEST_F(LogFile, ARecordIsWrittenWholeInSpiteOfSignals) {
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const std::string record(4U << 20U, 'x');
+    std::atomic<bool> start = false;
+    std::size_t total = 0;
+    std::thread reader([&] {
+        start.wait(false);
+        char buffer[65536];
+        ssize_t count = 0;
+        while ((count = ::read(ends[0], buffer, sizeof buffer)) > 0) {
+            total += static_cast<std::size_t>(count);
+        }
+    });
+    {
+        const SignalStorm storm([&] {
+            start = true;
+            start.notify_one();
+        });
+        EXPECT_TRUE(Write(ends[1], record));
+    }
+    ::close(ends[1]);
+    reader.join();
+    ::close(ends[0]);
+    EXPECT_EQ(total, record.size());
+}
+
+}  // namespace
+}  // namespace Conformance

@@ -1,0 +1,201 @@
+#include "Scene.h"
+
+#include <Platform/System.h>
+
+#include <cstring>
+#include <vector>
+
+namespace Conformance {
+
+namespace {
+
+constexpr int NoCallsError = 4711;
+
+testing::AssertionResult Told(bool right, const std::string& result) {
+    const int error = Winsock::WSAGetLastError();
+    System::RestoreErrorNumbers({.winsock = NoCallsError, .system = 0});
+    if (right) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "result " << result << ", last error " << error;
+}
+
+}  // namespace
+
+testing::AssertionResult Succeeds(int result, int expected) {
+    return Told(result == expected && Winsock::WSAGetLastError() == 0, std::to_string(result));
+}
+
+testing::AssertionResult FailsWith(int error, int result) {
+    return Told(result == Winsock::SocketError && Winsock::WSAGetLastError() == error,
+                std::to_string(result));
+}
+
+testing::AssertionResult FailsWith(int error, Winsock::Handle result) {
+    return Told(result == Winsock::InvalidSocket && Winsock::WSAGetLastError() == error,
+                std::to_string(result));
+}
+
+testing::AssertionResult FailsWith(int error, const Winsock::HostEntry* result) {
+    return Told(result == nullptr && Winsock::WSAGetLastError() == error,
+                result == nullptr ? "null" : "an entry");
+}
+
+testing::AssertionResult IsOpen(Winsock::Handle result) {
+    return Told(result != Winsock::InvalidSocket && Winsock::WSAGetLastError() == 0,
+                std::to_string(result));
+}
+
+void Started::SetUp() {
+    Winsock::StartupData data;
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    System::RestoreErrorNumbers({.winsock = NoCallsError, .system = 0});
+}
+
+void Started::TearDown() {
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+}
+
+void OwnedSocket::Close() {
+    if (handle_ != Winsock::InvalidSocket) Winsock::closesocket(Take());
+}
+
+OwnedSocket NewStream(int family) {
+    OwnedSocket socket(Winsock::socket(family, Winsock::TypeStream, 0));
+    EXPECT_TRUE(IsOpen(socket.Get()));
+    return socket;
+}
+
+OwnedSocket NewDatagram(int family) {
+    OwnedSocket socket(Winsock::socket(family, Winsock::TypeDatagram, 0));
+    EXPECT_TRUE(IsOpen(socket.Get()));
+    return socket;
+}
+
+Winsock::AddressIpv4 Ipv4(unsigned char first, unsigned char second, unsigned char third,
+                          unsigned char fourth, unsigned int port) {
+    return {.family = Winsock::FamilyIpv4,
+            .port = {static_cast<unsigned char>(port >> 8U), static_cast<unsigned char>(port)},
+            .address = {first, second, third, fourth},
+            .zero = {}};
+}
+
+Winsock::AddressIpv4 Loopback(unsigned int port) {
+    return Ipv4(127, 0, 0, 1, port);
+}
+
+Winsock::AddressIpv6 LoopbackIpv6(unsigned int port) {
+    Winsock::AddressIpv6 address = {};
+    address.family = Winsock::FamilyIpv6;
+    address.port[0] = static_cast<unsigned char>(port >> 8U);
+    address.port[1] = static_cast<unsigned char>(port);
+    address.address[15] = 1;
+    return address;
+}
+
+unsigned int PortOf(const Winsock::AddressIpv4& address) {
+    return address.port[0] * 256U + address.port[1];
+}
+
+Winsock::AddressIpv4 LocalAddress(const OwnedSocket& socket) {
+    Winsock::AddressIpv4 address = {};
+    int length = sizeof address;
+    EXPECT_TRUE(Succeeds(Winsock::getsockname(socket.Get(), &address, &length)));
+    return address;
+}
+
+unsigned int LocalPort(const OwnedSocket& socket) {
+    return PortOf(LocalAddress(socket));
+}
+
+OwnedSocket Accept(const OwnedSocket& listener) {
+    OwnedSocket accepted(Winsock::accept(listener.Get(), nullptr, nullptr));
+    EXPECT_TRUE(IsOpen(accepted.Get()));
+    return accepted;
+}
+
+void SetNonBlocking(const OwnedSocket& socket, bool on) {
+    unsigned int value = on ? 1 : 0;
+    EXPECT_TRUE(Succeeds(Winsock::ioctlsocket(socket.Get(), Winsock::CommandNonBlocking, &value)));
+}
+
+int SetOption(const OwnedSocket& socket, int option, unsigned int value) {
+    char bytes[sizeof value];
+    std::memcpy(bytes, &value, sizeof value);
+    return Winsock::setsockopt(socket.Get(), Winsock::LevelSocket, option, bytes, sizeof bytes);
+}
+
+int Send(const OwnedSocket& socket, const std::string& text) {
+    return Winsock::send(socket.Get(), text.data(), static_cast<int>(text.size()), 0);
+}
+
+std::string Receive(const OwnedSocket& socket, int room) {
+    std::string text(static_cast<std::size_t>(room), '\0');
+    const int count = Winsock::recv(socket.Get(), text.data(), room, 0);
+    if (count < 0) return "failure " + std::to_string(Winsock::WSAGetLastError());
+    text.resize(static_cast<std::size_t>(count));
+    return text;
+}
+
+int TryReceive(const OwnedSocket& socket, int room) {
+    std::vector<char> buffer(static_cast<std::size_t>(room));
+    return Winsock::recv(socket.Get(), buffer.data(), room, 0);
+}
+
+unsigned int BytesAvailable(const OwnedSocket& socket) {
+    unsigned int count = 4711;
+    EXPECT_TRUE(
+        Succeeds(Winsock::ioctlsocket(socket.Get(), Winsock::CommandBytesAvailable, &count)));
+    return count;
+}
+
+OwnedSocket NewBoundStream() {
+    OwnedSocket socket = NewStream();
+    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+    return socket;
+}
+
+OwnedSocket NewBoundDatagram() {
+    OwnedSocket socket = NewDatagram();
+    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+    return socket;
+}
+
+OwnedSocket NewListener() {
+    OwnedSocket listener = NewBoundStream();
+    EXPECT_TRUE(Succeeds(Winsock::listen(listener.Get(), 16)));
+    return listener;
+}
+
+Pair NewConnectedPair() {
+    const OwnedSocket listener = NewListener();
+    OwnedSocket client = NewStream();
+    EXPECT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    return {std::move(client), Accept(listener)};
+}
+
+int SendUntilFailure(const OwnedSocket& socket) {
+    const std::string block(1U << 20U, 'x');
+    int result = 0;
+    do {
+        result = Send(socket, block);
+    } while (result > 0);
+    return result;
+}
+
+Milliseconds TimeOf(const std::function<void()>& scene) {
+    const auto start = std::chrono::steady_clock::now();
+    scene();
+    return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
+int RepeatWhile(int error, const std::function<int()>& call) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    int result = call();
+    while (result < 0 && Winsock::WSAGetLastError() == error &&
+           std::chrono::steady_clock::now() < end) {
+        System::Sleep(1);
+        result = call();
+    }
+    return result;
+}
+
+}  // namespace Conformance

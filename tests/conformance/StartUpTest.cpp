@@ -1,0 +1,138 @@
+#include <Platform/System.h>
+
+#include <thread>
+
+#include "Scene.h"
+
+namespace Conformance {
+namespace {
+
+struct VersionRow {
+    unsigned short requested;
+    unsigned short negotiated;
+
+    friend void PrintTo(const VersionRow& row, std::ostream* stream) {
+        *stream << (row.requested & 0xFF) << '.' << (row.requested >> 8);
+    }
+};
+
+class VersionNegotiation : public testing::TestWithParam<VersionRow> {};
+
+TEST_P(VersionNegotiation, AnswersTheHighestVersionNotAboveTheRequested) {
+    Winsock::StartupData data;
+    ASSERT_EQ(Winsock::WSAStartup(GetParam().requested, &data), 0);
+    EXPECT_EQ(data.version, GetParam().negotiated);
+    EXPECT_EQ(data.highestVersion, 0x202);
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, VersionNegotiation,
+                         testing::Values(VersionRow{0x001, 0x001}, VersionRow{0x101, 0x101},
+                                         VersionRow{0x201, 0x101}, VersionRow{0x002, 0x002},
+                                         VersionRow{0x102, 0x102}, VersionRow{0x202, 0x202},
+                                         VersionRow{0x302, 0x202}, VersionRow{0x003, 0x202}));
+
+TEST(StartUp, RefusesMajorVersionZeroButTellsItsVersions) {
+    Winsock::StartupData data;
+    EXPECT_EQ(Winsock::WSAStartup(0x0100, &data), 10092);
+    EXPECT_EQ(data.version, 0x202);
+    EXPECT_EQ(data.highestVersion, 0x202);
+    EXPECT_TRUE(FailsWith(10093, Winsock::WSACleanup()));
+}
+
+TEST(StartUp, RefusesNullDataWithoutCounting) {
+    EXPECT_EQ(Winsock::WSAStartup(0x202, nullptr), 10014);
+    EXPECT_EQ(Winsock::WSAStartup(0x000, nullptr), 10092);
+    EXPECT_TRUE(FailsWith(10093, Winsock::WSACleanup()));
+}
+
+TEST(StartUp, LeavesTheLastErrorAlone) {
+    System::RestoreErrorNumbers({.winsock = 1234, .system = 0});
+    Winsock::StartupData data;
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    EXPECT_EQ(Winsock::WSAGetLastError(), 1234);
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+}
+
+TEST(StartUp, CallsBeforeItFail) {
+    char name[256];
+    const char address[4] = {127, 0, 0, 1};
+    EXPECT_TRUE(FailsWith(10093, Winsock::socket(2, 1, 0)));
+    EXPECT_TRUE(FailsWith(10093, Winsock::WSACleanup()));
+    EXPECT_TRUE(FailsWith(10093, Winsock::gethostname(name, sizeof name)));
+    EXPECT_TRUE(FailsWith(10093, Winsock::gethostbyname("localhost")));
+    EXPECT_TRUE(FailsWith(10093, Winsock::gethostbyaddr(address, 4, 2)));
+    EXPECT_TRUE(FailsWith(10093, Winsock::closesocket(5)));
+    EXPECT_TRUE(FailsWith(10093, Winsock::recv(5, name, 1, 0)));
+    EXPECT_TRUE(FailsWith(10093, Winsock::send(5, name, 1, 0)));
+}
+
+TEST(StartUp, DottedTextsAreReadBeforeIt) {
+    EXPECT_EQ(Winsock::inet_addr("1.2.3.4"), 0x04030201U);
+}
+
+TEST(CleanUp, AnInnerOneLeavesSocketsOpen) {
+    Winsock::StartupData data;
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    const OwnedSocket socket = NewBoundDatagram();
+    ASSERT_EQ(Winsock::WSAStartup(0x101, &data), 0);
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+    EXPECT_NE(LocalPort(socket), 0U);
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+}
+
+TEST(CleanUp, TheLastOneClosesAllSockets) {
+    Winsock::StartupData data;
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    Pair pair = NewConnectedPair();
+    const Winsock::Handle client = pair.client.Take();
+    const Winsock::Handle server = pair.server.Take();
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+    EXPECT_TRUE(FailsWith(10093, Winsock::send(client, "x", 1, 0)));
+
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    EXPECT_TRUE(FailsWith(10038, Winsock::send(client, "x", 1, 0)));
+    EXPECT_TRUE(FailsWith(10038, Winsock::closesocket(server)));
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+}
+
+TEST(CleanUp, TheLastOneEndsConnections) {
+    Winsock::StartupData data;
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    OwnedSocket listener = NewListener();
+    const unsigned int port = LocalPort(listener);
+    listener.Take();
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    EXPECT_TRUE(FailsWith(10061, Connect(NewStream(), Loopback(port))));
+    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+}
+
+using LastError = Started;
+
+TEST_F(LastError, IsEachThreadsOwn) {
+    EXPECT_EQ(Winsock::closesocket(Winsock::InvalidSocket), -1);
+    int atStart = -1;
+    int afterFailure = -1;
+    std::thread([&] {
+        atStart = Winsock::WSAGetLastError();
+        Winsock::socket(2, 7, 0);
+        afterFailure = Winsock::WSAGetLastError();
+    }).join();
+    EXPECT_EQ(atStart, 0);
+    EXPECT_EQ(afterFailure, 10044);
+    EXPECT_EQ(Winsock::WSAGetLastError(), 10038);
+}
+
+TEST_F(LastError, IsSavedAndRestoredWithTheSystemsOwn) {
+    EXPECT_EQ(Winsock::closesocket(Winsock::InvalidSocket), -1);
+    const System::ErrorNumbers numbers = System::SaveErrorNumbers();
+    EXPECT_EQ(numbers.winsock, 10038);
+    NewStream();
+    System::RestoreErrorNumbers(numbers);
+    EXPECT_EQ(Winsock::WSAGetLastError(), 10038);
+}
+
+}  // namespace
+}  // namespace Conformance

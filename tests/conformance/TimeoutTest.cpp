@@ -1,0 +1,106 @@
+#include "Provocation.h"
+#include "Scene.h"
+
+namespace Conformance {
+namespace {
+
+constexpr unsigned int Limit = 200;
+// The system counts in ticks of a few milliseconds.
+constexpr Milliseconds AtLeast(Limit - 10);
+constexpr Milliseconds AtMost(Limit * 20);
+
+using Timeout = Started;
+
+void ExpectTimeout(const std::function<int()>& call) {
+    const Milliseconds time = TimeOf([&] { EXPECT_TRUE(FailsWith(10060, call())); });
+    EXPECT_GE(time, AtLeast);
+    EXPECT_LE(time, AtMost);
+}
+
+TEST_F(Timeout, OfReceivingFromASilentPeer) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, Limit)));
+    ExpectTimeout([&] { return TryReceive(pair.client); });
+}
+
+TEST_F(Timeout, OfReceivingADatagram) {
+    const OwnedSocket socket = NewBoundDatagram();
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, Limit)));
+    ExpectTimeout([&] { return TryReceive(socket); });
+}
+
+TEST_F(Timeout, OfReceivingIsNeitherCutShortNorProlongedBySignals) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, Limit)));
+    const SignalStorm storm;
+    ExpectTimeout([&] { return TryReceive(pair.client); });
+    EXPECT_GE(SignalStorm::SignalCount(), 10);
+}
+
+TEST_F(Timeout, OfReceivingADatagramIsNeitherCutShortNorProlongedBySignals) {
+    const OwnedSocket socket = NewBoundDatagram();
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, Limit)));
+    const SignalStorm storm;
+    ExpectTimeout([&] { return TryReceive(socket); });
+    EXPECT_GE(SignalStorm::SignalCount(), 10);
+}
+
+TEST_F(Timeout, DoesNotHideDataThatComesInTime) {
+    const OwnedSocket listener = NewListener();
+    const RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+    const OwnedSocket socket = Accept(listener);
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, 60'000)));
+    const SignalStorm storm([&] { peer.Send("in time"); });
+    EXPECT_EQ(Receive(socket), "in time");
+}
+
+TEST_F(Timeout, OfReceivingCanBeFollowedByAReceive) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, 10)));
+    EXPECT_TRUE(FailsWith(10060, TryReceive(pair.client)));
+    ASSERT_TRUE(Succeeds(Send(pair.server, "at last"), 7));
+    AwaitReadable(pair.client.Get());
+    EXPECT_EQ(Receive(pair.client), "at last");
+}
+
+TEST_F(Timeout, OfZeroOrAllOnesIsNone) {
+    const OwnedSocket listener = NewListener();
+    for (const unsigned int none : {0U, 0xFFFFFFFFU}) {
+        const RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+        const OwnedSocket socket = Accept(listener);
+        ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, 1)));
+        ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, none)));
+        const SignalStorm storm([&] { peer.Send("late"); });
+        EXPECT_EQ(Receive(socket), "late");
+    }
+}
+
+TEST_F(Timeout, OfSendingToAPeerThatDoesNotRead) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionSendTimeout, Limit)));
+    EXPECT_TRUE(FailsWith(10060, SendUntilFailure(pair.client)));
+    ExpectTimeout([&] { return Send(pair.client, "more"); });
+}
+
+TEST_F(Timeout, OfSendingIsNeitherCutShortNorProlongedBySignals) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionSendTimeout, Limit)));
+    const SignalStorm storm;
+    EXPECT_TRUE(FailsWith(10060, SendUntilFailure(pair.client)));
+    ExpectTimeout([&] { return Send(pair.client, "more"); });
+}
+
+TEST_F(Timeout, OfSendingALargeBufferCountsTheWholeCallOnce) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionSendTimeout, Limit)));
+    const std::string block(64U << 20U, 'x');
+    int sent = 0;
+    const Milliseconds time = TimeOf([&] { sent = Send(pair.client, block); });
+    EXPECT_GT(sent, 0);
+    EXPECT_LT(sent, static_cast<int>(block.size()));
+    EXPECT_GE(time, AtLeast);
+    EXPECT_LE(time, AtMost);
+}
+
+}  // namespace
+}  // namespace Conformance

@@ -1,0 +1,28 @@
+#include <gtest/gtest.h>
+#include <loopback/Failure.h>
+
+#include <ostream>
+
+namespace Loopback {
+
+void PrintTo(const Failure& failure, std::ostream* stream) {
+    *stream << testing::PrintToString(failure.text) << ", code " << failure.code;
+}
+
+Failure SystemFailure(std::u16string text, int number, std::u16string_view description) {
+    return {text + ErrorTail(number, description), number};
+}
+
+Failure ConnectionClosed() {
+    return {
+        u"VelNet::SocketImpl::Receive() - FAIL. The ::recv could not be completed because the "
+        u"connection has been closed.",
+        -1};
+}
+
+Failure ReceiveFailed(int number, std::u16string_view description) {
+    return SystemFailure(u"VelNet::SocketImpl::Receive() - FAIL. The ::recv failed", number,
+                         description);
+}
+
+}  // namespace Loopback

@@ -1,0 +1,265 @@
+// What the scripted platform answers.
+//
+// Each call has a queue; On::Send().Returns(2).Fails(10054) appends to the queue of send. One
+// answer serves one call. With its queue empty a call does the usual thing:
+//
+//   socket, accept    a fresh handle: 1001, 1002, …; accept's peer is 0.0.0.0:0
+//   closesocket       0, or 10038 for a handle that is not open
+//   send              takes all bytes
+//   recv              fails the test, and with 10060
+//   getsockname, getpeername   0.0.0.0:0
+//   ioctlsocket       0; no bytes available
+//   gethostbyname     "host.example" with the address 10.0.0.1; gethostbyaddr the same
+//   gethostname       "scripted-host"; ComputerName u"SCRIPTED-HOST"
+//   inet_addr         the address of four decimal numbers from 0 to 255, else NoAddress
+//   ErrorDescription  u"Description of 5."
+//   code page         Latin-1: each byte is one unit; a unit above 0xFF becomes '?'
+//   log files, keys   in memory, see below and RegistryTree.h
+//   all others        succeed with 0; WSAStartup reports 2.2 and 2.2
+//
+// Handles need not be open to be used.
+#pragma once
+
+#include <Platform/Winsock.h>
+
+#include <exception>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Scripted {
+
+// A host as a name call reports it, wrong in any way that a test wants. The entry itself belongs to
+// the calling thread and is overwritten with 0xDD bytes by that thread's next name call.
+struct HostAnswer {
+    std::optional<std::string> name = "host.example";  // without: a null name
+    std::vector<std::string> addresses = {};           // raw bytes each, see AddressBytes
+    short addressType = 2;
+    short addressLength = 4;
+    bool nullAddressList = false;
+};
+
+// The entry that the calling thread's last name call returned, or null.
+Winsock::HostEntry* CurrentHostEntry();
+
+// One entry of a queue. Tests make these through On.
+struct Answer {
+    enum class Kind { Usual, Result, Failure, Exception };
+
+    Kind kind = Kind::Usual;
+    long long result = 0;
+    int error = 0;
+    std::exception_ptr exception = nullptr;
+    std::string bytes = {};
+    std::u16string text = {};
+    HostAnswer host = {};
+    unsigned short version = 0x0202;
+    unsigned short highestVersion = 0x0202;
+};
+
+void QueueAnswer(const std::string& call, Answer answer);
+
+// What can be queued for any call. Fails sets the last error (or hands out the number where the
+// call has a parameter for it) and returns what the call returns on failure.
+template <class Self>
+class Answers {
+public:
+    explicit Answers(std::string call) : call_(std::move(call)) {}
+
+    // The usual thing, so many times.
+    Self& Passes(int times = 1) {
+        for (int time = 0; time < times; ++time)
+            Queue({});
+        return Own();
+    }
+    Self& Fails(int error) { return Queue({.kind = Answer::Kind::Failure, .error = error}); }
+    template <class Thrown>
+    Self& Throws(Thrown thrown) {
+        return Queue({.kind = Answer::Kind::Exception,
+                      .exception = std::make_exception_ptr(std::move(thrown))});
+    }
+
+protected:
+    Self& Queue(Answer answer) {
+        QueueAnswer(call_, std::move(answer));
+        return Own();
+    }
+
+private:
+    Self& Own() { return static_cast<Self&>(*this); }
+
+    std::string call_;
+};
+
+class PlainAnswers : public Answers<PlainAnswers> {
+public:
+    using Answers::Answers;
+};
+
+class NumberAnswers : public Answers<NumberAnswers> {
+public:
+    using Answers::Answers;
+    NumberAnswers& Returns(long long result);
+};
+
+class StartupAnswers : public Answers<StartupAnswers> {
+public:
+    using Answers::Answers;
+    StartupAnswers& Returns(int code, unsigned short version = 0x0202,
+                            unsigned short highestVersion = 0x0202);
+};
+
+class AddressAnswers : public Answers<AddressAnswers> {
+public:
+    using Answers::Answers;
+    AddressAnswers& Returns(const std::string& dotted, unsigned short port);
+    // Any bytes as the address; the length reported is theirs, what has no room is cut off.
+    AddressAnswers& ReturnsRaw(std::string address);
+};
+
+class AcceptAnswers : public Answers<AcceptAnswers> {
+public:
+    using Answers::Answers;
+    AcceptAnswers& Returns(Winsock::Handle handle, const std::string& dotted, unsigned short port);
+    AcceptAnswers& ReturnsRaw(Winsock::Handle handle, std::string address);
+};
+
+class ReceiveAnswers : public Answers<ReceiveAnswers> {
+public:
+    using Answers::Answers;
+    // Fills the buffer and returns the number of bytes; they must fit.
+    ReceiveAnswers& Delivers(std::string bytes);
+    // Returns the number and leaves the buffer alone.
+    ReceiveAnswers& Returns(int result);
+};
+
+class IoctlAnswers : public Answers<IoctlAnswers> {
+public:
+    using Answers::Answers;
+    // Succeeds; with the bytes-available command that many are available.
+    IoctlAnswers& Returns(unsigned int bytesAvailable = 0);
+};
+
+class HostAnswers : public Answers<HostAnswers> {
+public:
+    using Answers::Answers;
+    HostAnswers& Returns(const std::vector<std::string>& dotted,
+                         const std::string& name = "host.example");
+    HostAnswers& ReturnsRaw(HostAnswer host);
+};
+
+class BytesAnswers : public Answers<BytesAnswers> {
+public:
+    using Answers::Answers;
+    BytesAnswers& Returns(std::string bytes);
+};
+
+class WideAnswers : public Answers<WideAnswers> {
+public:
+    using Answers::Answers;
+    WideAnswers& Returns(std::u16string text);
+};
+
+namespace On {
+
+inline StartupAnswers WSAStartup() {
+    return StartupAnswers("WSAStartup");
+}
+inline NumberAnswers WSACleanup() {
+    return NumberAnswers("WSACleanup");
+}
+inline NumberAnswers Socket() {
+    return NumberAnswers("socket");
+}
+inline NumberAnswers Closesocket() {
+    return NumberAnswers("closesocket");
+}
+inline NumberAnswers Bind() {
+    return NumberAnswers("bind");
+}
+inline NumberAnswers Listen() {
+    return NumberAnswers("listen");
+}
+inline NumberAnswers Connect() {
+    return NumberAnswers("connect");
+}
+inline AcceptAnswers Accept() {
+    return AcceptAnswers("accept");
+}
+inline AddressAnswers Getsockname() {
+    return AddressAnswers("getsockname");
+}
+inline AddressAnswers Getpeername() {
+    return AddressAnswers("getpeername");
+}
+inline NumberAnswers Send() {
+    return NumberAnswers("send");
+}
+inline ReceiveAnswers Recv() {
+    return ReceiveAnswers("recv");
+}
+inline NumberAnswers Setsockopt() {
+    return NumberAnswers("setsockopt");
+}
+inline IoctlAnswers Ioctlsocket() {
+    return IoctlAnswers("ioctlsocket");
+}
+inline HostAnswers Gethostbyname() {
+    return HostAnswers("gethostbyname");
+}
+inline HostAnswers Gethostbyaddr() {
+    return HostAnswers("gethostbyaddr");
+}
+inline BytesAnswers Gethostname() {
+    return BytesAnswers("gethostname");
+}
+inline NumberAnswers InetAddr() {
+    return NumberAnswers("inet_addr");
+}
+
+inline PlainAnswers Sleep() {
+    return PlainAnswers("Sleep");
+}
+inline WideAnswers ComputerName() {
+    return WideAnswers("ComputerName");
+}
+inline WideAnswers ErrorDescription() {
+    return WideAnswers("ErrorDescription");
+}
+inline WideAnswers WideFromCodePage() {
+    return WideAnswers("WideFromCodePage");
+}
+inline BytesAnswers CodePageFromWide() {
+    return BytesAnswers("CodePageFromWide");
+}
+inline PlainAnswers OpenLogFile() {
+    return PlainAnswers("OpenLogFile");
+}
+inline PlainAnswers WriteLogFile() {
+    return PlainAnswers("WriteLogFile");
+}
+
+inline PlainAnswers OpenKey() {
+    return PlainAnswers("OpenKey");
+}
+inline PlainAnswers OpenSubKey() {
+    return PlainAnswers("OpenSubKey");
+}
+inline PlainAnswers ReadValue() {
+    return PlainAnswers("ReadValue");
+}
+inline PlainAnswers SubKeyNames() {
+    return PlainAnswers("SubKeyNames");
+}
+
+}  // namespace On
+
+// "recv" once for each answer that is still queued for recv, and so on.
+std::vector<std::string> UnusedAnswers();
+
+// What was written to the log file of that path, or to standard error.
+std::string LogFileContents(const std::string& path);
+std::string StandardErrorContents();
+
+}  // namespace Scripted

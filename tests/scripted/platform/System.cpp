@@ -1,0 +1,172 @@
+// The system's part of the seam: names, texts, log files.
+#include <Platform/System.h>
+
+#include <cerrno>
+#include <map>
+
+#include "Call.h"
+#include "scripted/Text.h"
+
+namespace System {
+
+namespace {
+
+using Scripted::Answer;
+using Scripted::Call;
+
+constexpr LogFile StandardErrorFile = 2;
+constexpr LogFile FirstLogFile = 3;
+
+struct LogFiles {
+    LogFile next = FirstLogFile;
+    std::map<LogFile, std::string> open = {{StandardErrorFile, "standard error"}};  // to paths
+    std::map<std::string, std::string> contents;
+};
+
+LogFiles logFiles;
+
+const bool forgotten = Scripted::AtReset([] {
+    const auto lock = Scripted::LockState();
+    logFiles = {};
+});
+
+// What the code under test receives is memory of its own.
+template <class Container>
+Container HandOver(const Container& made) {
+    const Scripted::Counted counted;
+    return made;
+}
+
+WideUnits UnitsOf(const std::u16string& text) {
+    return {text.begin(), text.end()};
+}
+
+WideUnits FinishWithText(Call& call, const Answer& answer, const std::u16string& usual) {
+    call.Finish();
+    return HandOver(UnitsOf(call.IsUsual() ? usual : answer.text));
+}
+
+std::u16string Latin1(const char* text, std::size_t length) {
+    std::u16string wide;
+    for (std::size_t index = 0; index < length; ++index)
+        wide += static_cast<unsigned char>(text[index]);
+    return wide;
+}
+
+std::string LedgerEntry(LogFile file) {
+    return "log file " + std::to_string(file);
+}
+
+bool Append(LogFile file, const char* bytes, std::size_t count) {
+    const auto lock = Scripted::LockState();
+    const auto found = logFiles.open.find(file);
+    if (found == logFiles.open.end()) return false;
+    logFiles.contents[found->second].append(bytes, count);
+    return true;
+}
+
+LogFile OpenInMemory(const char* path) {
+    const auto lock = Scripted::LockState();
+    logFiles.open.emplace(logFiles.next, path);
+    return logFiles.next++;
+}
+
+}  // namespace
+
+void Sleep(unsigned long milliseconds) {
+    Call call("Sleep");
+    call.Number(static_cast<long long>(milliseconds)).Play();
+    call.Finish();
+}
+
+WideUnits ComputerName() {
+    Call call("ComputerName");
+    const Answer& answer = call.Play();
+    return FinishWithText(call, answer, u"SCRIPTED-HOST");
+}
+
+WideUnits ErrorDescription(unsigned int error) {
+    Call call("ErrorDescription");
+    const Answer& answer = call.Number(error).Play();
+    const std::string number = std::to_string(error);
+    return FinishWithText(call, answer,
+                          u"Description of " + Latin1(number.data(), number.size()) + u".");
+}
+
+WideUnits WideFromCodePage(const char* text, std::size_t length) {
+    Call call("WideFromCodePage");
+    const auto count = static_cast<int>(length);
+    const Answer& answer = call.Quoted(text, count).Number(count).Play();
+    return FinishWithText(call, answer, Latin1(text, length));
+}
+
+std::string CodePageFromWide(const unsigned short* units, std::size_t count) {
+    Call call("CodePageFromWide");
+    const std::u16string text(units, units + count);
+    const Answer& answer = call.Pointer(units)
+                               .Plain(Scripted::QuotedUnits(text))
+                               .Number(static_cast<long long>(count))
+                               .Play();
+    call.Finish();
+    if (!call.IsUsual()) return HandOver(answer.bytes);
+    std::string bytes;
+    for (const char16_t unit : text)
+        bytes += unit > 0xFF ? '?' : static_cast<char>(unit);
+    return HandOver(bytes);
+}
+
+ErrorNumbers SaveErrorNumbers() noexcept {
+    return {.winsock = Scripted::LastError(), .system = errno};
+}
+
+void RestoreErrorNumbers(ErrorNumbers numbers) noexcept {
+    Scripted::SetLastError(numbers.winsock);
+    errno = numbers.system;
+}
+
+LogFile StandardError() noexcept {
+    return StandardErrorFile;
+}
+
+LogFile OpenLogFile(const char* path, unsigned int& error) noexcept {
+    Call call("OpenLogFile");
+    const Answer& answer = call.Quoted(path).Play();
+    call.Finish();
+    error = static_cast<unsigned int>(answer.error);
+    if (call.IsFailure()) return NoLogFile;
+    const LogFile file = OpenInMemory(path);
+    Scripted::OpenInLedger(LedgerEntry(file));
+    return file;
+}
+
+bool WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
+    Call call("WriteLogFile");
+    call.Number(file).Quoted(bytes, static_cast<int>(count)).Play();
+    call.Finish();
+    return !call.IsFailure() && Append(file, bytes, count);
+}
+
+void CloseLogFile(LogFile file) noexcept {
+    Call call("CloseLogFile");
+    call.Number(file).Play();
+    call.Finish();
+    Scripted::CloseInLedger(LedgerEntry(file));
+    const auto lock = Scripted::LockState();
+    logFiles.open.erase(file);
+}
+
+}  // namespace System
+
+namespace Scripted {
+
+std::string LogFileContents(const std::string& path) {
+    const auto lock = LockState();
+    const auto found = System::logFiles.contents.find(path);
+    return found == System::logFiles.contents.end() ? "" : found->second;
+}
+
+std::string StandardErrorContents() {
+    return LogFileContents("standard error");
+}
+
+}  // namespace Scripted

@@ -1,0 +1,168 @@
+#include <Socket/SystemSocket.h>
+#include <VelSynch/ReferenceCountedImpl.h>
+
+#include <climits>
+#include <type_traits>
+
+#include "SocketFixture.h"
+
+namespace SocketTests {
+namespace {
+
+class SystemSocket : public SocketTest {};
+
+using Lines = std::vector<std::string>;
+
+// An implementation that is not the library's. Answers the one question that its status hangs on.
+class ForeignSocket : public Socket, public VelSynch::ReferenceCountedImpl<int> {
+public:
+    bool IsSameSocket(const Socket&) const override { return false; }
+    bool SetNonBlocking() override { return false; }
+    bool IsValid() const override { return true; }
+    void Bind(Octets, unsigned short) override {}
+    int Listen() override { return 0; }
+    void Connect(Octets, unsigned short) override {}
+    VelBase::ReturnPtrI<Socket> Accept(SocketAddress&) override { return {}; }
+    void SetReceiveTimeout(unsigned int) override {}
+    void SetSendTimeout(unsigned int) override {}
+    void SetReuseAddress() override {}
+    void Close() override {}
+    int Receive(char*, int) override { return 0; }
+    int Send(const char*, int) override { return 0; }
+    bool IsDataAvailable() const override {
+        ++questions;
+        return dataAvailable;
+    }
+    SocketAddress GetLocalAddress() const override { return {}; }
+    SocketAddress GetRemoteAddress() const override { return {}; }
+    int GetStatus() const override { return -1; }
+
+    bool dataAvailable = false;
+    mutable int questions = 0;
+};
+
+TEST_F(SystemSocket, TypesWithoutNameAreLeftToTheSystem) {
+    EXPECT_EQ(SystemTypeFrom(Socket::SOCKET_STREAM), 1);
+    EXPECT_EQ(SystemTypeFrom(Socket::SOCKET_DATAGRAM), 2);
+    for (const int other : {-1, 2, 3, 5, INT_MAX, INT_MIN})
+        EXPECT_EQ(SystemTypeFrom(static_cast<Socket::SOCKET_TYPE>(other)), 0) << other;
+}
+
+TEST_F(SystemSocket, ProtocolsWithoutNameAreLeftToTheSystem) {
+    EXPECT_EQ(SystemProtocolFrom(Socket::PROTOCOL_TCP), 6);
+    EXPECT_EQ(SystemProtocolFrom(Socket::PROTOCOL_UDP), 17);
+    for (const int other : {-1, 2, 6, 7, 17, INT_MAX, INT_MIN})
+        EXPECT_EQ(SystemProtocolFrom(static_cast<Socket::SOCKET_PROTOCOL>(other)), 0) << other;
+}
+
+TEST_F(SystemSocket, SwitchingToNonBlockingIsOneCall) {
+    EXPECT_TRUE(SwitchToNonBlocking(7));
+    EXPECT_EQ(Transcript(), Lines{"ioctlsocket(7, 0x8004667E, 1)"});
+}
+
+TEST_F(SystemSocket, RefusedSwitchIsFalse) {
+    for (const int error : ErrorNumbers()) {
+        On::Ioctlsocket().Fails(error);
+        EXPECT_FALSE(SwitchToNonBlocking(7)) << error;
+    }
+}
+
+TEST_F(SystemSocket, AnyNumberOfBytesIsAvailableData) {
+    for (const unsigned int count : {1U, 2U, 0x100U, 0x10000U, 0x80000000U, 0xFFFFFFFFU}) {
+        On::Ioctlsocket().Returns(count);
+        EXPECT_TRUE(HasBytesAvailable(7)) << count;
+    }
+    On::Ioctlsocket().Returns(0);
+    EXPECT_FALSE(HasBytesAvailable(7));
+    EXPECT_EQ(Transcript(), Lines(7, "ioctlsocket(7, 0x4004667F)"));
+}
+
+TEST_F(SystemSocket, FailedQuestionForBytesIsNone) {
+    // A system that writes the count and fails all the same.
+    Observe("ioctlsocket", [](const Event& event) {
+        *static_cast<unsigned int*>(const_cast<void*>(event.pointer)) = 5;
+    });
+    On::Ioctlsocket().Fails(10038);
+    EXPECT_FALSE(HasBytesAvailable(7));
+}
+
+TEST_F(SystemSocket, StatusAsksAnyImplementationThroughItsInterface) {
+    const VelBase::ReturnPtrI<ForeignSocket> socket = new ForeignSocket;
+    EXPECT_EQ(StatusOf(*socket, STATE_CONNECTED), STATUS_IDLE);
+    socket->dataAvailable = true;
+    EXPECT_EQ(StatusOf(*socket, STATE_CONNECTED), STATUS_DATA_PENDING);
+    EXPECT_EQ(socket->questions, 2);
+    EXPECT_EQ(Transcript(), Lines());
+}
+
+TEST_F(SystemSocket, StatusOfOtherStatesAsksNobody) {
+    const VelBase::ReturnPtrI<ForeignSocket> socket = new ForeignSocket;
+    socket->dataAvailable = true;
+    EXPECT_EQ(StatusOf(*socket, STATE_LISTENING), STATUS_LISTENING);
+    for (const SocketState state : {STATE_CLOSED, STATE_CREATED, STATE_BOUND})
+        EXPECT_EQ(StatusOf(*socket, state), STATUS_NONE) << state;
+    EXPECT_EQ(socket->questions, 0);
+}
+
+TEST_F(SystemSocket, HandleOfAForeignImplementationIsNone) {
+    const VelBase::ReturnPtrI<ForeignSocket> foreign = new ForeignSocket;
+    const auto open = MakeSocket();
+    EXPECT_EQ(HandleOf(*foreign), Winsock::InvalidSocket);
+    EXPECT_FALSE(open->IsSameSocket(*foreign));
+    EXPECT_TRUE(MakeClosedSocket()->IsSameSocket(*foreign));
+}
+
+TEST_F(SystemSocket, HandleOfAClassicSocketIsItsOwn) {
+    const auto socket = MakeSocket();
+    EXPECT_EQ(HandleOf(*socket), 1001U);
+    socket->Close();
+    EXPECT_EQ(HandleOf(*socket), Winsock::InvalidSocket);
+}
+
+TEST_F(SystemSocket, OwnerClosesItsHandleAtTheEndOfTheScope) {
+    {
+        const HandleOwner owner(OpenHandle());
+        EXPECT_EQ(owner.Get(), 1001U);
+        EXPECT_FALSE(owner.IsEmpty());
+        EXPECT_EQ(Transcript(), Lines());
+    }
+    EXPECT_EQ(Transcript(), Lines{"closesocket(1001)"});
+}
+
+TEST_F(SystemSocket, OwnerHasNothingToSayWhenClosingFails) {
+    On::Closesocket().Fails(10038);
+    { const HandleOwner owner(OpenHandle()); }
+    EXPECT_EQ(Transcript(), Lines{"closesocket(1001)"});
+}
+
+TEST_F(SystemSocket, OwnerLeavesAHandleThatWasHandedOver) {
+    {
+        HandleOwner owner(OpenHandle());
+        owner.HandOver();
+        EXPECT_TRUE(owner.IsEmpty());
+    }
+    EXPECT_EQ(Transcript(), Lines());
+    ForgetInLedger("socket 1001");
+}
+
+TEST_F(SystemSocket, OwnerOfNothingClosesNothing) {
+    {
+        const HandleOwner owner(Winsock::InvalidSocket);
+        EXPECT_TRUE(owner.IsEmpty());
+    }
+    EXPECT_EQ(Transcript(), Lines());
+}
+
+TEST_F(SystemSocket, HandlesOfAllOtherValuesAreHandles) {
+    for (const Winsock::Handle handle : {0ULL, 0xFFFFFFFFULL, 0xFFFFFFFFFFFFFFFEULL}) {
+        HandleOwner owner(handle);
+        EXPECT_FALSE(owner.IsEmpty()) << handle;
+        owner.HandOver();
+    }
+}
+
+static_assert(!std::is_copy_constructible_v<HandleOwner>);
+static_assert(!std::is_copy_assignable_v<HandleOwner>);
+
+}  // namespace
+}  // namespace SocketTests

@@ -1,0 +1,175 @@
+#include <VelLog/LogControl.h>
+#include <VelLog/Router.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "EveryAllocation.h"
+#include "scripted/ScriptedPlatform.h"
+
+namespace {
+
+using VelBase::ReturnPtrI;
+using VelLog::Router;
+using VelLog::SetRouterEnabled;
+
+static_assert(std::is_same_v<decltype(&VelLog::CreateRouter),
+                             ReturnPtrI<Router> (*)(const char*, const char*,
+                                                    VelSynch::EnumOrrinLockStackCategory)>);
+static_assert(std::is_base_of_v<VelSynch::ReferenceCountedImpl<int>, Router>);
+static_assert(VelSynch::LOCK_STACK_CATEGORY_NETWORK == -3);
+static_assert(sizeof(std::atomic<unsigned char>) == 1);
+
+ReturnPtrI<Router> Create(const char* name, const char* category) {
+    return VelLog::CreateRouter(name, category, VelSynch::LOCK_STACK_CATEGORY_NETWORK);
+}
+
+class Routers : public Scripted::PlatformTest {
+protected:
+    void TearDown() override {
+        SetRouterEnabled("Network", "Error", false);
+        SetRouterEnabled("Network", "Packet Trace", false);
+        PlatformTest::TearDown();
+    }
+};
+
+TEST_F(Routers, NewRouterIsOffAndHasOneReference) {
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    EXPECT_FALSE(router->IsEnabled());
+    EXPECT_STREQ(router->Name(), "Network");
+    EXPECT_STREQ(router->Category(), "Error");
+    EXPECT_EQ(router->GetReferenceCount(), 1);
+}
+
+TEST_F(Routers, EveryFlagButZeroMeansEnabled) {
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    for (const int flag : {1, 2, 0x80, 0xFF}) {
+        router->SetFlag(static_cast<unsigned char>(flag));
+        EXPECT_TRUE(router->IsEnabled()) << flag;
+    }
+    router->SetFlag(0);
+    EXPECT_FALSE(router->IsEnabled());
+}
+
+TEST_F(Routers, LiveRoutersAreSwitched) {
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    EXPECT_TRUE(SetRouterEnabled("Network", "Error", true));
+    EXPECT_TRUE(router->IsEnabled());
+    EXPECT_TRUE(SetRouterEnabled("Network", "Error", false));
+    EXPECT_FALSE(router->IsEnabled());
+}
+
+TEST_F(Routers, LaterRoutersAreSwitchedAsWasLastAskedFor) {
+    SetRouterEnabled("Network", "Error", true);
+    EXPECT_TRUE(Create("Network", "Error")->IsEnabled());
+    EXPECT_TRUE(Create("Network", "Error")->IsEnabled());
+    SetRouterEnabled("Network", "Error", false);
+    EXPECT_FALSE(Create("Network", "Error")->IsEnabled());
+}
+
+TEST_F(Routers, OnlyTheSameNameAndCategoryAreSwitched) {
+    const ReturnPtrI<Router> error = Create("Network", "Error");
+    const ReturnPtrI<Router> packets = Create("Network", "Packet Trace");
+    const ReturnPtrI<Router> other = Create("Storage", "Error");
+    SetRouterEnabled("Network", "Error", true);
+    EXPECT_TRUE(error->IsEnabled());
+    EXPECT_FALSE(packets->IsEnabled());
+    EXPECT_FALSE(other->IsEnabled());
+    EXPECT_FALSE(Create("network", "Error")->IsEnabled());
+    EXPECT_FALSE(Create("Network", "Erro")->IsEnabled());
+}
+
+TEST_F(Routers, AllRoutersOfOneNameAreSwitched) {
+    const ReturnPtrI<Router> first = Create("Network", "Error");
+    const ReturnPtrI<Router> second = Create("Network", "Error");
+    SetRouterEnabled("Network", "Error", true);
+    EXPECT_TRUE(first->IsEnabled());
+    EXPECT_TRUE(second->IsEnabled());
+}
+
+TEST_F(Routers, RemainingRoutersAreSwitchedWhateverRouterEnded) {
+    for (int ended = 0; ended < 3; ++ended) {
+        ReturnPtrI<Router> routers[] = {Create("Network", "Error"), Create("Network", "Error"),
+                                        Create("Network", "Error")};
+        routers[ended] = ReturnPtrI<Router>();
+        SetRouterEnabled("Network", "Error", true);
+        for (const ReturnPtrI<Router>& router : routers)
+            EXPECT_TRUE(!router || router->IsEnabled());
+        SetRouterEnabled("Network", "Error", false);
+        for (const ReturnPtrI<Router>& router : routers)
+            EXPECT_TRUE(!router || !router->IsEnabled());
+    }
+}
+
+TEST_F(Routers, RouterOfAnotherMakingIsLeftAlone) {
+    class OwnRouter final : public Router {
+        using Router::Router;
+    };
+    const ReturnPtrI<Router> router(new OwnRouter("Network", "Error"));
+    SetRouterEnabled("Network", "Error", true);
+    EXPECT_FALSE(router->IsEnabled());
+    router->SetFlag(1);
+    EXPECT_TRUE(router->IsEnabled());
+}
+
+TEST_F(Routers, TextsThatCannotBeKeptAreRefused) {
+    const std::string longest(63, 'n');
+    const std::string tooLong(64, 'n');
+    EXPECT_FALSE(SetRouterEnabled(nullptr, "Error", true));
+    EXPECT_FALSE(SetRouterEnabled("Network", nullptr, true));
+    EXPECT_FALSE(SetRouterEnabled(tooLong.c_str(), "Error", true));
+    EXPECT_FALSE(SetRouterEnabled("Network", tooLong.c_str(), true));
+    EXPECT_FALSE(Create("Network", tooLong.c_str())->IsEnabled());
+    EXPECT_TRUE(SetRouterEnabled(longest.c_str(), longest.c_str(), true));
+    EXPECT_TRUE(Create(longest.c_str(), longest.c_str())->IsEnabled());
+}
+
+TEST_F(Routers, LongNamesAreReadNoFurtherThanNeeded) {
+    const std::string unterminated(64, 'n');
+    const auto exact = std::make_unique<char[]>(64);
+    unterminated.copy(exact.get(), 64);
+    EXPECT_FALSE(SetRouterEnabled(exact.get(), "Error", true));
+}
+
+TEST_F(Routers, EmptyTextsAreNamesLikeOthers) {
+    EXPECT_TRUE(SetRouterEnabled("", "", true));
+    EXPECT_TRUE(Create("", "")->IsEnabled());
+}
+
+TEST_F(Routers, SwitchingAllocatesNothing) {
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    const Scripted::Allocations::Mark mark;
+    SetRouterEnabled("Network", "Error", true);
+    SetRouterEnabled("Network", "Packet Trace", true);
+    EXPECT_EQ(mark.Requests(), 0u);
+}
+
+TEST_F(Routers, FailedCreationLeavesNothingBehind) {
+    Support::ExpectBadAllocFromEveryAllocation(1, [] { Create("Network", "Error"); });
+    EXPECT_TRUE(SetRouterEnabled("Network", "Error", true));
+}
+
+bool SixtyFourPairsFit() {
+    const ReturnPtrI<Router> surplus = Create("Surplus", "Error");
+    for (int pair = 0; pair < 64; ++pair) {
+        if (!SetRouterEnabled("Network", std::to_string(pair).c_str(), pair % 2 == 0)) return false;
+    }
+    const bool isFull = !SetRouterEnabled("Surplus", "Error", true) && !surplus->IsEnabled() &&
+                        !Create("Surplus", "Error")->IsEnabled();
+    const bool isKept = Create("Network", "0")->IsEnabled() &&
+                        !Create("Network", "1")->IsEnabled() &&
+                        Create("Network", "62")->IsEnabled();
+    const bool isSwitched =
+        SetRouterEnabled("Network", "63", true) && Create("Network", "63")->IsEnabled();
+    return isFull && isKept && isSwitched;
+}
+
+// In a process of its own: what is remembered is never forgotten.
+TEST(RouterSwitches, SixtyFourPairsAreRememberedAndStayUsable) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(std::_Exit(SixtyFourPairsFit() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace

@@ -1,0 +1,15 @@
+// How the program comes by its connection.
+#pragma once
+
+#include <VelBase/ReturnPtrI.h>
+#include <VelNet/Socket.h>
+
+#include "Arguments.h"
+
+namespace VelSockCat {
+
+// Listens or connects as the command line asks, and returns the connected socket with its time-outs
+// set. Throws Failure with NameNotResolvable or NotConnected.
+VelBase::ReturnPtrI<VelNet::Socket> OpenConnection(const Arguments& arguments);
+
+}  // namespace VelSockCat

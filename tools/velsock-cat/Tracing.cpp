@@ -1,0 +1,41 @@
+#include "Tracing.h"
+
+#include <VelBase/TextConversions.h>
+#include <VelLog/FileSink.h>
+#include <VelLog/LogControl.h>
+#include <VelLog/StandardErrorSink.h>
+
+#include "Failure.h"
+
+namespace VelSockCat {
+
+namespace {
+
+std::unique_ptr<VelLog::LogSink> OpenLogFile(const std::string& path) {
+    try {
+        return std::make_unique<VelLog::FileSink>(path.c_str());
+    } catch (const VelBase::Message& message) {
+        throw Failure(ExitCode::LocalFailure,
+                      VelBase::WideCharToUTF8(message.GetMessage(), false).c_str());
+    }
+}
+
+std::unique_ptr<VelLog::LogSink> OpenSink(const Arguments& arguments) {
+    if (arguments.logFile) return OpenLogFile(*arguments.logFile);
+    return std::make_unique<VelLog::StandardErrorSink>();
+}
+
+}  // namespace
+
+Tracing::Tracing(const Arguments& arguments) : sink_(OpenSink(arguments)) {
+    VelLog::SetSink(sink_.get());
+    for (const std::string& category : arguments.categories) {
+        VelLog::SetRouterEnabled("Network", category.c_str(), true);
+    }
+}
+
+Tracing::~Tracing() {
+    VelLog::SetSink(nullptr);
+}
+
+}  // namespace VelSockCat
