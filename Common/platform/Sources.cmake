@@ -13,6 +13,7 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/Options.cpp
   platform/posix/OwnAddresses.cpp
   platform/posix/Patience.cpp
+  platform/posix/PortReuse.cpp
   platform/posix/Registry.cpp
   platform/posix/RegistryRoot.cpp
   platform/posix/SocketRecords.cpp

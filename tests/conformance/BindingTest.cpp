@@ -176,6 +176,26 @@ TEST_F(AddressReuse, TheOptionOnTheSecondOnlyIsNoPermission) {
     EXPECT_TRUE(FailsWith(10013, Bind(NewReusing(NewDatagram()), LocalAddress(datagram))));
 }
 
+TEST_F(AddressReuse, ABoundPortIsNotFreeForOtherProgramsThatReuse) {
+    const OwnedSocket bound = NewBoundStream();
+    EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(bound)));
+    const OwnedSocket listener = NewListener();
+    EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(listener)));
+}
+
+TEST_F(AddressReuse, AClientsBoundPortCanBeBoundAgainAtOnce) {
+    const OwnedSocket listener = NewListener();
+    OwnedSocket client = NewBoundStream();
+    const Winsock::AddressIpv4 address = LocalAddress(client);
+    ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    OwnedSocket server = Accept(listener);
+    client.Close();
+    ASSERT_EQ(TryReceive(server), 0);
+    server.Close();
+    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)));
+    EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
+}
+
 TEST_F(AddressReuse, TheOptionOnTheFirstOnlyIsNotEnough) {
     const OwnedSocket stream = NewReusing(NewStream());
     const OwnedSocket datagram = NewReusing(NewDatagram());

@@ -58,6 +58,11 @@ void Await(unsigned long long handle, short events) {
     Require(::poll(&wait, 1, 60'000) == 1, "the event did not come");
 }
 
+bool IsTakenFor(const RawPeer& peer, unsigned int port) {
+    const RawAddress address = RawLoopback(port);
+    return ::bind(peer.Descriptor(), &address.any, sizeof address) < 0 && errno == EADDRINUSE;
+}
+
 }  // namespace
 
 RawPeer::RawPeer(RawPeer&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
@@ -79,9 +84,15 @@ RawPeer RawPeer::ConnectedTo(unsigned int port) {
 }
 
 bool RawPeer::FindsPortTaken(unsigned int port) {
+    return IsTakenFor(RawPeer(RawStream()), port);
+}
+
+bool RawPeer::FindsPortTakenThoughReusing(unsigned int port) {
     const RawPeer peer(RawStream());
-    const RawAddress address = RawLoopback(port);
-    return ::bind(peer.descriptor_, &address.any, sizeof address) < 0 && errno == EADDRINUSE;
+    const int on = 1;
+    Require(::setsockopt(peer.descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0,
+            "setsockopt");
+    return IsTakenFor(peer, port);
 }
 
 void RawPeer::Send(const std::string& text) const {

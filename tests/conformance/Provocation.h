@@ -22,6 +22,8 @@ public:
     static RawPeer ConnectedTo(unsigned int port);
     // Whether a plain bind to the port is refused as taken.
     static bool FindsPortTaken(unsigned int port);
+    // The same of a bind with the system's own option for addresses in use.
+    static bool FindsPortTakenThoughReusing(unsigned int port);
 
     int Descriptor() const { return descriptor_; }
     void Send(const std::string& text) const;

@@ -6,6 +6,7 @@
 #include "Addresses.h"
 #include "Connecting.h"
 #include "Errors.h"
+#include "PortReuse.h"
 #include "SocketRecords.h"
 
 namespace {
@@ -28,8 +29,8 @@ Socket FindOccupant(const KernelAddress& address) {
     return other;
 }
 
-// The kernel alone would let a stream with the reuse option take the place of one that has not
-// asked for it, because all bound streams carry the kernel's option, see below.
+// The kernel alone would let a stream with the reuse option take the place of a connected one that
+// has not asked for it, see PortReuse.h, and reports every refusal alike.
 int OccupancyError(const Socket& socket, const KernelAddress& address) {
     if (socket.Has(Flag::Datagram)) return 0;
     const Socket occupant = FindOccupant(address);
@@ -38,26 +39,18 @@ int OccupancyError(const Socket& socket, const KernelAddress& address) {
     return occupant.Has(Flag::Reuse) ? 0 : WinsockError::Access;
 }
 
-void SetKernelReuse(const Socket& socket, bool on) {
-    const int value = on ? 1 : 0;
-    ::setsockopt(socket.descriptor, SOL_SOCKET, SO_REUSEADDR, &value, sizeof value);
-}
-
 bool BindTo(const Socket& socket, const KernelAddress& address) {
     const auto length = static_cast<socklen_t>(AddressLength(socket));
     return ::bind(socket.descriptor, &address.any, length) == 0;
 }
 
-// Ended connections keep a port from being bound again for a minute here, but not on Winsock. Only
-// the kernel's reuse option overcomes them; it must not be set from the start, or it would also
-// overcome sockets of other processes that are bound and do not listen.
 bool BindOverEndedConnections(const Socket& socket, const KernelAddress& address) {
     SetKernelReuse(socket, true);
-    if (BindTo(socket, address)) return true;
+    const bool bound = BindTo(socket, address);
     const int error = errno;
     SetKernelReuse(socket, false);
     errno = error;
-    return false;
+    return bound;
 }
 
 bool BindAsWinsock(const Socket& socket, const KernelAddress& address) {
@@ -73,10 +66,7 @@ int BindError(const Socket& socket) {
 
 void RecordBinding(const Socket& socket) {
     socket.record->Set(Flag::Bound);
-    if (socket.Has(Flag::Datagram)) return;
-    socket.record->SetPort(PortOf(LocalAddress(socket)));
-    // The connections of this port inherit the option and so do not keep the next server from it.
-    SetKernelReuse(socket, true);
+    if (!socket.Has(Flag::Datagram)) socket.record->SetPort(PortOf(LocalAddress(socket)));
 }
 
 int ListenError(const Socket& socket) {
@@ -103,6 +93,7 @@ int Winsock::listen(Handle handle, int backlog) {
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
     if (const int error = ListenError(socket)) return Fail(error);
+    LetPortBeBoundAgain(socket);
     if (::listen(socket.descriptor, backlog) < 0) return FailFromErrno();
     socket.record->Set(Flag::Listening);
     return Succeed();

@@ -8,6 +8,7 @@
 #include "Addresses.h"
 #include "Connecting.h"
 #include "Errors.h"
+#include "PortReuse.h"
 #include "SocketRecords.h"
 #include "Waiting.h"
 
@@ -18,6 +19,7 @@ using namespace Posix;
 void RecordConnected(const Socket& socket) {
     socket.record->Clear(Flag::Connecting);
     socket.record->Set(Flag::Connected | Flag::Bound);
+    LetPortBeBoundAgain(socket);
 }
 
 // The outcome of a connect call that the kernel has finished.

@@ -10,6 +10,7 @@
 
 #include "Connecting.h"
 #include "Errors.h"
+#include "PortReuse.h"
 #include "SocketRecords.h"
 
 namespace {
@@ -53,8 +54,7 @@ bool SetSwitch(const Socket& socket, int kernelOption, bool on) {
 int SetReuse(const Socket& socket, const char* value, int length) {
     if (length < 0) return Fail(WinsockError::Fault);
     const bool on = std::any_of(value, value + length, [](char byte) { return byte != 0; });
-    // A bound stream carries the first option in any case, see bind.
-    const bool address = on || socket.record->Port() != 0;
+    const bool address = on || CarriesKernelReuse(socket);
     if (!SetSwitch(socket, SO_REUSEADDR, address)) return FailFromErrno();
     if (!socket.Has(Flag::Datagram) && !SetSwitch(socket, SO_REUSEPORT, on)) return FailFromErrno();
     socket.record->Change(Flag::Reuse, on);
