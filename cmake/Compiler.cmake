@@ -1,10 +1,16 @@
 # How every target of the project is compiled.
 
 add_library(velsock_compiler INTERFACE)
-target_compile_options(velsock_compiler INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wcast-qual
-  -Wformat=2 -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused
-  -Wdouble-promotion -Wextra-semi -Werror)
+if(MSVC)
+  # Written from the compiler's documentation; no build with it has been tried.
+  target_compile_options(velsock_compiler INTERFACE
+    /W4 /WX /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor)
+else()
+  target_compile_options(velsock_compiler INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wcast-qual
+    -Wformat=2 -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused
+    -Wdouble-promotion -Wextra-semi -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(velsock_compiler INTERFACE
     -Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wuseless-cast)

@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Compiles every public header in every way that a client may meet it, without producing code.
-# usage: CheckHeaders.sh COMPILER INCLUDE_FOLDER...
+# usage: CheckHeaders.sh COMPILER SYSTEM INCLUDE_FOLDER...
+# SYSTEM is the one that is compiled for, as CMake names it.
 set -euo pipefail
 
 compiler=$1
-shift
+system=$2
+shift 2
 includes=()
 for folder in "$@"; do includes+=(-I "$folder"); done
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Werror)
@@ -22,6 +24,13 @@ system_headers='#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/select.h>
 #include <sys/socket.h>'
+if [ "$system" = Windows ]; then
+  system_headers='#include <winsock2.h>
+#include <ws2tcpip.h>
+#include <windows.h>'
+fi
+unicode='#define UNICODE
+#define _UNICODE'
 
 checked=0
 compiles() {
@@ -55,6 +64,8 @@ for standard in c++17 c++20 c++2b; do
   compiles "$standard" 'all headers in reverse order' "$backward$use"
   compiles "$standard" 'after the system headers' "$system_headers"$'\n'"$forward$use"
   compiles "$standard" 'before the system headers' "$forward$system_headers"$'\n'"$use"
+  compiles "$standard" 'after the system headers, wide' "$unicode"$'\n'"$system_headers"$'\n'"$forward$use"
+  compiles "$standard" 'before the system headers, wide' "$unicode"$'\n'"$forward$system_headers"$'\n'"$use"
   compiles "$standard" 'after hostile macros' "$hostile_macros"$'\n'"$forward$use"
 done
 echo "$checked compilations of ${#headers[@]} headers with $compiler"

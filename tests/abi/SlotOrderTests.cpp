@@ -8,20 +8,21 @@
 #include <VelSynch/ReferenceCountedImpl.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <vector>
 
 #include "abi/SlotOrder.h"
 
 using Abi::SlotOf;
-using Slots = std::vector<unsigned long>;
+using Slots = std::vector<std::size_t>;
 
 namespace {
 
 // A virtual destructor takes two slots.
-constexpr unsigned long FirstBehindDestructor = 2;
-constexpr unsigned long FirstOwnOfCounted = FirstBehindDestructor + 2;  // behind AddRef and Release
+constexpr std::size_t FirstBehindDestructor = 2;
+constexpr std::size_t FirstOwnOfCounted = FirstBehindDestructor + 2;  // behind AddRef and Release
 
-Slots Rising(unsigned long first, std::size_t count) {
+Slots Rising(std::size_t first, std::size_t count) {
     Slots slots;
     for (std::size_t index = 0; index < count; ++index)
         slots.push_back(first + index);

@@ -2,6 +2,7 @@
 
 #include "Provocation.h"
 #include "Scene.h"
+#include "WineAnswers.h"
 
 namespace Conformance {
 namespace {
@@ -14,21 +15,27 @@ TEST_F(Binding, RefusesShortAndNullAddresses) {
     const OwnedSocket first = NewStream();
     const OwnedSocket second = NewStream(Winsock::FamilyIpv6);
     for (const int length : {-1, 0, 1, 15}) {
-        EXPECT_TRUE(FailsWith(10014, Winsock::bind(first.Get(), &ipv4, length))) << length;
+        EXPECT_TRUE(FailsWith(10014, Winsock::bind(first.Get(), &ipv4, length),
+                              "binding with a negative length"))
+            << length;
     }
     EXPECT_TRUE(FailsWith(10014, Winsock::bind(first.Get(), nullptr, 16)));
     EXPECT_TRUE(FailsWith(10014, Winsock::bind(second.Get(), &ipv6, 27)));
-    EXPECT_TRUE(FailsWith(10014, Winsock::bind(second.Get(), &ipv4, 16)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::bind(second.Get(), &ipv4, 16),
+                          "an IPv4 address for an IPv6 socket"));
 }
 
 TEST_F(Binding, RefusesOtherFamilies) {
     Winsock::AddressStorage storage = {};
     for (const int family : {0, 1, 10, 23, 0xDEAD}) {
         storage.family = static_cast<unsigned short>(family);
-        EXPECT_TRUE(FailsWith(10047, Bind(NewStream(), storage))) << family;
+        EXPECT_TRUE(
+            FailsWith(10047, Bind(NewStream(), storage), "binding to an address of another family"))
+            << family;
     }
     storage.family = 2;
-    EXPECT_TRUE(FailsWith(10047, Bind(NewStream(Winsock::FamilyIpv6), storage)));
+    EXPECT_TRUE(FailsWith(10047, Bind(NewStream(Winsock::FamilyIpv6), storage),
+                          "an IPv4 address for an IPv6 socket"));
 }
 
 TEST_F(Binding, TakesALongerLength) {
@@ -47,6 +54,7 @@ TEST_F(Binding, HappensOnce) {
     EXPECT_TRUE(FailsWith(10022, Bind(NewBoundStream(), Loopback(0))));
     EXPECT_TRUE(FailsWith(10022, Bind(NewBoundDatagram(), Loopback(0))));
     EXPECT_TRUE(FailsWith(10022, Bind(NewConnectedPair().client, Loopback(0))));
+    EXPECT_TRUE(FailsWith(10022, Bind(NewConnectedPair().server, Loopback(0))));
     const OwnedSocket datagram = NewDatagram();
     EXPECT_TRUE(Succeeds(Connect(datagram, Loopback(9))));
     EXPECT_TRUE(FailsWith(10022, Bind(datagram, Loopback(0))));
@@ -101,6 +109,7 @@ TEST_F(LocalName, NeedsRoom) {
     EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(socket.Get(), &address, &length)));
     EXPECT_EQ(length, 15);
     EXPECT_EQ(address.family, 0);
+    if (WineGivesNoAnswer("the name of a socket for null")) return;
     EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(socket.Get(), &address, nullptr)));
     EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(socket.Get(), nullptr, &length)));
 }
@@ -139,10 +148,13 @@ using Listening = Started;
 
 TEST_F(Listening, NeedsABoundStream) {
     EXPECT_TRUE(FailsWith(10022, Winsock::listen(NewStream().Get(), 5)));
-    EXPECT_TRUE(FailsWith(10045, Winsock::listen(NewDatagram().Get(), 5)));
+    EXPECT_TRUE(FailsWith(10045, Winsock::listen(NewDatagram().Get(), 5),
+                          "listening on what cannot listen"));
     EXPECT_TRUE(FailsWith(10045, Winsock::listen(NewBoundDatagram().Get(), 5)));
-    EXPECT_TRUE(FailsWith(10056, Winsock::listen(NewConnectedPair().client.Get(), 5)));
-    EXPECT_TRUE(FailsWith(10056, Winsock::listen(NewConnectedPair().server.Get(), 5)));
+    EXPECT_TRUE(FailsWith(10056, Winsock::listen(NewConnectedPair().client.Get(), 5),
+                          "listening on what cannot listen"));
+    EXPECT_TRUE(FailsWith(10056, Winsock::listen(NewConnectedPair().server.Get(), 5),
+                          "listening on what cannot listen"));
 }
 
 TEST_F(Listening, CanBeRepeated) {
@@ -192,7 +204,7 @@ TEST_F(AddressReuse, AClientsBoundPortCanBeBoundAgainAtOnce) {
     client.Close();
     ASSERT_EQ(TryReceive(server), 0);
     server.Close();
-    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)));
+    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
     EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
 }
 
@@ -212,6 +224,7 @@ TEST_F(AddressReuse, TheOptionOnBothLetsBothListen) {
     ASSERT_TRUE(Succeeds(Bind(first, Loopback(0))));
     EXPECT_TRUE(Succeeds(Bind(second, LocalAddress(first))));
     EXPECT_TRUE(Succeeds(Winsock::listen(first.Get(), 5)));
+    if (WineGivesNoAnswer("two listeners that reuse")) return;
     EXPECT_TRUE(Succeeds(Winsock::listen(second.Get(), 5)));
     EXPECT_TRUE(Succeeds(Bind(third, LocalAddress(first))));
     EXPECT_TRUE(Succeeds(Winsock::listen(third.Get(), 5)));
@@ -256,7 +269,7 @@ Winsock::AddressIpv4 ServeOnceAndClose() {
 
 TEST_F(AddressReuse, AServerCanStartAgainAtOnceThoughItsConnectionsHaveJustEnded) {
     const Winsock::AddressIpv4 address = ServeOnceAndClose();
-    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)));
+    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
     const OwnedSocket again = NewStream();
     EXPECT_TRUE(Succeeds(Bind(again, address)));
     EXPECT_TRUE(Succeeds(Winsock::listen(again.Get(), 5)));

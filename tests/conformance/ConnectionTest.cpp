@@ -1,7 +1,9 @@
 #include <cstring>
+#include <optional>
 
 #include "Provocation.h"
 #include "Scene.h"
+#include "WineAnswers.h"
 
 namespace Conformance {
 namespace {
@@ -21,26 +23,31 @@ TEST_F(Connecting, AgainAfterARefusalSucceeds) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(FreePort()))));
-    EXPECT_TRUE(FailsWith(10057, TryReceive(socket)));
-    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener))));
+    EXPECT_TRUE(FailsWith(10057, TryReceive(socket), "receiving after a refused connect"));
+    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener)), 0, "connecting after a refusal"));
 }
 
 TEST_F(Connecting, ToNoAddressAtAllIsRefusedAsSuch) {
     const OwnedSocket listener = NewListener();
     Winsock::AddressIpv6 any = LoopbackIpv6(LocalPort(listener));
     any.address[15] = 0;
-    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(), Ipv4(0, 0, 0, 0, LocalPort(listener)))));
-    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(23), any)));
-    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(), Loopback(0))));
+    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(), Ipv4(0, 0, 0, 0, LocalPort(listener))),
+                          "connecting to no address"));
+    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(23), any), "connecting to no address of IPv6"));
+    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(), Loopback(0)), "connecting to port 0"));
 }
 
 TEST_F(Connecting, RefusesWrongAddresses) {
     const Winsock::AddressIpv4 ipv4 = Loopback(9);
     const Winsock::AddressIpv6 ipv6 = LoopbackIpv6(9);
-    EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream().Get(), &ipv4, 15)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream().Get(), &ipv4, 15),
+                          "connecting with a short address"));
+    EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream(23).Get(), &ipv4, 16),
+                          "an IPv4 address for an IPv6 socket"));
+    EXPECT_TRUE(FailsWith(10047, Winsock::connect(NewStream().Get(), &ipv6, 28),
+                          "connecting to an address of another family"));
+    if (WineGivesNoAnswer("connecting to null")) return;
     EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream().Get(), nullptr, 16)));
-    EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream(23).Get(), &ipv4, 16)));
-    EXPECT_TRUE(FailsWith(10047, Winsock::connect(NewStream().Get(), &ipv6, 28)));
 }
 
 TEST_F(Connecting, TakesALongerLength) {
@@ -90,6 +97,29 @@ TEST_F(Connecting, OverIpv6Works) {
     EXPECT_EQ(Receive(server), "six");
 }
 
+TEST_F(Connecting, OverIpv6GivesBothSidesTheNamesOfThatFamily) {
+    const OwnedSocket listener = NewStream(23);
+    ASSERT_TRUE(Succeeds(Bind(listener, LoopbackIpv6(0))));
+    ASSERT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
+    Winsock::AddressIpv6 address = {};
+    int length = sizeof address;
+    ASSERT_TRUE(Succeeds(Winsock::getsockname(listener.Get(), &address, &length)));
+    const OwnedSocket client = NewStream(23);
+    ASSERT_TRUE(Succeeds(Connect(client, address)));
+    const OwnedSocket server = Accept(listener);
+    for (const auto name : {Winsock::getsockname, Winsock::getpeername}) {
+        for (const OwnedSocket* socket : {&client, &server}) {
+            Winsock::AddressStorage storage = {};
+            length = sizeof storage;
+            ASSERT_TRUE(Succeeds(name(socket->Get(), &storage, &length)));
+            EXPECT_EQ(storage.family, 23);
+            EXPECT_EQ(length, 28);
+            length = 27;
+            EXPECT_TRUE(FailsWith(10014, name(socket->Get(), &storage, &length)));
+        }
+    }
+}
+
 TEST_F(Connecting, IsNotBoundedByTheSendTimeout) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
@@ -124,24 +154,26 @@ TEST_F(Connecting, AgainAfterAnInterruptedRefusalSucceeds) {
         const SignalStorm storm([&] { listener.Close(); });
         EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(listener.Port()))));
     }
-    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(target))));
+    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(target)), 0, "connecting after a refusal"));
 }
 
 class UnfinishedConnect : public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
+        listener_.emplace();
         socket_ = NewStream();
         SetNonBlocking(socket_);
         ASSERT_TRUE(FailsWith(10035, ConnectAgain()));
     }
     void TearDown() override {
         socket_.Close();
+        listener_.reset();
         Started::TearDown();
     }
-    int ConnectAgain() { return Connect(socket_, Loopback(listener_.Port())); }
+    int ConnectAgain() { return Connect(socket_, Loopback(listener_->Port())); }
 
-    FullListener listener_;
+    std::optional<FullListener> listener_;
     OwnedSocket socket_;
 };
 
@@ -151,8 +183,8 @@ TEST_F(UnfinishedConnect, IsNotBegunAgain) {
 }
 
 TEST_F(UnfinishedConnect, HasNoConnectionYet) {
-    EXPECT_TRUE(FailsWith(10057, Send(socket_, "early")));
-    EXPECT_TRUE(FailsWith(10057, TryReceive(socket_)));
+    EXPECT_TRUE(FailsWith(10057, Send(socket_, "early"), "transfer before the connection exists"));
+    EXPECT_TRUE(FailsWith(10057, TryReceive(socket_), "transfer before the connection exists"));
     EXPECT_EQ(BytesAvailable(socket_), 0U);
 }
 
@@ -161,23 +193,27 @@ TEST_F(UnfinishedConnect, HasALocalName) {
 }
 
 TEST_F(UnfinishedConnect, IsConnectedOnceThePeerHasAccepted) {
-    listener_.Drain();
+    listener_->Drain();
     EXPECT_TRUE(FailsWith(10056, RepeatWhile(10037, [this] { return ConnectAgain(); })));
     EXPECT_TRUE(FailsWith(10056, ConnectAgain()));
     EXPECT_TRUE(Succeeds(Send(socket_, "now"), 3));
 }
 
 TEST_F(UnfinishedConnect, CanSendOnceThePeerHasAcceptedThoughNobodyAskedForTheOutcome) {
-    listener_.Drain();
+    if (WineGivesNoAnswer("sending until the connection exists"))
+        GTEST_SKIP() << "Wine gives no answer";
+    listener_->Drain();
     EXPECT_EQ(RepeatWhile(10057, [this] { return Send(socket_, "now"); }), 3);
     EXPECT_TRUE(FailsWith(10035, TryReceive(socket_)));
 }
 
 TEST_F(UnfinishedConnect, ThatWasRefusedIsBegunAnew) {
     const OwnedSocket target = NewListener();
-    listener_.Close();
+    listener_->Close();
     const auto connectToTarget = [&] { return Connect(socket_, LocalAddress(target)); };
-    EXPECT_TRUE(FailsWith(10035, RepeatWhile(10037, connectToTarget)));
+    EXPECT_TRUE(
+        FailsWith(10035, RepeatWhile(10037, connectToTarget), "connecting after a refusal"));
+    if (WineGivesNoAnswer("the outcome of a connect that was begun anew")) return;
     EXPECT_TRUE(FailsWith(10056, RepeatWhile(10037, connectToTarget)));
     Winsock::AddressIpv4 peer = {};
     int length = sizeof peer;
@@ -222,6 +258,7 @@ TEST_F(Accepting, WithTooLittleRoomLeavesTheConnectionWaiting) {
     const OwnedSocket client = NewStream();
     ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
     Winsock::AddressIpv4 peer = {};
+    if (WineGivesNoAnswer("accepting with too little room")) GTEST_SKIP() << "Wine gives no answer";
     for (int length : {0, 15}) {
         EXPECT_TRUE(FailsWith(10014, Winsock::accept(listener.Get(), &peer, &length)));
     }
@@ -274,7 +311,7 @@ TEST_F(Accepting, AConnectionThatWasResetMeanwhileIsReportedByItsSocket) {
     RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
     client.Reset();
     const OwnedSocket server = Accept(listener);
-    EXPECT_TRUE(FailsWith(10054, TryReceive(server)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(server), "receiving after a reset"));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "Provocation.h"
 #include "Scene.h"
+#include "WineAnswers.h"
 
 namespace Conformance {
 namespace {
@@ -21,15 +22,17 @@ TEST_F(Datagram, ReachesTheConnectedPeer) {
 }
 
 TEST_F(Datagram, CannotBeReceivedByAnUnboundSocket) {
-    EXPECT_TRUE(FailsWith(10022, TryReceive(NewDatagram())));
     const OwnedSocket nonBlocking = NewDatagram();
     SetNonBlocking(nonBlocking);
-    EXPECT_TRUE(FailsWith(10022, TryReceive(nonBlocking)));
+    EXPECT_TRUE(FailsWith(10022, TryReceive(nonBlocking), "receiving on an unbound socket"));
+    if (WineGivesNoAnswer("waiting for a datagram on an unbound socket")) return;
+    EXPECT_TRUE(FailsWith(10022, TryReceive(NewDatagram())));
 }
 
 TEST_F(Datagram, CannotBeSentWithoutAPeer) {
-    EXPECT_TRUE(FailsWith(10057, Send(NewDatagram(), "x")));
-    EXPECT_TRUE(FailsWith(10057, Send(NewBoundDatagram(), "x")));
+    EXPECT_TRUE(FailsWith(10057, Send(NewDatagram(), "x"), "sending a datagram without a peer"));
+    EXPECT_TRUE(
+        FailsWith(10057, Send(NewBoundDatagram(), "x"), "sending a datagram without a peer"));
 }
 
 TEST_F(Datagram, WouldBlockOnANonBlockingSocket) {
@@ -77,7 +80,8 @@ TEST_F(Datagram, ThatExceedsTheProtocolIsRefused) {
 TEST_F(Datagram, RefusesNegativeLengths) {
     const Channel channel;
     char buffer[1] = {};
-    EXPECT_TRUE(FailsWith(10014, Winsock::send(channel.sender.Get(), buffer, -1, 0)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::send(channel.sender.Get(), buffer, -1, 0),
+                          "sending a datagram of negative length"));
     EXPECT_TRUE(FailsWith(10014, Winsock::recv(channel.receiver.Get(), buffer, -1, 0)));
 }
 
@@ -98,13 +102,16 @@ TEST_F(Datagram, ThePeerCanBeChangedAndTakenAway) {
     ASSERT_TRUE(Succeeds(Send(channel.sender, "to other"), 8));
     EXPECT_EQ(Receive(other), "to other");
     EXPECT_TRUE(Succeeds(Connect(channel.sender, Ipv4(0, 0, 0, 0, 0))));
-    EXPECT_TRUE(FailsWith(10057, Send(channel.sender, "to nobody")));
+    EXPECT_TRUE(FailsWith(10057, Send(channel.sender, "to nobody"),
+                          "a datagram to a peer that was taken away"));
 }
 
 class UnreachablePeer : public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
+        if (WineGivesNoAnswer("an unreachable datagram peer"))
+            GTEST_SKIP() << "Wine gives no answer";
         OwnedSocket former = NewBoundDatagram();
         const Winsock::AddressIpv4 address = LocalAddress(former);
         former.Close();
@@ -153,6 +160,7 @@ TEST_F(UnreachablePeer, LeavesTheSocketUsable) {
 }
 
 TEST_F(Datagram, AnUnreachableIpv6PeerFailsAReceive) {
+    if (WineGivesNoAnswer("an unreachable datagram peer")) GTEST_SKIP() << "Wine gives no answer";
     const OwnedSocket sender = NewDatagram(23);
     OwnedSocket former = NewDatagram(23);
     ASSERT_TRUE(Succeeds(Bind(former, LoopbackIpv6(0))));

@@ -50,7 +50,8 @@ TEST_P(TimeoutOption, TakesAnyValueOnAnySocket) {
 TEST_P(TimeoutOption, NeedsFourBytesAndTakesMore) {
     const OwnedSocket socket = NewStream();
     for (const int length : {-1, 0, 1, 3}) {
-        EXPECT_TRUE(FailsWith(10014, setsockopt(socket.Get(), Level, GetParam(), Value, length)));
+        EXPECT_TRUE(FailsWith(10014, setsockopt(socket.Get(), Level, GetParam(), Value, length),
+                              "a time-out of negative length"));
     }
     EXPECT_TRUE(Succeeds(setsockopt(socket.Get(), Level, GetParam(), Value, 8)));
 }
@@ -130,7 +131,7 @@ TEST_F(Command, AResetStreamHasNoBytesAndTheQuestionSucceeds) {
     peer.Reset();
     AwaitEnd(socket.Get());
     EXPECT_EQ(BytesAvailable(socket), 0U);
-    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket), "receiving after a reset"));
     EXPECT_EQ(BytesAvailable(socket), 0U);
 }
 

@@ -55,6 +55,9 @@ private:
     unsigned int port_ = 0;
 };
 
+// Whether the system itself gives a port to others while its last connections are just ending.
+bool EndedConnectionsLeavePortsFree();
+
 // Waits until the handle's connection is known to have ended.
 void AwaitEnd(unsigned long long handle);
 // Waits until data or the peer's end can be read.

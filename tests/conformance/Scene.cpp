@@ -5,43 +5,66 @@
 #include <cstring>
 #include <vector>
 
+#include "WineAnswers.h"
+
 namespace Conformance {
 
 namespace {
 
 constexpr int NoCallsError = 4711;
 
-testing::AssertionResult Told(bool right, const std::string& result) {
+// Looks at the last error and overwrites it.
+testing::AssertionResult Told(const std::function<bool(int)>& right, const std::string& result) {
     const int error = Winsock::WSAGetLastError();
+    const bool told = right(error);
     System::RestoreErrorNumbers({.winsock = NoCallsError, .system = 0});
-    if (right) return testing::AssertionSuccess();
+    if (told) return testing::AssertionSuccess();
     return testing::AssertionFailure() << "result " << result << ", last error " << error;
+}
+
+bool IsErrorOfSuccess(int error) {
+    return error == 0 || LeavesLastErrorAfterSuccess();
+}
+
+// The outcome of a call that has to fail with an error.
+testing::AssertionResult ToldFailure(bool failed, int expected, long long result,
+                                     std::string_view wineSituation) {
+    const auto right = [&](int error) {
+        return (failed && error == expected) || IsWinesAnswer(wineSituation, result, error);
+    };
+    return Told(right, std::to_string(result));
 }
 
 }  // namespace
 
-testing::AssertionResult Succeeds(int result, int expected) {
-    return Told(result == expected && Winsock::WSAGetLastError() == 0, std::to_string(result));
+testing::AssertionResult Succeeds(int result, int expected, std::string_view wineSituation) {
+    const auto right = [&](int error) {
+        return (result == expected && IsErrorOfSuccess(error)) ||
+               IsWinesAnswer(wineSituation, result, error);
+    };
+    return Told(right, std::to_string(result));
 }
 
-testing::AssertionResult FailsWith(int error, int result) {
-    return Told(result == Winsock::SocketError && Winsock::WSAGetLastError() == error,
-                std::to_string(result));
+testing::AssertionResult FailsWith(int error, int result, std::string_view wineSituation) {
+    return ToldFailure(result == Winsock::SocketError, error, result, wineSituation);
 }
 
-testing::AssertionResult FailsWith(int error, Winsock::Handle result) {
-    return Told(result == Winsock::InvalidSocket && Winsock::WSAGetLastError() == error,
-                std::to_string(result));
+testing::AssertionResult FailsWith(int error, Winsock::Handle result,
+                                   std::string_view wineSituation) {
+    const bool failed = result == Winsock::InvalidSocket;
+    return ToldFailure(failed, error, failed ? -1 : 0, wineSituation);
 }
 
-testing::AssertionResult FailsWith(int error, const Winsock::HostEntry* result) {
-    return Told(result == nullptr && Winsock::WSAGetLastError() == error,
-                result == nullptr ? "null" : "an entry");
+testing::AssertionResult FailsWith(int error, const Winsock::HostEntry* result,
+                                   std::string_view wineSituation) {
+    return ToldFailure(result == nullptr, error, result == nullptr ? -1 : 0, wineSituation);
 }
 
 testing::AssertionResult IsOpen(Winsock::Handle result) {
-    return Told(result != Winsock::InvalidSocket && Winsock::WSAGetLastError() == 0,
-                std::to_string(result));
+    const auto right = [&](int error) {
+        return result != Winsock::InvalidSocket && IsErrorOfSuccess(error);
+    };
+    return Told(right, std::to_string(result));
 }
 
 void Started::SetUp() {

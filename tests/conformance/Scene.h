@@ -8,16 +8,21 @@
 #include <chrono>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace Conformance {
 
 // Each takes the result of the call it follows and looks at the last error, which it then
-// overwrites: so a call that leaves the last error alone is noticed.
-testing::AssertionResult Succeeds(int result, int expected = 0);
-testing::AssertionResult FailsWith(int error, int result);
-testing::AssertionResult FailsWith(int error, Winsock::Handle result);
-testing::AssertionResult FailsWith(int error, const Winsock::HostEntry* result);
+// overwrites: so a call that leaves the last error alone is noticed. Where Wine is known to answer
+// otherwise, the situation has a name in its list.
+testing::AssertionResult Succeeds(int result, int expected = 0,
+                                  std::string_view wineSituation = {});
+testing::AssertionResult FailsWith(int error, int result, std::string_view wineSituation = {});
+testing::AssertionResult FailsWith(int error, Winsock::Handle result,
+                                   std::string_view wineSituation = {});
+testing::AssertionResult FailsWith(int error, const Winsock::HostEntry* result,
+                                   std::string_view wineSituation = {});
 testing::AssertionResult IsOpen(Winsock::Handle result);
 
 // A test with Winsock started.

@@ -3,6 +3,7 @@
 
 #include "Provocation.h"
 #include "Scene.h"
+#include "WineAnswers.h"
 
 namespace Conformance {
 namespace {
@@ -27,11 +28,16 @@ TEST_F(StreamTransfer, ReceivesNoMoreThanThereIsRoomFor) {
 }
 
 TEST_F(StreamTransfer, NeedsAConnection) {
-    for (const OwnedSocket& socket : {NewStream(), NewBoundStream(), NewListener()}) {
+    const OwnedSocket listener = NewListener();
+    for (const OwnedSocket& socket : {NewStream(), NewBoundStream()}) {
         EXPECT_TRUE(FailsWith(10057, TryReceive(socket)));
-        EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
-        EXPECT_TRUE(FailsWith(10057, Send(socket, "")));
+        EXPECT_TRUE(FailsWith(10057, Send(socket, "x"), "sending without a connection"));
+        EXPECT_TRUE(FailsWith(10057, Send(socket, ""), "sending without a connection"));
     }
+    if (WineGivesNoAnswer("transfer on a listener")) return;
+    EXPECT_TRUE(FailsWith(10057, TryReceive(listener)));
+    EXPECT_TRUE(FailsWith(10057, Send(listener, "x")));
+    EXPECT_TRUE(FailsWith(10057, Send(listener, "")));
 }
 
 TEST_F(StreamTransfer, RefusesNegativeLengthsAndNullBuffers) {
@@ -47,6 +53,7 @@ TEST_F(StreamTransfer, RefusesNegativeLengthsAndNullBuffers) {
 }
 
 TEST_F(StreamTransfer, RefusesUnknownFlags) {
+    if (WineGivesNoAnswer("transfer with unknown flags")) GTEST_SKIP() << "Wine gives no answer";
     const Pair pair = NewConnectedPair();
     char buffer[4] = {};
     EXPECT_TRUE(FailsWith(10045, Winsock::send(pair.client.Get(), buffer, 4, 0x4000)));
@@ -95,9 +102,9 @@ TEST_F(StreamTransfer, SendingToAClosedPeerIsAbortedWithoutASignal) {
     EXPECT_EQ(Receive(pair.server), "");
     EXPECT_TRUE(Succeeds(Send(pair.server, "first"), 5));
     AwaitEnd(pair.server.Get());
-    EXPECT_TRUE(FailsWith(10053, Send(pair.server, "second")));
-    EXPECT_TRUE(FailsWith(10053, Send(pair.server, "third")));
-    EXPECT_TRUE(FailsWith(10053, TryReceive(pair.server)));
+    EXPECT_TRUE(FailsWith(10053, Send(pair.server, "second"), "sending to a closed peer"));
+    EXPECT_TRUE(FailsWith(10053, Send(pair.server, "third"), "sending to a closed peer"));
+    EXPECT_TRUE(FailsWith(10053, TryReceive(pair.server), "receiving after a refused send"));
 }
 
 class AfterReset : public Started {
@@ -118,20 +125,20 @@ protected:
 };
 
 TEST_F(AfterReset, ReceivingFailsForEver) {
-    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_)));
-    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
     EXPECT_TRUE(FailsWith(10054, Send(socket_, "x")));
-    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
 }
 
 TEST_F(AfterReset, SendingFailsForEver) {
     EXPECT_TRUE(FailsWith(10054, Send(socket_, "x")));
     EXPECT_TRUE(FailsWith(10054, Send(socket_, "x")));
-    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
 }
 
 TEST_F(AfterReset, ItIsStillAConnectedSocketToConnect) {
-    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
     EXPECT_TRUE(FailsWith(10056, Connect(socket_, Loopback(9))));
 }
 
@@ -140,7 +147,7 @@ TEST_F(StreamTransfer, ABlockedReceiveIsEndedByAReset) {
     RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
     const OwnedSocket socket = Accept(listener);
     const SignalStorm storm([&] { peer.Reset(); });
-    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket), "receiving after a reset"));
 }
 
 TEST_F(StreamTransfer, ReceivingIsNotCutShortBySignals) {
@@ -175,6 +182,33 @@ TEST_F(StreamTransfer, ABlockingSendTakesTheWholeBufferInSpiteOfSignals) {
     socket.Close();
     reader.join();
     EXPECT_EQ(received, block.size());
+}
+
+// The signals come before the first byte has found room.
+TEST_F(StreamTransfer, ASendIntoAFullBufferIsNotCutShortBySignals) {
+    const OwnedSocket listener = NewListener();
+    const RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+    OwnedSocket socket = Accept(listener);
+    SetNonBlocking(socket);
+    ASSERT_TRUE(FailsWith(10035, SendUntilFailure(socket)));
+    SetNonBlocking(socket, false);
+    std::atomic<bool> start = false;
+    std::thread reader([&] {
+        start.wait(false);
+        peer.ReceiveAll();
+    });
+    {
+        const SignalStorm storm([&] {
+            start = true;
+            start.notify_one();
+        });
+        EXPECT_TRUE(Succeeds(Send(socket, "more"), 4));
+    }
+    start = true;
+    start.notify_one();
+    EXPECT_TRUE(Succeeds(Send(socket, "and more"), 8));
+    socket.Close();
+    reader.join();
 }
 
 TEST_F(StreamTransfer, OneThreadSendsWhileAnotherReceives) {

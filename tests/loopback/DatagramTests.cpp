@@ -1,5 +1,6 @@
 // The classic socket with datagrams.
 #include <loopback/LoopbackTest.h>
+#include <loopback/RawPeer.h>
 
 namespace Loopback {
 namespace {
@@ -95,7 +96,8 @@ TEST_F(Datagram, OneOfMoreThanTheSystemCarriesIsRefused) {
 
 TEST_F(Datagram, WithoutAPeerNothingCanBeSent) {
     const SocketPtr socket = Bound(DatagramSocket());
-    EXPECT_EQ(FailureOf([&] { socket->Send("x", 1); }).code, 10057);
+    const int code = FailureOf([&] { socket->Send("x", 1); }).code;
+    EXPECT_TRUE(code == 10057 || (RawPeer::IsWine() && code == 10022)) << code;
 }
 
 TEST_F(Datagram, StatusTellsOfWaitingOnes) {

@@ -18,7 +18,7 @@ void LogFailure(const VelBase::ReturnWString& text, LogFormat format) {
 
     VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
     formatter.AddWideText(text.c_str());
-    VelLog::LogMessage(*router, format.text, formatter, format.quoted, nullptr, nullptr, 0);
+    WriteRecord(*router, format, formatter);
 }
 
 }  // namespace

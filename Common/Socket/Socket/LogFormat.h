@@ -1,5 +1,8 @@
-// Message formats as the logging library takes them.
+// Message formats as the logging library takes them, and the one way to write a record.
 #pragma once
+
+#include <VelLog/Router.h>
+#include <VelResource/MessageFormatter.h>
 
 #include <cstddef>
 
@@ -30,5 +33,10 @@ template <LogFormatLiteral Literal>
 consteval LogFormat operator""_format() noexcept {
     return {Literal.text, Literal.quoted};
 }
+
+// Writes a record with the arguments that the formatter has been fed. The caller has found the
+// router enabled.
+void WriteRecord(VelLog::Router& router, LogFormat format,
+                 VelResource::MessageFormatter& formatter);
 
 }  // namespace VelNet

@@ -10,15 +10,9 @@ namespace VelNet {
 
 using VelBase::operator""_wide;
 
-constinit SocketLayerState* g_socketLayer = nullptr;
-
 namespace {
 
 constexpr unsigned short WinsockVersion = 0x0202;
-
-VelBase::ReturnPtrI<VelLog::Router> CreateNetworkRouter(const char* category) {
-    return VelLog::CreateRouter("Network", category, VelSynch::LOCK_STACK_CATEGORY_NETWORK);
-}
 
 void StartWinsock() {
     Winsock::StartupData data = {};
@@ -40,12 +34,6 @@ void StopWinsock() noexcept {
 }
 
 }  // namespace
-
-SocketLayerState::SocketLayerState()
-    : errorRouter(CreateNetworkRouter("Error")),
-      connectionTraceRouter(CreateNetworkRouter("Connection Trace")),
-      packetTraceRouter(CreateNetworkRouter("Packet Trace")),
-      verbosePacketTraceRouter(CreateNetworkRouter("Verbose Packet Trace")) {}
 
 void SocketAPI::Initialize(SocketLayerState& state) {
     std::construct_at(&state);

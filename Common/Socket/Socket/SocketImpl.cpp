@@ -183,7 +183,7 @@ void SocketImpl::Close() noexcept {
     }
     handle_ = Winsock::InvalidSocket;
     state_ = STATE_CLOSED;
-    TryTraceDisconnected();
+    TraceConnection(DisconnectedFormat);
     TryForgetAddresses();
 }
 
@@ -266,19 +266,20 @@ void SocketImpl::ThrowReceiveFailure(int result) {
     ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
 }
 
-void SocketImpl::TraceConnection(LogFormat format) const {
-    if (VelLog::Router* const router = EnabledRouter(&SocketLayerState::connectionTraceRouter)) {
+void SocketImpl::TraceConnection(LogFormat format) const noexcept {
+    VelLog::Router* const router = EnabledRouter(&SocketLayerState::connectionTraceRouter);
+    if (router == nullptr) return;
+    try {
         WriteConnectionRecord(*router, format, ClassicEndpoints(local_, remote_));
+    } catch (...) {
+        return;
     }
 }
 
-void SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data, int count) const {
-    WriteTransferRecords(formats, data, count, ClassicEndpoints(local_, remote_));
-}
-
-void SocketImpl::TryTraceDisconnected() const noexcept {
+void SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
+                               int count) const noexcept {
     try {
-        TraceConnection(DisconnectedFormat);
+        WriteTransferRecords(formats, data, count, ClassicEndpoints(local_, remote_));
     } catch (...) {
         return;
     }

@@ -53,12 +53,12 @@ private:
     static int FailedSend();
     [[noreturn]] static void ThrowReceiveFailure(int result);
 
-    void TraceConnection(LogFormat format) const;
-    void TraceTransfer(const TransferFormats& formats, const char* data, int count) const;
+    // A record that cannot be written, for want of memory, is lost: what it tells of has happened.
+    void TraceConnection(LogFormat format) const noexcept;
+    void TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 
-    // For Close, which never throws. With memory exhausted the record is lost, and a second Close
-    // would show the old addresses.
-    void TryTraceDisconnected() const noexcept;
+    // For Close, which never throws. With memory exhausted a second Close would show the old
+    // addresses.
     void TryForgetAddresses() noexcept;
 
     Winsock::Handle handle_;

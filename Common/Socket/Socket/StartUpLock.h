@@ -1,4 +1,4 @@
-// The library's only lock: it serialises start-up and shut-down.
+// The lock that serialises start-up and shut-down. Sockets, addresses and lists have none.
 #pragma once
 
 #include <atomic>

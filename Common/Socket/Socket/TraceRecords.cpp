@@ -10,11 +10,6 @@ namespace VelNet {
 
 namespace {
 
-void WriteRecord(VelLog::Router& router, LogFormat format,
-                 VelResource::MessageFormatter& formatter) {
-    VelLog::LogMessage(router, format.text, formatter, format.quoted, nullptr, nullptr, 0);
-}
-
 void WritePlainRecord(VelLog::Router& router, LogFormat format, int count,
                       const TraceEndpoints& endpoints) {
     VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();

@@ -64,6 +64,12 @@ std::uint16_t PortOf(const KernelAddress& address) noexcept {
     return ntohs(address.any.sa_family == AF_INET ? address.ipv4.sin_port : address.ipv6.sin6_port);
 }
 
+KernelAddress WithPort(KernelAddress address, std::uint16_t port) noexcept {
+    auto& field = address.any.sa_family == AF_INET ? address.ipv4.sin_port : address.ipv6.sin6_port;
+    field = htons(port);
+    return address;
+}
+
 bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept {
     if (left.any.sa_family != right.any.sa_family) return false;
     if (left.any.sa_family == AF_INET) {
@@ -78,6 +84,11 @@ KernelAddress LocalAddress(const Socket& socket) noexcept {
     socklen_t length = sizeof address;
     ::getsockname(socket.descriptor, &address.any, &length);
     return address;
+}
+
+bool BindTo(const Socket& socket, const KernelAddress& address) noexcept {
+    const auto length = static_cast<socklen_t>(AddressLength(socket));
+    return ::bind(socket.descriptor, &address.any, length) == 0;
 }
 
 }  // namespace Posix

@@ -33,9 +33,13 @@ void WinsockFromKernel(const Socket& socket, const KernelAddress& source, void* 
 
 bool IsWildcard(const KernelAddress& address) noexcept;
 std::uint16_t PortOf(const KernelAddress& address) noexcept;
+KernelAddress WithPort(KernelAddress address, std::uint16_t port) noexcept;
 bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept;
 
 // The address that the socket is bound to.
 KernelAddress LocalAddress(const Socket& socket) noexcept;
+
+// Binds the socket in the kernel; false with errno when that refuses.
+bool BindTo(const Socket& socket, const KernelAddress& address) noexcept;
 
 }  // namespace Posix

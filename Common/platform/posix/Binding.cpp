@@ -39,11 +39,6 @@ int OccupancyError(const Socket& socket, const KernelAddress& address) {
     return occupant.Has(Flag::Reuse) ? 0 : WinsockError::Access;
 }
 
-bool BindTo(const Socket& socket, const KernelAddress& address) {
-    const auto length = static_cast<socklen_t>(AddressLength(socket));
-    return ::bind(socket.descriptor, &address.any, length) == 0;
-}
-
 bool BindOverEndedConnections(const Socket& socket, const KernelAddress& address) {
     SetKernelReuse(socket, true);
     const bool bound = BindTo(socket, address);

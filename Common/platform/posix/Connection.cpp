@@ -17,12 +17,17 @@ namespace {
 using namespace Posix;
 
 void RecordConnected(const Socket& socket) {
-    socket.record->Clear(Flag::Connecting);
+    // Set before cleared, so that no other thread finds the socket with neither.
     socket.record->Set(Flag::Connected | Flag::Bound);
+    socket.record->Clear(Flag::Connecting);
     LetPortBeBoundAgain(socket);
 }
 
-// The outcome of a connect call that the kernel has finished.
+void RecordConnecting(const Socket& socket) {
+    socket.record->Set(Flag::Connecting | Flag::Bound);
+}
+
+// The outcome of a connect call that the kernel has finished; 0 also while it has not.
 int TakeOutcome(const Socket& socket) {
     int error = 0;
     socklen_t length = sizeof error;
@@ -30,9 +35,21 @@ int TakeOutcome(const Socket& socket) {
     return error;
 }
 
-bool HasOutcome(const Socket& socket) {
-    pollfd wait = {socket.descriptor, POLLOUT, 0};
-    return ::poll(&wait, 1, 0) > 0;
+bool HasPeer(const Socket& socket) {
+    KernelAddress peer = {};
+    socklen_t length = sizeof peer;
+    return ::getpeername(socket.descriptor, &peer.any, &length) == 0;
+}
+
+// The outcome of a connect call that ended without a peer. What ends connections only tells that
+// there was one meanwhile; a connect call that failed is over.
+void RecordOutcome(const Socket& socket, int error) {
+    if (error == ECONNRESET || error == EPIPE) {
+        socket.record->Set(error == ECONNRESET ? Flag::Reset : Flag::Aborted);
+        RecordConnected(socket);
+    } else if (error != 0) {
+        socket.record->Clear(Flag::Connecting);
+    }
 }
 
 // The error number of the system, 0 or EINPROGRESS included.
@@ -51,8 +68,9 @@ int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
 // An interrupted connect goes on in the kernel, and so does one that the send time-out, which
 // Winsock does not apply here, has cut short. Calling connect again would not be a continuation.
 int WaitForOutcome(const Socket& socket) {
-    WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit);
-    return TakeOutcome(socket);
+    if (WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit)) return TakeOutcome(socket);
+    RecordConnecting(socket);
+    return errno;
 }
 
 bool IsUnfinished(int error) {
@@ -63,7 +81,7 @@ int StartConnect(const Socket& socket, const KernelAddress& peer) {
     socket.record->Clear(Flag::Connecting);
     int error = ConnectAnew(socket, peer);
     if (IsUnfinished(error) && socket.Has(Flag::NonBlocking)) {
-        socket.record->Set(Flag::Connecting | Flag::Bound);
+        RecordConnecting(socket);
         return Fail(WinsockError::WouldBlock);
     }
     if (IsUnfinished(error)) error = WaitForOutcome(socket);
@@ -73,10 +91,9 @@ int StartConnect(const Socket& socket, const KernelAddress& peer) {
 }
 
 int ConnectAgain(const Socket& socket, const KernelAddress& peer) {
-    if (!HasOutcome(socket)) return Fail(WinsockError::Already);
-    if (TakeOutcome(socket) != 0) return StartConnect(socket, peer);
-    RecordConnected(socket);
-    return Fail(WinsockError::IsConnected);
+    if (IsConnected(socket)) return Fail(WinsockError::IsConnected);
+    if (socket.Has(Flag::Connecting)) return Fail(WinsockError::Already);
+    return StartConnect(socket, peer);
 }
 
 int ConnectStream(const Socket& socket, const KernelAddress& peer) {
@@ -88,14 +105,23 @@ int ConnectStream(const Socket& socket, const KernelAddress& peer) {
     return StartConnect(socket, peer);
 }
 
+// The kernel takes the port away with the peer, unless bind was given the port's number.
+bool KeepPort(const Socket& socket, std::uint16_t port) {
+    const KernelAddress local = LocalAddress(socket);
+    if (PortOf(local) == port || BindTo(socket, WithPort(local, port))) return true;
+    socket.record->Clear(Flag::Bound);
+    return false;
+}
+
 // A datagram socket has its peer taken away by the wildcard address, which the kernel would take
 // for this machine.
 int DisconnectDatagram(const Socket& socket) {
+    const std::uint16_t port = PortOf(LocalAddress(socket));
     KernelAddress none = {};
     none.any.sa_family = AF_UNSPEC;
     if (const int error = ConnectOnce(socket, none)) return Fail(WinsockFromErrno(error));
     socket.record->Clear(Flag::Connected);
-    return Succeed();
+    return KeepPort(socket, port) ? Succeed() : FailFromErrno();
 }
 
 int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
@@ -110,8 +136,7 @@ bool IsWorthAnotherAccept(const Socket& listener) {
     if (errno == EINTR || errno == ECONNABORTED || errno == EPROTO) return true;
     if (errno != EAGAIN || listener.Has(Flag::NonBlocking)) return false;
     // The kernel bounds accept by the receive time-out; Winsock does not.
-    WaitUntilReady(listener.descriptor, POLLIN, WithoutLimit);
-    return true;
+    return WaitUntilReady(listener.descriptor, POLLIN, WithoutLimit);
 }
 
 int AcceptDescriptor(const Socket& listener, KernelAddress& peer) {
@@ -137,11 +162,12 @@ int AcceptError(const Socket& listener, const void* address, const int* length) 
 
 bool Posix::IsConnected(const Socket& socket) noexcept {
     if (!socket.Has(Flag::Connecting)) return socket.Has(Flag::Connected);
-    KernelAddress peer = {};
-    socklen_t length = sizeof peer;
-    if (::getpeername(socket.descriptor, &peer.any, &length) < 0) return false;
-    RecordConnected(socket);
-    return true;
+    if (HasPeer(socket)) {
+        RecordConnected(socket);
+    } else {
+        RecordOutcome(socket, TakeOutcome(socket));
+    }
+    return socket.Has(Flag::Connected);
 }
 
 int Winsock::connect(Handle handle, const void* address, int length) {

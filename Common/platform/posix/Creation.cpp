@@ -5,6 +5,7 @@
 #include "Errors.h"
 #include "SocketRecords.h"
 #include "StartUp.h"
+#include "Switches.h"
 
 namespace {
 
@@ -31,17 +32,12 @@ int CreationError(int family, int type, int protocol) {
     return fits ? 0 : WinsockError::ProtocolNotSupported;
 }
 
-void SwitchOn(int descriptor, int level, int option) {
-    const int on = 1;
-    ::setsockopt(descriptor, level, option, &on, sizeof on);
-}
-
 // Winsock's IPv6 sockets do not take IPv4 traffic, and its datagram sockets are told of unreachable
 // peers.
 void GiveWinsockDefaults(int descriptor, bool ipv6, bool datagram) {
-    if (ipv6) SwitchOn(descriptor, IPPROTO_IPV6, IPV6_V6ONLY);
-    if (datagram && ipv6) SwitchOn(descriptor, IPPROTO_IPV6, IPV6_RECVERR);
-    if (datagram && !ipv6) SwitchOn(descriptor, IPPROTO_IP, IP_RECVERR);
+    if (ipv6) SetSwitch(descriptor, IPPROTO_IPV6, IPV6_V6ONLY, true);
+    if (datagram && ipv6) SetSwitch(descriptor, IPPROTO_IPV6, IPV6_RECVERR, true);
+    if (datagram && !ipv6) SetSwitch(descriptor, IPPROTO_IP, IP_RECVERR, true);
 }
 
 }  // namespace

@@ -1,12 +1,24 @@
 #include "Descriptors.h"
 
+#include <fcntl.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 namespace Posix {
 
 void CloseDescriptor(int descriptor) noexcept {
     const CancellationGuard guard;
     ::close(descriptor);
+}
+
+int MoveAboveStandardStreams(int descriptor) noexcept {
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    CloseDescriptor(descriptor);
+    errno = error;
+    return moved;
 }
 
 }  // namespace Posix

@@ -1,4 +1,4 @@
-// Closing without surprises.
+// Descriptors without surprises.
 #pragma once
 
 #include <pthread.h>
@@ -20,5 +20,10 @@ private:
 // The kernel frees the descriptor whatever it answers, so closing is never repeated and cannot
 // fail.
 void CloseDescriptor(int descriptor) noexcept;
+
+// A process whose standard streams are closed gets their numbers for what it opens next, and then
+// whatever it reports on standard error would go there. Takes a descriptor that was just made and
+// returns one above those numbers; negative with errno when there is none left, or none was made.
+int MoveAboveStandardStreams(int descriptor) noexcept;
 
 }  // namespace Posix

@@ -39,6 +39,16 @@ private:
     sigset_t mask_;
 };
 
+// Opening a pipe would otherwise wait for its reader.
+int OpenWithoutWaiting(const char* path) {
+    constexpr int Flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    return ::open(path, Flags, 0600);
+}
+
+void LetWritesWait(int descriptor) {
+    ::fcntl(descriptor, F_SETFL, O_APPEND);
+}
+
 }  // namespace
 
 System::LogFile System::StandardError() noexcept {
@@ -49,9 +59,11 @@ System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexc
     const Posix::CancellationGuard whole;
     int descriptor = -1;
     do {
-        descriptor = ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
+        descriptor = OpenWithoutWaiting(path);
     } while (descriptor < 0 && errno == EINTR);
+    descriptor = Posix::MoveAboveStandardStreams(descriptor);
     error = descriptor < 0 ? static_cast<unsigned int>(errno) : 0U;
+    if (descriptor >= 0) LetWritesWait(descriptor);
     return descriptor;
 }
 
@@ -61,7 +73,7 @@ bool System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) no
     std::size_t written = 0;
     while (written < count) {
         const ssize_t result = ::write(static_cast<int>(file), bytes + written, count - written);
-        if (result < 0 && errno != EINTR) return false;
+        if (result == 0 || (result < 0 && errno != EINTR)) return false;
         if (result > 0) written += static_cast<std::size_t>(result);
     }
     return true;

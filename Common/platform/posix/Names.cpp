@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
+#include <vector>
 
 #include "Errors.h"
 #include "HostEntries.h"
@@ -68,8 +70,7 @@ Winsock::HostEntry* FillOwn(HostEntryBlock& block, const std::vector<in_addr>& a
     return &block.entry;
 }
 
-Winsock::HostEntry* OwnEntry() {
-    const HostNameText name = HostName();
+Winsock::HostEntry* OwnEntry(const HostNameText& name) {
     const std::vector<in_addr> addresses = OwnIpv4Addresses();
     const std::size_t room =
         (addresses.size() + 2) * sizeof(char*) + addresses.size() * sizeof(in_addr) + sizeof name;
@@ -77,6 +78,13 @@ Winsock::HostEntry* OwnEntry() {
     if (block == nullptr) return FailLookUp(WinsockError::NoRecovery);
     Succeed();
     return FillOwn(*block, addresses, name.text);
+}
+
+// Winsock's calls do not throw.
+Winsock::HostEntry* OwnEntryOrNone(const HostNameText& name) noexcept try {
+    return OwnEntry(name);
+} catch (const std::bad_alloc&) {
+    return FailLookUp(WinsockError::NoRecovery);
 }
 
 int AddressQueryError(const char* address, int length, int family) {
@@ -104,7 +112,7 @@ Winsock::HostEntry* Winsock::gethostbyname(const char* name) {
     const char* asked = askedForOwn ? own.text : name;
     HostEntry* entry = LookUpName(asked);
     // A computer knows itself, though no table and no server may know it.
-    return entry == nullptr && (askedForOwn || IsOwnName(asked)) ? OwnEntry() : entry;
+    return entry == nullptr && (askedForOwn || IsOwnName(asked, own)) ? OwnEntryOrNone(own) : entry;
 }
 
 Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int family) {

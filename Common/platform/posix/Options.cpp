@@ -12,6 +12,7 @@
 #include "Errors.h"
 #include "PortReuse.h"
 #include "SocketRecords.h"
+#include "Switches.h"
 
 namespace {
 
@@ -44,19 +45,17 @@ int SetTimeout(const Socket& socket, int kernelOption, std::uint32_t flag, const
     return Succeed();
 }
 
-bool SetSwitch(const Socket& socket, int kernelOption, bool on) {
-    const int value = on ? 1 : 0;
-    return ::setsockopt(socket.descriptor, SOL_SOCKET, kernelOption, &value, sizeof value) == 0;
-}
-
 // Reuse in Winsock's sense lets two streams listen on one port, which takes two options here. For
 // datagrams the second one would deal each multicast to one socket only.
 int SetReuse(const Socket& socket, const char* value, int length) {
     if (length < 0) return Fail(WinsockError::Fault);
     const bool on = std::any_of(value, value + length, [](char byte) { return byte != 0; });
     const bool address = on || CarriesKernelReuse(socket);
-    if (!SetSwitch(socket, SO_REUSEADDR, address)) return FailFromErrno();
-    if (!socket.Has(Flag::Datagram) && !SetSwitch(socket, SO_REUSEPORT, on)) return FailFromErrno();
+    if (!SetKernelReuse(socket, address)) return FailFromErrno();
+    const bool stream = !socket.Has(Flag::Datagram);
+    if (stream && !SetSwitch(socket.descriptor, SOL_SOCKET, SO_REUSEPORT, on)) {
+        return FailFromErrno();
+    }
     socket.record->Change(Flag::Reuse, on);
     return Succeed();
 }

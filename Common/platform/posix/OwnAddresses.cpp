@@ -7,8 +7,6 @@
 #include <cstring>
 #include <memory>
 
-#include "HostName.h"
-
 namespace Posix {
 
 namespace {
@@ -32,8 +30,7 @@ bool IsReachableIpv4(const ifaddrs& interface) noexcept {
 
 }  // namespace
 
-bool IsOwnName(const char* name) noexcept {
-    HostNameText own = HostName();
+bool IsOwnName(const char* name, HostNameText own) noexcept {
     if (::strcasecmp(name, own.text) == 0) return true;
     own.text[std::strcspn(own.text, ".")] = '\0';
     return own.text[0] != '\0' && ::strcasecmp(name, own.text) == 0;

@@ -16,15 +16,12 @@ constexpr Direction Sending = {Flag::SendTimeout, SO_SNDTIMEO, POLLOUT};
 Patience::Patience(const Socket& socket, const Direction& direction) noexcept
     : socket_(socket),
       direction_(direction),
-      start_(socket.Has(direction.timeoutFlag) ? MonotonicTime() : 0) {}
+      start_(socket.Has(direction.timeoutFlag) ? MonotonicTime() : NotCounting) {}
 
 bool Patience::AllowsAnother() {
     if (errno != EINTR && errno != EAGAIN) return false;
     if (socket_.Has(Flag::NonBlocking)) return errno == EINTR;
-    if (!WaitUntilReady(socket_.descriptor, direction_.readyEvent, Deadline())) {
-        errno = EAGAIN;
-        return false;
-    }
+    if (!WaitUntilReady(socket_.descriptor, direction_.readyEvent, Deadline())) return false;
     // Readiness may be gone again; the wait that counts the time is the one above.
     attemptFlags_ = MSG_DONTWAIT;
     return true;
@@ -35,8 +32,10 @@ bool Patience::AllowsRest() {
     return AllowsAnother();
 }
 
-long long Patience::Deadline() const noexcept {
+long long Patience::Deadline() noexcept {
     if (!socket_.Has(direction_.timeoutFlag)) return WithoutLimit;
+    // Another thread may have set the time-out during the transfer.
+    if (start_ == NotCounting) start_ = MonotonicTime();
     timeval limit = {};
     socklen_t length = sizeof limit;
     ::getsockopt(socket_.descriptor, SOL_SOCKET, direction_.timeoutOption, &limit, &length);

@@ -32,7 +32,9 @@ public:
     bool AllowsRest();
 
 private:
-    long long Deadline() const noexcept;
+    static constexpr long long NotCounting = -1;
+
+    long long Deadline() noexcept;
 
     const Socket& socket_;
     const Direction& direction_;

@@ -1,12 +1,11 @@
 #include "PortReuse.h"
 
-#include <sys/socket.h>
+#include "Switches.h"
 
 namespace Posix {
 
-void SetKernelReuse(const Socket& socket, bool on) noexcept {
-    const int value = on ? 1 : 0;
-    ::setsockopt(socket.descriptor, SOL_SOCKET, SO_REUSEADDR, &value, sizeof value);
+bool SetKernelReuse(const Socket& socket, bool on) noexcept {
+    return SetSwitch(socket.descriptor, SOL_SOCKET, SO_REUSEADDR, on);
 }
 
 bool CarriesKernelReuse(const Socket& socket) noexcept {

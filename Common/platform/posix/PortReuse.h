@@ -10,7 +10,8 @@
 
 namespace Posix {
 
-void SetKernelReuse(const Socket& socket, bool on) noexcept;
+// False with errno when the kernel refuses.
+bool SetKernelReuse(const Socket& socket, bool on) noexcept;
 
 // Whether the option stays on whatever the caller asks for: a stream that got its port from bind
 // and listens or is connected.

@@ -64,9 +64,10 @@ Name NameOf(const unsigned short* text) {
     return {text, end};
 }
 
-// What errno tells about a thing that is simply not there is no error.
+// What errno tells about a thing that is simply not there is no error. A local socket, which cannot
+// be opened, is no more there than a pipe.
 unsigned int ErrorUnlessMissing() {
-    const bool missing = errno == ENOENT || errno == ENOTDIR;
+    const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENXIO;
     return missing ? 0U : static_cast<unsigned int>(errno);
 }
 

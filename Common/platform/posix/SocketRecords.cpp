@@ -63,7 +63,8 @@ Socket FindSocket(Winsock::Handle handle) noexcept {
     return {};
 }
 
-Winsock::Handle AdoptDescriptor(int descriptor, std::uint32_t flags) noexcept {
+Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
+    const int descriptor = MoveAboveStandardStreams(made);
     if (descriptor < 0) {
         FailFromErrno();
         return Winsock::InvalidSocket;

@@ -35,7 +35,7 @@ inline constexpr std::uint32_t SendTimeout = 1U << 12;
 
 // What accepted sockets take over from their listener.
 inline constexpr std::uint32_t Inherited =
-    Live | Ipv6 | Bound | NonBlocking | Reuse | ReceiveTimeout | SendTimeout;
+    Ipv6 | Bound | NonBlocking | ReceiveTimeout | SendTimeout;
 }  // namespace Flag
 
 // Trivial, so that the table is zeroed memory that costs nothing until it is touched.
@@ -105,7 +105,7 @@ Socket FindSocket(Winsock::Handle handle) noexcept;
 
 // Makes a handle of a descriptor that the kernel has just made, or closes it when there is no
 // record for it. A negative descriptor is the failure of the call that should have made it.
-Winsock::Handle AdoptDescriptor(int descriptor, std::uint32_t flags) noexcept;
+Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept;
 
 void CloseSocket(const Socket& socket) noexcept;
 void CloseAllSockets() noexcept;

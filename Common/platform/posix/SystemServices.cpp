@@ -1,8 +1,9 @@
 #include <Platform/System.h>
+#include <pthread.h>
 #include <sched.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -12,13 +13,14 @@
 #include "Errors.h"
 #include "HostName.h"
 #include "Utf8.h"
+#include "Waiting.h"
 
 namespace {
 
 // The texts of Winsock's numbers that no number of the system stands for; empty for all others.
 std::string_view WinsockOwnDescription(int error) {
     switch (error) {
-        case 10091:
+        case WinsockError::SystemNotReady:
             return "Network subsystem not ready";
         case WinsockError::VersionNotSupported:
             return "Winsock version not supported";
@@ -51,6 +53,9 @@ std::string Description(unsigned int error) {
     return text != nullptr ? text : "Unknown error " + std::to_string(error);
 }
 
+// Some thirty years: what the clock's count of nanoseconds has room for.
+constexpr unsigned long LongestSleep = 1'000'000'000'000;
+
 }  // namespace
 
 void System::Sleep(unsigned long milliseconds) {
@@ -58,14 +63,8 @@ void System::Sleep(unsigned long milliseconds) {
         ::sched_yield();
         return;
     }
-    timespec end = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &end);
-    end.tv_sec += static_cast<time_t>(milliseconds / 1000);
-    end.tv_nsec += static_cast<long>(milliseconds % 1000 * 1'000'000);
-    if (end.tv_nsec >= 1'000'000'000) {
-        end.tv_nsec -= 1'000'000'000;
-        ++end.tv_sec;
-    }
+    const auto length = static_cast<long long>(std::min(milliseconds, LongestSleep));
+    const timespec end = Posix::TimeFromNanoseconds(Posix::MonotonicTime() + length * 1'000'000);
     while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
     }
 }
@@ -84,6 +83,16 @@ System::WideUnits System::WideFromCodePage(const char* text, std::size_t length)
 
 std::string System::CodePageFromWide(const unsigned short* units, std::size_t count) {
     return Posix::Utf8FromWide(units, count);
+}
+
+int System::HoldCancellation() noexcept {
+    int state = 0;
+    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
+    return state;
+}
+
+void System::ReleaseCancellation(int held) noexcept {
+    ::pthread_setcancelstate(held, nullptr);
 }
 
 System::ErrorNumbers System::SaveErrorNumbers() noexcept {

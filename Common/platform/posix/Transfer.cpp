@@ -1,6 +1,8 @@
 // The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
 // whatever needs more thought is out of line.
 #include <Platform/Winsock.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 
@@ -27,45 +29,76 @@ std::size_t Size(int length) {
     return static_cast<std::size_t>(length);
 }
 
+// The end that the connection has met, or 0.
+int RecordedEnd(const Socket& socket) {
+    if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
+    return socket.Has(Flag::Aborted) ? WinsockError::ConnectionAborted : 0;
+}
+
 // What is wrong with a transfer before the kernel is asked, or 0.
 int TransferError(const Socket& socket, int length, int flags) {
     if (length < 0) return WinsockError::Fault;
     if (flags != 0) return WinsockError::OperationNotSupported;
-    if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
-    if (socket.Has(Flag::Aborted)) return WinsockError::ConnectionAborted;
-    return 0;
+    return RecordedEnd(socket);
 }
 
-// Whatever a stream reports here has ended the connection. The kernel forgets that with the report.
+// The network's reports reach a stream only when it has given up.
+bool EndsConnection(int error) {
+    switch (error) {
+        case ECONNRESET:
+        case ECONNABORTED:
+        case EPIPE:
+        case ETIMEDOUT:
+            return true;
+        default:
+            return MayBeReport(error);
+    }
+}
+
+// The kernel forgets with its report how a connection ended.
 void RecordEnd(const Socket& socket, int error) {
     socket.record->Set(error == WinsockError::ConnectionReset ? Flag::Reset : Flag::Aborted);
 }
 
 int StreamError(const Socket& socket) {
-    switch (errno) {
-        case EAGAIN:
-            return socket.Has(Flag::NonBlocking) ? WinsockError::WouldBlock
-                                                 : WinsockError::TimedOut;
-        case EFAULT:
-        case ENOBUFS:
-        case ENOMEM:
-            return WinsockFromErrno(errno);
-        case EPIPE:
-            // The other direction may have met the reset meanwhile.
-            if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
-            break;
-        default:
-            break;
+    const int systemError = errno;
+    if (systemError == EAGAIN) {
+        return socket.Has(Flag::NonBlocking) ? WinsockError::WouldBlock : WinsockError::TimedOut;
     }
-    const int error = WinsockFromErrno(errno);
-    RecordEnd(socket, error);
+    // The other direction may have met the reset meanwhile.
+    if (systemError == EPIPE && socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
+    const int error = WinsockFromErrno(systemError);
+    if (EndsConnection(systemError)) RecordEnd(socket, error);
     return error;
+}
+
+// An orderly end leaves this side's half of the connection open.
+bool IsTornDown(const Socket& socket) {
+    tcp_info information = {};
+    socklen_t length = sizeof information;
+    return ::getsockopt(socket.descriptor, IPPROTO_TCP, TCP_INFO, &information, &length) == 0 &&
+           information.tcpi_state == TCP_CLOSE;
+}
+
+// When a receive call gets nothing, the thread that sends may have been told of the connection's
+// end, which the kernel tells once, but may not have recorded it yet.
+int FinishWithNothing(const Socket& socket) {
+    if (RecordedEnd(socket) == 0 && IsTornDown(socket)) {
+        RecordEnd(socket, WinsockError::ConnectionReset);
+    }
+    const int end = RecordedEnd(socket);
+    return end != 0 ? Fail(end) : Succeed();
 }
 
 int FailDatagram(const Socket& socket) {
     const bool timedOut = errno == EAGAIN && !socket.Has(Flag::NonBlocking);
-    if (errno == EDESTADDRREQ) return Fail(WinsockError::NotConnected);
     return timedOut ? Fail(WinsockError::TimedOut) : FailFromErrno();
+}
+
+// The failure of the last attempt is recorded even when it is not answered yet.
+int FinishSending(const Socket& socket, int sent) {
+    const int error = StreamError(socket);
+    return sent == 0 ? Fail(error) : Succeed(sent);
 }
 
 // A blocking send takes the whole buffer, though signals make the kernel return in the middle of
@@ -78,8 +111,7 @@ int SendStream(const Socket& socket, const char* buffer, int length) {
             return ::send(socket.descriptor, buffer + sent, Size(length) - sent,
                           MSG_NOSIGNAL | attemptFlags);
         });
-        if (count < 0 && sent == 0) return Fail(StreamError(socket));
-        if (count < 0) break;
+        if (count < 0) return FinishSending(socket, static_cast<int>(sent));
         sent += static_cast<std::size_t>(count);
     } while (sent < Size(length) && patience.AllowsRest());
     return Succeed(static_cast<int>(sent));
@@ -96,7 +128,7 @@ int SendDatagram(const Socket& socket, const char* buffer, int length) {
         sent = RepeatInterrupted(patience, [&](int attemptFlags) {
             return ::send(socket.descriptor, buffer, Size(length), MSG_NOSIGNAL | attemptFlags);
         });
-        again = sent < 0 && MayBeReport() && CollectReports(socket) && errno != EMSGSIZE;
+        again = sent < 0 && MayBeReport(errno) && CollectReports(socket) && errno != EMSGSIZE;
     }
     return sent < 0 ? FailDatagram(socket) : Succeed(static_cast<int>(sent));
 }
@@ -117,7 +149,7 @@ int ReceiveDatagram(const Socket& socket, char* buffer, int length) {
     message.msg_iovlen = 1;
     ssize_t received = ReceiveMessage(socket, message);
     while (received < 0) {
-        if (!MayBeReport()) return FailDatagram(socket);
+        if (!MayBeReport(errno)) return FailDatagram(socket);
         const bool any = CollectReports(socket);
         if (socket.record->TakeUnreachable() || !any) return Fail(WinsockError::ConnectionReset);
         received = ReceiveMessage(socket, message);
@@ -131,7 +163,8 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
     const ssize_t received = RepeatInterrupted(patience, [&](int attemptFlags) {
         return ::recv(socket.descriptor, buffer, Size(length), attemptFlags);
     });
-    return received < 0 ? Fail(StreamError(socket)) : Succeed(static_cast<int>(received));
+    if (received < 0) return Fail(StreamError(socket));
+    return received == 0 ? FinishWithNothing(socket) : Succeed(static_cast<int>(received));
 }
 
 [[gnu::cold, gnu::noinline]] int SendOtherwise(Winsock::Handle handle, const char* buffer,
@@ -168,8 +201,10 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
     return Succeed(sent + std::max(rest, 0));
 }
 
-[[gnu::cold, gnu::noinline]] int FinishReceive(Winsock::Handle handle, char* buffer, int length) {
+[[gnu::cold, gnu::noinline]] int FinishReceive(Winsock::Handle handle, char* buffer, int length,
+                                               int received) {
     const Socket socket = {&socketRecords[handle], static_cast<int>(handle)};
+    if (received == 0) return FinishWithNothing(socket);
     if (errno == EINTR) return ReceiveStream(socket, buffer, length);
     return Fail(StreamError(socket));
 }
@@ -194,6 +229,6 @@ int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
     }
     const int received =
         static_cast<int>(::recv(static_cast<int>(handle), buffer, Size(length), 0));
-    if (received < 0) return FinishReceive(handle, buffer, length);
+    if (received <= 0) return FinishReceive(handle, buffer, length, received);
     return Succeed(received);
 }

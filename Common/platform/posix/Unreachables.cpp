@@ -53,8 +53,8 @@ bool CollectReport(const Socket& socket) {
 
 }  // namespace
 
-bool MayBeReport() noexcept {
-    switch (errno) {
+bool MayBeReport(int error) noexcept {
+    switch (error) {
         case ECONNREFUSED:
         case EHOSTUNREACH:
         case ENETUNREACH:

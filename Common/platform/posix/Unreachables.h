@@ -9,8 +9,8 @@
 
 namespace Posix {
 
-// Whether errno is one that a report may have caused.
-bool MayBeReport() noexcept;
+// Whether the system's error number is one that a report may have caused.
+bool MayBeReport(int error) noexcept;
 
 // Takes all reports from the kernel; returns whether there was any. Keeps errno.
 bool CollectReports(const Socket& socket);

@@ -12,8 +12,7 @@ namespace {
 constexpr long long NanosecondsPerSecond = 1'000'000'000;
 
 timespec TimeUntil(long long until) noexcept {
-    const long long left = std::max(until - MonotonicTime(), 0LL);
-    return {.tv_sec = left / NanosecondsPerSecond, .tv_nsec = left % NanosecondsPerSecond};
+    return TimeFromNanoseconds(std::max(until - MonotonicTime(), 0LL));
 }
 
 }  // namespace
@@ -24,14 +23,21 @@ long long MonotonicTime() noexcept {
     return now.tv_sec * NanosecondsPerSecond + now.tv_nsec;
 }
 
+timespec TimeFromNanoseconds(long long nanoseconds) noexcept {
+    return {.tv_sec = nanoseconds / NanosecondsPerSecond,
+            .tv_nsec = nanoseconds % NanosecondsPerSecond};
+}
+
 bool WaitUntilReady(int descriptor, short events, long long until) {
     pollfd wait = {descriptor, events, 0};
-    int ready = -1;
-    do {
+    while (until == WithoutLimit || MonotonicTime() < until) {
         const timespec left = TimeUntil(until);
-        ready = ::ppoll(&wait, 1, until == WithoutLimit ? nullptr : &left, nullptr);
-    } while (ready < 0 && errno == EINTR);
-    return ready != 0;
+        const int ready = ::ppoll(&wait, 1, until == WithoutLimit ? nullptr : &left, nullptr);
+        if (ready > 0) return true;
+        if (ready < 0 && errno != EINTR) return false;
+    }
+    errno = EAGAIN;
+    return false;
 }
 
 }  // namespace Posix

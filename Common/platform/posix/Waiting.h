@@ -10,8 +10,12 @@ inline constexpr long long WithoutLimit = -1;
 // The monotonic clock's time in nanoseconds.
 long long MonotonicTime() noexcept;
 
+timespec TimeFromNanoseconds(long long nanoseconds) noexcept;
+
 // Waits until one of poll's events, or the peer's end, or the clock's time; a time of WithoutLimit
-// waits for ever. Returns false when the time has come first.
+// waits for ever. Returns false when the wait ended otherwise, with errno: EAGAIN when the time had
+// come, else why the system cannot wait. Once the time is over nothing counts as ready any more, so
+// that repeated attempts come to their end.
 bool WaitUntilReady(int descriptor, short events, long long until);
 
 }  // namespace Posix

@@ -43,6 +43,7 @@ inline constexpr int TooManyUsers = 10068;
 inline constexpr int QuotaExceeded = 10069;
 inline constexpr int Stale = 10070;
 inline constexpr int Remote = 10071;
+inline constexpr int SystemNotReady = 10091;
 inline constexpr int VersionNotSupported = 10092;
 inline constexpr int NotStarted = 10093;
 inline constexpr int HostNotFound = 11001;

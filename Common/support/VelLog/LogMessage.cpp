@@ -11,7 +11,8 @@ namespace {
 
 constinit VelResource::MessageFormatter g_formatter;
 
-// Whatever rendering and the sink do, the caller finds its error numbers and an empty formatter.
+// Whatever rendering and the sink do, the caller finds its error numbers and an empty formatter,
+// and its thread is not cancelled within.
 class CallerState {
 public:
     explicit CallerState(VelResource::MessageFormatter& formatter) noexcept
@@ -22,10 +23,12 @@ public:
     ~CallerState() {
         formatter_.Clear();
         System::RestoreErrorNumbers(numbers_);
+        System::ReleaseCancellation(cancellation_);
     }
 
 private:
     VelResource::MessageFormatter& formatter_;
+    const int cancellation_ = System::HoldCancellation();
     const System::ErrorNumbers numbers_ = System::SaveErrorNumbers();
 };
 

@@ -12,7 +12,8 @@ bool IsControl(unsigned short unit) noexcept {
 }
 
 bool IsSeparatorOrDirection(unsigned short unit) noexcept {
-    return (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+    return unit == 0x061C || unit == 0x200E || unit == 0x200F ||
+           (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
 }
 
 void AppendEscape(VelBase::WideText& text, unsigned short unit) {

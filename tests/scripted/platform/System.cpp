@@ -115,6 +115,12 @@ std::string CodePageFromWide(const unsigned short* units, std::size_t count) {
     return HandOver(bytes);
 }
 
+int HoldCancellation() noexcept {
+    return 0;
+}
+
+void ReleaseCancellation(int) noexcept {}
+
 ErrorNumbers SaveErrorNumbers() noexcept {
     return {.winsock = Scripted::LastError(), .system = errno};
 }

@@ -116,6 +116,22 @@ TEST_F(FailureTexts, ReserveRoomForAllTheirPiecesAtOnce) {
               1);
 }
 
+// How often memory is asked for to compose a text of so many units in all.
+std::size_t RequestsForLength(std::size_t length) {
+    const std::size_t others = std::u16string_view(u" , errno = \u274D Connection refused").size();
+    const auto description = Wide(std::u16string(length - others, u'd'));
+    const Mark mark;
+    const ReturnWString text = ComposeFailureText(""_wide, description.data(), 10061);
+    const std::size_t requests = mark.Requests();
+    EXPECT_EQ(Text(text.c_str()).size(), length);
+    return requests;
+}
+
+TEST_F(FailureTexts, GrowFromTheThousandAndTwentyFirstUnitOn) {
+    EXPECT_EQ(RequestsForLength(1020), RequestsForLength(100));
+    EXPECT_GT(RequestsForLength(1021), RequestsForLength(1020));
+}
+
 TEST_F(FailureTexts, FailWithBadAllocAtEveryAllocationAndLeakNothing) {
     bool happened = true;
     std::size_t number = 0;

@@ -1,8 +1,10 @@
 #include <Socket/OctetsCollectionImpl.h>
-#include <VelBase/LengthLimit.h>
 #include <VelBase/ReturnPtrI.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -333,13 +335,52 @@ TEST_F(OctetsList, GetOctetsFailsWithBadAlloc) {
     EXPECT_THROW(collection->GetOctets(0), std::bad_alloc);
 }
 
-TEST_F(OctetsList, LongestPossibleListIsRefusedWithTheText) {
-    EXPECT_NO_THROW(VelBase::RequireRoom(6, 1, 7, VelBase::VectorTooLong));
-    try {
-        VelBase::RequireRoom(7, 1, 7, VelBase::VectorTooLong);
-        FAIL() << "nothing thrown";
-    } catch (const std::length_error& caught) {
-        EXPECT_STREQ(caught.what(), "vector<T> too long");
+// The one member of a list, which nothing else gives access to.
+using Elements = std::vector<Octets>;
+Elements OctetsCollectionImpl::*ElementsMember();
+template <Elements OctetsCollectionImpl::*Member>
+struct ExposedElements {
+    friend Elements OctetsCollectionImpl::*ElementsMember() { return Member; }
+};
+template struct ExposedElements<&OctetsCollectionImpl::elements_>;
+
+// Makes a list believe that it is full, without the memory for that, until the scope ends. Only
+// what asks for the list's length may be done with it meanwhile.
+class BelievedFull {
+public:
+    explicit BelievedFull(OctetsCollectionImpl& list) : elements_(list.*ElementsMember()) {
+        const std::uintptr_t begin = sizeof(Octets);
+        const std::uintptr_t end = begin + elements_.max_size() * sizeof(Octets);
+        Overwrite({begin, end, end});
+    }
+    ~BelievedFull() { Overwrite({}); }
+    BelievedFull(const BelievedFull&) = delete;
+    BelievedFull& operator=(const BelievedFull&) = delete;
+
+private:
+    using Pointers = std::array<std::uintptr_t, 3>;  // first, end, end of the room
+
+    void Overwrite(const Pointers& pointers) {
+        static_assert(sizeof(Pointers) == sizeof(Elements));
+        std::memcpy(static_cast<void*>(&elements_), pointers.data(), sizeof pointers);
+    }
+
+    Elements& elements_;
+};
+
+TEST_F(OctetsList, OneElementPastTheLongestPossibleListIsRefusedWithTheText) {
+    OctetsCollectionImpl list;
+    const Owner other = CollectionOf(1);
+    const BelievedFull full(list);
+    const std::function<void()> operations[] = {[&] { list.Add(Octets(10, 0, 0, 1)); },
+                                                [&] { list.AddCollection(*other); }};
+    for (const auto& operation : operations) {
+        try {
+            operation();
+            FAIL() << "nothing thrown";
+        } catch (const std::length_error& caught) {
+            EXPECT_STREQ(caught.what(), "vector<T> too long");
+        }
     }
 }
 

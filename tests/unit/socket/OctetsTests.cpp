@@ -40,9 +40,9 @@ std::vector<unsigned int> Words() {
     std::vector<unsigned int> words = {0,          1,          0xFF,       0x0100007F, 0x7F000001,
                                        0x80000000, 0x7FFFFFFF, 0xFF000000, 0x00FF0000, 0x0000FF00,
                                        0xFFFFFFFF, 0x01020304, 0xFFFFFF7F, 0x12345678};
-    std::minstd_rand random(20240229);
+    std::linear_congruential_engine<unsigned int, 48271, 0, 2147483647> random(20240229);
     for (int count = 0; count < 10000; ++count)
-        words.push_back(static_cast<unsigned int>(random()) * 2654435761U);
+        words.push_back(random() * 2654435761U);
     return words;
 }
 

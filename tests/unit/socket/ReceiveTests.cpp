@@ -234,20 +234,24 @@ TEST_F(Receive, ClosedSocketGoesToTheSystem) {
     EXPECT_EQ(FieldsOf(*socket), ClosedFields());
 }
 
-TEST_F(Receive, ExhaustedMemoryInTracingReceivesOnceAndLeavesTheSocketAsItWas) {
+TEST_F(Receive, ExhaustedMemoryInTracingLosesTheRecordAlone) {
     const auto socket = MakeConnectedSocket();
     const SocketFields before = FieldsOf(*socket);
-    std::size_t n = 1;
-    for (bool exhausted = true; exhausted; ++n) {
+    char buffer[64];
+    const std::size_t failed = FailEveryAllocation([&](std::size_t n) {
         SCOPED_TRACE(n);
         ClearTranscript();
         On::Recv().Delivers("abcdefghijklmnop");
-        exhausted = RunsOutOfMemory(n, [&] { ReceiveInto(*socket); });
+        int count = 0;
+        const Starved starved = Starve(n, [&] { count = socket->Receive(buffer, sizeof buffer); });
+        EXPECT_FALSE(starved.outOfMemory);
+        EXPECT_EQ(count, 16);
         EXPECT_EQ(CountOf("recv"), 1);
         EXPECT_EQ(CountOf("closesocket"), 0);
         EXPECT_EQ(FieldsOf(*socket), before);
-    }
-    EXPECT_GT(n, 5U);
+        return starved.happened;
+    });
+    EXPECT_GT(failed, 5U);
 }
 
 TEST_F(Receive, ExhaustedMemoryWhileTheEndOfStreamIsToldLeavesTheSocketAsItWas) {

@@ -241,20 +241,23 @@ TEST_F(Send, ClosedSocketGoesToTheSystem) {
     EXPECT_EQ(FieldsOf(*socket), ClosedFields());
 }
 
-TEST_F(Send, ExhaustedMemoryInTracingSendsOnceAndLeavesTheSocketAsItWas) {
+TEST_F(Send, ExhaustedMemoryInTracingLosesTheRecordAlone) {
     const auto socket = MakeConnectedSocket();
     const SocketFields before = FieldsOf(*socket);
     const std::string bytes(100, 'a');
-    std::size_t n = 1;
-    for (bool exhausted = true; exhausted; ++n) {
+    const std::size_t failed = FailEveryAllocation([&](std::size_t n) {
         SCOPED_TRACE(n);
         ClearTranscript();
-        exhausted = RunsOutOfMemory(n, [&] { socket->Send(bytes.data(), 100); });
+        int count = 0;
+        const Starved starved = Starve(n, [&] { count = socket->Send(bytes.data(), 100); });
+        EXPECT_FALSE(starved.outOfMemory);
+        EXPECT_EQ(count, 100);
         EXPECT_EQ(CountOf("send"), 1);
         EXPECT_EQ(CountOf("closesocket"), 0);
         EXPECT_EQ(FieldsOf(*socket), before);
-    }
-    EXPECT_GT(n, 5U);
+        return starved.happened;
+    });
+    EXPECT_GT(failed, 5U);
 }
 
 TEST_F(Send, ExhaustedMemoryWhileTheFailureIsToldLeavesTheSocketAsItWas) {

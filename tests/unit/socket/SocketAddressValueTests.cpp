@@ -1,5 +1,6 @@
 // The value SocketAddress.
 #include <climits>
+#include <cstring>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -99,6 +100,18 @@ TEST_F(SocketAddressValue, EveryConstructionGivesItsMemoryBack) {
         EXPECT_GT(mark.LiveBlocks(), 0);
     }
     EXPECT_EQ(mark.LiveBlocks(), 0);
+}
+
+TEST_F(SocketAddressValue, DestructorFreesTheRecordAndNullsThePointer) {
+    alignas(SocketAddress) unsigned char storage[sizeof(SocketAddress)];
+    const Allocations::Mark mark;
+    SocketAddress* const address = new (storage) SocketAddress(Octets(10, 1, 2, 3), 80);
+    EXPECT_GT(mark.LiveBlocks(), 0);
+    std::destroy_at(address);
+    EXPECT_EQ(mark.LiveBlocks(), 0);
+    const unsigned char* pointer = storage;
+    std::memcpy(&pointer, storage, sizeof pointer);
+    EXPECT_EQ(pointer, nullptr);
 }
 
 TEST_F(SocketAddressValue, ExhaustedMemoryLeavesNothing) {

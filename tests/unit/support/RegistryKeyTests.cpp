@@ -173,6 +173,15 @@ TEST_F(RegistryKeys, FailuresNameWhatWasAskedAndTheReason) {
                        u"Cannot list the sub-keys of the key SOFTWARE\\Product: Description of 5.");
 }
 
+TEST_F(RegistryKeys, FailureBelowTheHiveItselfBeginsWithTheName) {
+    RegistryTree().Key("");
+    const KeyOwner hive(OpenKeyFromRoot(ROOT_LOCAL_MACHINE, ""_wide, false));
+    ASSERT_NE(hive, nullptr);
+    On::OpenSubKey().Fails(5);
+    ExpectKeyException([&] { hive->OpenSubKey("SOFTWARE"_wide, false); },
+                       u"Cannot open the key SOFTWARE: Description of 5.");
+}
+
 TEST_F(RegistryKeys, FailedKeyStaysUsable) {
     const KeyOwner key = OpenProduct();
     On::ReadValue().Fails(5);

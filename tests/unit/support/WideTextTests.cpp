@@ -5,6 +5,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "EveryAllocation.h"
 #include "scripted/ScriptedPlatform.h"
@@ -108,6 +109,15 @@ TEST_F(WideTexts, GrowingPastEveryLimitIsRefused) {
     EXPECT_EQ(LengthErrorOf([&] { text.AppendUtf8({"b", Endless / 2}); }), "string too long");
     EXPECT_EQ(LengthErrorOf([&] { text.Reserve(Endless); }), "string too long");
     EXPECT_EQ(Text(text.Units()), u"a");
+}
+
+TEST_F(WideTexts, TerminatorCountsTowardsTheLimit) {
+    const std::size_t limit = std::vector<unsigned short>().max_size();
+    WideText text;
+    EXPECT_EQ(LengthErrorOf([&] { text.Reserve(limit); }), "string too long");
+    EXPECT_EQ(LengthErrorOf([&] { text.Append("b"_wide, limit); }), "string too long");
+    EXPECT_EQ(LengthErrorOf([&] { text.AppendUtf8({"b", limit}); }), "string too long");
+    EXPECT_EQ(Text(text.Units()), u"");
 }
 
 TEST_F(WideTexts, FailedAllocationLeavesTheText) {

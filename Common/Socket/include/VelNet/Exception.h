@@ -33,6 +33,7 @@ public:
     // not as digits. A number whose low 16 bits are zero thus ends the text early.
     virtual const unsigned short* GetMessage() const;
 
+    // The code that it was made with.
     SOCKET_ERR GetErrorCode() const noexcept;
 
     // The code for a Windows Sockets error number, as WSAGetLastError and WSAStartup give it;

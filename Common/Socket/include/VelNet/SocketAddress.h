@@ -36,25 +36,30 @@ public:
     // The port in host byte order.
     unsigned short GetPort() const noexcept;
 
-    // Every IPv4 address of the host, in the resolver's order, duplicates included; at least one.
-    // Required: any name that begins with the nine letters of "localhost" is looked up as
-    // "localhost".
+    // Every IPv4 address of the host, in the resolver's order, duplicates included; at least one. A
+    // dotted name stands for that address, a null or empty one for this machine. Required: any name
+    // that begins with the nine letters of "localhost" is looked up as "localhost".
     //
-    // Throws Exception with the system's code when the name does not resolve
-    // (SOCKET_ERR_HOST_NOT_FOUND and its kin), and with SOCKET_ERR_UNKNOWN when the host has no
-    // address.
+    // Throws Exception with SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY
+    // or SOCKET_ERR_NO_DATA when the name does not resolve, with SOCKET_ERR_NOTINITIALISED when the
+    // layer is down, and with SOCKET_ERR_UNKNOWN when the host has no address; std::bad_alloc, and
+    // std::length_error "string too long" for a name that no text can hold.
     static VelBase::ReturnPtrI<OctetsCollection> GetOctetsFromMachineName(const char* name);
 
-    // The official name of the host with this address. Throws Exception with the system's code when
-    // there is none; this failure alone is not logged.
+    // The official name of the host with this address. Throws Exception with the same codes as
+    // above when there is none, most often SOCKET_ERR_NO_DATA or SOCKET_ERR_HOST_NOT_FOUND; this
+    // failure alone is not logged. Throws std::bad_alloc.
     static VelBase::ReturnString GetMachineNameFromOctets(Octets octets);
 
-    // The address that a dotted text stands for, in all forms that the system's inet_addr takes.
-    // Throws Exception with SOCKET_ERR_UNKNOWN for any other text. Required: 255.255.255.255 is
-    // rejected as well, because inet_addr answers it with the value that stands for a failure.
+    // The address that a dotted text stands for, in all forms that the system's inet_addr takes:
+    // one to four numbers, decimal, octal or hexadecimal, and whatever stands behind a blank
+    // ("1.2.3.4 and more", "1", " "). Throws Exception with SOCKET_ERR_UNKNOWN for any other text,
+    // null included; std::bad_alloc. Required: 255.255.255.255 is rejected as well, because
+    // inet_addr answers it with the value that stands for a failure.
     static Octets ConvertDottedStringToOctets(const char* text);
 
-    // The local host's name, of at most 199 characters. Throws Exception with the system's code.
+    // The local host's name, of at most 199 characters. Throws Exception with SOCKET_ERR_FAULT for
+    // a longer one and SOCKET_ERR_NOTINITIALISED when the layer is down; std::bad_alloc.
     static VelBase::ReturnString GetLocalMachineName();
 
 private:

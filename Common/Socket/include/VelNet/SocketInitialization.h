@@ -15,10 +15,16 @@ class VELSOCK_EXPORT SocketInitialization {
 public:
     // Throws Exception when the system's sockets cannot be started, with the code of the number
     // that WSAStartup returned or, when another version than 2.2 came back, with
-    // SOCKET_ERR_UNKNOWN. The layer then stays down and the next object tries again.
+    // SOCKET_ERR_UNKNOWN; passes on what the support libraries throw (std::bad_alloc). The layer
+    // then stays down and the next object tries again.
+    //
+    // Required: when there is no memory for the layer's own state, nothing is thrown, the object
+    // counts, and the layer stays down until the last object has ended: operations then fail with
+    // SOCKET_ERR_NOTINITIALISED.
     SocketInitialization();
 
-    // Never throws; a failure to stop the system's sockets is logged.
+    // Never throws; a failure to stop the system's sockets is logged. Each object ends once: the
+    // count is not kept from going below zero.
     ~SocketInitialization();
 
     SocketInitialization(const SocketInitialization&) = delete;

@@ -35,6 +35,11 @@ struct ErrorNumbers {
 ErrorNumbers SaveErrorNumbers() noexcept;
 void RestoreErrorNumbers(ErrorNumbers numbers) noexcept;
 
+// Where a thread can be cancelled: makes a request to cancel the calling thread wait, from one to
+// the other. A cancellation must not pass through code that catches whatever is thrown.
+int HoldCancellation() noexcept;
+void ReleaseCancellation(int held) noexcept;
+
 // A file that records are appended to. Each write is one call of the system, so that records of
 // several writers do not mix. Nothing here raises a signal.
 using LogFile = long long;
@@ -44,7 +49,9 @@ inline constexpr LogFile NoLogFile = -1;
 LogFile StandardError() noexcept;
 
 // Opens the file for appending, or makes it, readable and writable by its owner only. The path is
-// UTF-8. NoLogFile on failure, with the system's error number in error.
+// UTF-8. NoLogFile on failure, with the system's error number in error. Never waits: a pipe that
+// nobody reads is a failure. The file's number is none of the standard streams', even if they are
+// closed.
 LogFile OpenLogFile(const char* path, unsigned int& error) noexcept;
 bool WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept;
 void CloseLogFile(LogFile file) noexcept;

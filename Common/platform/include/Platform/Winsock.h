@@ -122,7 +122,8 @@ HostEntry* gethostbyaddr(const char* address, int length, int family);
 int gethostname(char* name, int length);
 
 // The address of a dotted text as it stands in memory, first number at the lowest address;
-// NoAddress for a text that is none. Needs no WSAStartup and leaves the last error alone.
+// NoAddress for a text that is none. Needs no WSAStartup and leaves the last error alone, except
+// for null.
 unsigned int inet_addr(const char* text);
 
 }  // namespace Winsock

@@ -7,6 +7,8 @@
 namespace VelBase {
 
 // A Value that is thrown by value; a handler for Value& catches it. Only Message is thrown so.
+// Belongs to one thread at a time. Making and copying one copies the value and throws what that
+// throws (std::bad_alloc).
 template <class Value>
 class ExceptionImpl : public Value {
 public:

@@ -21,10 +21,12 @@ class VELSOCK_EXPORT Message {
 public:
     // Unknown domain, identifier 0, empty text; allocates nothing.
     Message() noexcept;
+    // Copies own a text of their own; both throw std::bad_alloc.
     Message(const Message& other);
     Message& operator=(const Message& other);
     ~Message();
 
+    // Where the message comes from, and its number there.
     void SetDomainAndID(unsigned short domain, int id) noexcept;
     unsigned short GetDomain() const noexcept;
     int GetID() const noexcept;

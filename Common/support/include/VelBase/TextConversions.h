@@ -11,11 +11,12 @@ namespace VelBase {
 // becomes U+FFFD, one for each maximal part that is broken: a conversion never fails and never
 // loses what stands behind. Null counts as the empty text. All throw std::bad_alloc.
 //
-// The flag has no effect; callers pass false.
+// The flag has no effect; pass false.
 VELSOCK_EXPORT ReturnWString UTF8ToWideChar(const char* text, bool flag);
 VELSOCK_EXPORT ReturnString WideCharToUTF8(const unsigned short* text, bool flag);
 
-// Converts exactly length units, a zero among them included only as the end of the result's text.
+// Converts so many units, wherever a zero stands; the result's text ends at the first zero, if one
+// is among them.
 ReturnString WideCharToUTF8UsingLength(const unsigned short* units, unsigned int length, bool flag);
 
 // Between the system's code page and UTF-16.

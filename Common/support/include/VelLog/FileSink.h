@@ -10,13 +10,15 @@ namespace VelLog {
 class VELSOCK_EXPORT FileSink : public LogSink {
 public:
     // The path is UTF-8. Throws VelBase::ExceptionImpl<VelBase::Message> with the path and the
-    // system's reason when the file cannot be opened for appending.
+    // system's reason when the file cannot be opened for appending (a null path cannot), and
+    // std::bad_alloc. May be made on any thread; the destructor closes the file and must not run
+    // while the sink is set.
     explicit FileSink(const char* path);
     ~FileSink() override;
     void Write(const LogRecord& record) override;
 
 private:
-    long long file_;
+    long long file_;  // as the system numbers it
 };
 
 }  // namespace VelLog

@@ -6,7 +6,7 @@
 
 namespace VelLog {
 
-// The process-wide formatter, with no arguments fed yet.
+// The process-wide formatter. Asking for it forgets the arguments that the calling thread has fed.
 VelResource::MessageFormatter& GetMessageFormatter() noexcept;
 
 // Puts the formatter's arguments into the format and hands the record to the host's sink, if there

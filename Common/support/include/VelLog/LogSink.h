@@ -14,9 +14,10 @@ struct LogRecord {
 };
 
 // Takes records. The host makes the sink and keeps it alive as long as it is set. Records arrive
-// one at a time, from whichever thread wrote them, on that thread. A sink may use the library; what
-// it logs itself while it handles a record is dropped. A sink that throws loses its record, nothing
-// else.
+// one at a time, from whichever thread wrote them, on that thread. A sink that waits keeps every
+// thread waiting that has a record; it must not wait for one of them. A sink may use the library,
+// except that it neither makes nor ends a SocketInitialization; what it logs itself while it
+// handles a record is dropped. A sink that throws loses its record, nothing else.
 class VELSOCK_EXPORT LogSink {
 public:
     LogSink() = default;

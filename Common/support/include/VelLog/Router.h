@@ -29,9 +29,9 @@ private:
     const char* category_;
 };
 
-// A new router, switched as the host last asked for this name and category, else off. The
-// lock-stack category places the router's lock in the product's order; the routers of this library
-// need none.
+// A new router, switched as the host last asked for this name and category, else off. The names
+// must outlive it. The lock-stack category places the router's lock in the product's order; the
+// routers of this library need none. Throws std::bad_alloc.
 VelBase::ReturnPtrI<Router> CreateRouter(const char* name, const char* category,
                                          VelSynch::EnumOrrinLockStackCategory lockStackCategory);
 

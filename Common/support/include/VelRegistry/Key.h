@@ -26,6 +26,7 @@ enum RootHives : int { ROOT_LOCAL_MACHINE = 3 };
 // something is simply not there is an answer.
 class Key {
 public:
+    // Whether there is a sub-key of this name.
     bool HasSubKey(const unsigned short* name) const;
 
     Key(const Key&) = delete;
@@ -35,6 +36,7 @@ public:
     // pass false.
     Key* OpenSubKey(const unsigned short* name, bool flag) const;
 
+    // Whether there is a value of this name.
     bool HasValue(const unsigned short* name) const;
 
     // The value's text; the empty text when there is no such value.

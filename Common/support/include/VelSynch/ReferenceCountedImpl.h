@@ -23,6 +23,7 @@ public:
     virtual void ReferenceCountIsAboutToReachZero() const;
 
     void AddRef() const override;
+    // A count that was 0 becomes -1, and nothing else happens.
     void Release() const override;
 
     // The live count: a kept reference sees later changes.

@@ -2,6 +2,7 @@
 #include <Platform/System.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +15,8 @@
 #include <string>
 #include <thread>
 
-#include "Provocation.h"
+#include "ClosedStandardStreams.h"
+#include "conformance/Provocation.h"
 
 namespace Conformance {
 namespace {
@@ -102,6 +104,82 @@ TEST_F(LogFile, StandardErrorStaysOpen) {
     System::CloseLogFile(System::StandardError());
     EXPECT_TRUE(Write(System::StandardError(), ""));
     EXPECT_GE(::fcntl(STDERR_FILENO, F_GETFD), 0);
+}
+
+TEST_F(LogFile, NeverTakesTheNumberOfAClosedStandardStream) {
+    System::LogFile file = System::NoLogFile;
+    int whileOpen = 0;
+    int afterwards = 0;
+    {
+        const ClosedStandardStreams none;
+        unsigned int error = 0;
+        file = System::OpenLogFile(path_.c_str(), error);
+        whileOpen = ClosedStandardStreams::InUse();
+        Write(file, "record");
+        System::CloseLogFile(file);
+        afterwards = ClosedStandardStreams::InUse();
+    }
+    EXPECT_GT(file, STDERR_FILENO);
+    EXPECT_EQ(whileOpen, 0);
+    EXPECT_EQ(afterwards, 0);
+    EXPECT_LT(::fcntl(static_cast<int>(file), F_GETFD), 0);
+    EXPECT_EQ(Contents(), "record");
+}
+
+// The reader that comes after a while would let a waiting open succeed.
+TEST_F(LogFile, ThatIsAPipeWithoutAReaderIsNotWaitedFor) {
+    ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+    int reader = -1;
+    unsigned int error = 0;
+    System::LogFile file = System::NoLogFile;
+    {
+        const SignalStorm storm([&] { reader = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK); });
+        file = System::OpenLogFile(path_.c_str(), error);
+    }
+    EXPECT_EQ(file, System::NoLogFile);
+    EXPECT_EQ(error, static_cast<unsigned int>(ENXIO));
+    System::CloseLogFile(file);
+    if (reader >= 0) ::close(reader);
+}
+
+TEST_F(LogFile, ThatIsAPipeWithAReaderWaitsForItsRoom) {
+    ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+    const int reader = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    const System::LogFile file = Open();
+    const int mode = ::fcntl(static_cast<int>(file), F_GETFL);
+    EXPECT_EQ(mode & O_NONBLOCK, 0);
+    EXPECT_EQ(mode & O_APPEND, O_APPEND);
+    System::CloseLogFile(file);
+    ::close(reader);
+}
+
+struct CancelledRecord {
+    const char* path;
+    bool written;
+
+    // A thread's function.
+    static void* Run(void* argument) {
+        auto& scene = *static_cast<CancelledRecord*>(argument);
+        ::pthread_cancel(::pthread_self());
+        unsigned int error = 0;
+        const System::LogFile file = System::OpenLogFile(scene.path, error);
+        scene.written = System::WriteLogFile(file, "record", 6);
+        System::CloseLogFile(file);
+        ::pthread_testcancel();
+        return nullptr;
+    }
+};
+
+TEST_F(LogFile, AThreadThatIsBeingCancelledWritesItsRecordStill) {
+    CancelledRecord scene = {.path = path_.c_str(), .written = false};
+    pthread_t thread = {};
+    ASSERT_EQ(::pthread_create(&thread, nullptr, CancelledRecord::Run, &scene), 0);
+    void* end = nullptr;
+    ASSERT_EQ(::pthread_join(thread, &end), 0);
+    EXPECT_EQ(end, PTHREAD_CANCELED);
+    EXPECT_TRUE(scene.written);
+    EXPECT_EQ(Contents(), "record");
 }
 
 class BrokenPipe : public LogFile {

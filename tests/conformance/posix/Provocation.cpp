@@ -1,4 +1,4 @@
-#include "Provocation.h"
+#include "conformance/Provocation.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -145,6 +145,10 @@ void FullListener::Drain() {
 
 void FullListener::Close() {
     listener_.Close();
+}
+
+bool EndedConnectionsLeavePortsFree() {
+    return false;
 }
 
 void AwaitEnd(unsigned long long handle) {

@@ -50,4 +50,8 @@ void SettingsTree::MakePipe(const std::string& path) const {
     if (::mkfifo((root_ / path).c_str(), 0600) != 0) throw std::runtime_error("mkfifo");
 }
 
+void SettingsTree::MakeSocket(const std::string& path) const {
+    if (::mknod((root_ / path).c_str(), S_IFSOCK | 0600, 0) != 0) throw std::runtime_error("mknod");
+}
+
 }  // namespace Conformance

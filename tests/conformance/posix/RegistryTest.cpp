@@ -255,13 +255,16 @@ TEST_F(SettingsKeys, UnreadableThingsAreErrors) {
     EXPECT_EQ(error_, static_cast<unsigned int>(EIO));
 }
 
-TEST_F(SettingsKeys, DanglingLinksAndPipesAreNoValues) {
+TEST_F(SettingsKeys, DanglingLinksPipesAndSocketsAreNoValues) {
     tree_.Link("HKLM/K/Dangling", "nowhere");
     tree_.MakePipe("HKLM/K/Pipe");
+    tree_.MakeSocket("HKLM/K/Socket");
     const Key key = Open(u"K");
     EXPECT_FALSE(Has(key, u"Dangling"));
     EXPECT_EQ(error_, 0U);
     EXPECT_EQ(Read(key, u"Pipe"), u"none");
+    EXPECT_EQ(error_, 0U);
+    EXPECT_EQ(Read(key, u"Socket"), u"none");
     EXPECT_EQ(error_, 0U);
 }
 

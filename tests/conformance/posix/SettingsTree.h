@@ -18,6 +18,7 @@ public:
     void Write(const std::string& path, const std::string& contents) const;
     void Link(const std::string& path, const std::string& target) const;
     void MakePipe(const std::string& path) const;
+    void MakeSocket(const std::string& path) const;
 
 private:
     std::filesystem::path root_;

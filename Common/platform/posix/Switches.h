@@ -1,0 +1,14 @@
+// The kernel's socket options that are on or off.
+#pragma once
+
+#include <sys/socket.h>
+
+namespace Posix {
+
+// False with errno when the kernel refuses.
+inline bool SetSwitch(int descriptor, int level, int option, bool on) noexcept {
+    const int value = on ? 1 : 0;
+    return ::setsockopt(descriptor, level, option, &value, sizeof value) == 0;
+}
+
+}  // namespace Posix

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Looks at the Windows module as a file: what it exports, what it needs, how it may be loaded, and that it
+# tells its version.
+# usage: CheckModule.sh OBJDUMP MODULE LIST_OF_EXPORTS
+set -euo pipefail
+
+objdump=$1
+module=$2
+list=$3
+headers=$("$objdump" --private-headers "$module")
+
+fail() {
+  echo "$1"
+  exit 1
+}
+
+exports() {
+  sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$headers" | awk 'NR > 1 && NF >= 3 { print $NF }' |
+    c++filt | LC_ALL=C sort -u
+}
+
+[ "$(exports | wc -l)" -gt 1 ] || fail "no exports were found"
+difference=$(diff <(grep -v '^#' "$list" | grep -v '^$' | LC_ALL=C sort -u) <(exports)) ||
+  fail "The module's exports differ from the list (< listed, > exported):"$'\n'"$difference"
+
+foreign=$(sed -n 's/.*DLL Name: //p' <<<"$headers" |
+  grep -viE '^(ws2_32|advapi32|kernel32|msvcrt|libstdc\+\+-6|libgcc_s_seh-1|libwinpthread-1)\.dll$' || true)
+[ -z "$foreign" ] || fail "The module needs more than the system's and the language's libraries: $foreign"
+
+for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
+  grep -q "$flag" <<<"$headers" || fail "The module is not marked $flag"
+done
+
+grep -aq "$(printf 'V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O' | tr '\0' '.')" "$module" ||
+  fail "The module has no version resource"
+echo "$(exports | wc -l) exported names, all listed; no foreign library"

@@ -1,0 +1,132 @@
+#include "WineAnswers.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <mutex>
+#include <set>
+#include <string>
+
+namespace Conformance {
+
+namespace {
+
+constexpr std::string_view LastErrorAfterSuccess = "last error after success";
+
+// One row for each answer. A result of -1 is a failure with the error behind it.
+constexpr WineAnswer Answers[] = {
+    {LastErrorAfterSuccess, 0, 0},
+    {"a host by an address without family", 0, 0},
+    {"a host by null", -1, -1073741819},
+    {"a host by too short an address", -1, 10047},
+    {"a host by too short an address", -1, 11001},
+    {"a time-out of negative length", 0, 0},
+    {"an IPv4 address for an IPv6 socket", -1, 10022},
+    {"a datagram to a peer that was taken away", 9, 0},
+    {"binding to an address of another family", -1, 10045},
+    {"binding with a negative length", -1, 10055},
+    {"connecting after a refusal", -1, 10053},
+    {"connecting to an address of another family", -1, 10045},
+    {"connecting to no address", 0, 0},
+    {"connecting to no address of IPv6", -1, 10061},
+    {"connecting to port 0", -1, 10061},
+    {"connecting with a short address", -1, 10049},
+    {"listening on what cannot listen", -1, 10022},
+    {"names before start-up", 0, 0},
+    {"receiving after a refused connect", 0, 0},
+    {"receiving after a refused send", 0, 0},
+    {"receiving after a reset", 0, 0},
+    {"receiving on an unbound socket", -1, 10035},
+    {"sending a datagram of negative length", -1, 10040},
+    {"sending a datagram without a peer", -1, 10022},
+    {"sending to a closed peer", -1, 10054},
+    {"sending without a connection", -1, 10054},
+    {"the handle of a file", -1, 10022},
+    {"transfer before the connection exists", -1, 10035},
+    {"transfer before start-up", -1, 10038},
+};
+
+// In these Wine waits for ever, crashes, or goes another way altogether.
+constexpr std::string_view Unanswered[] = {
+    "a part of a large buffer",                      // times out as a whole
+    "accepting with too little room",                // takes the connection
+    "an unreachable datagram peer",                  // is never told
+    "connecting to null",                            // crashes
+    "sending until the connection exists",           // would block
+    "the name of a socket for null",                 // crashes
+    "the outcome of a connect that was begun anew",  // is another attempt
+    "the whole access list of a file",               // adds the system's own user
+    "transfer on a listener",                        // waits
+    "transfer with unknown flags",                   // ignores them
+    "two listeners that reuse",                      // refuses the second
+    "waiting for a datagram on an unbound socket",   // waits
+};
+
+std::mutex mutex;
+
+std::set<std::string_view>& Met() {
+    static std::set<std::string_view> situations;
+    return situations;
+}
+
+bool IsListed(std::string_view situation) {
+    const auto isIt = [&](const WineAnswer& answer) { return answer.situation == situation; };
+    return std::any_of(std::begin(Answers), std::end(Answers), isIt);
+}
+
+void Note(std::string_view situation) {
+    const std::lock_guard lock(mutex);
+    Met().insert(situation);
+}
+
+// Tells at the end of the run how many situations there are, and which of the listed answers came.
+class Report : public testing::EmptyTestEventListener {
+    void OnTestProgramEnd(const testing::UnitTest& tests) override {
+        const std::lock_guard lock(mutex);
+        std::printf("%d situations; %d exceptions are listed for Wine, %d of them were met\n",
+                    tests.test_to_run_count(),
+                    static_cast<int>(std::size(Answers) + std::size(Unanswered)),
+                    static_cast<int>(Met().size()));
+        for (const std::string_view situation : Met())
+            std::printf("  %.*s\n", static_cast<int>(situation.size()), situation.data());
+    }
+};
+
+[[maybe_unused]] const bool reporting = [] {
+    testing::UnitTest::GetInstance()->listeners().Append(new Report);
+    return true;
+}();
+
+}  // namespace
+
+bool IsWinesAnswer(std::string_view situation, long long result, int error) {
+    if (situation.empty()) return false;
+    if (!IsListed(situation)) ADD_FAILURE() << "not in the list of Wine's answers: " << situation;
+    if (!RunsOnWine()) return false;
+    const auto isIt = [&](const WineAnswer& answer) {
+        return answer.situation == situation && answer.result == result &&
+               (answer.error == error || result != -1);
+    };
+    const bool known = std::any_of(std::begin(Answers), std::end(Answers), isIt);
+    if (known) Note(situation);
+    return known;
+}
+
+bool WineGivesNoAnswer(std::string_view situation) {
+    const auto end = std::end(Unanswered);
+    const bool listed = std::find(std::begin(Unanswered), end, situation) != end;
+    if (!listed) ADD_FAILURE() << "not in the list of what Wine gives no answer to: " << situation;
+    if (!RunsOnWine()) return false;
+    Note(situation);
+    return true;
+}
+
+bool LeavesLastErrorAfterSuccess() {
+    if (!RunsOnWine()) return false;
+    Note(LastErrorAfterSuccess);
+    return true;
+}
+
+}  // namespace Conformance

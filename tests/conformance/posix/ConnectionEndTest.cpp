@@ -1,0 +1,140 @@
+// Ends of connections that the system tells once, to whoever asks first.
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "conformance/Provocation.h"
+#include "conformance/Scene.h"
+
+namespace Conformance {
+namespace {
+
+int Number(const OwnedSocket& socket) {
+    return static_cast<int>(socket.Get());
+}
+
+// As a thread does that sends on the socket at that moment.
+int TakeReport(const OwnedSocket& socket) {
+    int error = 0;
+    socklen_t length = sizeof error;
+    ::getsockopt(Number(socket), SOL_SOCKET, SO_ERROR, &error, &length);
+    return error;
+}
+
+void ExpectResetForEver(const OwnedSocket& socket) {
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+}
+
+class ResetDuringSend : public testing::WithParamInterface<unsigned int>, public Started {};
+
+TEST_P(ResetDuringSend, LeavesTheCountOfThePartAndIsToldByAllLaterCalls) {
+    const OwnedSocket listener = NewListener();
+    RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+    const OwnedSocket socket = Accept(listener);
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionSendTimeout, GetParam())));
+    std::thread reader([&] {
+        peer.Receive(65536);
+        peer.Reset();
+    });
+    const std::string block(64U << 20U, 'x');
+    const int sent = Send(socket, block);
+    reader.join();
+    EXPECT_GE(sent, 65536);
+    EXPECT_LT(sent, static_cast<int>(block.size()));
+    ExpectResetForEver(socket);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ResetDuringSend, testing::Values(0U, 60'000U));
+
+class ReportTaken : public testing::WithParamInterface<unsigned int>, public Started {};
+
+TEST_P(ReportTaken, AResetIsNoOrderlyEndToTheReceiver) {
+    const OwnedSocket listener = NewListener();
+    RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+    const OwnedSocket socket = Accept(listener);
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, GetParam())));
+    peer.Reset();
+    AwaitEnd(socket.Get());
+    ASSERT_EQ(TakeReport(socket), ECONNRESET);
+    ExpectResetForEver(socket);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ReportTaken, testing::Values(0U, 60'000U));
+
+// Connected, as the server knows, and reset before the client has asked for the outcome.
+class ResetBeforeTheOutcome : public Started {
+protected:
+    void SetUp() override {
+        Started::SetUp();
+        const OwnedSocket listener = NewListener();
+        address_ = LocalAddress(listener);
+        socket_ = NewStream();
+        SetNonBlocking(socket_);
+        ASSERT_TRUE(FailsWith(10035, Connect(socket_, address_)));
+        RawPeer server(::accept(Number(listener), nullptr, nullptr));
+        ASSERT_GE(server.Descriptor(), 0);
+        server.Reset();
+        AwaitEnd(socket_.Get());
+    }
+    void TearDown() override {
+        socket_.Close();
+        Started::TearDown();
+    }
+    Winsock::AddressIpv4 address_ = {};
+    OwnedSocket socket_;
+};
+
+TEST_F(ResetBeforeTheOutcome, IsAResetToTransfers) {
+    ExpectResetForEver(socket_);
+}
+
+TEST_F(ResetBeforeTheOutcome, IsAConnectedSocketToConnect) {
+    EXPECT_TRUE(FailsWith(10056, Connect(socket_, address_)));
+    ExpectResetForEver(socket_);
+}
+
+TEST_F(ResetBeforeTheOutcome, HasNoBytesAndTheQuestionSucceeds) {
+    EXPECT_EQ(BytesAvailable(socket_), 0U);
+    ExpectResetForEver(socket_);
+}
+
+using UnfinishedConnectThatFails = Started;
+
+TEST_F(UnfinishedConnectThatFails, IsBegunAnewThoughATransferMetTheRefusal) {
+    const OwnedSocket target = NewListener();
+    const OwnedSocket socket = NewStream();
+    SetNonBlocking(socket);
+    const unsigned int nobodysPort = LocalPort(NewBoundStream());
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, Loopback(nobodysPort))));
+    AwaitEnd(socket.Get());
+    EXPECT_TRUE(FailsWith(10057, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
+    EXPECT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(target))));
+    EXPECT_TRUE(FailsWith(
+        10056, RepeatWhile(10037, [&] { return Connect(socket, LocalAddress(target)); })));
+    EXPECT_TRUE(Succeeds(Send(socket, "x"), 1));
+}
+
+using Failure = Started;
+
+TEST_F(Failure, ThatDoesNotEndTheConnectionIsNotRemembered) {
+    const Pair pair = NewConnectedPair();
+    const int kept = ::fcntl(Number(pair.client), F_DUPFD_CLOEXEC, 3);
+    ASSERT_GE(kept, 0);
+    ::close(Number(pair.client));
+    EXPECT_TRUE(FailsWith(10038, Send(pair.client, "x")));
+    EXPECT_TRUE(FailsWith(10038, TryReceive(pair.client)));
+    ASSERT_EQ(::dup2(kept, Number(pair.client)), Number(pair.client));
+    ::close(kept);
+    ASSERT_TRUE(Succeeds(Send(pair.client, "still here"), 10));
+    EXPECT_EQ(Receive(pair.server), "still here");
+}
+
+}  // namespace
+}  // namespace Conformance

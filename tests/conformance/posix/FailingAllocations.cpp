@@ -1,0 +1,44 @@
+#include "FailingAllocations.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constinit thread_local bool failing = false;
+
+void* Allocate(std::size_t size) noexcept {
+    return failing ? nullptr : std::malloc(size > 0 ? size : 1);
+}
+
+}  // namespace
+
+namespace Conformance {
+
+FailingAllocations::FailingAllocations() noexcept {
+    failing = true;
+}
+
+FailingAllocations::~FailingAllocations() {
+    failing = false;
+}
+
+}  // namespace Conformance
+
+// The forms for arrays come to these.
+void* operator new(std::size_t size) {
+    if (void* const block = Allocate(size)) return block;
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    std::free(block);
+}

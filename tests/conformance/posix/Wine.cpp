@@ -1,0 +1,5 @@
+#include "conformance/WineAnswers.h"
+
+bool Conformance::RunsOnWine() noexcept {
+    return false;
+}
