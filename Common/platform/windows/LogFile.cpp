@@ -1,0 +1,103 @@
+#include <windows.h>
+
+#include <Platform/System.h>
+
+#include <algorithm>
+
+namespace {
+
+// The longest path that the system knows.
+constexpr int LongestPath = 32768;
+
+// Everything for the user whom the process runs for, nothing for anybody else, and nothing from the
+// folder above. Held in place, because opening a log must not depend on memory.
+class OwnerOnly {
+public:
+    // False with the reason in the thread's last error.
+    bool Prepare() noexcept {
+        constexpr SECURITY_DESCRIPTOR_CONTROL alone = SE_DACL_PROTECTED;
+        return ReadUser() && ::InitializeAcl(&access_.list, sizeof access_, ACL_REVISION) &&
+               ::AddAccessAllowedAce(&access_.list, ACL_REVISION, FILE_ALL_ACCESS,
+                                     user_.token.User.Sid) &&
+               ::InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) &&
+               ::SetSecurityDescriptorDacl(&descriptor_, TRUE, &access_.list, FALSE) &&
+               ::SetSecurityDescriptorControl(&descriptor_, alone, alone);
+    }
+    void* Descriptor() noexcept { return &descriptor_; }
+
+private:
+    bool ReadUser() noexcept {
+        HANDLE token = nullptr;
+        if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token)) return false;
+        DWORD length = 0;
+        const BOOL read = ::GetTokenInformation(token, TokenUser, &user_, sizeof user_, &length);
+        const DWORD error = ::GetLastError();
+        ::CloseHandle(token);
+        ::SetLastError(error);
+        return read != FALSE;
+    }
+
+    union {
+        TOKEN_USER token;
+        unsigned char room[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+    } user_ = {};
+    struct {
+        ACL list;
+        unsigned char room[sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE];
+    } access_ = {};
+    SECURITY_DESCRIPTOR descriptor_ = {};
+};
+
+HANDLE HandleOf(System::LogFile file) noexcept {
+    return reinterpret_cast<HANDLE>(file);
+}
+System::LogFile FileOf(HANDLE handle) noexcept {
+    return reinterpret_cast<System::LogFile>(handle);
+}
+
+HANDLE OpenForAppending(const wchar_t* path, void* security) noexcept {
+    constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, security, FALSE};
+    return ::CreateFileW(path, FILE_APPEND_DATA, share, &attributes, OPEN_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// INVALID_HANDLE_VALUE on failure, with the reason in the thread's last error.
+HANDLE OpenOwnersFile(const char* path) noexcept {
+    wchar_t wide[LongestPath];
+    OwnerOnly security;
+    const bool ready =
+        ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide, LongestPath) != 0 &&
+        security.Prepare();
+    return ready ? OpenForAppending(wide, security.Descriptor()) : INVALID_HANDLE_VALUE;
+}
+
+}  // namespace
+
+static_assert(sizeof(System::LogFile) == sizeof(HANDLE));
+
+System::LogFile System::StandardError() noexcept {
+    return FileOf(::GetStdHandle(STD_ERROR_HANDLE));
+}
+
+System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexcept {
+    const LogFile file = FileOf(OpenOwnersFile(path));
+    error = file == NoLogFile ? ::GetLastError() : 0;
+    return file;
+}
+
+bool System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
+    constexpr std::size_t most = 1U << 30U;
+    while (count > 0) {
+        DWORD written = 0;
+        const auto part = static_cast<DWORD>(std::min(count, most));
+        if (::WriteFile(HandleOf(file), bytes, part, &written, nullptr) == 0) return false;
+        bytes += written;
+        count -= written;
+    }
+    return true;
+}
+
+void System::CloseLogFile(LogFile file) noexcept {
+    if (file != NoLogFile && file != StandardError()) ::CloseHandle(HandleOf(file));
+}

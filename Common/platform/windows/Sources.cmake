@@ -1,0 +1,31 @@
+# The seam over the system that it is modelled on.
+set(VELSOCK_PLATFORM_SOURCES
+  platform/windows/LogFile.cpp
+  platform/windows/Registry.cpp
+  platform/windows/Sockets.cpp
+  platform/windows/SystemServices.cpp
+  platform/windows/WideTexts.cpp)
+# Windows 7 and later.
+set(VELSOCK_PLATFORM_DEFINITIONS _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX _WINSOCK_DEPRECATED_NO_WARNINGS)
+set(VELSOCK_PLATFORM_LIBRARIES ws2_32 advapi32)
+
+# The version resource tells the file's name and the library's version to whoever looks at the file.
+function(velsock_finish_module module)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/Version.rc.in
+                 ${CMAKE_CURRENT_BINARY_DIR}/Version.rc @ONLY)
+  target_sources(${module} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/Version.rc)
+  set_target_properties(${module} PROPERTIES
+    OUTPUT_NAME VelSock
+    PREFIX ""
+    ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    set_target_properties(${module} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
+  endif()
+  if(MSVC)
+    target_link_options(${module} PRIVATE /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA)
+  else()
+    target_link_options(${module} PRIVATE
+      -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--exclude-all-symbols)
+  endif()
+  include(${PROJECT_SOURCE_DIR}/packaging/windows/RuntimeLibraries.cmake)
+endfunction()

@@ -1,0 +1,14 @@
+# The C++ runtime that module and hosts share lies beside them: with mingw-w64 it is no part of Windows.
+if(MINGW)
+  foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(
+      COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}
+      OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT IS_ABSOLUTE "${path}")
+      # A compiler on Windows keeps them beside itself.
+      get_filename_component(folder ${CMAKE_CXX_COMPILER} DIRECTORY)
+      set(path ${folder}/${library})
+    endif()
+    file(COPY ${path} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  endforeach()
+endif()

@@ -1,0 +1,68 @@
+#include "StandardStreams.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+#include "Failure.h"
+
+namespace VelSockCat {
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& what, DWORD error) {
+    const int number = static_cast<int>(error);
+    throw Failure(ExitCode::LocalFailure, what + ": " + std::system_category().message(number));
+}
+
+// A stale number could come to stand for a socket.
+void ForgetWhenClosed(DWORD stream) {
+    const HANDLE handle = ::GetStdHandle(stream);
+    const bool closed = ::GetFileType(handle) == FILE_TYPE_UNKNOWN && ::GetLastError() != NO_ERROR;
+    if (closed) ::SetStdHandle(stream, INVALID_HANDLE_VALUE);
+}
+
+}  // namespace
+
+void PrepareStandardStreams() {
+    for (const DWORD stream : {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE})
+        ForgetWhenClosed(stream);
+}
+
+// A pipe tells how much waits in it, and fails to when nobody can write to it any more: then a read
+// ends at once. A console is signalled when there is input, a file always.
+bool InputIsReady() {
+    const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+    if (::GetFileType(input) != FILE_TYPE_PIPE)
+        return ::WaitForSingleObject(input, 0) == WAIT_OBJECT_0;
+    DWORD waiting = 0;
+    const bool open = ::PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr) != 0;
+    return !open || waiting > 0;
+}
+
+std::size_t ReadInput(char* buffer, std::size_t size) {
+    constexpr std::size_t most = 1U << 30U;
+    DWORD count = 0;
+    const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+    if (::ReadFile(input, buffer, static_cast<DWORD>(std::min(size, most)), &count, nullptr) != 0)
+        return count;
+    // That is how a pipe ends.
+    if (::GetLastError() == ERROR_BROKEN_PIPE) return 0;
+    Fail("Cannot read standard input", ::GetLastError());
+}
+
+void WriteOutput(std::string_view bytes) {
+    constexpr std::size_t most = 1U << 30U;
+    while (!bytes.empty()) {
+        DWORD count = 0;
+        const auto part = static_cast<DWORD>(std::min(bytes.size(), most));
+        const HANDLE output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+        if (::WriteFile(output, bytes.data(), part, &count, nullptr) == 0)
+            Fail("Cannot write standard output", ::GetLastError());
+        bytes.remove_prefix(count);
+    }
+}
+
+}  // namespace VelSockCat
