@@ -115,8 +115,8 @@ TEST_F(LogMessages, LineBreaksCannotFakeASecondRecord) {
 
 bool MustBeVisible(int unit) {
     return unit < 0x20 || unit == 0x7F || (unit >= 0x80 && unit <= 0x9F) || unit == 0x2028 ||
-           unit == 0x2029 || unit == 0x061C || unit == 0x200E || unit == 0x200F || (unit >= 0x202A && unit <= 0x202E) ||
-           (unit >= 0x2066 && unit <= 0x2069);
+           unit == 0x2029 || unit == 0x061C || unit == 0x200E || unit == 0x200F ||
+           (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
 }
 
 std::u16string Escape(int unit) {
