@@ -107,6 +107,16 @@ TEST_F(StreamTransfer, SendingToAClosedPeerIsAbortedWithoutASignal) {
     EXPECT_TRUE(FailsWith(10053, TryReceive(pair.server), "receiving after a refused send"));
 }
 
+TEST_F(StreamTransfer, ReceivingAfterASendThatAClosedPeerRefusedIsAborted) {
+    Pair pair = NewConnectedPair();
+    pair.client.Close();
+    EXPECT_TRUE(Succeeds(TryReceive(pair.server), 0));
+    EXPECT_TRUE(Succeeds(Send(pair.server, "late"), 4));
+    AwaitEnd(pair.server.Get());
+    EXPECT_TRUE(FailsWith(10053, TryReceive(pair.server), "receiving after a refused send"));
+    EXPECT_TRUE(FailsWith(10053, Send(pair.server, "later"), "sending to a closed peer"));
+}
+
 class AfterReset : public Started {
 protected:
     void SetUp() override {

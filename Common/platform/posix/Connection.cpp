@@ -7,6 +7,7 @@
 
 #include "Addresses.h"
 #include "Connecting.h"
+#include "Descriptors.h"
 #include "Errors.h"
 #include "PortReuse.h"
 #include "SocketRecords.h"
@@ -25,14 +26,6 @@ void RecordConnected(const Socket& socket) {
 
 void RecordConnecting(const Socket& socket) {
     socket.record->Set(Flag::Connecting | Flag::Bound);
-}
-
-// The outcome of a connect call that the kernel has finished; 0 also while it has not.
-int TakeOutcome(const Socket& socket) {
-    int error = 0;
-    socklen_t length = sizeof error;
-    ::getsockopt(socket.descriptor, SOL_SOCKET, SO_ERROR, &error, &length);
-    return error;
 }
 
 bool HasPeer(const Socket& socket) {
@@ -68,7 +61,8 @@ int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
 // An interrupted connect goes on in the kernel, and so does one that the send time-out, which
 // Winsock does not apply here, has cut short. Calling connect again would not be a continuation.
 int WaitForOutcome(const Socket& socket) {
-    if (WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit)) return TakeOutcome(socket);
+    if (WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit))
+        return TakePendingError(socket.descriptor);
     RecordConnecting(socket);
     return errno;
 }
@@ -165,7 +159,7 @@ bool Posix::IsConnected(const Socket& socket) noexcept {
     if (HasPeer(socket)) {
         RecordConnected(socket);
     } else {
-        RecordOutcome(socket, TakeOutcome(socket));
+        RecordOutcome(socket, TakePendingError(socket.descriptor));
     }
     return socket.Has(Flag::Connected);
 }

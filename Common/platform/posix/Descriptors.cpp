@@ -1,6 +1,7 @@
 #include "Descriptors.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +11,13 @@ namespace Posix {
 void CloseDescriptor(int descriptor) noexcept {
     const CancellationGuard guard;
     ::close(descriptor);
+}
+
+int TakePendingError(int descriptor) noexcept {
+    int error = 0;
+    socklen_t length = sizeof error;
+    ::getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &length);
+    return error;
 }
 
 int MoveAboveStandardStreams(int descriptor) noexcept {

@@ -21,6 +21,10 @@ private:
 // fail.
 void CloseDescriptor(int descriptor) noexcept;
 
+// What the kernel has to tell of a socket, an unfinished connect or the end of a connection, as an
+// error number of the system; 0 for nothing. It tells each once.
+int TakePendingError(int descriptor) noexcept;
+
 // A process whose standard streams are closed gets their numbers for what it opens next, and then
 // whatever it reports on standard error would go there. Takes a descriptor that was just made and
 // returns one above those numbers; negative with errno when there is none left, or none was made.

@@ -11,6 +11,7 @@
 #include <cstddef>
 
 #include "Connecting.h"
+#include "Descriptors.h"
 #include "Errors.h"
 #include "Patience.h"
 #include "SocketRecords.h"
@@ -80,11 +81,14 @@ bool IsTornDown(const Socket& socket) {
            information.tcpi_state == TCP_CLOSE;
 }
 
-// When a receive call gets nothing, the thread that sends may have been told of the connection's
-// end, which the kernel tells once, but may not have recorded it yet.
+// When a receive call gets nothing, the connection may yet have ended otherwise. Behind the peer's
+// orderly end the kernel keeps to itself that a later send was refused (EPIPE); and the thread that
+// sends may have been told of a reset, which the kernel tells once, and not have recorded it yet.
 int FinishWithNothing(const Socket& socket) {
     if (RecordedEnd(socket) == 0 && IsTornDown(socket)) {
-        RecordEnd(socket, WinsockError::ConnectionReset);
+        const bool refused = TakePendingError(socket.descriptor) == EPIPE;
+        RecordEnd(socket,
+                  refused ? WinsockError::ConnectionAborted : WinsockError::ConnectionReset);
     }
     const int end = RecordedEnd(socket);
     return end != 0 ? Fail(end) : Succeed();
