@@ -29,5 +29,5 @@ endif()
 
 if(VELSOCK_COVERAGE)
   add_compile_options(--coverage -fprofile-update=atomic)
-  add_link_options(--coverage)
+  add_link_options(--coverage -Wl,--undefined=__gcov_dump)
 endif()
