@@ -41,6 +41,22 @@ public:
     mutable int questions = 0;
 };
 
+// What is copied is the implementation's own; its copy is counted by itself.
+TEST_F(SystemSocket, CopiedInterfaceTouchesNoSystemAndSharesNoCount) {
+    ForeignSocket original;
+    original.AddRef();
+    original.dataAvailable = true;
+    const ForeignSocket copy(original);
+    EXPECT_EQ(copy.GetReferenceCount(), 0);
+    EXPECT_TRUE(copy.dataAvailable);
+    ForeignSocket assigned;
+    assigned = copy;
+    EXPECT_EQ(assigned.GetReferenceCount(), 0);
+    EXPECT_TRUE(assigned.dataAvailable);
+    EXPECT_EQ(original.GetReferenceCount(), 1);
+    EXPECT_EQ(Transcript(), std::vector<std::string>{});
+}
+
 TEST_F(SystemSocket, TypesWithoutNameAreLeftToTheSystem) {
     EXPECT_EQ(SystemTypeFrom(Socket::SOCKET_STREAM), 1);
     EXPECT_EQ(SystemTypeFrom(Socket::SOCKET_DATAGRAM), 2);
