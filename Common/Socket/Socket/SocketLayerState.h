@@ -43,11 +43,14 @@ inline VelLog::Router* EnabledRouter(RouterMember member) noexcept {
 }
 
 // Whether a transfer has a record to write. Asked on the path of every transfer: one load of the
-// state, two flag tests.
+// state, two of flags, and one decision for both.
 inline bool IsAnyPacketTraceEnabled() noexcept {
     const SocketLayerState* const layer = g_socketLayer;
-    return layer != nullptr &&
-           (layer->packetTraceRouter->IsEnabled() || layer->verbosePacketTraceRouter->IsEnabled());
+    if (layer == nullptr) return false;
+
+    const bool plain = layer->packetTraceRouter->IsEnabled();
+    const bool withData = layer->verbosePacketTraceRouter->IsEnabled();
+    return plain || withData;
 }
 
 }  // namespace VelNet
