@@ -1,5 +1,6 @@
 #include <Platform/System.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -7,6 +8,7 @@
 #include <ctime>
 
 #include "Descriptors.h"
+#include "Waiting.h"
 
 namespace {
 
@@ -49,6 +51,14 @@ void LetWritesWait(int descriptor) {
     ::fcntl(descriptor, F_SETFL, O_APPEND);
 }
 
+// After a write that did not fail, or only for now. A record that has been begun is finished,
+// though that may mean to wait for a reader: the next one must not be glued to half of it.
+bool MayGoOn(int descriptor, ssize_t result, bool begun) {
+    if (result > 0 || (result < 0 && errno == EINTR)) return true;
+    if (result == 0 || errno != EAGAIN || !begun) return false;
+    return Posix::WaitUntilReady(descriptor, POLLOUT, Posix::WithoutLimit);
+}
+
 }  // namespace
 
 System::LogFile System::StandardError() noexcept {
@@ -70,10 +80,11 @@ System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexc
 bool System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
     const Posix::CancellationGuard whole;
     const WriteSignalGuard quiet;
+    const int descriptor = static_cast<int>(file);
     std::size_t written = 0;
     while (written < count) {
-        const ssize_t result = ::write(static_cast<int>(file), bytes + written, count - written);
-        if (result == 0 || (result < 0 && errno != EINTR)) return false;
+        const ssize_t result = ::write(descriptor, bytes + written, count - written);
+        if (!MayGoOn(descriptor, result, written > 0)) return false;
         if (result > 0) written += static_cast<std::size_t>(result);
     }
     return true;

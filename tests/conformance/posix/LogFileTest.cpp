@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -215,6 +216,63 @@ TEST_F(BrokenPipe, LeavesTheHostsPendingSignalAndMaskAlone) {
     const timespec atOnce = {};
     EXPECT_EQ(::sigtimedwait(&pipe, nullptr, &atOnce), SIGPIPE);
     ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
+}
+
+// A standard error that somebody made non-blocking, for one.
+class NonBlockingPipe : public LogFile {
+protected:
+    void SetUp() override {
+        LogFile::SetUp();
+        int ends[2];
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        reader_ = ends[0];
+        writer_ = ends[1];
+        ASSERT_EQ(::fcntl(writer_, F_SETFL, O_NONBLOCK), 0);
+    }
+    void TearDown() override {
+        ::close(reader_);
+        if (writer_ >= 0) ::close(writer_);
+        LogFile::TearDown();
+    }
+    std::size_t Fill() const {
+        std::size_t filled = 0;
+        while (::write(writer_, "x", 1) == 1)
+            ++filled;
+        return filled;
+    }
+    std::string ReadAll() {
+        std::string text;
+        char part[4096];
+        for (ssize_t count = 1; count > 0; text.append(part, static_cast<std::size_t>(count))) {
+            count = std::max(::read(reader_, part, sizeof part), ssize_t{0});
+        }
+        return text;
+    }
+
+    int reader_ = -1;
+    int writer_ = -1;
+};
+
+TEST_F(NonBlockingPipe, TakesARecordWholeThoughItHasNoRoomForIt) {
+    const std::string record(300'000, 'r');
+    bool written = false;
+    std::thread writer([&] {
+        written = Write(writer_, record);
+        ::close(writer_);
+    });
+    const std::string text = ReadAll();
+    writer.join();
+    writer_ = -1;
+    EXPECT_TRUE(written);
+    EXPECT_EQ(text, record);
+}
+
+TEST_F(NonBlockingPipe, ThatIsFullLosesARecordWhole) {
+    const std::size_t filled = Fill();
+    EXPECT_FALSE(Write(writer_, "lost"));
+    ::close(writer_);
+    writer_ = -1;
+    EXPECT_EQ(ReadAll(), std::string(filled, 'x'));
 }
 
 TEST_F(LogFile, AtTheSizeLimitRefusesRecordsWithoutASignal) {

@@ -40,8 +40,9 @@ void RestoreErrorNumbers(ErrorNumbers numbers) noexcept;
 int HoldCancellation() noexcept;
 void ReleaseCancellation(int held) noexcept;
 
-// A file that records are appended to. Each write is one call of the system, so that records of
-// several writers do not mix. Nothing here raises a signal.
+// A file that records are appended to. Each write is one call of the system, as far as the file
+// takes it at once, so that records of several writers do not mix; it is whole, or nothing was
+// written, or the file has failed. Nothing here raises a signal.
 using LogFile = long long;
 inline constexpr LogFile NoLogFile = -1;
 
