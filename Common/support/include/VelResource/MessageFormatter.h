@@ -16,7 +16,8 @@ struct MessageArgument {
 };
 
 // The process has one formatter; the arguments that it holds are the calling thread's own, so
-// threads do not see each other's. Feeding allocates nothing.
+// threads do not see each other's. Feeding allocates nothing, except a thread's list on its first
+// use where the compiler emulates thread storage (mingw-w64).
 class MessageFormatter {
 public:
     static constexpr int MaximumArguments = 9;

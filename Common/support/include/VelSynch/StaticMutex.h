@@ -5,9 +5,10 @@
 
 namespace VelSynch {
 
-// Made at compile time and never ended, on every system, so that it can be used before the first
-// dynamic initialiser and after the last destructor of the process; std::mutex promises only the
-// former, and on Windows keeps neither. Not recursive. For use with std::lock_guard.
+// Made at compile time and never ended, so that it can be used before the first dynamic initialiser
+// and after the last destructor of the process; std::mutex promises only the former, and on Windows
+// keeps neither. With mingw-w64 the waiting itself uses the run-time library's own state, which is
+// made on first use. Not recursive. For use with std::lock_guard.
 class StaticMutex {
 public:
     constexpr StaticMutex() noexcept = default;
