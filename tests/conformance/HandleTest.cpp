@@ -14,6 +14,15 @@ struct Call {
     std::function<bool(Winsock::Handle)> failed;
 };
 
+// With the handle alone in one of the sets.
+int Select(Winsock::Handle handle, std::size_t set) {
+    constexpr Winsock::TimeValue atOnce = {0, 0};
+    Winsock::HandleSet handles = {1, {handle}};
+    Winsock::HandleSet* sets[3] = {};
+    sets[set] = &handles;
+    return Winsock::select(0, sets[0], sets[1], sets[2], &atOnce);
+}
+
 const std::vector<Call>& EveryCall() {
     static Winsock::AddressIpv4 address = Loopback(9);
     static int length = 0;
@@ -36,8 +45,24 @@ const std::vector<Call>& EveryCall() {
          }},
         {"send", [](auto h) { return Winsock::send(h, "abc", 3, 0) == -1; }},
         {"recv", [](auto h) { return Winsock::recv(h, buffer, sizeof buffer, 0) == -1; }},
+        {"sendto",
+         [](auto h) { return Winsock::sendto(h, "abc", 3, 0, &address, sizeof address) == -1; }},
+        {"sendto, without address",
+         [](auto h) { return Winsock::sendto(h, "abc", 3, 0, nullptr, 0) == -1; }},
+        {"recvfrom",
+         [](auto h) {
+             length = sizeof address;
+             return Winsock::recvfrom(h, buffer, sizeof buffer, 0, &address, &length) == -1;
+         }},
+        {"select, to read", [](auto h) { return Select(h, 0) == -1; }},
+        {"select, to write", [](auto h) { return Select(h, 1) == -1; }},
+        {"select, for exceptions", [](auto h) { return Select(h, 2) == -1; }},
         {"setsockopt",
          [](auto h) { return Winsock::setsockopt(h, 0xFFFF, 0x1006, buffer, 4) == -1; }},
+        {"setsockopt, broadcast",
+         [](auto h) { return Winsock::setsockopt(h, 0xFFFF, 0x20, buffer, 4) == -1; }},
+        {"setsockopt, membership",
+         [](auto h) { return Winsock::setsockopt(h, 0, 12, buffer, 8) == -1; }},
         {"ioctlsocket, mode",
          [](auto h) { return Winsock::ioctlsocket(h, 0x8004667EU, &argument) == -1; }},
         {"ioctlsocket, count",

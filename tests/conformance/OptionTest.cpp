@@ -79,6 +79,27 @@ TEST_F(ReuseOption, RefusesNull) {
     EXPECT_TRUE(FailsWith(10014, setsockopt(NewStream().Get(), Level, 4, nullptr, 4)));
 }
 
+using BroadcastOption = Started;
+
+TEST_F(BroadcastOption, IsForDatagrams) {
+    for (const int family : {2, 23}) {
+        const OwnedSocket socket = NewDatagram(family);
+        EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionBroadcast, 1)));
+        EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionBroadcast, 0)));
+    }
+}
+
+TEST_F(BroadcastOption, IsNotForStreams) {
+    for (const OwnedSocket& socket : {NewStream(), NewStream(23), NewListener()}) {
+        EXPECT_TRUE(FailsWith(10042, SetOption(socket, Winsock::OptionBroadcast, 1),
+                              "a stream that broadcasts"));
+    }
+}
+
+TEST_F(BroadcastOption, RefusesNull) {
+    EXPECT_TRUE(FailsWith(10014, setsockopt(NewDatagram().Get(), Level, 0x20, nullptr, 4)));
+}
+
 using Command = Started;
 
 TEST_F(Command, NonBlockingModeIsTakenInAnyState) {

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "Answers.h"
 #include "WineAnswers.h"
 
 namespace Conformance {
@@ -14,11 +15,14 @@ namespace {
 constexpr int NoCallsError = 4711;
 
 // Looks at the last error and overwrites it.
-testing::AssertionResult Told(const std::function<bool(int)>& right, const std::string& result) {
+int TakeLastError() {
     const int error = Winsock::WSAGetLastError();
-    const bool told = right(error);
     System::RestoreErrorNumbers({.winsock = NoCallsError, .system = 0});
-    if (told) return testing::AssertionSuccess();
+    return error;
+}
+
+testing::AssertionResult Told(bool right, long long result, int error) {
+    if (right) return testing::AssertionSuccess();
     return testing::AssertionFailure() << "result " << result << ", last error " << error;
 }
 
@@ -29,20 +33,29 @@ bool IsErrorOfSuccess(int error) {
 // The outcome of a call that has to fail with an error.
 testing::AssertionResult ToldFailure(bool failed, int expected, long long result,
                                      std::string_view wineSituation) {
-    const auto right = [&](int error) {
-        return (failed && error == expected) || IsWinesAnswer(wineSituation, result, error);
-    };
-    return Told(right, std::to_string(result));
+    const int error = TakeLastError();
+    NoteAnswer(expected, failed ? error : result);
+    const bool right = failed && error == expected;
+    return Told(right || IsWinesAnswer(wineSituation, result, error), result, error);
+}
+
+// The outcomes of steps that lead to a test's scene: their answers are not what it is about.
+testing::AssertionResult IsDone(int result) {
+    const int error = TakeLastError();
+    return Told(result == 0 && IsErrorOfSuccess(error), result, error);
+}
+
+testing::AssertionResult IsMade(Winsock::Handle handle) {
+    return IsDone(handle == Winsock::InvalidSocket ? Winsock::SocketError : 0);
 }
 
 }  // namespace
 
 testing::AssertionResult Succeeds(int result, int expected, std::string_view wineSituation) {
-    const auto right = [&](int error) {
-        return (result == expected && IsErrorOfSuccess(error)) ||
-               IsWinesAnswer(wineSituation, result, error);
-    };
-    return Told(right, std::to_string(result));
+    const int error = TakeLastError();
+    NoteAnswer(expected, result == Winsock::SocketError ? error : result);
+    const bool right = result == expected && IsErrorOfSuccess(error);
+    return Told(right || IsWinesAnswer(wineSituation, result, error), result, error);
 }
 
 testing::AssertionResult FailsWith(int error, int result, std::string_view wineSituation) {
@@ -61,10 +74,13 @@ testing::AssertionResult FailsWith(int error, const Winsock::HostEntry* result,
 }
 
 testing::AssertionResult IsOpen(Winsock::Handle result) {
-    const auto right = [&](int error) {
-        return result != Winsock::InvalidSocket && IsErrorOfSuccess(error);
-    };
-    return Told(right, std::to_string(result));
+    return Succeeds(result == Winsock::InvalidSocket ? Winsock::SocketError : 0);
+}
+
+testing::AssertionResult Answers(long long expected, long long result) {
+    NoteAnswer(expected, result);
+    if (result == expected) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "answer " << result << " instead of " << expected;
 }
 
 void Started::SetUp() {
@@ -74,7 +90,7 @@ void Started::SetUp() {
 }
 
 void Started::TearDown() {
-    EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+    EXPECT_TRUE(IsDone(Winsock::WSACleanup()));
 }
 
 void OwnedSocket::Close() {
@@ -83,13 +99,13 @@ void OwnedSocket::Close() {
 
 OwnedSocket NewStream(int family) {
     OwnedSocket socket(Winsock::socket(family, Winsock::TypeStream, 0));
-    EXPECT_TRUE(IsOpen(socket.Get()));
+    EXPECT_TRUE(IsMade(socket.Get()));
     return socket;
 }
 
 OwnedSocket NewDatagram(int family) {
     OwnedSocket socket(Winsock::socket(family, Winsock::TypeDatagram, 0));
-    EXPECT_TRUE(IsOpen(socket.Get()));
+    EXPECT_TRUE(IsMade(socket.Get()));
     return socket;
 }
 
@@ -121,7 +137,7 @@ unsigned int PortOf(const Winsock::AddressIpv4& address) {
 Winsock::AddressIpv4 LocalAddress(const OwnedSocket& socket) {
     Winsock::AddressIpv4 address = {};
     int length = sizeof address;
-    EXPECT_TRUE(Succeeds(Winsock::getsockname(socket.Get(), &address, &length)));
+    EXPECT_TRUE(IsDone(Winsock::getsockname(socket.Get(), &address, &length)));
     return address;
 }
 
@@ -131,13 +147,13 @@ unsigned int LocalPort(const OwnedSocket& socket) {
 
 OwnedSocket Accept(const OwnedSocket& listener) {
     OwnedSocket accepted(Winsock::accept(listener.Get(), nullptr, nullptr));
-    EXPECT_TRUE(IsOpen(accepted.Get()));
+    EXPECT_TRUE(IsMade(accepted.Get()));
     return accepted;
 }
 
 void SetNonBlocking(const OwnedSocket& socket, bool on) {
     unsigned int value = on ? 1 : 0;
-    EXPECT_TRUE(Succeeds(Winsock::ioctlsocket(socket.Get(), Winsock::CommandNonBlocking, &value)));
+    EXPECT_TRUE(IsDone(Winsock::ioctlsocket(socket.Get(), Winsock::CommandNonBlocking, &value)));
 }
 
 int SetOption(const OwnedSocket& socket, int option, unsigned int value) {
@@ -165,33 +181,32 @@ int TryReceive(const OwnedSocket& socket, int room) {
 
 unsigned int BytesAvailable(const OwnedSocket& socket) {
     unsigned int count = 4711;
-    EXPECT_TRUE(
-        Succeeds(Winsock::ioctlsocket(socket.Get(), Winsock::CommandBytesAvailable, &count)));
+    EXPECT_TRUE(IsDone(Winsock::ioctlsocket(socket.Get(), Winsock::CommandBytesAvailable, &count)));
     return count;
 }
 
 OwnedSocket NewBoundStream() {
     OwnedSocket socket = NewStream();
-    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+    EXPECT_TRUE(IsDone(Bind(socket, Loopback(0))));
     return socket;
 }
 
 OwnedSocket NewBoundDatagram() {
     OwnedSocket socket = NewDatagram();
-    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+    EXPECT_TRUE(IsDone(Bind(socket, Loopback(0))));
     return socket;
 }
 
 OwnedSocket NewListener() {
     OwnedSocket listener = NewBoundStream();
-    EXPECT_TRUE(Succeeds(Winsock::listen(listener.Get(), 16)));
+    EXPECT_TRUE(IsDone(Winsock::listen(listener.Get(), 16)));
     return listener;
 }
 
 Pair NewConnectedPair() {
     const OwnedSocket listener = NewListener();
     OwnedSocket client = NewStream();
-    EXPECT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    EXPECT_TRUE(IsDone(Connect(client, LocalAddress(listener))));
     return {std::move(client), Accept(listener)};
 }
 

@@ -24,6 +24,8 @@ testing::AssertionResult FailsWith(int error, Winsock::Handle result,
 testing::AssertionResult FailsWith(int error, const Winsock::HostEntry* result,
                                    std::string_view wineSituation = {});
 testing::AssertionResult IsOpen(Winsock::Handle result);
+// Of a call that returns its whole answer; leaves the last error alone.
+testing::AssertionResult Answers(long long expected, long long result);
 
 // A test with Winsock started.
 class Started : public testing::Test {

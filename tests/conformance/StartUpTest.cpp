@@ -21,7 +21,7 @@ class VersionNegotiation : public testing::TestWithParam<VersionRow> {};
 
 TEST_P(VersionNegotiation, AnswersTheHighestVersionNotAboveTheRequested) {
     Winsock::StartupData data;
-    ASSERT_EQ(Winsock::WSAStartup(GetParam().requested, &data), 0);
+    ASSERT_TRUE(Answers(0, Winsock::WSAStartup(GetParam().requested, &data)));
     EXPECT_EQ(data.version, GetParam().negotiated);
     EXPECT_EQ(data.highestVersion, 0x202);
     EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
@@ -35,15 +35,15 @@ INSTANTIATE_TEST_SUITE_P(Versions, VersionNegotiation,
 
 TEST(StartUp, RefusesMajorVersionZeroButTellsItsVersions) {
     Winsock::StartupData data;
-    EXPECT_EQ(Winsock::WSAStartup(0x0100, &data), 10092);
+    EXPECT_TRUE(Answers(10092, Winsock::WSAStartup(0x0100, &data)));
     EXPECT_EQ(data.version, 0x202);
     EXPECT_EQ(data.highestVersion, 0x202);
     EXPECT_TRUE(FailsWith(10093, Winsock::WSACleanup()));
 }
 
 TEST(StartUp, RefusesNullDataWithoutCounting) {
-    EXPECT_EQ(Winsock::WSAStartup(0x202, nullptr), 10014);
-    EXPECT_EQ(Winsock::WSAStartup(0x000, nullptr), 10092);
+    EXPECT_TRUE(Answers(10014, Winsock::WSAStartup(0x202, nullptr)));
+    EXPECT_TRUE(Answers(10092, Winsock::WSAStartup(0x000, nullptr)));
     EXPECT_TRUE(FailsWith(10093, Winsock::WSACleanup()));
 }
 
@@ -66,6 +66,15 @@ TEST(StartUp, CallsBeforeItFail) {
     EXPECT_TRUE(FailsWith(10093, Winsock::closesocket(5)));
     EXPECT_TRUE(FailsWith(10093, Winsock::recv(5, name, 1, 0), "transfer before start-up"));
     EXPECT_TRUE(FailsWith(10093, Winsock::send(5, name, 1, 0), "transfer before start-up"));
+    const Winsock::AddressIpv4 to = Loopback(9);
+    EXPECT_TRUE(FailsWith(10093, Winsock::recvfrom(5, name, 1, 0, nullptr, nullptr),
+                          "transfer before start-up"));
+    EXPECT_TRUE(FailsWith(10093, Winsock::sendto(5, name, 1, 0, &to, sizeof to),
+                          "transfer before start-up"));
+    EXPECT_TRUE(
+        FailsWith(10093, Winsock::setsockopt(5, 0, 12, name, 8), "transfer before start-up"));
+    EXPECT_TRUE(FailsWith(10093, Winsock::select(0, nullptr, nullptr, nullptr, nullptr),
+                          "select before start-up"));
 }
 
 TEST(StartUp, DottedTextsAreReadBeforeIt) {

@@ -17,6 +17,25 @@ TEST(ErrorDescriptions, AreNeverEmptyAndDifferForWhatDiffers) {
     EXPECT_NE(System::ErrorDescription(12345), System::ErrorDescription(12346));
 }
 
+TEST(Version, IsToldToARecordOfItsSize) {
+    System::VersionRecord version = {};
+    version.size = 276;
+    ASSERT_TRUE(System::GetVersionExW(&version));
+    EXPECT_EQ(version.size, 276U);
+    EXPECT_GE(version.majorVersion, 6U);
+    EXPECT_EQ(version.platform, 2U);
+}
+
+TEST(Version, IsNotToldToARecordOfAnotherSize) {
+    for (const unsigned int size : {0U, 148U, 275U, 277U}) {
+        System::VersionRecord version = {};
+        version.size = size;
+        EXPECT_FALSE(System::GetVersionExW(&version)) << size;
+        EXPECT_EQ(version.size, size);
+        EXPECT_EQ(version.majorVersion, 0U);
+    }
+}
+
 TEST(Sleeping, LastsAsLongAsAsked) {
     EXPECT_GE(TimeOf([] { System::Sleep(30); }), Milliseconds(30));
     System::Sleep(0);

@@ -7,9 +7,16 @@
 //   closesocket       0, or 10038 for a handle that is not open
 //   send              takes all bytes
 //   recv              fails the test, and with 10060
+//   sendto            takes all bytes
+//   recvfrom          fails the test, and with 10060
+//   select            0 ready, and the sets are emptied
 //   getsockname, getpeername   0.0.0.0:0
 //   ioctlsocket       0; no bytes available
 //   gethostbyname     "host.example" with the address 10.0.0.1; gethostbyaddr the same
+//   getaddrinfo       a list of one IPv4 address: 10.0.0.1, with the service's number as the port
+//   getnameinfo       the texts of an IPv4 or IPv6 address as the transcript writes them, in
+//                     numbers; else it fails with 10047. Texts without room fail with 122.
+//   GetVersionExW     major version 10; fails with 122 when the record's size is not 276
 //   gethostname       "scripted-host"; ComputerName u"SCRIPTED-HOST"
 //   inet_addr         the address of four decimal numbers from 0 to 255, else NoAddress
 //   ErrorDescription  u"Description of 5."
@@ -43,6 +50,21 @@ struct HostAnswer {
 // The entry that the calling thread's last name call returned, or null.
 Winsock::HostEntry* CurrentHostEntry();
 
+// One entry of a list of addresses, wrong in any way that a test wants. A list has the lowest
+// number from 1 on that no open list has; freeaddrinfo overwrites all that it holds with 0xDD
+// bytes.
+struct ListedAddress {
+    // "10.0.0.1" or "2001:DB8::1", as the family says.
+    ListedAddress(int familyOfAddress, const std::string& text, unsigned short port);
+    // Any bytes as the address, of any family and length.
+    ListedAddress(int familyOfEntry, std::string rawBytes);
+
+    int family;
+    std::string bytes;
+    std::optional<int> type = {};  // without: the hint's
+    std::optional<int> protocol = {};
+};
+
 // One entry of a queue. Tests make these through On.
 struct Answer {
     enum class Kind { Usual, Result, Failure, Exception };
@@ -54,6 +76,10 @@ struct Answer {
     std::string bytes = {};
     std::u16string text = {};
     HostAnswer host = {};
+    std::vector<ListedAddress> addresses = {};
+    std::optional<std::string> address = {};
+    std::string service = {};
+    std::vector<Winsock::Handle> readable = {}, writable = {}, exceptional = {};
     unsigned short version = 0x0202;
     unsigned short highestVersion = 0x0202;
 };
@@ -134,6 +160,60 @@ public:
     ReceiveAnswers& Returns(int result);
 };
 
+class DatagramAnswers : public Answers<DatagramAnswers> {
+public:
+    using Answers::Answers;
+    // Fills the buffer and returns the number of bytes; they must fit.
+    DatagramAnswers& Delivers(std::string bytes, const std::string& dotted, unsigned short port);
+    // Any bytes as the sender's address; the length reported is theirs, what has no room is cut
+    // off.
+    DatagramAnswers& DeliversFrom(std::string bytes, std::string address);
+    // Leaves the address and its length alone.
+    DatagramAnswers& Delivers(std::string bytes);
+    // Returns the number and leaves everything alone.
+    DatagramAnswers& Returns(int result);
+};
+
+class SelectAnswers : public Answers<SelectAnswers> {
+public:
+    using Answers::Answers;
+    // Leaves these in the sets and returns how many they are.
+    SelectAnswers& Ready(std::vector<Winsock::Handle> readable,
+                         std::vector<Winsock::Handle> writable = {},
+                         std::vector<Winsock::Handle> exceptional = {});
+    // The same with another number.
+    SelectAnswers& Returns(int result, std::vector<Winsock::Handle> readable = {},
+                           std::vector<Winsock::Handle> writable = {},
+                           std::vector<Winsock::Handle> exceptional = {});
+};
+
+// Calls that return the error number as well as leave it behind.
+template <class Self>
+class NumberedFailures : public Answers<Self> {
+public:
+    using Answers<Self>::Answers;
+    // Returns the number and leaves it as the last error.
+    Self& Fails(int error) { return FailsReturning(error, error); }
+    // Returns one number and leaves another.
+    Self& FailsReturning(int result, int lastError) {
+        return this->Queue({.kind = Answer::Kind::Failure, .result = result, .error = lastError});
+    }
+};
+
+class AddressListAnswers : public NumberedFailures<AddressListAnswers> {
+public:
+    using NumberedFailures::NumberedFailures;
+    AddressListAnswers& Returns(std::vector<ListedAddress> addresses);
+    // Succeeds with null for the list.
+    AddressListAnswers& ReturnsEmpty();
+};
+
+class NameAnswers : public NumberedFailures<NameAnswers> {
+public:
+    using NumberedFailures::NumberedFailures;
+    NameAnswers& Returns(std::string host, std::string service);
+};
+
 class IoctlAnswers : public Answers<IoctlAnswers> {
 public:
     using Answers::Answers;
@@ -199,6 +279,15 @@ inline NumberAnswers Send() {
 inline ReceiveAnswers Recv() {
     return ReceiveAnswers("recv");
 }
+inline NumberAnswers Sendto() {
+    return NumberAnswers("sendto");
+}
+inline DatagramAnswers Recvfrom() {
+    return DatagramAnswers("recvfrom");
+}
+inline SelectAnswers Select() {
+    return SelectAnswers("select");
+}
 inline NumberAnswers Setsockopt() {
     return NumberAnswers("setsockopt");
 }
@@ -214,6 +303,15 @@ inline HostAnswers Gethostbyaddr() {
 inline BytesAnswers Gethostname() {
     return BytesAnswers("gethostname");
 }
+inline AddressListAnswers Getaddrinfo() {
+    return AddressListAnswers("getaddrinfo");
+}
+inline PlainAnswers Freeaddrinfo() {
+    return PlainAnswers("freeaddrinfo");
+}
+inline NameAnswers Getnameinfo() {
+    return NameAnswers("getnameinfo");
+}
 inline NumberAnswers InetAddr() {
     return NumberAnswers("inet_addr");
 }
@@ -223,6 +321,10 @@ inline PlainAnswers Sleep() {
 }
 inline WideAnswers ComputerName() {
     return WideAnswers("ComputerName");
+}
+// Returns(major) makes that the major version.
+inline NumberAnswers GetVersionExW() {
+    return NumberAnswers("GetVersionExW");
 }
 inline WideAnswers ErrorDescription() {
     return WideAnswers("ErrorDescription");
@@ -257,6 +359,8 @@ inline PlainAnswers SubKeyNames() {
 
 // "recv" once for each answer that is still queued for recv, and so on.
 std::vector<std::string> UnusedAnswers();
+// Drops them, for code under test that may end before it asks.
+void ForgetAnswers();
 
 // What was written to the log file of that path, or to standard error.
 std::string LogFileContents(const std::string& path);

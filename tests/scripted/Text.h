@@ -23,6 +23,13 @@ std::string AddressBytes(const std::string& dotted);
 // The 16 bytes of an IPv4 socket address.
 std::string SocketAddressBytes(const std::string& dotted, unsigned short port);
 
+// The 16 bytes of an IPv6 address: hexadecimal groups, "::" for missing ones.
+std::string Ipv6AddressBytes(const std::string& text);
+
+// The 28 bytes of an IPv6 socket address.
+std::string SocketAddressBytesIpv6(const std::string& text, unsigned short port,
+                                   unsigned int scope = 0, unsigned int flowInformation = 0);
+
 // Every number that the table of socket errors knows, and numbers around and far from them: 0,
 // negative ones, ones without the offset 10000, ones that only look alike in their low 16 bits.
 std::vector<int> ErrorNumbers();

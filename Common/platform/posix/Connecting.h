@@ -5,7 +5,7 @@
 
 namespace Posix {
 
-// Also notices a connect call that had to be left unfinished and has succeeded meanwhile.
+// Also notices the outcome of a connect call that had to be left unfinished.
 bool IsConnected(const Socket& socket) noexcept;
 
 }  // namespace Posix

@@ -41,6 +41,7 @@ void RecordOutcome(const Socket& socket, int error) {
         socket.record->Set(error == ECONNRESET ? Flag::Reset : Flag::Aborted);
         RecordConnected(socket);
     } else if (error != 0) {
+        socket.record->Set(Flag::ConnectFailed);
         socket.record->Clear(Flag::Connecting);
     }
 }
@@ -72,7 +73,7 @@ bool IsUnfinished(int error) {
 }
 
 int StartConnect(const Socket& socket, const KernelAddress& peer) {
-    socket.record->Clear(Flag::Connecting);
+    socket.record->Clear(Flag::Connecting | Flag::ConnectFailed);
     int error = ConnectAnew(socket, peer);
     if (IsUnfinished(error) && socket.Has(Flag::NonBlocking)) {
         RecordConnecting(socket);

@@ -32,12 +32,18 @@ int CreationError(int family, int type, int protocol) {
     return fits ? 0 : WinsockError::ProtocolNotSupported;
 }
 
-// Winsock's IPv6 sockets do not take IPv4 traffic, and its datagram sockets are told of unreachable
-// peers.
+// Winsock's datagram sockets are told of unreachable peers, and receive from those groups only that
+// they have joined themselves.
+void GiveDatagramDefaults(int descriptor, bool ipv6) {
+    const int level = ipv6 ? IPPROTO_IPV6 : IPPROTO_IP;
+    SetSwitch(descriptor, level, ipv6 ? IPV6_RECVERR : IP_RECVERR, true);
+    SetSwitch(descriptor, level, ipv6 ? IPV6_MULTICAST_ALL : IP_MULTICAST_ALL, false);
+}
+
+// Winsock's IPv6 sockets do not take IPv4 traffic.
 void GiveWinsockDefaults(int descriptor, bool ipv6, bool datagram) {
     if (ipv6) SetSwitch(descriptor, IPPROTO_IPV6, IPV6_V6ONLY, true);
-    if (datagram && ipv6) SetSwitch(descriptor, IPPROTO_IPV6, IPV6_RECVERR, true);
-    if (datagram && !ipv6) SetSwitch(descriptor, IPPROTO_IP, IP_RECVERR, true);
+    if (datagram) GiveDatagramDefaults(descriptor, ipv6);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "Addresses.h"
 #include "Errors.h"
 #include "HostEntries.h"
 #include "HostName.h"
@@ -53,16 +54,16 @@ Winsock::HostEntry* LookUpName(const char* name) {
 }
 
 // The layout of an entry that no resolver has made: the lists of pointers, the addresses, the name.
-Winsock::HostEntry* FillOwn(HostEntryBlock& block, const std::vector<in_addr>& addresses,
+Winsock::HostEntry* FillOwn(HostEntryBlock& block, const std::vector<KernelAddress>& addresses,
                             const char* name) {
     auto** pointers = static_cast<char**>(static_cast<void*>(block.Room()));
     char* bytes = static_cast<char*>(static_cast<void*>(pointers + addresses.size() + 2));
     char** aliases = pointers;
     *pointers++ = nullptr;
-    for (const in_addr& address : addresses) {
-        std::memcpy(bytes, &address, sizeof address);
+    for (const KernelAddress& address : addresses) {
+        std::memcpy(bytes, &address.ipv4.sin_addr, sizeof(in_addr));
         *pointers++ = bytes;
-        bytes += sizeof address;
+        bytes += sizeof(in_addr);
     }
     *pointers = nullptr;
     std::strcpy(bytes, name);
@@ -71,7 +72,7 @@ Winsock::HostEntry* FillOwn(HostEntryBlock& block, const std::vector<in_addr>& a
 }
 
 Winsock::HostEntry* OwnEntry(const HostNameText& name) {
-    const std::vector<in_addr> addresses = OwnIpv4Addresses();
+    const std::vector<KernelAddress> addresses = OwnAddresses(AF_INET);
     const std::size_t room =
         (addresses.size() + 2) * sizeof(char*) + addresses.size() * sizeof(in_addr) + sizeof name;
     HostEntryBlock* block = HostEntryOfThread(room);

@@ -10,6 +10,7 @@
 
 #include "Connecting.h"
 #include "Errors.h"
+#include "Memberships.h"
 #include "PortReuse.h"
 #include "SocketRecords.h"
 #include "Switches.h"
@@ -45,11 +46,15 @@ int SetTimeout(const Socket& socket, int kernelOption, std::uint32_t flag, const
     return Succeed();
 }
 
+bool IsOn(const char* value, int length) {
+    return std::any_of(value, value + length, [](char byte) { return byte != 0; });
+}
+
 // Reuse in Winsock's sense lets two streams listen on one port, which takes two options here. For
 // datagrams the second one would deal each multicast to one socket only.
 int SetReuse(const Socket& socket, const char* value, int length) {
     if (length < 0) return Fail(WinsockError::Fault);
-    const bool on = std::any_of(value, value + length, [](char byte) { return byte != 0; });
+    const bool on = IsOn(value, length);
     const bool address = on || CarriesKernelReuse(socket);
     if (!SetKernelReuse(socket, address)) return FailFromErrno();
     const bool stream = !socket.Has(Flag::Datagram);
@@ -58,6 +63,28 @@ int SetReuse(const Socket& socket, const char* value, int length) {
     }
     socket.record->Change(Flag::Reuse, on);
     return Succeed();
+}
+
+int SetBroadcast(const Socket& socket, const char* value, int length) {
+    if (!socket.Has(Flag::Datagram)) return Fail(WinsockError::NoProtocolOption);
+    if (length < 0) return Fail(WinsockError::Fault);
+    const bool set = SetSwitch(socket.descriptor, SOL_SOCKET, SO_BROADCAST, IsOn(value, length));
+    return set ? Succeed() : FailFromErrno();
+}
+
+int SetSocketOption(const Socket& socket, int option, const char* value, int length) {
+    switch (option) {
+        case Winsock::OptionReuseAddress:
+            return SetReuse(socket, value, length);
+        case Winsock::OptionBroadcast:
+            return SetBroadcast(socket, value, length);
+        case Winsock::OptionSendTimeout:
+            return SetTimeout(socket, SO_SNDTIMEO, Flag::SendTimeout, value, length);
+        case Winsock::OptionReceiveTimeout:
+            return SetTimeout(socket, SO_RCVTIMEO, Flag::ReceiveTimeout, value, length);
+        default:
+            return Fail(WinsockError::NoProtocolOption);
+    }
 }
 
 int SetNonBlocking(const Socket& socket, bool on) {
@@ -82,18 +109,11 @@ int Winsock::setsockopt(Handle handle, int level, int option, const char* value,
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
     if (!IsKnownLevel(level)) return Fail(WinsockError::Invalid);
-    if (level != LevelSocket) return Fail(WinsockError::NoProtocolOption);
+    const bool membership = IsMembershipOption(level, option);
+    if (level != LevelSocket && !membership) return Fail(WinsockError::NoProtocolOption);
     if (value == nullptr) return Fail(WinsockError::Fault);
-    switch (option) {
-        case OptionReuseAddress:
-            return SetReuse(socket, value, length);
-        case OptionSendTimeout:
-            return SetTimeout(socket, SO_SNDTIMEO, Flag::SendTimeout, value, length);
-        case OptionReceiveTimeout:
-            return SetTimeout(socket, SO_RCVTIMEO, Flag::ReceiveTimeout, value, length);
-        default:
-            return Fail(WinsockError::NoProtocolOption);
-    }
+    if (membership) return SetMembership(socket, level, option, value, length);
+    return SetSocketOption(socket, option, value, length);
 }
 
 int Winsock::ioctlsocket(Handle handle, unsigned int command, unsigned int* argument) {

@@ -4,6 +4,7 @@
 #include <net/if.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -21,11 +22,34 @@ InterfaceList Interfaces() noexcept {
     return InterfaceList(::getifaddrs(&list) == 0 ? list : nullptr);
 }
 
-bool IsReachableIpv4(const ifaddrs& interface) noexcept {
-    const bool up = (interface.ifa_flags & IFF_UP) != 0;
-    const bool loopback = (interface.ifa_flags & IFF_LOOPBACK) != 0;
-    return up && !loopback && interface.ifa_addr != nullptr &&
-           interface.ifa_addr->sa_family == AF_INET;
+bool IsUp(const ifaddrs& interface) noexcept {
+    return (interface.ifa_flags & IFF_UP) != 0;
+}
+
+bool IsLoopback(const ifaddrs& interface) noexcept {
+    return (interface.ifa_flags & IFF_LOOPBACK) != 0;
+}
+
+void AppendAddress(const ifaddrs& interface, int family, std::vector<KernelAddress>& addresses) {
+    if (interface.ifa_addr == nullptr || interface.ifa_addr->sa_family != family) return;
+    KernelAddress address = {};
+    const bool ipv6 = family == AF_INET6;
+    std::memcpy(&address, interface.ifa_addr, ipv6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in));
+    addresses.push_back(address);
+}
+
+void AppendAddresses(const ifaddrs* first, int family, bool loopback,
+                     std::vector<KernelAddress>& addresses) {
+    for (const ifaddrs* next = first; next != nullptr; next = next->ifa_next) {
+        if (IsUp(*next) && IsLoopback(*next) == loopback) AppendAddress(*next, family, addresses);
+    }
+}
+
+KernelAddress Ipv4Loopback() noexcept {
+    KernelAddress address = {};
+    address.ipv4.sin_family = AF_INET;
+    address.ipv4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
 }
 
 }  // namespace
@@ -36,16 +60,15 @@ bool IsOwnName(const char* name, HostNameText own) noexcept {
     return own.text[0] != '\0' && ::strcasecmp(name, own.text) == 0;
 }
 
-std::vector<in_addr> OwnIpv4Addresses() {
-    std::vector<in_addr> addresses;
+std::vector<KernelAddress> OwnAddresses(int family) {
+    std::vector<KernelAddress> addresses;
     const InterfaceList interfaces = Interfaces();
-    for (const ifaddrs* next = interfaces.get(); next != nullptr; next = next->ifa_next) {
-        if (!IsReachableIpv4(*next)) continue;
-        sockaddr_in address = {};
-        std::memcpy(&address, next->ifa_addr, sizeof address);
-        addresses.push_back(address.sin_addr);
+    for (const bool loopback : {false, true}) {
+        if (!addresses.empty()) break;
+        if (family != AF_INET) AppendAddresses(interfaces.get(), AF_INET6, loopback, addresses);
+        if (family != AF_INET6) AppendAddresses(interfaces.get(), AF_INET, loopback, addresses);
     }
-    if (addresses.empty()) addresses.push_back({htonl(INADDR_LOOPBACK)});
+    if (addresses.empty() && family != AF_INET6) addresses.push_back(Ipv4Loopback());
     return addresses;
 }
 

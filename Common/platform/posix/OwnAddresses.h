@@ -1,10 +1,9 @@
 // What this computer is called and which addresses its interfaces have.
 #pragma once
 
-#include <netinet/in.h>
-
 #include <vector>
 
+#include "Addresses.h"
 #include "HostName.h"
 
 namespace Posix {
@@ -12,7 +11,8 @@ namespace Posix {
 // Whether the name, in any case, is this computer's whole name or its first label.
 bool IsOwnName(const char* name, HostNameText own) noexcept;
 
-// The IPv4 addresses of the interfaces that are up; the loopback address when there is no other.
-std::vector<in_addr> OwnIpv4Addresses();
+// The addresses of the interfaces that are up, IPv6 before IPv4; those of the loopback interface
+// when there is no other. The family is the system's, or AF_UNSPEC for both.
+std::vector<KernelAddress> OwnAddresses(int family);
 
 }  // namespace Posix

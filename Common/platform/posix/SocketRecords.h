@@ -32,6 +32,9 @@ inline constexpr std::uint32_t Reset = 1U << 9;
 inline constexpr std::uint32_t Aborted = 1U << 10;
 inline constexpr std::uint32_t ReceiveTimeout = 1U << 11;
 inline constexpr std::uint32_t SendTimeout = 1U << 12;
+// A connect call that had to be left unfinished has failed since. The kernel tells that once, to
+// whoever asks first.
+inline constexpr std::uint32_t ConnectFailed = 1U << 13;
 
 // What accepted sockets take over from their listener.
 inline constexpr std::uint32_t Inherited =
@@ -60,6 +63,9 @@ public:
     // Reports that a datagram did not reach its peer, each to be answered by one receive call.
     void AddUnreachable() noexcept;
     bool TakeUnreachable() noexcept;
+    bool HasUnreachable() const noexcept {
+        return Atomic(unreachable_).load(std::memory_order_relaxed) > 0;
+    }
 
     void Open(std::uint32_t flags) noexcept;
     // Returns whether the record was live: of two closers only one may close the descriptor.

@@ -26,6 +26,8 @@ std::string_view WinsockOwnDescription(int error) {
             return "Winsock version not supported";
         case WinsockError::NotStarted:
             return "Winsock not started";
+        case WinsockError::ServiceNotFound:
+            return "Service not found";
         case WinsockError::HostNotFound:
             return "Host not found";
         case WinsockError::TryAgain:
@@ -71,6 +73,18 @@ void System::Sleep(unsigned long milliseconds) {
 
 System::WideUnits System::ComputerName() {
     return Posix::WideFromUtf8(Posix::HostName().text);
+}
+
+// Programs ask so as to tell the releases of Windows apart, of which this is to be a late one.
+bool System::GetVersionExW(VersionRecord* version) {
+    if (version == nullptr || version->size != sizeof *version) return false;
+    *version = {.size = sizeof *version,
+                .majorVersion = 10,
+                .minorVersion = 0,
+                .buildNumber = 19045,
+                .platform = 2,
+                .servicePack = {}};
+    return true;
 }
 
 System::WideUnits System::ErrorDescription(unsigned int error) {

@@ -4,17 +4,18 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
-#include <sys/uio.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 
 #include "Connecting.h"
+#include "Datagrams.h"
 #include "Descriptors.h"
 #include "Errors.h"
 #include "Patience.h"
 #include "SocketRecords.h"
+#include "Transfer.h"
 #include "Unreachables.h"
 
 namespace {
@@ -26,10 +27,6 @@ constexpr std::uint32_t PlainStream = Flag::Live | Flag::Connected;
 constexpr std::uint32_t PlainStreamMask =
     PlainStream | Flag::Datagram | Flag::Reset | Flag::Aborted;
 
-std::size_t Size(int length) {
-    return static_cast<std::size_t>(length);
-}
-
 // The end that the connection has met, or 0.
 int RecordedEnd(const Socket& socket) {
     if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
@@ -38,9 +35,8 @@ int RecordedEnd(const Socket& socket) {
 
 // What is wrong with a transfer before the kernel is asked, or 0.
 int TransferError(const Socket& socket, int length, int flags) {
-    if (length < 0) return WinsockError::Fault;
-    if (flags != 0) return WinsockError::OperationNotSupported;
-    return RecordedEnd(socket);
+    const int error = Posix::TransferError(length, flags);
+    return error != 0 ? error : RecordedEnd(socket);
 }
 
 // The network's reports reach a stream only when it has given up.
@@ -94,11 +90,6 @@ int FinishWithNothing(const Socket& socket) {
     return end != 0 ? Fail(end) : Succeed();
 }
 
-int FailDatagram(const Socket& socket) {
-    const bool timedOut = errno == EAGAIN && !socket.Has(Flag::NonBlocking);
-    return timedOut ? Fail(WinsockError::TimedOut) : FailFromErrno();
-}
-
 // The failure of the last attempt is recorded even when it is not answered yet.
 int FinishSending(const Socket& socket, int sent) {
     const int error = StreamError(socket);
@@ -119,47 +110,6 @@ int SendStream(const Socket& socket, const char* buffer, int length) {
         sent += static_cast<std::size_t>(count);
     } while (sent < Size(length) && patience.AllowsRest());
     return Succeed(static_cast<int>(sent));
-}
-
-// Reports of earlier datagrams are put aside, a few times over, since new ones may come in
-// meanwhile.
-int SendDatagram(const Socket& socket, const char* buffer, int length) {
-    constexpr int MostReports = 16;
-    Patience patience(socket, Sending);
-    ssize_t sent = -1;
-    bool again = true;
-    for (int attempt = 0; again && attempt < MostReports; ++attempt) {
-        sent = RepeatInterrupted(patience, [&](int attemptFlags) {
-            return ::send(socket.descriptor, buffer, Size(length), MSG_NOSIGNAL | attemptFlags);
-        });
-        again = sent < 0 && MayBeReport(errno) && CollectReports(socket) && errno != EMSGSIZE;
-    }
-    return sent < 0 ? FailDatagram(socket) : Succeed(static_cast<int>(sent));
-}
-
-ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
-    Patience patience(socket, Receiving);
-    return RepeatInterrupted(patience, [&](int attemptFlags) {
-        return ::recvmsg(socket.descriptor, &message, attemptFlags);
-    });
-}
-
-// NOLINTNEXTLINE(readability-non-const-parameter): the system writes to the buffer.
-int ReceiveDatagram(const Socket& socket, char* buffer, int length) {
-    if (socket.record->TakeUnreachable()) return Fail(WinsockError::ConnectionReset);
-    iovec room = {buffer, Size(length)};
-    msghdr message = {};
-    message.msg_iov = &room;
-    message.msg_iovlen = 1;
-    ssize_t received = ReceiveMessage(socket, message);
-    while (received < 0) {
-        if (!MayBeReport(errno)) return FailDatagram(socket);
-        const bool any = CollectReports(socket);
-        if (socket.record->TakeUnreachable() || !any) return Fail(WinsockError::ConnectionReset);
-        received = ReceiveMessage(socket, message);
-    }
-    if ((message.msg_flags & MSG_TRUNC) != 0) return Fail(WinsockError::MessageSize);
-    return Succeed(static_cast<int>(received));
 }
 
 int ReceiveStream(const Socket& socket, char* buffer, int length) {
@@ -186,10 +136,7 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
     const Socket socket = FindSocket(handle);
     if (!socket) return Winsock::SocketError;
     if (const int error = TransferError(socket, length, flags)) return Fail(error);
-    if (socket.Has(Flag::Datagram)) {
-        if (!socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
-        return ReceiveDatagram(socket, buffer, length);
-    }
+    if (socket.Has(Flag::Datagram)) return ReceiveDatagram(socket, buffer, length);
     if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
     return ReceiveStream(socket, buffer, length);
 }

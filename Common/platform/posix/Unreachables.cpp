@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Descriptors.h"
+
 namespace Posix {
 
 namespace {
@@ -78,6 +80,11 @@ bool CollectReports(const Socket& socket) {
         any = true;
     errno = error;
     return any;
+}
+
+void CollectAnnounced(const Socket& socket) {
+    if (CollectReports(socket)) return;
+    if (MayBeReport(TakePendingError(socket.descriptor))) socket.record->AddUnreachable();
 }
 
 }  // namespace Posix

@@ -15,4 +15,8 @@ bool MayBeReport(int error) noexcept;
 // Takes all reports from the kernel; returns whether there was any. Keeps errno.
 bool CollectReports(const Socket& socket);
 
+// The same when a wait was told of an error. One that has no report in the queue, for which there
+// may have been no room, counts as one.
+void CollectAnnounced(const Socket& socket);
+
 }  // namespace Posix

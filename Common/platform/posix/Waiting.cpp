@@ -1,7 +1,5 @@
 #include "Waiting.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <cerrno>
 
@@ -28,11 +26,15 @@ timespec TimeFromNanoseconds(long long nanoseconds) noexcept {
             .tv_nsec = nanoseconds % NanosecondsPerSecond};
 }
 
+int PollUntil(pollfd* waits, nfds_t count, long long until) {
+    const timespec left = TimeUntil(until);
+    return ::ppoll(waits, count, until == WithoutLimit ? nullptr : &left, nullptr);
+}
+
 bool WaitUntilReady(int descriptor, short events, long long until) {
     pollfd wait = {descriptor, events, 0};
     while (until == WithoutLimit || MonotonicTime() < until) {
-        const timespec left = TimeUntil(until);
-        const int ready = ::ppoll(&wait, 1, until == WithoutLimit ? nullptr : &left, nullptr);
+        const int ready = PollUntil(&wait, 1, until);
         if (ready > 0) return true;
         if (ready < 0 && errno != EINTR) return false;
     }

@@ -1,6 +1,8 @@
 // Waits that signals do not cut short.
 #pragma once
 
+#include <poll.h>
+
 #include <ctime>
 
 namespace Posix {
@@ -11,6 +13,10 @@ inline constexpr long long WithoutLimit = -1;
 long long MonotonicTime() noexcept;
 
 timespec TimeFromNanoseconds(long long nanoseconds) noexcept;
+
+// The system's poll, for no longer than until the clock's time; a time of WithoutLimit waits for
+// ever.
+int PollUntil(pollfd* waits, nfds_t count, long long until);
 
 // Waits until one of poll's events, or the peer's end, or the clock's time; a time of WithoutLimit
 // waits for ever. Returns false when the wait ended otherwise, with errno: EAGAIN when the time had

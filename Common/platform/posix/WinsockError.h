@@ -3,6 +3,8 @@
 
 namespace WinsockError {
 
+inline constexpr int NotEnoughMemory = 8;
+inline constexpr int InsufficientBuffer = 122;
 inline constexpr int Access = 10013;
 inline constexpr int Fault = 10014;
 inline constexpr int Invalid = 10022;
@@ -46,6 +48,7 @@ inline constexpr int Remote = 10071;
 inline constexpr int SystemNotReady = 10091;
 inline constexpr int VersionNotSupported = 10092;
 inline constexpr int NotStarted = 10093;
+inline constexpr int ServiceNotFound = 10109;
 inline constexpr int HostNotFound = 11001;
 inline constexpr int TryAgain = 11002;
 inline constexpr int NoRecovery = 11003;

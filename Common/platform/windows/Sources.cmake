@@ -1,5 +1,6 @@
 # The seam over the system that it is modelled on.
 set(VELSOCK_PLATFORM_SOURCES
+  platform/windows/Locks.cpp
   platform/windows/LogFile.cpp
   platform/windows/Registry.cpp
   platform/windows/Sockets.cpp

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstddef>
 #include <memory>
 #include <new>
 #include <string>
@@ -51,6 +52,23 @@ System::WideUnits System::ComputerName() {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
     return ::GetComputerNameW(name, &length) != 0 ? Windows::OwnText(name, length) : WideUnits{};
+}
+
+static_assert(sizeof(System::VersionRecord) == sizeof(OSVERSIONINFOW));
+static_assert(offsetof(System::VersionRecord, size) ==
+              offsetof(OSVERSIONINFOW, dwOSVersionInfoSize));
+static_assert(offsetof(System::VersionRecord, majorVersion) ==
+              offsetof(OSVERSIONINFOW, dwMajorVersion));
+static_assert(offsetof(System::VersionRecord, minorVersion) ==
+              offsetof(OSVERSIONINFOW, dwMinorVersion));
+static_assert(offsetof(System::VersionRecord, buildNumber) ==
+              offsetof(OSVERSIONINFOW, dwBuildNumber));
+static_assert(offsetof(System::VersionRecord, platform) == offsetof(OSVERSIONINFOW, dwPlatformId));
+static_assert(offsetof(System::VersionRecord, servicePack) ==
+              offsetof(OSVERSIONINFOW, szCSDVersion));
+
+bool System::GetVersionExW(VersionRecord* version) {
+    return ::GetVersionExW(static_cast<OSVERSIONINFOW*>(static_cast<void*>(version))) != 0;
 }
 
 System::WideUnits System::ErrorDescription(unsigned int error) {

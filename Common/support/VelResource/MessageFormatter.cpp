@@ -1,6 +1,7 @@
 #include <VelBase/TextConversions.h>
 #include <VelResource/MessageFormatter.h>
 
+#include <algorithm>
 #include <string_view>
 #include <type_traits>
 
@@ -34,13 +35,26 @@ std::size_t FindPlace(std::string_view text) noexcept {
     return position;
 }
 
+// Most texts are the same in every code page.
+bool IsAscii(std::string_view text) noexcept {
+    return std::all_of(text.begin(), text.end(),
+                       [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
+
+void AppendNarrow(VelBase::WideText& text, const char* narrow) {
+    if (IsAscii(narrow))
+        text.AppendUtf8(narrow);
+    else
+        text.Append(VelBase::MultiByteToWideChar(narrow, false));
+}
+
 void AppendArgument(VelBase::WideText& text, const MessageArgument& argument) {
     switch (argument.kind) {
         case MessageArgument::Kind::WideText:
             text.Append(argument.wide);
             break;
         case MessageArgument::Kind::NarrowText:
-            text.AppendUtf8(argument.narrow);
+            AppendNarrow(text, argument.narrow);
             break;
         case MessageArgument::Kind::Integer:
             text.Append(VelBase::ToDecimalWString(argument.integer));

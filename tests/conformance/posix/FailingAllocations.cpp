@@ -5,22 +5,25 @@
 
 namespace {
 
-constinit thread_local bool failing = false;
+constexpr unsigned int Unlimited = ~0U;
+constinit thread_local unsigned int successesLeft = Unlimited;
 
 void* Allocate(std::size_t size) noexcept {
-    return failing ? nullptr : std::malloc(size > 0 ? size : 1);
+    if (successesLeft == 0) return nullptr;
+    if (successesLeft != Unlimited) --successesLeft;
+    return std::malloc(size > 0 ? size : 1);
 }
 
 }  // namespace
 
 namespace Conformance {
 
-FailingAllocations::FailingAllocations() noexcept {
-    failing = true;
+FailingAllocations::FailingAllocations(unsigned int successes) noexcept {
+    successesLeft = successes;
 }
 
 FailingAllocations::~FailingAllocations() {
-    failing = false;
+    successesLeft = Unlimited;
 }
 
 }  // namespace Conformance

@@ -3,10 +3,10 @@
 
 namespace Conformance {
 
-// Fails all of the calling thread's allocations for its lifetime.
+// Fails the calling thread's allocations for its lifetime, all but the first ones.
 class FailingAllocations {
 public:
-    FailingAllocations() noexcept;
+    explicit FailingAllocations(unsigned int successes = 0) noexcept;
     ~FailingAllocations();
     FailingAllocations(const FailingAllocations&) = delete;
     FailingAllocations& operator=(const FailingAllocations&) = delete;

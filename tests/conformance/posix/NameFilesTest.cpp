@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "FailingAllocations.h"
-#include "conformance/Provocation.h"
+#include "NameFiles.h"
 #include "conformance/Scene.h"
 
 namespace Conformance {
@@ -16,22 +16,6 @@ const char* const Hosts =
     "10.1.2.3 alpha.example alpha first\n"
     "10.9.8.7 beta.example\n"
     "fd00::7 six.example\n";
-
-// Names that the system looks up in this file alone.
-void WithNames(const std::string& hosts, const std::function<void()>& scene,
-               const std::string& hostName = "here", const std::string& sources = "files") {
-    const SceneResult result = RunWithNames(
-        hosts, hostName,
-        [&] {
-            Winsock::StartupData data;
-            EXPECT_EQ(Winsock::WSAStartup(0x202, &data), 0);
-            scene();
-            return !testing::Test::HasFailure();
-        },
-        sources);
-    if (result == SceneResult::Impossible) GTEST_SKIP() << "not allowed to change name files";
-    EXPECT_EQ(result, SceneResult::Passed);
-}
 
 std::vector<std::string> AddressesOf(const Winsock::HostEntry* entry) {
     std::vector<std::string> texts;

@@ -17,6 +17,30 @@ TEST_F(SystemOption, OfAKnownProtocolsLevelIsRefusedAsAnOption) {
     }
 }
 
+// What joins and leaves groups here goes by other numbers on Windows.
+TEST_F(SystemOption, OfGroupsIsRefusedUnderItsOwnNumber) {
+    const OwnedSocket ipv4 = NewDatagram();
+    const OwnedSocket ipv6 = NewDatagram(Winsock::FamilyIpv6);
+    constexpr char request[20] = {};
+    for (const int option : {35, 36}) {
+        EXPECT_TRUE(FailsWith(10042, Winsock::setsockopt(ipv4.Get(), 0, option, request, 8)));
+    }
+    for (const int option : {20, 21}) {
+        EXPECT_TRUE(FailsWith(10042, Winsock::setsockopt(ipv6.Get(), 41, option, request, 20)));
+    }
+}
+
+TEST_F(SystemOption, BroadcastRefusesANegativeLengthAndTakesAnyOther) {
+    const OwnedSocket socket = NewDatagram();
+    for (const int length : {-2147483647 - 1, -1}) {
+        EXPECT_TRUE(
+            FailsWith(10014, Winsock::setsockopt(socket.Get(), 0xFFFF, 0x20, Value, length)));
+    }
+    for (const int length : {0, 1, 2, 4}) {
+        EXPECT_TRUE(Succeeds(Winsock::setsockopt(socket.Get(), 0xFFFF, 0x20, Value, length)));
+    }
+}
+
 TEST_F(SystemOption, ReuseRefusesANegativeLength) {
     const OwnedSocket socket = NewStream();
     for (const int length : {-1, -2147483647 - 1}) {

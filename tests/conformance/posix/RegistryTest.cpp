@@ -1,70 +1,9 @@
-#include <Platform/Registry.h>
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "SettingsTree.h"
+#include "SettingsScene.h"
 
 namespace Conformance {
 namespace {
-
-struct KeyCloser {
-    void operator()(Registry::Key* key) const { Registry::CloseKey(key); }
-};
-using Key = std::unique_ptr<Registry::Key, KeyCloser>;
-
-std::vector<unsigned short> Wide(const std::u16string& text) {
-    std::vector<unsigned short> units(text.begin(), text.end());
-    units.push_back(0);
-    return units;
-}
-
-std::u16string Text(const System::WideUnits& units) {
-    return {units.begin(), units.end()};
-}
-
-std::u16string InBrackets(std::u16string text) {
-    text.insert(text.begin(), u'[');
-    text.push_back(u']');
-    return text;
-}
-
-class SettingsKeys : public testing::Test {
-protected:
-    Key Open(const std::u16string& path, int hive = Registry::LocalMachine) {
-        error_ = 4711;
-        return Key(Registry::OpenKey(hive, Wide(path).data(), error_));
-    }
-    Key OpenBelow(const Key& key, const std::u16string& name) {
-        error_ = 4711;
-        return Key(Registry::OpenSubKey(*key, Wide(name).data(), error_));
-    }
-    bool Has(const Key& key, const std::u16string& name) {
-        error_ = 4711;
-        return Registry::ReadValue(*key, Wide(name).data(), nullptr, error_);
-    }
-    // The value's text in brackets, or what came in its place.
-    std::u16string Read(const Key& key, const std::u16string& name) {
-        System::WideUnits units;
-        error_ = 4711;
-        if (!Registry::ReadValue(*key, Wide(name).data(), &units, error_)) return u"none";
-        return InBrackets(Text(units));
-    }
-    std::vector<std::u16string> SubKeys(const Key& key) {
-        std::vector<std::u16string> names;
-        error_ = 4711;
-        for (const System::WideUnits& name : Registry::SubKeyNames(*key, error_)) {
-            names.push_back(Text(name));
-        }
-        return names;
-    }
-
-    SettingsTree tree_;
-    unsigned int error_ = 0;
-};
 
 using Names = std::vector<std::u16string>;
 

@@ -9,6 +9,12 @@ namespace Scripted {
 
 namespace {
 
+bool IsPlain(unsigned int unit) {
+    return unit >= 0x20 && unit <= 0x7E;
+}
+
+}  // namespace
+
 std::string HexNumber(long long number, int digits) {
     static constexpr char Digits[] = "0123456789ABCDEF";
     auto rest = static_cast<unsigned long long>(number);
@@ -17,12 +23,6 @@ std::string HexNumber(long long number, int digits) {
         text.insert(text.begin(), Digits[rest & 15]);
     return text;
 }
-
-bool IsPlain(unsigned int unit) {
-    return unit >= 0x20 && unit <= 0x7E;
-}
-
-}  // namespace
 
 std::string QuotedBytes(const char* bytes, std::size_t length) {
     std::string text = "\"";
@@ -59,12 +59,21 @@ Call::Call(std::string name) {
 }
 
 void Call::Separate() {
-    if (!arguments_.empty()) arguments_ += ", ";
+    if (!arguments_.empty() && arguments_.back() != '{') arguments_ += ", ";
 }
 
 Call& Call::Plain(const std::string& text) {
     Separate();
     arguments_ += text;
+    return *this;
+}
+
+Call& Call::Open() {
+    return Plain("{");
+}
+
+Call& Call::Close() {
+    arguments_ += '}';
     return *this;
 }
 

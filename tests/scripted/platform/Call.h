@@ -46,6 +46,9 @@ public:
     Call& Handle(Winsock::Handle handle);
     // Adds to the text only.
     Call& Plain(const std::string& text);
+    // The arguments between the two stand in braces.
+    Call& Open();
+    Call& Close();
     // Keeps the argument's bytes and pointer as well.
     Call& Bytes(const void* bytes, int length, const std::string& text);
     Call& Quoted(const char* bytes, int length);
@@ -86,6 +89,7 @@ void OpenInLedger(const std::string& entry);
 bool CloseInLedger(const std::string& entry);
 bool IsInLedger(const std::string& entry);
 
+std::string HexNumber(long long number, int digits = 0);
 std::string QuotedBytes(const char* bytes, std::size_t length);
 std::string QuotedUnits(std::u16string_view units);
 std::string HexBytes(const void* bytes, int length);

@@ -53,6 +53,11 @@ std::vector<std::string> UnusedAnswers() {
     return unused;
 }
 
+void ForgetAnswers() {
+    const auto lock = LockState();
+    queues.clear();
+}
+
 NumberAnswers& NumberAnswers::Returns(long long result) {
     return Queue(ResultOf(result));
 }
@@ -105,6 +110,69 @@ HostAnswers& HostAnswers::Returns(const std::vector<std::string>& dotted, const 
 HostAnswers& HostAnswers::ReturnsRaw(HostAnswer host) {
     Answer answer = ResultOf(0);
     answer.host = std::move(host);
+    return Queue(answer);
+}
+
+DatagramAnswers& DatagramAnswers::Delivers(std::string bytes, const std::string& dotted,
+                                           unsigned short port) {
+    return DeliversFrom(std::move(bytes), SocketAddressBytes(dotted, port));
+}
+
+DatagramAnswers& DatagramAnswers::DeliversFrom(std::string bytes, std::string address) {
+    const auto count = static_cast<long long>(bytes.size());
+    Answer answer = BytesAnswer(std::move(bytes), count);
+    answer.address = std::move(address);
+    return Queue(answer);
+}
+
+DatagramAnswers& DatagramAnswers::Delivers(std::string bytes) {
+    const auto count = static_cast<long long>(bytes.size());
+    return Queue(BytesAnswer(std::move(bytes), count));
+}
+
+DatagramAnswers& DatagramAnswers::Returns(int result) {
+    return Queue(ResultOf(result));
+}
+
+SelectAnswers& SelectAnswers::Ready(std::vector<Winsock::Handle> readable,
+                                    std::vector<Winsock::Handle> writable,
+                                    std::vector<Winsock::Handle> exceptional) {
+    const auto count = readable.size() + writable.size() + exceptional.size();
+    return Returns(static_cast<int>(count), std::move(readable), std::move(writable),
+                   std::move(exceptional));
+}
+
+SelectAnswers& SelectAnswers::Returns(int result, std::vector<Winsock::Handle> readable,
+                                      std::vector<Winsock::Handle> writable,
+                                      std::vector<Winsock::Handle> exceptional) {
+    Answer answer = ResultOf(result);
+    answer.readable = std::move(readable);
+    answer.writable = std::move(writable);
+    answer.exceptional = std::move(exceptional);
+    return Queue(answer);
+}
+
+ListedAddress::ListedAddress(int familyOfAddress, const std::string& text, unsigned short port)
+    : family(familyOfAddress),
+      bytes(family == Winsock::FamilyIpv6 ? SocketAddressBytesIpv6(text, port)
+                                          : SocketAddressBytes(text, port)) {}
+
+ListedAddress::ListedAddress(int familyOfEntry, std::string rawBytes)
+    : family(familyOfEntry), bytes(std::move(rawBytes)) {}
+
+AddressListAnswers& AddressListAnswers::Returns(std::vector<ListedAddress> addresses) {
+    Answer answer = ResultOf(0);
+    answer.addresses = std::move(addresses);
+    return Queue(answer);
+}
+
+AddressListAnswers& AddressListAnswers::ReturnsEmpty() {
+    return Returns({});
+}
+
+NameAnswers& NameAnswers::Returns(std::string host, std::string service) {
+    Answer answer = BytesAnswer(std::move(host));
+    answer.service = std::move(service);
     return Queue(answer);
 }
 

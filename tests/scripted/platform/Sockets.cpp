@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Addresses.h"
 #include "Call.h"
 #include "scripted/Text.h"
 
@@ -39,22 +40,12 @@ Handle FinishWithSocket(Call& call) {
     return handle;
 }
 
-std::string AddressText(const void* address, int length) {
-    AddressIpv4 ipv4{};
-    if (address == nullptr || length < static_cast<int>(sizeof ipv4))
-        return Scripted::HexBytes(address, address == nullptr ? 0 : length);
-    std::memcpy(&ipv4, address, sizeof ipv4);
-    if (ipv4.family != FamilyIpv4) return Scripted::HexBytes(address, length);
-    std::string text;
-    for (const unsigned char number : ipv4.address)
-        text += std::to_string(number) + '.';
-    text.back() = ':';
-    return text + std::to_string(ipv4.port[0] * 256 + ipv4.port[1]);
-}
-
 int PlayWithAddress(const char* name, Handle handle, const void* address, int length) {
     Call call(name);
-    call.Handle(handle).Bytes(address, length, AddressText(address, length)).Number(length).Play();
+    call.Handle(handle)
+        .Bytes(address, length, Scripted::AddressText(address, length))
+        .Number(length)
+        .Play();
     return static_cast<int>(call.Finish());
 }
 
@@ -68,13 +59,6 @@ const Answer& PlayForAddress(Call& call, Handle handle, const void* address, con
     return call.Play();
 }
 
-void ReportAddress(const std::string& reported, void* address, int* length) {
-    if (address == nullptr || length == nullptr) return;
-    const auto room = static_cast<std::size_t>(std::max(*length, 0));
-    std::memcpy(address, reported.data(), std::min(room, reported.size()));
-    *length = static_cast<int>(reported.size());
-}
-
 std::string AddressOf(const Answer& answer) {
     return answer.kind == Answer::Kind::Usual ? Scripted::SocketAddressBytes("0.0.0.0", 0)
                                               : answer.bytes;
@@ -83,7 +67,7 @@ std::string AddressOf(const Answer& answer) {
 int PlayNamed(const char* name, Handle handle, void* address, int* length) {
     Call call(name);
     const Answer& answer = PlayForAddress(call, handle, address, length);
-    if (!call.IsFailure()) ReportAddress(AddressOf(answer), address, length);
+    if (!call.IsFailure()) Scripted::ReportAddress(AddressOf(answer), address, length);
     return static_cast<int>(call.Finish());
 }
 
@@ -154,7 +138,7 @@ int listen(Handle handle, int backlog) {
 Handle accept(Handle handle, void* address, int* length) {
     Call call("accept");
     const Answer& answer = PlayForAddress(call, handle, address, length);
-    if (!call.IsFailure()) ReportAddress(AddressOf(answer), address, length);
+    if (!call.IsFailure()) Scripted::ReportAddress(AddressOf(answer), address, length);
     return FinishWithSocket(call);
 }
 

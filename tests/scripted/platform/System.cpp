@@ -85,6 +85,18 @@ WideUnits ComputerName() {
     return FinishWithText(call, answer, u"SCRIPTED-HOST");
 }
 
+bool GetVersionExW(VersionRecord* version) {
+    Call call("GetVersionExW");
+    const auto record = reinterpret_cast<const char*>(version);
+    call.Bytes(record, sizeof *version, std::to_string(version->size));
+    const Answer& answer = call.Play();
+    if (call.IsFailure()) return call.Finish(1, 0) != 0;
+    if (version->size != sizeof *version) return call.Fail(122, 0) != 0;
+    version->majorVersion = call.IsUsual() ? 10 : static_cast<unsigned int>(answer.result);
+    call.Succeed();
+    return true;
+}
+
 WideUnits ErrorDescription(unsigned int error) {
     Call call("ErrorDescription");
     const Answer& answer = call.Number(error).Play();

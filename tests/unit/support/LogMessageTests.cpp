@@ -143,7 +143,7 @@ TEST_F(LogMessages, ExactlyTheControlsAreMadeVisible) {
 TEST_F(LogMessages, ControlsOfTheFormatAreMadeVisibleToo) {
     RecordingSink sink;
     const SinkScope scope(sink);
-    Log(router_, "\xC2\x85", "a\nb%1\xE2\x80\xA8\xE2\x80\xAE");
+    Log(router_, "\x85", "a\nb%1\xE2\x80\xA8\xE2\x80\xAE");
     EXPECT_EQ(sink.Texts(), Texts{u"a\\u000Ab\\u0085\\u2028\\u202E"});
 }
 

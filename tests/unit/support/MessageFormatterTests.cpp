@@ -83,9 +83,20 @@ TEST_F(MessageFormatters, PlacesMayStandInAnyOrderAndMoreThanOnce) {
     EXPECT_EQ(Formatted(formatter, ""), u"");
 }
 
-TEST_F(MessageFormatters, NarrowTextsAndFormatsAreUtf8) {
-    const MessageFormatter& formatter = GetMessageFormatter().AddNarrowText("h\xC3\xB6st \xFF");
-    EXPECT_EQ(Formatted(formatter, "\xE2\x82\xAC %1 \xF0\x9F"), u"\u20AC h\u00F6st \uFFFD \uFFFD");
+TEST_F(MessageFormatters, FormatsAreUtf8) {
+    EXPECT_EQ(Formatted(GetMessageFormatter(), "\xE2\x82\xAC \xF0\x9F"), u"\u20AC \uFFFD");
+}
+
+// The scripted code page is Latin-1.
+TEST_F(MessageFormatters, NarrowTextsAreOfTheSystemsCodePage) {
+    const MessageFormatter& formatter = GetMessageFormatter().AddNarrowText("h\xF6st \xFF");
+    EXPECT_EQ(Formatted(formatter, "<%1>"), u"<h\u00F6st \u00FF>");
+}
+
+TEST_F(MessageFormatters, AsciiTextsNeedNoConversion) {
+    const MessageFormatter& formatter = GetMessageFormatter().AddNarrowText("host \x7F");
+    EXPECT_EQ(Formatted(formatter, "<%1>"), u"<host \x7F>");
+    EXPECT_EQ(Scripted::CountOf("WideFromCodePage"), 0);
 }
 
 TEST_F(MessageFormatters, WideTextsKeepEveryUnit) {

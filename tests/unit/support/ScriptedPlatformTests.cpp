@@ -60,6 +60,15 @@ TEST_F(ScriptedPlatform, AnswersFromTheQueueThenAsUsual) {
     EXPECT_EQ(Winsock::send(7, "abcd", 4, 0), 4);
 }
 
+TEST_F(ScriptedPlatform, AnswersCanBeForgotten) {
+    On::Send().Returns(2).Returns(3);
+    On::Listen().Fails(10048);
+    EXPECT_EQ(UnusedAnswers(), (Lines{"listen", "send", "send"}));
+    ForgetAnswers();
+    EXPECT_EQ(UnusedAnswers(), Lines{});
+    EXPECT_EQ(Winsock::send(7, "abcd", 4, 0), 4);
+}
+
 TEST_F(ScriptedPlatform, LaterSuccessDisturbsTheLastError) {
     On::Listen().Fails(10048);
     DisturbLastErrorWith(777);

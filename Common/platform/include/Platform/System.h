@@ -18,6 +18,20 @@ void Sleep(unsigned long milliseconds);
 // The local computer's name.
 WideUnits ComputerName();
 
+// A version of Windows, the release that a system stands for elsewhere included.
+struct VersionRecord {
+    unsigned int size;  // of the record, in bytes; the caller sets it
+    unsigned int majorVersion;
+    unsigned int minorVersion;
+    unsigned int buildNumber;
+    unsigned int platform;
+    unsigned short servicePack[128];
+};
+static_assert(sizeof(VersionRecord) == 276);
+
+// Fills the record; false when the system does not answer, as for a record of another size.
+bool GetVersionExW(VersionRecord* version);
+
 // The system's text for one of its error numbers, Winsock's included; never empty.
 WideUnits ErrorDescription(unsigned int error);
 
@@ -39,6 +53,15 @@ void RestoreErrorNumbers(ErrorNumbers numbers) noexcept;
 // the other. A cancellation must not pass through code that catches whatever is thrown.
 int HoldCancellation() noexcept;
 void ReleaseCancellation(int held) noexcept;
+
+// A lock for static storage. Zeros are a free lock and nothing ever ends one, so it can be used
+// before the first dynamic initialiser and after the last destructor of the process. Not recursive;
+// waiting for it allocates nothing.
+struct Lock {
+    alignas(8) unsigned char storage[48];
+};
+void AcquireLock(Lock& lock) noexcept;
+void ReleaseLock(Lock& lock) noexcept;
 
 // A file that records are appended to. Each write is one call of the system, as far as the file
 // takes it at once, so that records of several writers do not mix; it is whole, or nothing was

@@ -5,6 +5,7 @@
 
 namespace VelBase {
 
+inline constexpr char ListTooLong[] = "list<T> too long";
 inline constexpr char VectorTooLong[] = "vector<T> too long";
 inline constexpr char StringTooLong[] = "string too long";
 

@@ -11,7 +11,8 @@ namespace VelBase {
 // becomes U+FFFD, one for each maximal part that is broken: a conversion never fails and never
 // loses what stands behind. Null counts as the empty text. All throw std::bad_alloc.
 //
-// The flag has no effect; pass false.
+// The flag has no effect; pass false. The module exports these two; what follows is for the library
+// itself.
 VELSOCK_EXPORT ReturnWString UTF8ToWideChar(const char* text, bool flag);
 VELSOCK_EXPORT ReturnString WideCharToUTF8(const unsigned short* text, bool flag);
 

@@ -14,7 +14,7 @@ namespace VelLog {
 // on or off. The library's routers are all named "Network"; their categories are "Error",
 // "Connection Trace", "Packet Trace" and "Verbose Packet Trace". Any other pair is remembered too,
 // for a router that may come. Returns false, and changes nothing, for a null text, one of more than
-// 63 characters, and when 64 pairs are remembered already.
+// 63 characters, and a new pair when 64 are remembered already.
 VELSOCK_EXPORT bool SetRouterEnabled(const char* router, const char* category,
                                      bool enabled) noexcept;
 

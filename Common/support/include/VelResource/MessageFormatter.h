@@ -25,7 +25,7 @@ public:
     // Each takes the next argument, %1 first, and returns the formatter itself. A tenth argument
     // has no place in any format and is dropped.
     MessageFormatter& AddWideText(const unsigned short* text) noexcept;
-    MessageFormatter& AddNarrowText(const char* text) noexcept;  // UTF-8
+    MessageFormatter& AddNarrowText(const char* text) noexcept;  // in the code page
     MessageFormatter& AddInteger(int number) noexcept;
 
     // Forgets the calling thread's arguments.

@@ -1,0 +1,22 @@
+#include <Platform/System.h>
+#include <pthread.h>
+
+namespace {
+
+static_assert(sizeof(pthread_mutex_t) <= sizeof(System::Lock));
+static_assert(alignof(pthread_mutex_t) <= alignof(System::Lock));
+
+// A lock of zeros is what PTHREAD_MUTEX_INITIALIZER makes.
+pthread_mutex_t* MutexIn(System::Lock& lock) noexcept {
+    return static_cast<pthread_mutex_t*>(static_cast<void*>(lock.storage));
+}
+
+}  // namespace
+
+void System::AcquireLock(Lock& lock) noexcept {
+    ::pthread_mutex_lock(MutexIn(lock));
+}
+
+void System::ReleaseLock(Lock& lock) noexcept {
+    ::pthread_mutex_unlock(MutexIn(lock));
+}

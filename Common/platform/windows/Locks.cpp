@@ -1,0 +1,23 @@
+#include <windows.h>
+// Behind it.
+#include <Platform/System.h>
+
+namespace {
+
+static_assert(sizeof(SRWLOCK) <= sizeof(System::Lock));
+static_assert(alignof(SRWLOCK) <= alignof(System::Lock));
+
+// A lock of zeros is what SRWLOCK_INIT makes.
+SRWLOCK* ExclusiveIn(System::Lock& lock) noexcept {
+    return static_cast<SRWLOCK*>(static_cast<void*>(lock.storage));
+}
+
+}  // namespace
+
+void System::AcquireLock(Lock& lock) noexcept {
+    ::AcquireSRWLockExclusive(ExclusiveIn(lock));
+}
+
+void System::ReleaseLock(Lock& lock) noexcept {
+    ::ReleaseSRWLockExclusive(ExclusiveIn(lock));
+}

@@ -1,0 +1,104 @@
+#!/usr/bin/env bash
+# Makes the table of answers in the documentation from what the conformance tests noted on both systems, or
+# compares one column of it with what they noted now.
+# usage: AnswerTable.sh make NOTES_OF_LINUX NOTES_OF_WINE
+#        AnswerTable.sh compare Linux|Wine NOTES TABLE
+set -euo pipefail
+
+# situations NOTES: a line for each test that runs on every system: situation, Windows' answers, those that came.
+# A test's name is the situation; its words are those that begin with a capital letter.
+situations() {
+  awk -F '\t' -v OFS='\t' '
+    function words(name) {
+      while (match(name, /[a-z0-9][A-Z]|[A-Z][A-Z][a-z]/))
+        name = substr(name, 1, RSTART) " " substr(name, RSTART + 1)
+      name = tolower(name)
+      gsub(/ipv4/, "IPv4", name)
+      gsub(/ipv6/, "IPv6", name)
+      gsub(/winsocks/, "Winsock\047s", name)
+      return name
+    }
+    function situation(suite, test, parameter) {
+      sub(/.*\//, "", suite)
+      sub(/\/.*/, "", test)
+      suite = words(suite)
+      if (parameter != "") parameter = " (`" parameter "`)"
+      gsub(/\|/, "\\|", parameter)
+      return toupper(substr(suite, 1, 1)) substr(suite, 2) ": " words(test) parameter
+    }
+    # Without a number the answer is that the statement holds.
+    function answers(outcome, noted) {
+      if (noted != "") return noted
+      return outcome == "skipped" ? "not run" : "holds"
+    }
+    $5 == "failed" { print "failed: " $2 "." $3 > "/dev/stderr"; failed = 1; next }
+    $1 != "" { next }
+    { print situation($2, $3, $4), answers("passed", $6), answers($5, $7) }
+    END { exit failed || NR == 0 }' "$1"
+}
+
+make() {
+  local linux wine
+  linux=$(situations "$1")
+  wine=$(situations "$2")
+  cat <<'TEXT'
+# What calls answer
+
+Made from the conformance tests by `./run answers`; not to be edited. Each row is one test, told by its name. The column
+Windows is what the test expects and what the library is written for; Linux and Wine are what the calls came to
+when the tests ran there. No column was measured on Windows itself.
+
+A number from 10000 is a Winsock error number, a smaller one the result of a call that succeeded. The calls for lists
+and texts of addresses return their error numbers; theirs are the system's where they are small. A negative number is
+the code of a crash, or one that only Wine has. Where a test asks several calls, their answers stand in order; calls in a row to which Windows
+gives the same answer stand once, with all that they came to. A situation whose answer is no number *holds*.
+*No answer* means that Wine waits for ever or crashes there, or cannot be brought into the situation; the tests leave
+it out. `tests/conformance/WineAnswers.cpp` lists how Wine differs. Tests of one system's own means
+(`tests/conformance/posix`, `tests/conformance/windows`) have no row.
+
+What the Linux side does not imitate stands in [linux.md](linux.md#what-is-not-imitated), with the reasons.
+
+| Situation | Windows | Linux | Wine |
+|---|---|---|---|
+TEXT
+  awk -F '\t' 'NR == FNR { wine[$1] = $3; next }
+    { printf "| %s | %s | %s | %s |\n", $1, $2, $3, $1 in wine ? wine[$1] : "not run" }' \
+    <(echo "$wine") <(echo "$linux")
+}
+
+# rows TABLE: situation, Windows' answers, those of Linux, those of Wine.
+rows() {
+  sed -n '/^|---|/,$p' "$1" | sed '1d; s/\\|/\x01/g; s/^| //; s/ |$//; s/ | /\t/g; s/\x01/\\|/g'
+}
+
+# The expectations are compared with what Linux was expected to answer: Wine's run lacks what it leaves out. Situations
+# that could not be brought about this time are not compared.
+compare() {
+  local came
+  came=$(situations "$2")
+  awk -F '\t' -v system_name="$1" '
+    function complain(text) { print text; different = 1 }
+    function differs(what, table, now) {
+      if (table != now) complain($1 ": the table says " table " of " what ", now it is " now)
+    }
+    NR == FNR { windows[$1] = $2; answers[$1] = $3; next }
+    { known[$1] = 1 }
+    !($1 in answers) { complain($1 ": is in the table but not among the tests"); next }
+    answers[$1] == "not run" { print $1 ": not run now"; next }
+    system_name == "Linux" { differs("Windows", $2, windows[$1]) }
+    { differs(system_name, system_name == "Linux" ? $3 : $4, answers[$1]); compared++ }
+    END {
+      for (situation in answers) if (!(situation in known)) complain(situation ": is not in the table")
+      if (different) print "If the new answers are right, ./run answers makes the table anew."
+      else print "The table tells what " system_name " answers in " compared " situations."
+      exit different || compared == 0
+    }' <(echo "$came") <(rows "$3")
+}
+
+case ${1-} in
+  make | compare) "$@" ;;
+  *)
+    sed -n 's/^# usage: //p; s/^#        //p' "$0" >&2
+    exit 2
+    ;;
+esac

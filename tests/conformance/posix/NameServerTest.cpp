@@ -1,0 +1,164 @@
+// Lists of addresses of names that a name server knows, which the test is itself.
+#include <netinet/in.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "NameFiles.h"
+#include "ResolverFiles.h"
+#include "conformance/NameScene.h"
+#include "conformance/Provocation.h"
+
+namespace Conformance {
+namespace {
+
+// A message of the name service, in the parts that the server looks at.
+constexpr std::size_t HeaderLength = 12;
+constexpr unsigned char NoSuchName = 3;
+constexpr unsigned char ServerFailure = 2;
+constexpr unsigned char TypeIpv4 = 1;
+constexpr unsigned char TypeIpv6 = 28;
+
+// The name in the question, with a point behind each label.
+std::string NameIn(const std::string& query) {
+    std::string name;
+    std::size_t place = HeaderLength;
+    while (query.at(place) != '\0') {
+        const auto length = static_cast<unsigned char>(query[place]);
+        name += query.substr(place + 1, length) + '.';
+        place += length + 1U;
+    }
+    return name;
+}
+
+// An address record for the name in the question.
+std::string Record(unsigned char type, const std::string& address) {
+    const std::string head = {
+        '\xC0', HeaderLength, '\0', static_cast<char>(type), '\0', 1, '\0', '\0', '\0', 60, '\0'};
+    return head + static_cast<char>(address.size()) + address;
+}
+
+std::string Reply(const std::string& query, unsigned char code, const std::string& record) {
+    const std::size_t questionLength = NameIn(query).size() + 1 + 4;
+    std::string reply = query.substr(0, HeaderLength + questionLength);
+    reply[2] = '\x81';
+    reply[3] = static_cast<char>(0x80 | code);
+    reply[7] = record.empty() ? '\0' : '\1';
+    reply[11] = '\0';
+    return reply + record;
+}
+
+std::string Answer(const std::string& query) {
+    const std::string name = NameIn(query);
+    const char type = query.at(HeaderLength + name.size() + 2);
+    const std::string ipv4 = {127, 0, 0, 9};
+    const std::string ipv6 = std::string(15, '\0') + '\1';
+    if (name == "failing.example.") return Reply(query, ServerFailure, "");
+    if (name != "both.example." && name != "four.example." && name != "none.example.")
+        return Reply(query, NoSuchName, "");
+    if (type == TypeIpv4 && name != "none.example.") return Reply(query, 0, Record(1, ipv4));
+    if (type == TypeIpv6 && name == "both.example.") return Reply(query, 0, Record(28, ipv6));
+    return Reply(query, 0, "");
+}
+
+// Answers each question after a pause; an empty one ends it.
+class NameServer {
+public:
+    explicit NameServer(std::chrono::milliseconds pause) : pause_(pause) {
+        socklen_t length = sizeof address_;
+        address_.sin_family = AF_INET;
+        address_.sin_port = htons(53);  // where the resolver asks; nobody else is in this network
+        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(::bind(descriptor_, Any(), length), 0);
+        thread_ = std::thread([this] { Serve(); });
+    }
+    ~NameServer() {
+        ::sendto(descriptor_, "", 0, 0, Any(), sizeof address_);
+        thread_.join();
+        ::close(descriptor_);
+    }
+    NameServer(const NameServer&) = delete;
+    NameServer& operator=(const NameServer&) = delete;
+
+private:
+    const sockaddr* Any() const {
+        return static_cast<const sockaddr*>(static_cast<const void*>(&address_));
+    }
+    void Serve() const {
+        char query[512];
+        sockaddr_in peer = {};
+        socklen_t length = sizeof peer;
+        auto* const from = static_cast<sockaddr*>(static_cast<void*>(&peer));
+        ssize_t count = 0;
+        while ((count = ::recvfrom(descriptor_, query, sizeof query, 0, from, &length)) > 0) {
+            std::this_thread::sleep_for(pause_);
+            const std::string reply = Answer({query, static_cast<std::size_t>(count)});
+            ::sendto(descriptor_, reply.data(), reply.size(), 0, from, length);
+        }
+    }
+
+    int descriptor_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address_ = {};
+    std::chrono::milliseconds pause_;
+    std::thread thread_;
+};
+
+void WithNameServer(const std::function<void()>& scene, int pause = 0) {
+    const ResolverFiles files;
+    files.Write("nameserver 127.0.0.1\noptions timeout:30 attempts:1\n");
+    WithNames(
+        "",
+        [&] {
+            const NameServer server{std::chrono::milliseconds(pause)};
+            const char* const settings = files.Settings().c_str();
+            ASSERT_EQ(::mount(settings, "/etc/resolv.conf", nullptr, MS_BIND, nullptr), 0);
+            scene();
+        },
+        "lonely.example", "files dns");
+}
+
+TEST(AddressListOfServedName, HasTheAddressesOfBothFamilies) {
+    WithNameServer([] {
+        const Winsock::AddressInfo ipv4 = Hints(2);
+        EXPECT_EQ(AddressesOf(Resolved("both.example", "80")),
+                  (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.9 80"}));
+        EXPECT_EQ(AddressesOf(Resolved("both.example", "80", &ipv4)), Texts{"127.0.0.9 80"});
+        EXPECT_EQ(AddressesOf(Resolved("four.example", "80")), Texts{"127.0.0.9 80"});
+    });
+}
+
+TEST(AddressListOfServedName, TellsWhyThereIsNone) {
+    WithNameServer([] {
+        List list;
+        EXPECT_TRUE(Returns(11001, Resolve("unknown.example", "80", list)));
+        EXPECT_TRUE(Returns(11004, Resolve("none.example", "80", list)));
+        EXPECT_TRUE(Returns(11002, Resolve("failing.example", "80", list)));
+        EXPECT_EQ(list, nullptr);
+    });
+}
+
+TEST(AddressListOfServedName, DoesNotStandInTheWayOfTheOwnName) {
+    WithNameServer([] {
+        EXPECT_EQ(AddressesOf(Resolved("lonely", "80")),
+                  (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.1 80"}));
+    });
+}
+
+TEST(AddressListOfServedName, IsAwaitedUnderAStormOfSignals) {
+    constexpr int pause = 200;
+    WithNameServer(
+        [] {
+            const SignalStorm storm({}, 1);
+            EXPECT_EQ(AddressesOf(Resolved("both.example", "80")),
+                      (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.9 80"}));
+            EXPECT_GT(SignalStorm::SignalCount(), 0);
+        },
+        pause);
+}
+
+}  // namespace
+}  // namespace Conformance

@@ -1,0 +1,29 @@
+// Settings of a resolver that a test writes: they take the place of the machine's.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace Conformance {
+
+class ResolverFiles {
+public:
+    ResolverFiles();
+    ~ResolverFiles();
+    ResolverFiles(const ResolverFiles&) = delete;
+    ResolverFiles& operator=(const ResolverFiles&) = delete;
+
+    const std::filesystem::path& Settings() const { return settings_; }
+    // Each time another file: the system takes long over one that is cut short.
+    void Write(const std::string& contents) const;
+    void WriteLocalServers(const std::string& contents) const;
+    // In the place of the settings.
+    void Link(const std::string& target) const;
+
+private:
+    std::filesystem::path folder_;
+    std::filesystem::path settings_;
+    std::filesystem::path localServersSettings_;
+};
+
+}  // namespace Conformance
