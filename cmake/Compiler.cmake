@@ -8,7 +8,7 @@ if(MSVC)
 else()
   target_compile_options(velsock_compiler INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wcast-qual
-    -Wformat=2 -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused
+    -Wformat=2 -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused
     -Wdouble-promotion -Wextra-semi -Werror)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

@@ -1,16 +1,30 @@
 # The socket library itself.
 set(VELSOCK_SOCKET_SOURCES
+  Socket/Socket/Address.cpp
   Socket/Socket/Exception.cpp
   Socket/Socket/FailureText.cpp
+  Socket/Socket/LocalDomain.cpp
   Socket/Socket/LogFormat.cpp
   Socket/Socket/Octets.cpp
   Socket/Socket/OctetsCollection.cpp
   Socket/Socket/Socket.cpp
   Socket/Socket/SocketAddress.cpp
+  Socket/Socket/SocketAddressCache.cpp
+  Socket/Socket/SocketAddressCacheImpl.cpp
   Socket/Socket/SocketAPI.cpp
+  Socket/Socket/SocketCollection.cpp
+  Socket/Socket/SocketCollectionImpl.cpp
   Socket/Socket/SocketImpl.cpp
   Socket/Socket/SocketInitialization.cpp
   Socket/Socket/SocketLayerState.cpp
+  Socket/Socket/SocketXt.cpp
+  Socket/Socket/SocketXtFailure.cpp
+  Socket/Socket/SocketXtGroups.cpp
+  Socket/Socket/SocketXtImpl.cpp
+  Socket/Socket/SocketXtTexts.cpp
+  Socket/Socket/SocketXtTransfer.cpp
   Socket/Socket/StartUpLock.cpp
   Socket/Socket/SystemSocket.cpp
-  Socket/Socket/TraceRecords.cpp)
+  Socket/Socket/TraceRecords.cpp
+  Socket/Socket/WatchedSockets.cpp
+  Socket/Socket/WinsockScope.cpp)

@@ -1,27 +1,11 @@
 #include <Socket/FailureText.h>
 
-#include <Socket/SocketLayerState.h>
 #include <VelBase/WideLiteral.h>
 #include <VelLog/LogMessage.h>
 
 namespace VelNet {
 
 using VelBase::operator""_wide;
-
-namespace {
-
-constexpr std::size_t FailureTextRoom = 1020;
-
-void LogFailure(const VelBase::ReturnWString& text, LogFormat format) {
-    VelLog::Router* const router = EnabledRouter(&SocketLayerState::errorRouter);
-    if (router == nullptr) return;
-
-    VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
-    formatter.AddWideText(text.c_str());
-    WriteRecord(*router, format, formatter);
-}
-
-}  // namespace
 
 VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned short* description) {
     VelBase::WideText text;
@@ -44,6 +28,15 @@ VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
     return text.ToReturnWString();
 }
 
+void LogFailure(const VelBase::ReturnWString& text, LogFormat format) {
+    VelLog::Router* const router = EnabledRouter(&SocketLayerState::errorRouter);
+    if (router == nullptr) return;
+
+    VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
+    formatter.AddWideText(text.c_str());
+    WriteRecord(*router, format, formatter);
+}
+
 void ThrowFailure(const VelBase::ReturnWString& text, SOCKET_ERR code, LogFormat format) {
     LogFailure(text, format);
     throw Exception(text.c_str(), code);
@@ -56,13 +49,9 @@ void ThrowSystemFailure(const unsigned short* label, const unsigned short* descr
 
 void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
                    LogFormat format) noexcept {
-    if (EnabledRouter(&SocketLayerState::errorRouter) == nullptr) return;
-    try {
-        LogFailure(ComposeFailureText(label, description, static_cast<unsigned int>(error)),
-                   format);
-    } catch (...) {
-        return;
-    }
+    TryLogFailure(
+        [=] { return ComposeFailureText(label, description, static_cast<unsigned int>(error)); },
+        format);
 }
 
 }  // namespace VelNet

@@ -5,14 +5,20 @@
 #pragma once
 
 #include <Socket/LogFormat.h>
+#include <Socket/SocketLayerState.h>
 #include <VelBase/ReturnWString.h>
 #include <VelBase/WideText.h>
 #include <VelNet/Exception.h>
+
+#include <cstddef>
 
 namespace VelNet {
 
 // How a failure stands in a record of its own.
 inline constexpr LogFormat FailureFormat = "%1"_format;
+
+// Room that is made at once for a failure text; longer ones grow.
+inline constexpr std::size_t FailureTextRoom = 1020;
 
 // A failure text so far: label, blank, description, with room for the rest.
 VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned short* description);
@@ -35,8 +41,22 @@ VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
 [[noreturn]] void ThrowSystemFailure(const unsigned short* label, const unsigned short* description,
                                      int error);
 
-// Logs a usual failure text under "Error" if that is switched on. For operations that never throw:
+// Logs the text under "Error" if that is switched on.
+void LogFailure(const VelBase::ReturnWString& text, LogFormat format);
+
+// Logs the text that compose returns under "Error" if that is switched on. For what must not throw:
 // what goes wrong here, exhausted memory included, is lost.
+template <class Compose>
+void TryLogFailure(Compose compose, LogFormat format = FailureFormat) noexcept {
+    if (EnabledRouter(&SocketLayerState::errorRouter) == nullptr) return;
+    try {
+        LogFailure(compose(), format);
+    } catch (...) {
+        return;
+    }
+}
+
+// The same for a usual failure text.
 void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
                    LogFormat format = FailureFormat) noexcept;
 

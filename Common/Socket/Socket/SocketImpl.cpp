@@ -8,7 +8,6 @@
 #include <VelBase/TextConversions.h>
 #include <VelBase/WideLiteral.h>
 
-#include <cstring>
 #include <new>
 
 namespace VelNet {
@@ -239,13 +238,9 @@ SocketAddress SocketImpl::QueryAddress(AddressQuery query,
 
 void SocketImpl::SetOption(int option, unsigned int value, const unsigned short* label,
                            const unsigned short* description) const {
-    char bytes[sizeof value];
-    std::memcpy(bytes, &value, sizeof value);
-    if (Winsock::setsockopt(handle_, Winsock::LevelSocket, option, bytes, sizeof bytes) ==
-        Winsock::SocketError) {
-        const int error = Winsock::WSAGetLastError();
-        TryLogFailure(label, description, error);
-    }
+    if (SetSocketOption(handle_, option, value)) return;
+    const int error = Winsock::WSAGetLastError();
+    TryLogFailure(label, description, error);
 }
 
 int SocketImpl::FailedSend() {
@@ -267,22 +262,13 @@ void SocketImpl::ThrowReceiveFailure(int result) {
 }
 
 void SocketImpl::TraceConnection(LogFormat format) const noexcept {
-    VelLog::Router* const router = EnabledRouter(&SocketLayerState::connectionTraceRouter);
-    if (router == nullptr) return;
-    try {
-        WriteConnectionRecord(*router, format, ClassicEndpoints(local_, remote_));
-    } catch (...) {
-        return;
-    }
+    TryWriteConnectionRecord(format, [this] { return ClassicEndpoints(local_, remote_); });
 }
 
 void SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
                                int count) const noexcept {
-    try {
-        WriteTransferRecords(formats, data, count, ClassicEndpoints(local_, remote_));
-    } catch (...) {
-        return;
-    }
+    TryWriteTransferRecords(formats, data, count,
+                            [this] { return ClassicEndpoints(local_, remote_); });
 }
 
 void SocketImpl::TryForgetAddresses() noexcept {

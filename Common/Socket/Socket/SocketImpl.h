@@ -53,7 +53,6 @@ private:
     static int FailedSend();
     [[noreturn]] static void ThrowReceiveFailure(int result);
 
-    // A record that cannot be written, for want of memory, is lost: what it tells of has happened.
     void TraceConnection(LogFormat format) const noexcept;
     void TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 

@@ -1,6 +1,9 @@
 #include <Socket/SystemSocket.h>
 
 #include <Socket/SocketImpl.h>
+#include <Socket/SocketXtImpl.h>
+
+#include <cstring>
 
 namespace VelNet {
 
@@ -30,6 +33,13 @@ bool SwitchToNonBlocking(Winsock::Handle handle) {
            Winsock::SocketError;
 }
 
+bool SetSocketOption(Winsock::Handle handle, int option, unsigned int value) {
+    char bytes[sizeof value];
+    std::memcpy(bytes, &value, sizeof value);
+    return Winsock::setsockopt(handle, Winsock::LevelSocket, option, bytes, sizeof bytes) !=
+           Winsock::SocketError;
+}
+
 bool HasBytesAvailable(Winsock::Handle handle) {
     unsigned int count = 0;
     if (Winsock::ioctlsocket(handle, Winsock::CommandBytesAvailable, &count) ==
@@ -48,6 +58,8 @@ int StatusOf(const Socket& socket, SocketState state) {
 Winsock::Handle HandleOf(const Socket& socket) noexcept {
     if (const auto* const classic = dynamic_cast<const SocketImpl*>(&socket))
         return classic->Handle();
+    if (const auto* const extended = dynamic_cast<const SocketXtImpl*>(&socket))
+        return extended->SocketXtImpl::GetHandle();
     return Winsock::InvalidSocket;
 }
 

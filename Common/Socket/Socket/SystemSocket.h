@@ -14,6 +14,9 @@ int SystemProtocolFrom(Socket::SOCKET_PROTOCOL protocol) noexcept;
 // True when the system accepted the change.
 bool SwitchToNonBlocking(Winsock::Handle handle);
 
+// Sets an option of the socket itself to a 4-byte value; true when the system accepted that.
+bool SetSocketOption(Winsock::Handle handle, int option, unsigned int value);
+
 // False also when the system does not answer.
 bool HasBytesAvailable(Winsock::Handle handle);
 

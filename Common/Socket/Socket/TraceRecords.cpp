@@ -1,6 +1,5 @@
 #include <Socket/TraceRecords.h>
 
-#include <Socket/SocketLayerState.h>
 #include <VelLog/LogMessage.h>
 
 #include <cstdio>

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Socket/LogFormat.h>
+#include <Socket/SocketLayerState.h>
 #include <VelBase/ReturnString.h>
 #include <VelLog/Router.h>
 #include <VelResource/MessageFormatter.h>
@@ -57,6 +58,32 @@ void WriteConnectionRecord(VelLog::Router& router, LogFormat format,
 // router is enabled.
 void WriteTransferRecords(const TransferFormats& formats, const char* data, int count,
                           const TraceEndpoints& endpoints);
+
+// For the operations that a record tells of: each writes what its routers ask for, with the
+// endpoints that the given function makes. What they tell of has happened, so a record that cannot
+// be written, for want of memory, is lost and nothing else. The endpoints are copies: the sink may
+// use the very socket that they are of.
+template <class MakeEndpoints>
+void TryWriteConnectionRecord(LogFormat format, MakeEndpoints makeEndpoints) noexcept {
+    VelLog::Router* const router = EnabledRouter(&SocketLayerState::connectionTraceRouter);
+    if (router == nullptr) return;
+    try {
+        WriteConnectionRecord(*router, format, makeEndpoints());
+    } catch (...) {
+        return;
+    }
+}
+
+template <class MakeEndpoints>
+void TryWriteTransferRecords(const TransferFormats& formats, const char* data, int count,
+                             MakeEndpoints makeEndpoints) noexcept {
+    if (!IsAnyPacketTraceEnabled()) return;
+    try {
+        WriteTransferRecords(formats, data, count, makeEndpoints());
+    } catch (...) {
+        return;
+    }
+}
 
 // The bytes in hexadecimal, all of them and nothing between. Required: a byte is read as a signed
 // number and widened, so that 0x80 to 0xFF give eight digits ("FFFFFF80") and the others two.

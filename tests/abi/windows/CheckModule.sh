@@ -14,22 +14,35 @@ fail() {
   exit 1
 }
 
+# A copy of an exported function that the optimiser makes for itself is exported along.
 exports() {
   sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$headers" | awk 'NR > 1 && NF >= 3 { print $NF }' |
-    c++filt | LC_ALL=C sort -u
+    c++filt | grep -v "\[clone " | LC_ALL=C sort -u
 }
 
 [ "$(exports | wc -l)" -gt 1 ] || fail "no exports were found"
 difference=$(diff <(grep -v '^#' "$list" | grep -v '^$' | LC_ALL=C sort -u) <(exports)) ||
   fail "The module's exports differ from the list (< listed, > exported):"$'\n'"$difference"
 
-foreign=$(sed -n 's/.*DLL Name: //p' <<<"$headers" |
-  grep -viE '^(ws2_32|advapi32|kernel32|msvcrt|libstdc\+\+-6|libgcc_s_seh-1|libwinpthread-1)\.dll$' || true)
+needs() { "$objdump" --private-headers "$1" | sed -n 's/.*DLL Name: //p'; }
+
+# The language's library waits by means of libwinpthread; the module itself does not.
+foreign=$(needs "$module" | grep -viE '^(ws2_32|advapi32|kernel32|msvcrt|libstdc\+\+-6|libgcc_s_seh-1)\.dll$' || true)
 [ -z "$foreign" ] || fail "The module needs more than the system's and the language's libraries: $foreign"
+
+# What the language's libraries need is theirs or the system's, and lies beside the module.
+for library in libstdc++-6 libgcc_s_seh-1 libwinpthread-1; do
+  path=$(dirname "$module")/$library.dll
+  [ -s "$path" ] || fail "$library.dll does not lie beside the module"
+  foreign=$(needs "$path" |
+    grep -viE '^(kernel32|msvcrt|user32|libstdc\+\+-6|libgcc_s_seh-1|libwinpthread-1)\.dll$' || true)
+  [ -z "$foreign" ] || fail "$library.dll needs what is not shipped: $foreign"
+done
 
 for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
   grep -q "$flag" <<<"$headers" || fail "The module is not marked $flag"
 done
+"$objdump" --section-headers "$module" | grep -q '\.reloc' || fail "The module cannot be moved: it has no relocations"
 
 grep -aq "$(printf 'V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O' | tr '\0' '.')" "$module" ||
   fail "The module has no version resource"

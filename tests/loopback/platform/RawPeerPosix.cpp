@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -222,9 +223,9 @@ int InterruptedThread::Count() const noexcept {
 }
 
 StandardErrorCapture::StandardErrorCapture() : original_(Require(dup(STDERR_FILENO), "dup")) {
-    char path[] = "/tmp/standard-error-XXXXXX";
-    file_ = Require(mkstemp(path), "mkstemp");
-    unlink(path);
+    std::string path = (std::filesystem::temp_directory_path() / "standard-error-XXXXXX").string();
+    file_ = Require(mkstemp(path.data()), "mkstemp");
+    unlink(path.c_str());
     Require(dup2(file_, STDERR_FILENO), "dup2");
 }
 

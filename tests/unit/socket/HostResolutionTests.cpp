@@ -8,8 +8,7 @@ using Lines = std::vector<std::string>;
 using Addresses = std::vector<std::string>;
 
 constexpr char NotResolvable[] =
-    "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The host name "
-    "supplied is not "
+    "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The host name supplied is not "
     "resolvable on this machine. Connection = {";
 
 class HostResolution : public SocketTest {
@@ -31,8 +30,7 @@ protected:
 
     // The text for a host without any address; the label has no point here.
     static std::u16string WithoutAddress(const std::u16string& name) {
-        return u"VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL The host "
-               u"name supplied "
+        return u"VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL The host name supplied "
                u"does not have an ip address. Connection = {" +
                name + u"}";
     }
@@ -151,10 +149,8 @@ TEST_F(HostResolution, UnknownHostIsToldWithItsNameAndTheNumberAsOneUnit) {
     On::Gethostbyname().Fails(11001);
     const Caught caught = FailToResolve("server.example");
     EXPECT_EQ(caught.text,
-              u"VelNet::SocketAddress::GetOctetsFromMachineName() - "
-              u"FAIL. The host name supplied "
-              u"is not resolvable on this machine. Connection = "
-              u"{server.example}, errno = \u2AF9 "
+              u"VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The host name supplied "
+              u"is not resolvable on this machine. Connection = {server.example}, errno = \u2AF9 "
               u"host not found");
     EXPECT_EQ(caught.code, 11001);
     ExpectRecords({FailureRecord(caught.text)});
@@ -164,10 +160,8 @@ TEST_F(HostResolution, NumberWithoutLowBitsEndsTheText) {
     On::Gethostbyname().Fails(65536);
     EXPECT_EQ(FailToResolve("x"),
               (Caught{true,
-                      u"VelNet::SocketAddress::GetOctetsFromMachineName() - "
-                      u"FAIL. The host name "
-                      u"supplied is not resolvable on this machine. Connection = "
-                      u"{x}, errno = ",
+                      u"VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The host name "
+                      u"supplied is not resolvable on this machine. Connection = {x}, errno = ",
                       -1}));
 }
 
@@ -183,11 +177,9 @@ TEST_F(HostResolution, FailureShowsTheNameThatWasLookedUp) {
 TEST_F(HostResolution, FailureShowsTheNameConvertedFromUtf8) {
     On::Gethostbyname().Fails(11001);
     EXPECT_EQ(FailToResolve("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xFFz").text,
-              u"VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The "
-              u"host name supplied "
+              u"VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The host name supplied "
               u"is not resolvable on this machine. Connection = "
-              u"{\u00E9\u20AC\U0001F600\uFFFDz}, "
-              u"errno = \u2AF9 host not found");
+              u"{\u00E9\u20AC\U0001F600\uFFFDz}, errno = \u2AF9 host not found");
 }
 
 // The record has room for all of it.

@@ -26,9 +26,6 @@ std::vector<Question> Questions() {
          "VelNet::SocketImpl::Send() - FAIL. The ::getpeername failed"}};
 }
 
-constexpr SocketState AllStates[] = {STATE_CLOSED, STATE_CREATED, STATE_BOUND, STATE_LISTENING,
-                                     STATE_CONNECTED};
-
 TEST_F(SocketAddresses, AreWhatTheSystemTells) {
     const auto socket = MakeSocket();
     for (Question& question : Questions()) {

@@ -10,10 +10,6 @@ using Lines = std::vector<std::string>;
 class SocketClose : public SocketTest {};
 class SocketEnd : public SocketTest {};
 
-constexpr SocketState AllStates[] = {STATE_CLOSED, STATE_CREATED, STATE_BOUND, STATE_LISTENING,
-                                     STATE_CONNECTED};
-constexpr SocketState OpenStates[] = {STATE_CREATED, STATE_BOUND, STATE_LISTENING, STATE_CONNECTED};
-
 constexpr char CloseFailed[] = "VelNet::SocketImpl::Close() - FAIL. Cannot close a socket";
 constexpr char DisconnectedFormat[] =
     "Disconnected, Local address: %1 (%2), Remote address: %3 (%4)";

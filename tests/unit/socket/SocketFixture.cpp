@@ -2,32 +2,16 @@
 
 #include <Socket/StartUpLock.h>
 
+#include "PrivateFields.h"
 #include "scripted/platform/Call.h"
 
 namespace SocketTests {
 
+auto PrivateFieldsOf(const SocketImpl& socket);
+template struct Exposed<SocketImpl, &SocketImpl::handle_, &SocketImpl::state_, &SocketImpl::local_,
+                        &SocketImpl::remote_>;
+
 namespace {
-
-// Explicit instantiation may name private members. The fields of a socket are compared one by one,
-// because no operation tells its created state from its bound one.
-template <class Field, auto Member>
-struct Exposed {
-    friend constexpr auto MemberOf(Field) { return Member; }
-};
-
-struct State {
-    friend constexpr auto MemberOf(State);
-};
-struct Local {
-    friend constexpr auto MemberOf(Local);
-};
-struct Remote {
-    friend constexpr auto MemberOf(Remote);
-};
-
-template struct Exposed<State, &SocketImpl::state_>;
-template struct Exposed<Local, &SocketImpl::local_>;
-template struct Exposed<Remote, &SocketImpl::remote_>;
 
 std::string Ascii(const std::u16string& text) {
     std::string ascii;
@@ -68,8 +52,12 @@ std::string ArgumentText(const LoggedArgument& argument) {
 }  // namespace
 
 SocketFields FieldsOf(const SocketImpl& socket) {
-    return {socket.Handle(), socket.*MemberOf(State()), EndpointText(socket.*MemberOf(Local())),
-            EndpointText(socket.*MemberOf(Remote()))};
+    const auto [handle, state, local, remote] = PrivateFieldsOf(socket);
+    return {handle, state, EndpointText(local), EndpointText(remote)};
+}
+
+std::vector<const void*> FieldAddressesOf(const SocketImpl& socket) {
+    return AddressesOf(PrivateFieldsOf(socket));
 }
 
 void PrintTo(const SocketFields& fields, std::ostream* stream) {

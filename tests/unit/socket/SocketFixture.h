@@ -8,8 +8,9 @@
 //       const SocketFields before = FieldsOf(*socket);
 //       On::Send().Fails(10054);
 //       const Caught caught = Catch([&] { socket->Send("abc", 3); });
-//       EXPECT_EQ(caught, FailureOf("VelNet::SocketImpl::Send() - FAIL. The ::send failed",
-//       10054)); ExpectRecords({FailureRecord(caught.text)}); EXPECT_EQ(FieldsOf(*socket), before);
+//       EXPECT_EQ(caught, FailureOf("VelNet::SocketImpl::Send() - FAIL. [...]", 10054));
+//       ExpectRecords({FailureRecord(caught.text)});
+//       EXPECT_EQ(FieldsOf(*socket), before);
 //   }
 #pragma once
 
@@ -44,6 +45,12 @@ inline constexpr unsigned short LocalPort = 50123;
 inline constexpr char RemoteHost[] = "10.1.2.9";
 inline constexpr unsigned short RemotePort = 80;
 
+inline constexpr SocketState AllStates[] = {STATE_CLOSED, STATE_CREATED, STATE_BOUND,
+                                            STATE_LISTENING, STATE_CONNECTED};
+// The states of a socket that holds a handle.
+inline constexpr SocketState OpenStates[] = {STATE_CREATED, STATE_BOUND, STATE_LISTENING,
+                                             STATE_CONNECTED};
+
 // All that a socket remembers. Addresses as "10.1.2.3:80".
 struct SocketFields {
     Winsock::Handle handle;
@@ -55,6 +62,9 @@ struct SocketFields {
 };
 SocketFields FieldsOf(const SocketImpl& socket);
 void PrintTo(const SocketFields& fields, std::ostream* stream);
+
+// Where the fields stand in the object, in the order above.
+std::vector<const void*> FieldAddressesOf(const SocketImpl& socket);
 
 // What a socket remembers that is closed, or was never anything else.
 SocketFields ClosedFields();

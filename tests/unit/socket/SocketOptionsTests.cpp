@@ -11,9 +11,6 @@ using Lines = std::vector<std::string>;
 
 class SocketOptions : public SocketTest {};
 
-constexpr SocketState AllStates[] = {STATE_CLOSED, STATE_CREATED, STATE_BOUND, STATE_LISTENING,
-                                     STATE_CONNECTED};
-
 // One of the setters that only log their failures.
 struct Setter {
     const char* name;

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <functional>
 #include <type_traits>
 
 #include "SocketFixture.h"
@@ -9,15 +11,18 @@ using Lines = std::vector<std::string>;
 
 class SocketStatus : public SocketTest {};
 
-constexpr SocketState AllStates[] = {STATE_CLOSED, STATE_CREATED, STATE_BOUND, STATE_LISTENING,
-                                     STATE_CONNECTED};
-
 static_assert(std::is_same_v<std::underlying_type_t<SocketState>, unsigned int>);
 static_assert(STATE_CLOSED == 0 && STATE_CREATED == 1 && STATE_BOUND == 2 && STATE_LISTENING == 3 &&
               STATE_CONNECTED == 4);
 static_assert(STATUS_NONE == 0 && STATUS_LISTENING == 1 && STATUS_DATA_PENDING == 2 &&
               STATUS_IDLE == 3);
 static_assert(Winsock::InvalidSocket == 0xFFFFFFFFFFFFFFFFULL);
+
+TEST_F(SocketStatus, FieldsStandInTheirOrder) {
+    const auto socket = MakeSocket();
+    const std::vector<const void*> addresses = FieldAddressesOf(*socket);
+    EXPECT_TRUE(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+}
 
 // Answers the question for data itself and counts how often it is asked.
 class OwnAnswer : public SocketImpl {

@@ -12,14 +12,6 @@ constexpr std::size_t FailureTextRoom = 1020;
 constexpr char Endpoints[] = "Local address: %1 (%2), Remote address: %3 (%4)";
 constexpr char TransferEndpoints[] = "Local address: %2 (%3), Remote address: %4 (%5)";
 
-std::vector<LoggedArgument> EndpointArguments(const std::string& localHost,
-                                              unsigned short localPort,
-                                              const std::string& remoteHost,
-                                              unsigned short remotePort) {
-    return {NarrowArgument(localHost), IntegerArgument(localPort), NarrowArgument(remoteHost),
-            IntegerArgument(remotePort)};
-}
-
 // Returns the text.
 std::u16string ExpectFailure(const FailingOperation& failing, int number, bool isLogged) {
     SCOPED_TRACE(number);

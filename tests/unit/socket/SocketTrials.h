@@ -10,12 +10,7 @@
 
 namespace SocketTests {
 
-// The states of a socket that holds a handle.
-inline constexpr SocketState OpenStates[] = {STATE_CREATED, STATE_BOUND, STATE_LISTENING,
-                                             STATE_CONNECTED};
-
-// An operation whose system call fails, and how that must go whatever the error
-// number is.
+// An operation whose system call fails, and how that must go whatever the error number is.
 struct FailingOperation {
     std::function<void(int)> failWith;  // scripts the failure with the number
     std::function<void()> operation;
@@ -27,9 +22,9 @@ struct FailingOperation {
     std::vector<std::string> callsAfterwards = {};  // once the failure has been logged
 };
 
-// Runs the operation with each of the numbers, first with the "Error" router
-// on, then with it off. Compares the text, the code, the calls and their order,
-// the records and the memory each time. The test has written no record before.
+// Runs the operation with each of the numbers, first with the "Error" router on, then with it off.
+// Compares the text, the code, the calls and their order, the records and the memory each time. The
+// test has written no record before.
 void ExpectEachFailure(const FailingOperation& failing,
                        const std::vector<int>& numbers = ErrorNumbers());
 
@@ -47,21 +42,19 @@ Record ConnectionRecord(const std::string& event, const std::string& localHost,
                         unsigned short localPort, const std::string& remoteHost,
                         unsigned short remotePort);
 
-// The records of a transfer ("Sent" or "Received") between the endpoints of
-// MakeConnectedSocket.
+// The records of a transfer ("Sent" or "Received") between the endpoints of MakeConnectedSocket.
 Record TransferRecord(const std::string& event, int count);
 Record TransferRecordWithData(const std::string& event, int count, const std::string& data);
 
 // Switches the routers of the plain transfer records and of those with data.
 void SwitchPacketTracing(bool plain, bool withData);
 
-// How many blocks since the mark had room for a failure text. A text that grows
-// within the room made beforehand needs one.
+// How many blocks since the mark had room for a failure text. A text that grows within the room
+// made beforehand needs one.
 int FailureTextBlocksSince(const Allocations::Mark& mark);
 
-// Runs the operation with its n-th request of memory failing. True when the
-// operation made that many: it then must have thrown std::bad_alloc, and else
-// must not.
+// Runs the operation with its n-th request of memory failing. True when the operation made that
+// many: it then must have thrown std::bad_alloc, and else must not.
 template <class Operation>
 bool RunsOutOfMemory(std::size_t n, Operation operation) {
     bool failed = false;

@@ -1,4 +1,4 @@
-// Start-up and shut-down that fail.
+// Start-up that fails.
 
 #include <Platform/Winsock.h>
 #include <Socket/SocketAPI.h>
@@ -10,7 +10,7 @@
 #include <stdexcept>
 
 #include "ErrorTableExpectations.h"
-#include "FailureRecordExpectations.h"
+#include "SocketFixture.h"
 #include "StartUpFixture.h"
 
 namespace FoundationTests {
@@ -18,12 +18,13 @@ namespace {
 
 using Allocations::FailNth;
 using Allocations::Mark;
+using SocketTests::Catch;
+using SocketTests::Caught;
 using VelBase::Message;
 using VelNet::Exception;
 namespace SocketAPI = VelNet::SocketAPI;
 
 constexpr char StartUpHead[] = "VelNet::SocketAPI::Initialize() - FAIL. The ::WSAStartup failed";
-constexpr char ShutDownHead[] = "VelNet::SocketAPI::Finalize() - FAIL. The ::WSACleanup failed";
 
 class StartUpFailure : public StartUpTest {
 protected:
@@ -40,35 +41,17 @@ protected:
     }
 };
 
-struct Failure {
-    std::u16string text;
-    int code = 0;
-
-    bool operator==(const Failure&) const = default;
-};
-
-// What the operation throws, which must be an Exception.
-template <class Operation>
-Failure FailureOf(Operation operation) {
-    try {
-        operation();
-    } catch (const Exception& caught) {
-        return {Text(caught.GetMessage()), caught.GetErrorCode()};
-    }
-    ADD_FAILURE() << "nothing thrown";
-    return {};
-}
-
-Failure StartUpFailureOf() {
-    return FailureOf([] { const SocketInitialization initialization; });
+Caught StartUpFailureOf() {
+    return Catch([] { const SocketInitialization initialization; });
 }
 
 TEST_F(StartUpFailure, OfWinsockIsThrownWithTextAndCode) {
     On::WSAStartup().Returns(10091);
     EXPECT_EQ(StartUpFailureOf(),
-              (Failure{u"VelNet::SocketAPI::Initialize() - FAIL. The ::WSAStartup failed, errno = "
-                       u"\u276B Network subsystem is unavailable",
-                       10091}));
+              (Caught{true,
+                      u"VelNet::SocketAPI::Initialize() - FAIL. The ::WSAStartup failed, errno = "
+                      u"\u276B Network subsystem is unavailable",
+                      10091}));
     EXPECT_EQ(Transcript(), FailedStartUpLines());
     ExpectNextObjectStarts();
 }
@@ -79,8 +62,8 @@ TEST_F(StartUpFailure, OfWinsockIsToldForEveryNumber) {
         ClearTranscript();
         SetLastError(number == 10013 ? 10014 : 10013);
         On::WSAStartup().Returns(number);
-        EXPECT_EQ(StartUpFailureOf(),
-                  (Failure{ExpectedFailureText(StartUpHead, number), ExpectedRow(number).code}))
+        EXPECT_EQ(StartUpFailureOf(), (Caught{true, ExpectedFailureText(StartUpHead, number),
+                                              ExpectedRow(number).code}))
             << number;
         EXPECT_EQ(Transcript(), FailedStartUpLines()) << number;
         ExpectLayerDown();
@@ -95,7 +78,7 @@ TEST_F(StartUpFailure, OfWinsockIsAFailureWhateverVersionItReports) {
         data->highestVersion = 0x0202;
     });
     On::WSAStartup().Returns(10092);
-    EXPECT_EQ(StartUpFailureOf(), (Failure{ExpectedFailureText(StartUpHead, 10092), -1}));
+    EXPECT_EQ(StartUpFailureOf(), (Caught{true, ExpectedFailureText(StartUpHead, 10092), -1}));
 }
 
 TEST_F(StartUpFailure, OtherVersionThanTwoTwoIsUnknownFailureWithoutCleanUp) {
@@ -113,9 +96,10 @@ TEST_F(StartUpFailure, OtherVersionThanTwoTwoIsUnknownFailureWithoutCleanUp) {
         ClearTranscript();
         On::WSAStartup().Returns(0, version, highest);
         EXPECT_EQ(StartUpFailureOf(),
-                  (Failure{u"VelNet::SocketAPI::Initialize() - FAIL. The ::WSAStartup failed, "
-                           u"errno = ",
-                           -1}))
+                  (Caught{true,
+                          u"VelNet::SocketAPI::Initialize() - FAIL. The ::WSAStartup failed, "
+                          u"errno = ",
+                          -1}))
             << version << ", " << highest;
         EXPECT_EQ(Transcript(), FailedStartUpLines());
         ForgetInLedger("start-up");
@@ -136,7 +120,7 @@ TEST_F(StartUpFailure, ReportedVersionsStartEmpty) {
 TEST_F(StartUpFailure, OfTheFirstStartUpIsNotLoggedBecauseNothingIsPublished) {
     EnableAllRouters();
     On::WSAStartup().Returns(10091);
-    EXPECT_EQ(StartUpFailureOf(), (Failure{ExpectedFailureText(StartUpHead, 10091), 10091}));
+    EXPECT_EQ(StartUpFailureOf(), (Caught{true, ExpectedFailureText(StartUpHead, 10091), 10091}));
     EXPECT_EQ(Transcript(), FailedStartUpLines());
     EXPECT_EQ(FormatterRequests(), 0);
 }
@@ -332,198 +316,6 @@ TEST_F(StartUpFailure, OfMemoryForTheFailureTextIsUndone) {
     }
     EXPECT_GT(number, 6U);
     ExpectNextObjectStarts();
-}
-
-// A second state is built while the first is published.
-class SecondState : public StartUpTest {
-protected:
-    void SetUp() override {
-        StartUpTest::SetUp();
-        first_.emplace();
-        ClearTranscript();
-    }
-    void TearDown() override {
-        first_.reset();
-        StartUpTest::TearDown();
-    }
-    // The routers that are published, and those that will be made.
-    static void EnableErrorRouters(bool published, bool later) {
-        SetRouterFlag("Error", later);
-        g_socketLayer->errorRouter->SetFlag(published);
-    }
-
-private:
-    std::optional<SocketInitialization> first_;
-};
-
-TEST_F(SecondState, FailureIsLoggedByThePublishedErrorRouter) {
-    EnableErrorRouters(true, false);
-    On::WSAStartup().Returns(10091);
-    const StateMemory memory;
-    const std::u16string text = ExpectedFailureText(StartUpHead, 10091);
-    EXPECT_EQ(FailureOf([&] { SocketAPI::Initialize(*memory); }), (Failure{text, 10091}));
-    ExpectOneRecord("Cannot initialize socket layer: %1", text);
-    EXPECT_EQ(LoggedTexts("Error"), std::vector{u"Cannot initialize socket layer: " + text});
-}
-
-TEST_F(SecondState, FailureIsLoggedBeforeAnythingIsUndone) {
-    EnableErrorRouters(true, true);
-    On::WSAStartup().Returns(0, 0x0101, 0x0101);
-    const StateMemory memory;
-    EXPECT_THROW(SocketAPI::Initialize(*memory), Exception);
-    ForgetInLedger("start-up");
-    EXPECT_EQ(Transcript(),
-              StartUpLines() +
-                  Lines{"LogMessage(Error, \"Cannot initialize socket layer: "
-                        "VelNet::SocketAPI::Initialize() - FAIL. The ::WSAStartup failed, errno = "
-                        "\")"} +
-                  UndoingLines());
-}
-
-TEST_F(SecondState, FailureIsNotLoggedByTheRouterThatIsUnderConstruction) {
-    EnableErrorRouters(false, true);
-    On::WSAStartup().Returns(10091);
-    const StateMemory memory;
-    EXPECT_THROW(SocketAPI::Initialize(*memory), Exception);
-    EXPECT_EQ(Transcript(), FailedStartUpLines());
-    EXPECT_EQ(FormatterRequests(), 0);
-}
-
-TEST_F(SecondState, WhatTheLogThrowsLeavesAndEverythingIsUndone) {
-    EnableErrorRouters(true, true);
-    On::WSAStartup().Returns(10091);
-    On::LogMessage().Throws(4711);
-    const StateMemory memory;
-    EXPECT_THROW(SocketAPI::Initialize(*memory), int);
-    EXPECT_EQ(TranscriptWithout({"LogMessage"}), FailedStartUpLines());
-    EXPECT_EQ(CountOf("LogMessage"), 1);
-}
-
-TEST_F(SecondState, IsNeitherPublishedNorCounted) {
-    const SocketLayerState* const published = g_socketLayer;
-    const StateMemory memory;
-    SocketAPI::Initialize(*memory);
-    EXPECT_EQ(g_socketLayer, published);
-    EXPECT_EQ(g_socketInitializationCount, 1);
-    SocketAPI::Finalize(*memory);
-    EXPECT_EQ(g_socketLayer, published);
-    EXPECT_EQ(Transcript(), StartUpLines() + ShutDownLines());
-}
-
-class ShutDownFailure : public StartUpTest {
-protected:
-    // Starts and stops the layer with WSACleanup failing with the number. Forgets the start.
-    static void FailShutDown(int number) {
-        On::WSACleanup().Fails(number);
-        const SocketInitialization initialization;
-        ClearTranscript();
-    }
-};
-
-Lines FailedShutDownLines(const Lines& between) {
-    return Lines{"WSACleanup()", "WSAGetLastError()"} + between + UndoingLines();
-}
-
-TEST_F(ShutDownFailure, IsLoggedAndShutDownGoesOn) {
-    EnableRouter("Error");
-    FailShutDown(10091);
-    ExpectOneRecord("Cannot cleanup socket layer: %1",
-                    u"VelNet::SocketAPI::Finalize() - FAIL. The ::WSACleanup failed, errno = "
-                    u"\u276B Network subsystem is unavailable");
-    EXPECT_EQ(Transcript(),
-              FailedShutDownLines({"LogMessage(Error, \"Cannot cleanup socket layer: "
-                                   "VelNet::SocketAPI::Finalize() - FAIL. The ::WSACleanup failed, "
-                                   "errno = \\u276B Network subsystem is unavailable\")"}));
-}
-
-TEST_F(ShutDownFailure, IsLoggedWithEveryNumber) {
-    EnableRouter("Error");
-    std::vector<std::u16string> expected;
-    for (const int number : ErrorNumbers()) {
-        FailShutDown(number);
-        expected.push_back(u"Cannot cleanup socket layer: " +
-                           ExpectedFailureText(ShutDownHead, number));
-        ExpectLayerDown();
-    }
-    EXPECT_EQ(LoggedTexts("Error"), expected);
-}
-
-TEST_F(ShutDownFailure, IsNotLoggedWhenTheErrorRouterIsOff) {
-    EnableAllRouters();
-    SetRouterFlag("Error", 0);
-    FailShutDown(10091);
-    EXPECT_EQ(Transcript(), FailedShutDownLines({}));
-    EXPECT_EQ(FormatterRequests(), 0);
-}
-
-TEST_F(ShutDownFailure, IsLoggedUnderTheLockWhileTheStateIsPublished) {
-    EnableRouter("Error");
-    bool seen = false;
-    Observe("LogMessage", [&](const Event&) {
-        seen = g_startUpLock == 0x12345678 && g_socketLayer != nullptr &&
-               g_socketInitializationCount == 0;
-    });
-    FailShutDown(10091);
-    EXPECT_TRUE(seen);
-}
-
-TEST_F(ShutDownFailure, LosesWhatTheLogThrows) {
-    EnableRouter("Error");
-    On::LogMessage().Throws(4711);
-    FailShutDown(10091);
-    EXPECT_EQ(TranscriptWithout({"LogMessage"}), FailedShutDownLines({}));
-    EXPECT_EQ(CountOf("LogMessage"), 1);
-}
-
-TEST_F(ShutDownFailure, IsLostWhenMemoryIs) {
-    EnableRouter("Error");
-    bool happened = true;
-    std::size_t number = 0;
-    while (happened) {
-        ASSERT_LT(++number, 20U);
-        On::WSACleanup().Fails(10091);
-        std::optional<SocketInitialization> initialization(std::in_place);
-        ClearTranscript();
-        {
-            const FailNth failing(number);
-            initialization.reset();
-            happened = failing.Happened();
-        }
-        EXPECT_EQ(TranscriptWithout({"LogMessage"}), FailedShutDownLines({})) << number;
-        EXPECT_EQ(CountOf("LogMessage"), happened ? 0 : 1) << number;
-        ExpectLayerDown();
-    }
-    EXPECT_GT(number, 2U);
-}
-
-TEST_F(ShutDownFailure, IsMinusOneAndNothingElse) {
-    EnableRouter("Error");
-    for (const int result : {1, 5, -2, 10091}) {
-        On::WSACleanup().Returns(result);
-        const SocketInitialization initialization;
-        ClearTranscript();
-    }
-    EXPECT_EQ(Transcript(), ShutDownLines());
-    EXPECT_EQ(LoggedMessages().size(), 0U);
-}
-
-TEST_F(ShutDownFailure, OfAStateThatIsNotPublishedIsNotLogged) {
-    EnableAllRouters();
-    const StateMemory memory;
-    SocketAPI::Initialize(*memory);
-    ClearTranscript();
-    On::WSACleanup().Fails(10091);
-    SocketAPI::Finalize(*memory);
-    EXPECT_EQ(Transcript(), FailedShutDownLines({}));
-    EXPECT_EQ(FormatterRequests(), 0);
-}
-
-TEST_F(ShutDownFailure, LeavesTheLayerReadyToStart) {
-    FailShutDown(10091);
-    ExpectLayerDown();
-    ClearTranscript();
-    { const SocketInitialization next; }
-    EXPECT_EQ(Transcript(), StartUpLines() + ShutDownLines());
 }
 
 }  // namespace

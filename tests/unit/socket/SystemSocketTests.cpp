@@ -1,9 +1,9 @@
 #include <Socket/SystemSocket.h>
-#include <VelSynch/ReferenceCountedImpl.h>
 
 #include <climits>
 #include <type_traits>
 
+#include "ForeignSocket.h"
 #include "SocketFixture.h"
 
 namespace SocketTests {
@@ -12,34 +12,6 @@ namespace {
 class SystemSocket : public SocketTest {};
 
 using Lines = std::vector<std::string>;
-
-// An implementation that is not the library's. Answers the one question that its status hangs on.
-class ForeignSocket : public Socket, public VelSynch::ReferenceCountedImpl<int> {
-public:
-    bool IsSameSocket(const Socket&) const override { return false; }
-    bool SetNonBlocking() override { return false; }
-    bool IsValid() const override { return true; }
-    void Bind(Octets, unsigned short) override {}
-    int Listen() override { return 0; }
-    void Connect(Octets, unsigned short) override {}
-    VelBase::ReturnPtrI<Socket> Accept(SocketAddress&) override { return {}; }
-    void SetReceiveTimeout(unsigned int) override {}
-    void SetSendTimeout(unsigned int) override {}
-    void SetReuseAddress() override {}
-    void Close() override {}
-    int Receive(char*, int) override { return 0; }
-    int Send(const char*, int) override { return 0; }
-    bool IsDataAvailable() const override {
-        ++questions;
-        return dataAvailable;
-    }
-    SocketAddress GetLocalAddress() const override { return {}; }
-    SocketAddress GetRemoteAddress() const override { return {}; }
-    int GetStatus() const override { return -1; }
-
-    bool dataAvailable = false;
-    mutable int questions = 0;
-};
 
 // What is copied is the implementation's own; its copy is counted by itself.
 TEST_F(SystemSocket, CopiedInterfaceTouchesNoSystemAndSharesNoCount) {

@@ -1,12 +1,10 @@
 #include <VelBase/ReferenceCounted.h>
 #include <VelSynch/ReferenceCountedImpl.h>
 
-#include <array>
-#include <bit>
-#include <cstddef>
 #include <type_traits>
 
 #include "CountedObject.h"
+#include "abi/SlotOrder.h"
 #include "scripted/ScriptedPlatform.h"
 
 namespace {
@@ -31,25 +29,9 @@ static_assert(std::is_same_v<decltype(&Counted::ReferenceCountIsAboutToReachZero
                              void (Counted::*)() const>);
 static_assert(sizeof(int) == 4 && std::is_signed_v<int>);
 
-// The number of a virtual function in the table of its class, as the common C++ ABI lays it out; a
-// function that is not virtual gives its address.
-template <class Member>
-std::ptrdiff_t SlotOf(Member member) {
-    return std::bit_cast<std::array<std::ptrdiff_t, 2>>(member)[0] /
-           static_cast<std::ptrdiff_t>(sizeof(void*));
-}
-
-TEST(ReferenceCountedSlots, OperationsFollowTheTwoDestructors) {
-    EXPECT_EQ(SlotOf(&ReferenceCounted::AddRef), 2);
-    EXPECT_EQ(SlotOf(&ReferenceCounted::Release), 3);
-}
-
-TEST(ReferenceCountedSlots, HookIsTheFirstOperationThatTheImplementationAdds) {
-    EXPECT_EQ(SlotOf(&Counted::ReferenceCountIsAboutToReachZero), 4);
-}
-
-TEST(ReferenceCountedSlots, AskingForTheCountIsNotVirtual) {
-    EXPECT_GT(SlotOf(&Counted::GetReferenceCount), 64);
+// A function that is not virtual has an address and no slot.
+TEST(ReferenceCountedSlots, AskingForTheCountTakesNone) {
+    EXPECT_GT(Abi::SlotOf(&Counted::GetReferenceCount), 64U);
 }
 
 // On the stack, where a deletion would be a crash.

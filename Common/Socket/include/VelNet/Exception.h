@@ -11,7 +11,8 @@
 
 namespace VelNet {
 
-// Thrown by value for every failure of the socket layer: a wide text and a code. The text is held
+// Thrown by value for every failure of the socket layer, save the one that SocketXt.h names: a wide
+// text and a code. The text is held
 // in the object itself, so copying one while the stack unwinds allocates nothing. A handler for
 // VelBase::Message& catches it as well, but sees only the base, which this library leaves empty. A
 // plain value: each object is used by one thread at a time.

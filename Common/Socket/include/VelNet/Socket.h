@@ -17,7 +17,9 @@ enum SOCKET_STATUS : int {
     STATUS_IDLE = 3,          // connected, without
 };
 
-// One IPv4 stream or datagram socket, made by CreateSocket or by Accept. Reference counted; a
+// One IPv4 stream or datagram socket, made by CreateSocket or by Accept. What is said here holds
+// for these; SocketXt.h tells where an extended socket, which is a Socket too, differs. Reference
+// counted; a
 // socket whose last reference goes while it is open closes itself. A socket and its references are
 // used by one thread at a time, except that one thread may send while another receives.
 //

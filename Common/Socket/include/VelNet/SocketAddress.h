@@ -13,10 +13,11 @@ namespace VelNet {
 // throws std::bad_alloc when there is no memory for it. Each object is used by one thread at a
 // time.
 //
-// The static operations are the library's resolvers over the system's IPv4 name functions. They
-// keep no state and may run on any thread; the socket layer must be up (SocketInitialization). They
-// block as long as the system's resolver does. Names are UTF-8. A failure is logged under "Error"
-// before it is thrown, except where it says otherwise, and leaves nothing allocated.
+// The static operations are the library's resolvers over the system's IPv4 name functions, and two
+// that read the machine's DNS settings. They keep no state and may run on any thread; the socket
+// layer must be up (SocketInitialization). They block as long as the system's resolver does. Names
+// are UTF-8. A failure is logged under "Error" before it is thrown, except where it says otherwise,
+// and leaves nothing allocated.
 class VELSOCK_EXPORT SocketAddress {
 public:
     // 0.0.0.0 and port 0
@@ -61,6 +62,22 @@ public:
     // The local host's name, of at most 199 characters. Throws Exception with SOCKET_ERR_FAULT for
     // a longer one and SOCKET_ERR_NOTINITIALISED when the layer is down; std::bad_alloc.
     static VelBase::ReturnString GetLocalMachineName();
+
+    // The DNS domain that the machine is set up with: that of the first network interface that has
+    // one, of which what the network gave (DHCP) comes first; the local host's name when there is
+    // none. Required: an interface that has the value ends the search even when the value is empty,
+    // and the host's name stands in. Read anew on every call from the machine's TCP/IP settings: on
+    // Windows from the registry, elsewhere from the settings tree or the system's resolver
+    // settings. Throws Exception with SOCKET_ERR_UNKNOWN when the settings cannot be read, and what
+    // GetLocalMachineName throws; std::bad_alloc.
+    static VelBase::ReturnString GetLocalMachineDomain();
+
+    // The IPv4 addresses of the DNS servers that the machine is set up with, in their order,
+    // duplicates included; at least one. Read like the domain. Required: here the last interface
+    // comes first, and empty values are passed over. Throws Exception with SOCKET_ERR_UNKNOWN when
+    // the settings cannot be read, name no server, or name one that is no dotted address;
+    // std::bad_alloc.
+    static VelBase::ReturnPtrI<OctetsCollection> GetLocalMachineDomainNameServer();
 
 private:
     struct Record;

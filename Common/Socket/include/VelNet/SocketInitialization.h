@@ -19,8 +19,8 @@ public:
     // then stays down and the next object tries again.
     //
     // Required: when there is no memory for the layer's own state, nothing is thrown, the object
-    // counts, and the layer stays down until the last object has ended: operations then fail with
-    // SOCKET_ERR_NOTINITIALISED.
+    // counts, and the layer stays down until the last object has ended: operations that need it
+    // then fail, most with SOCKET_ERR_NOTINITIALISED.
     SocketInitialization();
 
     // Never throws; a failure to stop the system's sockets is logged. Each object ends once: the

@@ -1,0 +1,46 @@
+// The two lists behind SocketAddressCache.
+#pragma once
+
+#include <Socket/CacheEntry.h>
+#include <VelBase/ReturnPtrI.h>
+#include <VelNet/SocketAddressCache.h>
+#include <VelSynch/ReferenceCountedImpl.h>
+
+#include <vector>
+
+namespace VelNet {
+
+// A copy refers to the same entries.
+class SocketAddressCacheImpl : public VelSynch::ReferenceCountedImpl<int>,
+                               public SocketAddressCache {
+public:
+    Octets GetOctetsFromMachineName(const char* name) override;
+    VelBase::ReturnString GetMachineNameFromOctets(Octets address) override;
+
+private:
+    // A counted reference that is copied with the list that it stands in.
+    class EntryReference {
+    public:
+        explicit EntryReference(CacheEntry* entry) : entry_(entry) { entry_->AddRef(); }
+        EntryReference(const EntryReference& other) : EntryReference(other.entry_) {}
+        EntryReference& operator=(const EntryReference& other);
+        ~EntryReference() { entry_->Release(); }
+
+        CacheEntry* operator->() const noexcept { return entry_; }
+        CacheEntry* Get() const noexcept { return entry_; }
+
+    private:
+        CacheEntry* entry_;
+    };
+    using EntryList = std::vector<EntryReference>;
+
+    // The first entry that matches, or an empty owner.
+    VelBase::ReturnPtrI<CacheEntry> GetCacheEntry(const char* name) const;
+    VelBase::ReturnPtrI<CacheEntry> GetCacheEntry(Octets address) const;
+
+    // Each in the order in which its entries were learnt.
+    EntryList byName_;
+    EntryList byAddress_;
+};
+
+}  // namespace VelNet

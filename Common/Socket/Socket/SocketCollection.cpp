@@ -1,0 +1,11 @@
+#include <VelNet/SocketCollection.h>
+
+namespace VelNet {
+
+SocketCollection::SocketCollection() = default;
+SocketCollection::SocketCollection(const SocketCollection& other) = default;
+SocketCollection::SocketCollection(SocketCollection&& other) noexcept = default;
+SocketCollection& SocketCollection::operator=(const SocketCollection& other) = default;
+SocketCollection& SocketCollection::operator=(SocketCollection&& other) noexcept = default;
+
+}  // namespace VelNet

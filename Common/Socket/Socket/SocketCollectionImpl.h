@@ -1,0 +1,47 @@
+// The list of sockets behind SocketCollection.
+#pragma once
+
+#include <VelBase/InterfaceHolder.h>
+#include <VelNet/SocketCollection.h>
+
+#include <list>
+
+namespace VelNet {
+
+class SocketCollectionImpl final : public virtual SocketCollection {
+public:
+    SocketCollectionImpl() = default;
+    SocketCollectionImpl(const SocketCollectionImpl&) = delete;
+    SocketCollectionImpl& operator=(const SocketCollectionImpl&) = delete;
+
+    void Add(Socket* socket, int event) override;
+    void Remove(Socket* socket, int event) override;
+    unsigned int GetCount() const override;
+    VelBase::ReturnPtrI<Socket> GetSocket(unsigned int index) const override;
+    int GetEvent(unsigned int index) const override;
+    unsigned int Find(Socket* socket, int event) const override;
+    SocketCollection* Select(unsigned int seconds) override;
+    void Destroy() override;
+
+private:
+    struct Entry {
+        Entry(Socket* registered, int awaited) : socket(registered), event(awaited) {}
+
+        // The entry's own socket is asked.
+        bool Matches(const Socket& other, int awaited) const {
+            return socket->IsSameSocket(other) && event == awaited;
+        }
+
+        VelBase::InterfaceHolder<Socket> socket;
+        int event;
+    };
+
+    const Entry& EntryAt(unsigned int index) const;
+    // Appends the entry of a readable socket for each event that its status tells of and that it
+    // waits for.
+    void AddIfReadable(const Entry& entry);
+
+    std::list<Entry> entries_;
+};
+
+}  // namespace VelNet

@@ -1,0 +1,315 @@
+#include <Socket/SocketXtImpl.h>
+
+#include <Socket/AddressList.h>
+#include <Socket/NarrowText.h>
+#include <Socket/SocketXtFailure.h>
+#include <Socket/SocketXtTexts.h>
+#include <Socket/SystemSocket.h>
+#include <Socket/WinsockScope.h>
+#include <VelBase/InterfaceHolder.h>
+
+#include <utility>
+
+namespace VelNet {
+
+namespace {
+
+constexpr int Backlog = 2;
+constexpr char AnyPort[] = "0";
+
+SocketXt::ADDR_FAMILY FamilyFrom(int systemFamily) noexcept {
+    switch (systemFamily) {
+        case Winsock::FamilyIpv4:
+            return SocketXt::FAMILY_IPV4;
+        case Winsock::FamilyIpv6:
+            return SocketXt::FAMILY_IPV6;
+        default:
+            return SocketXt::FAMILY_UNKNOWN;
+    }
+}
+
+SocketXtImpl* MakeSocket(HandleOwner& handle, SocketState state, int type, int protocol,
+                         SocketXt::ADDR_FAMILY family) {
+    auto* const socket = new SocketXtImpl(handle.Get(), state, type, protocol, family);
+    handle.HandOver();
+    return socket;
+}
+
+}  // namespace
+
+VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
+                                             Socket::SOCKET_PROTOCOL protocol) {
+    constexpr const char* function = "VelNet::CreateSocketXt";
+    constexpr const char* description = "cannot create a socket";
+    const WinsockScope scope(function);
+    const int systemType = SystemTypeFrom(type);
+    const int systemProtocol = SystemProtocolFrom(protocol);
+
+    Winsock::Handle made = Winsock::InvalidSocket;
+    SocketXt::ADDR_FAMILY family = SocketXt::FAMILY_UNKNOWN;
+    const AddressWalk walk = TryAddresses(
+        NarrowComputerName().c_str(), nullptr, AddressHints(systemType, systemProtocol),
+        [&](const Winsock::AddressInfo& entry) {
+            made = Winsock::socket(entry.family, systemType, systemProtocol);
+            family = FamilyFrom(entry.family);
+            return made != Winsock::InvalidSocket;
+        });
+    if (walk.outcome == AddressWalk::NotResolved)
+        ThrowSocketXtError({function, description, "::getaddrinfo", walk.error});
+    if (walk.outcome != AddressWalk::Accepted)
+        ThrowSocketXtError({function, description, "::socket", walk.ErrorOrLast()});
+
+    HandleOwner handle(made);
+    return {MakeSocket(handle, STATE_CREATED, systemType, systemProtocol, family)};
+}
+
+SocketXtImpl::SocketXtImpl(Winsock::Handle handle, SocketState state, int socketType, int protocol,
+                           ADDR_FAMILY family)
+    : handle_(handle),
+      state_(state),
+      socketType_(socketType),
+      protocol_(protocol),
+      family_(family) {}
+
+SocketXtImpl::~SocketXtImpl() {
+    if (!SocketXtImpl::IsValid()) return;
+    try {
+        SocketXtImpl::Close();
+    } catch (...) {
+        return;  // reported already, and nobody is left to be told
+    }
+}
+
+bool SocketXtImpl::IsSameSocket(const Socket& other) const {
+    return handle_ == HandleOf(other);
+}
+
+bool SocketXtImpl::SetNonBlocking() {
+    return SwitchToNonBlocking(handle_);
+}
+
+bool SocketXtImpl::IsValid() const {
+    return state_ != STATE_CLOSED && handle_ != Winsock::InvalidSocket;
+}
+
+// What speaks of addresses by their octets is not for this socket.
+void SocketXtImpl::Bind(Octets, unsigned short) {}
+
+void SocketXtImpl::Connect(Octets, unsigned short) {}
+
+VelBase::ReturnPtrI<Socket> SocketXtImpl::Accept(SocketAddress&) {
+    return {};
+}
+
+SocketAddress SocketXtImpl::GetLocalAddress() const {
+    return {};
+}
+
+SocketAddress SocketXtImpl::GetRemoteAddress() const {
+    return {};
+}
+
+bool SocketXtImpl::IsDataAvailable() const {
+    return HasBytesAvailable(handle_);
+}
+
+int SocketXtImpl::GetStatus() const {
+    return StatusOf(*this, state_);
+}
+
+SocketXt::ADDR_FAMILY SocketXtImpl::GetAddressFamily() const {
+    return family_;
+}
+
+SOCKET_HANDLE SocketXtImpl::GetHandle() const {
+    return handle_;
+}
+
+VelBase::ReturnString SocketXtImpl::GetSpecialAddress(SpecialAddressKind kind,
+                                                      ADDR_FAMILY family) const {
+    if (kind == SPECIAL_THIS_MACHINE) return NarrowComputerName();
+    if (family != FAMILY_IPV4 && family != FAMILY_IPV6) return {};
+
+    const bool ipv4 = family == FAMILY_IPV4;
+    switch (kind) {
+        case SPECIAL_ANY:
+            return {ipv4 ? "0.0.0.0" : "::0"};
+        case SPECIAL_LOOPBACK:
+            return {ipv4 ? "127.0.0.1" : "::1"};
+        case SPECIAL_BROADCAST:
+            return {ipv4 ? "255.255.255.255" : "ff02::1"};
+        default:
+            return {};
+    }
+}
+
+void SocketXtImpl::Bind(SpecialAddressKind address, const char* port) {
+    SocketXtImpl::Bind(GetSpecialAddress(address, family_).c_str(), port);
+}
+
+void SocketXtImpl::Bind(const char* host, const char* port) {
+    constexpr const char* function = "VelNet::SocketXtImpl::Bind";
+    constexpr const char* description = "cannot bind socket to local address";
+    const WinsockScope scope(function);
+    std::string newHost(OrEmpty(host));
+    std::string newPort(OrEmpty(port));
+
+    const AddressWalk walk = TryAddresses(
+        host, port, AddressHints(socketType_, protocol_), [&](const Winsock::AddressInfo& entry) {
+            return Winsock::bind(handle_, entry.address, AddressLength(entry)) !=
+                   Winsock::SocketError;
+        });
+    switch (walk.outcome) {
+        case AddressWalk::NotResolved:
+            ThrowSocketXtError({function, description, "::getaddrinfo", walk.error, newHost.c_str(),
+                                newPort.c_str()});
+        case AddressWalk::Refused:
+            ThrowSocketXtError(
+                {function, description, "::bind", walk.error, newHost.c_str(), newPort.c_str()});
+        case AddressWalk::NoAddress:
+            return;  // Required: nothing was bound, and that is no failure.
+        case AddressWalk::Accepted:
+            break;
+    }
+    if (socketType_ == Winsock::TypeDatagram) state_ = STATE_CONNECTED;
+    if (socketType_ == Winsock::TypeStream) state_ = STATE_BOUND;
+    localHost_ = std::move(newHost);
+    localPort_ = std::move(newPort);
+}
+
+int SocketXtImpl::Listen() {
+    const int result = Winsock::listen(handle_, Backlog);
+    if (result == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSocketXtError({"VelNet::SocketXtImpl::Listen", "cannot listen on socket", "::listen",
+                            error, localHost_.c_str(), localPort_.c_str()});
+    }
+    state_ = STATE_LISTENING;
+    return result;
+}
+
+void SocketXtImpl::Connect(SpecialAddressKind address, const char* port) {
+    SocketXtImpl::Connect(GetSpecialAddress(address, family_).c_str(), port);
+}
+
+void SocketXtImpl::Connect(const char* host, const char* port) {
+    constexpr const char* function = "VelNet::SocketXtImpl::Connect";
+    constexpr const char* description = "cannot connect local socket to a remote address";
+    const WinsockScope scope(function);
+    std::string newHost(OrEmpty(host));
+    std::string newPort(OrEmpty(port));
+    // Required: these stay, however the connect ends.
+    localHost_ = std::string(NarrowComputerName().c_str());
+    localPort_ = std::string(AnyPort);
+
+    const AddressWalk walk = TryAddresses(
+        host, port, AddressHints(socketType_, protocol_), [&](const Winsock::AddressInfo& entry) {
+            return Winsock::connect(handle_, entry.address, AddressLength(entry)) !=
+                   Winsock::SocketError;
+        });
+    switch (walk.outcome) {
+        case AddressWalk::NotResolved:
+            ThrowSocketXtError({function, description, "::getaddrinfo", walk.error, newHost.c_str(),
+                                newPort.c_str()});
+        case AddressWalk::Refused:
+            ThrowSocketXtError({function, description, "::connect", walk.error,
+                                JoinEndpoint(localHost_, localPort_).c_str(),
+                                JoinEndpoint(newHost, newPort).c_str()});
+        case AddressWalk::NoAddress:
+            break;  // Required: no failure, and the record is written all the same.
+        case AddressWalk::Accepted:
+            state_ = STATE_CONNECTED;
+            remoteHost_ = std::move(newHost);
+            remotePort_ = std::move(newPort);
+            break;
+    }
+    TraceConnection(ConnectedFormat);
+}
+
+VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt>& socket,
+                                                    VelBase::ReturnString& host,
+                                                    VelBase::ReturnString& port) {
+    constexpr const char* function = "VelNet::SocketXtImpl::Accept";
+    const WinsockScope scope(function);
+    Winsock::AddressStorage storage = {};
+    int length = sizeof storage;
+    HandleOwner handle(Winsock::accept(handle_, &storage, &length));
+    if (handle.IsEmpty()) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSocketXtError({function, "cannot accept on local socket from remote address",
+                            "::accept", error, localHost_.c_str(), localPort_.c_str()});
+    }
+
+    // Required: the new socket knows no texts of its addresses.
+    const VelBase::InterfaceHolder<SocketXt> accepted(
+        MakeSocket(handle, STATE_CONNECTED, socketType_, protocol_, family_));
+    PeerTexts peer;
+    if (TellPeer(storage, 0, peer)) {
+        RememberPeer(peer, host, port);
+        TraceConnection(ConnectedFormat);
+    } else {
+        const int error = Winsock::WSAGetLastError();
+        ReportSocketXtError({function, "cannot get remote host name and port", "::getnameinfo",
+                             error, NoHost, NoPort});
+    }
+    socket = VelBase::ReturnPtrI<SocketXt>(accepted.Get());
+    return socket;
+}
+
+void SocketXtImpl::Close() {
+    if (Winsock::closesocket(handle_) == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        // Required: the name of the call is another one's.
+        ThrowSocketXtError({"VelNet::SocketXtImpl::Close", "cannot close a socket", "::getaddrinfo",
+                            error, localHost_.c_str(), localPort_.c_str()});
+    }
+    handle_ = Winsock::InvalidSocket;
+    state_ = STATE_CLOSED;
+    TraceConnection(DisconnectedFormat);
+}
+
+void SocketXtImpl::SetReceiveTimeout(unsigned int milliseconds) {
+    SetOption(Winsock::OptionReceiveTimeout, milliseconds,
+              "VelNet::SocketXtImpl::SetReceiveTimeout", "cannot set recv timeout");
+}
+
+void SocketXtImpl::SetSendTimeout(unsigned int milliseconds) {
+    SetOption(Winsock::OptionSendTimeout, milliseconds, "VelNet::SocketXtImpl::SetSendTimeout",
+              "cannot set send timeout");
+}
+
+void SocketXtImpl::SetReuseAddress() {
+    SetOption(Winsock::OptionReuseAddress, 1, "VelNet::SocketXtImpl::SetReuseAddress",
+              "cannot set reuse address");
+}
+
+void SocketXtImpl::SetOption(int option, unsigned int value, const char* function,
+                             const char* description) const {
+    if (SetSocketOption(handle_, option, value)) return;
+    const int error = Winsock::WSAGetLastError();
+    ThrowSocketXtError(
+        {function, description, "::setsockopt", error, localHost_.c_str(), localPort_.c_str()});
+}
+
+void SocketXtImpl::RememberPeer(const PeerTexts& peer, VelBase::ReturnString& host,
+                                VelBase::ReturnString& port) {
+    VelBase::ReturnString newHost(peer.host);
+    VelBase::ReturnString newPort(peer.port);
+    std::string newRemoteHost(peer.host);
+    std::string newRemotePort(peer.port);
+    // From here on nothing fails: all four change, or none.
+    host = std::move(newHost);
+    port = std::move(newPort);
+    remoteHost_ = std::move(newRemoteHost);
+    remotePort_ = std::move(newRemotePort);
+}
+
+void SocketXtImpl::TraceConnection(LogFormat format) const noexcept {
+    TryWriteConnectionRecord(format, [this] { return Endpoints(); });
+}
+
+TextEndpoints SocketXtImpl::Endpoints() const {
+    return {localHost_, localPort_, remoteHost_, remotePort_};
+}
+
+}  // namespace VelNet

@@ -1,0 +1,94 @@
+// The socket of either IP version behind SocketXt.
+#pragma once
+
+#include <Platform/Winsock.h>
+#include <Socket/LogFormat.h>
+#include <Socket/SocketState.h>
+#include <Socket/SocketXtTexts.h>
+#include <VelNet/SocketXt.h>
+#include <VelSynch/ReferenceCountedImpl.h>
+
+#include <string>
+
+namespace VelNet {
+
+// Wraps one system handle. Keeps the texts that it was given for its addresses, for the records and
+// the failure texts, and no addresses.
+class SocketXtImpl : public SocketXt, public VelSynch::ReferenceCountedImpl<int> {
+public:
+    // Takes the handle over.
+    SocketXtImpl(Winsock::Handle handle, SocketState state, int socketType, int protocol,
+                 ADDR_FAMILY family);
+    // Closes a socket that is still open; what fails then is reported and dropped.
+    ~SocketXtImpl() override;
+    SocketXtImpl(const SocketXtImpl&) = delete;
+    SocketXtImpl& operator=(const SocketXtImpl&) = delete;
+
+    bool IsSameSocket(const Socket& other) const override;
+    bool SetNonBlocking() override;
+    bool IsValid() const override;
+    void Bind(Octets address, unsigned short port) override;
+    int Listen() override;
+    void Connect(Octets address, unsigned short port) override;
+    VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) override;
+    void SetReceiveTimeout(unsigned int milliseconds) override;
+    void SetSendTimeout(unsigned int milliseconds) override;
+    void SetReuseAddress() override;
+    void Close() override;
+    int Receive(char* buffer, int length) override;
+    int Send(const char* buffer, int length) override;
+    bool IsDataAvailable() const override;
+    SocketAddress GetLocalAddress() const override;
+    SocketAddress GetRemoteAddress() const override;
+    int GetStatus() const override;
+
+    void Bind(SpecialAddressKind address, const char* port) override;
+    void Bind(const char* host, const char* port) override;
+    VelBase::ReturnPtrI<SocketXt>& Accept(VelBase::ReturnPtrI<SocketXt>& socket,
+                                          VelBase::ReturnString& host,
+                                          VelBase::ReturnString& port) override;
+    void Connect(SpecialAddressKind address, const char* port) override;
+    void Connect(const char* host, const char* port) override;
+    ADDR_FAMILY GetAddressFamily() const override;
+    void SetSocketForBroadcast() override;
+    void SetSocketForMulticast(SpecialAddressKind group, int mode) override;
+    void SetSocketForMulticast(const char* group, int mode) override;
+    int SendTo(const char* buffer, int length, SpecialAddressKind address,
+               const char* port) override;
+    int SendTo(const char* buffer, int length, const char* host, const char* port) override;
+    int RecvFrom(char* buffer, int length, VelBase::ReturnString& host,
+                 VelBase::ReturnString& port) override;
+    SOCKET_HANDLE GetHandle() const override;
+    VelBase::ReturnString GetSpecialAddress(SpecialAddressKind kind,
+                                            ADDR_FAMILY family) const override;
+
+private:
+    void SetOption(int option, unsigned int value, const char* function,
+                   const char* description) const;
+
+    // Stores the peer's texts here and where the caller wants them.
+    void RememberPeer(const PeerTexts& peer, VelBase::ReturnString& host,
+                      VelBase::ReturnString& port);
+
+    // Out of the way of the transfers that succeed.
+    int FailedSend() const;
+    [[noreturn]] void ThrowReceiveFailure(int result) const;
+
+    void TraceConnection(LogFormat format) const noexcept;
+    void TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
+
+    // As the records of the socket show them.
+    TextEndpoints Endpoints() const;
+
+    Winsock::Handle handle_;
+    SocketState state_;
+    std::string localHost_;
+    std::string localPort_;
+    std::string remoteHost_;
+    std::string remotePort_;
+    int socketType_;
+    int protocol_;
+    ADDR_FAMILY family_;
+};
+
+}  // namespace VelNet

@@ -1,0 +1,133 @@
+// The extended socket's transfers.
+#include <Socket/AddressList.h>
+#include <Socket/NarrowText.h>
+#include <Socket/SocketLayerState.h>
+#include <Socket/SocketXtFailure.h>
+#include <Socket/SocketXtImpl.h>
+#include <Socket/SocketXtTexts.h>
+#include <Socket/WinsockScope.h>
+
+#include <utility>
+
+namespace VelNet {
+
+namespace {
+
+// The number of a failure that is none of the system's.
+constexpr int NoSystemError = -1;
+
+}  // namespace
+
+int SocketXtImpl::Receive(char* buffer, int length) {
+    const int received = Winsock::recv(handle_, buffer, length, 0);
+    if (received == 0 || received == Winsock::SocketError) [[unlikely]] {
+        ThrowReceiveFailure(received);
+    }
+    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
+        TraceTransfer(ReceivedFormats, buffer, received);
+    }
+    return received;
+}
+
+int SocketXtImpl::Send(const char* buffer, int length) {
+    const int sent = Winsock::send(handle_, buffer, length, 0);
+    if (sent == Winsock::SocketError) [[unlikely]] {
+        return FailedSend();
+    }
+    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
+        TraceTransfer(SentFormats, buffer, sent);
+    }
+    return sent;
+}
+
+int SocketXtImpl::SendTo(const char* buffer, int length, SpecialAddressKind address,
+                         const char* port) {
+    return SocketXtImpl::SendTo(buffer, length, GetSpecialAddress(address, family_).c_str(), port);
+}
+
+int SocketXtImpl::SendTo(const char* buffer, int length, const char* host, const char* port) {
+    constexpr const char* function = "VelNet::SocketXtImpl::SendTo";
+    constexpr const char* description = "cannot sendto using connectionless socket";
+    const WinsockScope scope(function);
+
+    int sent = Winsock::SocketError;
+    const AddressWalk walk = TryAddresses(
+        host, port, AddressHints(socketType_, protocol_), [&](const Winsock::AddressInfo& entry) {
+            sent = Winsock::sendto(handle_, buffer, length, 0, entry.address, AddressLength(entry));
+            return sent != Winsock::SocketError;
+        });
+    if (walk.outcome != AddressWalk::Accepted) {
+        const bool resolved = walk.outcome != AddressWalk::NotResolved;
+        const int error = walk.ErrorOrLast();
+        ThrowSocketXtError({function, description, resolved ? "::sendto" : "::getaddrinfo", error,
+                            OrEmpty(host), OrEmpty(port)});
+    }
+    // Required: the local address is this computer's name and no port, whatever the socket is bound
+    // to.
+    TryWriteTransferRecords(SendtoFormats, buffer, sent, [&] {
+        return TextEndpoints(NarrowComputerName().c_str(), "Random Port", OrEmpty(host),
+                             OrEmpty(port));
+    });
+    return sent;
+}
+
+int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host,
+                           VelBase::ReturnString& port) {
+    constexpr const char* function = "VelNet::SocketXtImpl::RecvFrom";
+    const WinsockScope scope(function);
+    Winsock::AddressStorage storage = {};
+    int addressLength = sizeof storage;
+    const int received = Winsock::recvfrom(handle_, buffer, length, 0, &storage, &addressLength);
+    if (received == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSocketXtError({function, "cannot recvfrom using connectionless socket", "::recvfrom",
+                            error, NoHost, NoPort});
+    }
+
+    PeerTexts peer;
+    if (TellPeer(storage, socketType_ == Winsock::TypeDatagram ? Winsock::DatagramService : 0,
+                 peer)) {
+        VelBase::ReturnString newHost(peer.host);
+        VelBase::ReturnString newPort(peer.port);
+        host = std::move(newHost);
+        port = std::move(newPort);
+    } else {
+        const int error = Winsock::WSAGetLastError();
+        ReportSocketXtError(
+            {function, "cannot get remote host and port", "::getnameinfo", error, NoHost, NoPort});
+    }
+    TryWriteTransferRecords(RecvfromFormats, buffer, received, [&] {
+        return TextEndpoints(localHost_, localPort_, host.c_str(), port.c_str());
+    });
+    return received;
+}
+
+void SocketXtImpl::TraceTransfer(const TransferFormats& formats, const char* data,
+                                 int count) const noexcept {
+    TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(); });
+}
+
+int SocketXtImpl::FailedSend() const {
+    const int error = Winsock::WSAGetLastError();
+    if (error == Winsock::ErrorWouldBlock) return 0;
+    ThrowSocketXtError({"VelNet::SocketXtImpl::Send", "send on socket failed", "::send", error,
+                        JoinEndpoint(localHost_, localPort_).c_str(),
+                        JoinEndpoint(remoteHost_, remotePort_).c_str()});
+}
+
+// Required: unlike in Send, a call that would block is a failure like any other.
+void SocketXtImpl::ThrowReceiveFailure(int result) const {
+    constexpr const char* function = "VelNet::SocketXtImpl::Receive";
+    if (result == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSocketXtError({function, "recieve on socket failed", "::recv", error,
+                            JoinEndpoint(localHost_, localPort_).c_str(),
+                            JoinEndpoint(remoteHost_, remotePort_).c_str()});
+    }
+    // Required: the local host with a colon and the local port, unlike above.
+    ThrowSocketXtError({function,
+                        "::recv could not be completed because the connection has been closed",
+                        "::recv", NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});
+}
+
+}  // namespace VelNet

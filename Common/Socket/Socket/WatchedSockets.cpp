@@ -1,0 +1,45 @@
+#include <Socket/WatchedSockets.h>
+
+#include <VelNet/SocketCollection.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace VelNet {
+
+bool WatchedSockets::Set::Contains(Winsock::Handle handle) const noexcept {
+    const Winsock::Handle* const end = handles.handles + handles.count;
+    return std::find(handles.handles, end, handle) != end;
+}
+
+void WatchedSockets::Set::Count(Winsock::Handle handle) noexcept {
+    if (Contains(handle)) return;
+    if (handles.count < Winsock::HandleSet::Room) handles.handles[handles.count++] = handle;
+    ++counted;
+}
+
+void WatchedSockets::Watch(Winsock::Handle handle, int event) noexcept {
+    switch (event) {
+        case EVENT_ACCEPT:
+        case EVENT_READ:
+        case EVENT_CLOSE:
+            reading_.Count(handle);
+            break;
+        case EVENT_WRITE:
+            writing_.Count(handle);
+            break;
+        default:
+            return;
+    }
+    largest_ = std::max(largest_, handle);
+}
+
+int WatchedSockets::Wait(unsigned int seconds) {
+    // The system counts in int.
+    constexpr unsigned int most = std::numeric_limits<int>::max();
+    const Winsock::TimeValue time = {static_cast<int>(std::min(seconds, most)), 0};
+    return Winsock::select(static_cast<int>(largest_ + 1), reading_.OrNone(), writing_.OrNone(),
+                           nullptr, &time);
+}
+
+}  // namespace VelNet
