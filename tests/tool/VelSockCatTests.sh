@@ -1,197 +1,133 @@
 #!/usr/bin/env bash
-# velsock-cat seen from outside: what it writes and what it ends with.
+# velsock-cat's connections seen from outside: what it writes and what it ends with.
 #
-#   VelSockCatTests.sh VELSOCK_CAT TEST
+#   VelSockCatTests.sh VELSOCK_CAT SOCKETS TEST
+#
+# SOCKETS is classic, xt, or ipv6 for extended sockets on a computer whose name is an IPv6 one.
 set -euo pipefail
 
-velsock_cat=$(realpath "$1")
-folder=$(mktemp -d)
-cd "$folder"
+script=$(realpath "${BASH_SOURCE[0]}")
+program=$(realpath "$1")
+script_arguments=("$program" "$2" "$3")
+velsock_cat=$program
+sockets=$2
+# shellcheck source=Tool.sh
+source "$(dirname "$script")/Tool.sh"
 
-peer=""
-tidy_up() {
-  [ -z "$peer" ] || kill "$peer" 2>/dev/null || true
-  rm -rf "$folder"
-}
-trap tidy_up EXIT
-
-fail() {
-  echo "$1" >&2
-  exit 1
-}
-
-expect_equal() {
-  [ "$1" = "$2" ] || fail "expected '$2' but saw '$1'"
-}
-
-expect_match() {
-  [[ $1 =~ $2 ]] || fail "expected a match of '$2' but saw '$1'"
+set_up() {
+  if [ "$sockets" = ipv6 ]; then enter_own_network '::1 velsock-ipv6' '127.0.0.1 localhost' '::1 localhost'; fi
+  if [ "$sockets" = classic ]; then
+    family=--classic
+    resolver='VelNet::SocketAddress::GetOctetsFromMachineName\(\) - FAIL\.|VelNet::SocketAddress::ConvertDotted'
+  else
+    family=--xt
+    resolver='VelNet::SocketXtImpl::Connect , .* , ::getaddrinfo , '
+  fi
 }
 
-# Runs the program in the foreground; its code, outputs and failure line are left in status, out and err.
-run() {
-  status=0
-  "$velsock_cat" "$@" >out 2>err || status=$?
+# The beginning of a failure's text.
+failing() {
+  if [ "$sockets" = classic ]; then echo "VelNet::SocketImpl::$1\(\) - FAIL\."; else echo "VelNet::SocketXtImpl::$1 , "; fi
 }
 
-# start_listening OPTION... <INPUT: the program in the background on a port that it chose; sets peer, port.
-# Its standard output goes to peer.out.
+# start_listening OPTION... <INPUT: the program in the background on a free port.
 start_listening() {
-  mkfifo says.pipe
-  "$velsock_cat" "$@" listen 0 <&0 >peer.out 2>says.pipe &
-  peer=$!
-  exec {says}<says.pipe
-  local line
-  read -r line <&"$says" || fail "nothing was announced"
-  expect_match "$line" '^listening on 127\.0\.0\.1 port [1-9][0-9]*$'
-  port=${line##* }
-}
-
-# Sets peer_status; what the program has said since it announced its port is in peer.err.
-await_peer() {
-  peer_status=0
-  cat <&"$says" >peer.err
-  wait "$peer" || peer_status=$?
-  peer=""
+  if [ "$sockets" = classic ]; then
+    launch "$velsock_cat" --classic "$@" listen 0 || fail "nothing was announced"
+  else
+    launch_on_free_port listen "$velsock_cat" "$@" listen
+  fi
 }
 
 # An independent peer on descriptor 3.
 connect_plainly() {
-  exec 3<>"/dev/tcp/127.0.0.1/$port"
+  exec 3<>"/dev/tcp/$host/$port"
 }
 
 make_file() {
   head -c 3000001 /dev/urandom >file
 }
 
-take_closed_port() {
-  start_listening </dev/null
-  kill "$peer"
-  await_peer
-  rm says.pipe
-}
-
-expect_usage_error() {
-  run "$@" </dev/null
-  expect_equal "$status" 1
-  expect_equal "$(wc -l <err)" 1
-  expect_equal "$(stat -c %s out)" 0
-  expect_match "$(cat err)" '^velsock-cat: .*; see velsock-cat --help$'
-}
-
-TestHelpGoesToStandardOutput() {
-  run --help
-  expect_equal "$status" 0
-  expect_equal "$(stat -c %s err)" 0
-  expect_match "$(cat out)" 'Usage:'
-  local code
-  for code in 0 1 2 3 4 5 6; do
-    grep -q "^  $code  " out || fail "exit code $code is not explained"
-  done
-}
-
-TestVersionGoesToStandardOutput() {
-  run --version
-  expect_equal "$status" 0
-  expect_match "$(cat out)" '^velsock-cat [0-9]+\.[0-9]+\.[0-9]+$'
-}
-
-TestNoArgumentsAreWrongUsage() { expect_usage_error; }
-
-TestAnUnknownCommandIsWrongUsage() { expect_usage_error converse 127.0.0.1 80; }
-
-TestAnUnknownOptionIsWrongUsage() { expect_usage_error --loud connect 127.0.0.1 80; }
-
-TestAnOptionWithoutItsValueIsWrongUsage() {
-  expect_usage_error connect 127.0.0.1 80 --recv-timeout
-  expect_usage_error connect 127.0.0.1 80 --trace
-}
-
-TestAMissingOrSurplusOperandIsWrongUsage() {
-  expect_usage_error listen
-  expect_usage_error listen 127.0.0.1 80 81
-  expect_usage_error connect 80
-  expect_usage_error connect 127.0.0.1 80 81
-}
-
-TestAPortThatIsNoPortIsWrongUsage() {
-  local text
-  for text in 80x x80 '' ' 80' '80 ' +80 0x50 8.0 70000 65536 4294967376 99999999999999999999 $'80\n'; do
-    expect_usage_error connect 127.0.0.1 "$text"
-    expect_usage_error listen "$text"
-  done
-  expect_usage_error listen -- -1
-  expect_usage_error connect 127.0.0.1 0
-}
-
-TestATimeOutThatIsNoNumberIsWrongUsage() {
-  local text
-  for text in 1s -1 '' 1.5 4294967296; do
-    expect_usage_error --recv-timeout "$text" connect 127.0.0.1 80
-    expect_usage_error --send-timeout "$text" connect 127.0.0.1 80
-  done
-}
-
-TestATraceListWithAnUnknownOrEmptyItemIsWrongUsage() {
-  local list
-  for list in everything 'connection,' ',packet' 'connection,,packet' Packet ''; do
-    expect_usage_error --trace "$list" connect 127.0.0.1 80
-  done
-}
-
-TestContradictingDirectionsAreWrongUsage() {
-  expect_usage_error --send-only --receive-only connect 127.0.0.1 80
-}
-
-TestALogFileWithoutTraceIsWrongUsage() { expect_usage_error --log-file log connect 127.0.0.1 80; }
-
-TestAnEmptyHostIsWrongUsage() {
-  expect_usage_error connect '' 80
-  expect_usage_error listen '' 80
-}
-
 TestAHostThatDoesNotResolveEndsWith2() {
-  local host
-  for host in name.invalid 256.1.2.3 1.2.3.4.5 . ... "$(printf 'x%.0s' {1..5000})" $'\xff\xfe'; do
-    run connect "$host" 80 </dev/null
+  local name
+  for name in name.invalid 256.1.2.3 1.2.3.4.5 . ... "$(printf 'x%.0s' {1..5000})" $'\xff\xfe'; do
+    run "$family" connect "$name" 80 </dev/null
     expect_equal "$status" 2
     expect_equal "$(wc -l <err)" 1
-    expect_match "$(cat err)" '^velsock-cat: VelNet::SocketAddress::.* \(code -?[0-9]+\)$'
+    expect_match "$(cat err)" "^velsock-cat: ($resolver).* \(code -?[0-9]+\)$"
   done
 }
 
 TestControlCharactersOfAHostStayOnOneLine() {
-  run connect $'no\nsuch\e[31mhost.invalid' 80 </dev/null
+  run "$family" connect $'no\nsuch\e[31mhost.invalid' 80 </dev/null
   expect_equal "$status" 2
   expect_equal "$(wc -l <err)" 1
   expect_match "$(cat err)" 'no\\x0Asuch\\x1B\[31mhost\.invalid'
 }
 
+TestListeningTakesTheLoopbackAddress() {
+  start_listening </dev/null
+  case $sockets in
+    classic) expect_equal "$host" 127.0.0.1 ;;
+    xt) expect_match "$host" '^(127\.0\.0\.1|::1)$' ;;
+    ipv6) expect_equal "$host" ::1 ;;
+  esac
+}
+
 TestARefusedConnectionEndsWith3() {
-  take_closed_port
-  run connect 127.0.0.1 "$port" </dev/null
+  start_listening </dev/null
+  kill "$peer"
+  await_peer
+  run "$family" connect "$host" "$port" </dev/null
   expect_equal "$status" 3
   expect_equal "$(wc -l <err)" 1
-  expect_match "$(cat err)" "^velsock-cat: VelNet::SocketImpl::Connect\(\) - FAIL\. Cannot connect to a socket: 127\.0\.0\.1:$port.*Connection refused \(code 10061\)$"
+  expect_match "$(cat err)" "^velsock-cat: $(failing Connect).*$host:$port.* Connection refused \(code 10061\)$"
 }
 
 TestAPortInUseEndsWith3() {
   start_listening </dev/null
-  run listen "$port" </dev/null
+  run "$family" listen "$port" </dev/null
   expect_equal "$status" 3
-  expect_match "$(cat err)" '^velsock-cat: VelNet::SocketImpl::Bind\(\) - FAIL\..* \(code 10048\)$'
+  expect_match "$(cat err)" "^velsock-cat: $(failing Bind).* \(code 10048\)$"
+}
+
+TestAPortInUseCanBeSharedWhenAllAgree() {
+  start_listening --reuse </dev/null
+  local first=$peer
+  launch "$velsock_cat" "$family" --reuse listen "$port" </dev/null || fail "the port is not shared"
+  kill "$first"
 }
 
 TestAnAddressThatIsNotLocalEndsWith3() {
-  run listen 192.0.2.1 0 </dev/null
+  start_listening </dev/null
+  local foreign=192.0.2.1
+  [ "$host" = 127.0.0.1 ] || foreign=2001:db8::1
+  run "$family" listen "$foreign" "$port" </dev/null
   expect_equal "$status" 3
-  expect_match "$(cat err)" '^velsock-cat: VelNet::SocketImpl::Bind\(\) - FAIL\..* \(code 10049\)$'
+  expect_match "$(cat err)" "^velsock-cat: $(failing Bind).* \(code 10049\)$"
+}
+
+TestAnAddressOfTheOtherIpVersionEndsWith3AndAWordOnTheSocket() {
+  start_listening </dev/null
+  if [ "$sockets" = classic ]; then
+    run "$family" connect ::1 "$port" </dev/null
+    expect_equal "$status" 2
+  elif [ "$host" = ::1 ]; then
+    run "$family" connect 127.0.0.1 "$port" </dev/null
+    expect_equal "$status" 3
+    expect_match "$(cat err)" "\(code 100(14|47)\); the socket speaks IPv6 because the first address of this computer's name does; --classic speaks IPv4$"
+  else
+    run "$family" connect ::1 "$port" </dev/null
+    expect_equal "$status" 3
+    expect_match "$(cat err)" "\(code 100(14|47)\); the socket speaks IPv4 because the first address of this computer's name does$"
+  fi
+  expect_equal "$(wc -l <err)" 1
 }
 
 TestAFileGoesFromTheClientToTheServer() {
   make_file
   start_listening --receive-only </dev/null
-  run --send-only connect 127.0.0.1 "$port" <file
+  run "$family" --send-only connect "$host" "$port" <file
   await_peer
   expect_equal "$status $peer_status" "0 0"
   cmp file peer.out
@@ -200,10 +136,18 @@ TestAFileGoesFromTheClientToTheServer() {
 TestAFileGoesFromTheServerToTheClient() {
   make_file
   start_listening --send-only <file
-  run --receive-only connect localhost "$port" </dev/null
+  run "$family" --receive-only connect "$host" "$port" </dev/null
   await_peer
   expect_equal "$status $peer_status" "0 0"
   cmp file out
+}
+
+# Of a name's addresses, each family takes the one that fits.
+TestAClientFindsTheServerByName() {
+  start_listening --send-only < <(echo text)
+  run "$family" --receive-only connect localhost "$port" </dev/null
+  await_peer
+  expect_equal "$status $peer_status $(cat out)" "0 0 text"
 }
 
 TestBothDirectionsMoveAtOnce() {
@@ -242,7 +186,7 @@ TestWhenThePeerClosesItDoesNotWaitForMoreInput() {
   await_peer
   expect_equal "$peer_status" 0
   expect_equal "$(cat peer.out)" farewell
-  expect_match "$(tail -n 1 peer.err)" 'Disconnected, Local address: 127\.0\.0\.1 \([0-9]+\)|Disconnected, Local address: 0\.0\.0\.0'
+  expect_match "$(tail -n 1 peer.err)" ' Network/Connection Trace: Disconnected, Local address: '
 }
 
 TestAPeerThatResetsEndsWith4() {
@@ -259,7 +203,7 @@ TestAPeerThatResetsEndsWith4() {
   await_peer
   expect_equal "$peer_status" 4
   expect_equal "$(wc -l <peer.err)" 1
-  expect_match "$(cat peer.err)" '^velsock-cat: VelNet::SocketImpl::(Receive|Send)\(\) - FAIL\..* \(code 1005[34]\)$'
+  expect_match "$(cat peer.err)" "^velsock-cat: ($(failing Receive)|$(failing Send)).* \(code 1005[34]\)$"
 }
 
 # Bash's zero time-out only asks whether there is something to read.
@@ -272,7 +216,7 @@ TestASilentPeerEndsWith5AfterTheReceiveTimeOut() {
   connect_plainly
   await_peer
   expect_equal "$peer_status" 5
-  expect_match "$(cat peer.err)" '^velsock-cat: VelNet::SocketImpl::Receive\(\) - FAIL\..* \(code 10060\)$'
+  expect_match "$(cat peer.err)" "^velsock-cat: $(failing Receive).* \(code 10060\)$"
 }
 
 TestAPeerThatTakesNothingEndsWith5AfterTheSendTimeOut() {
@@ -280,13 +224,13 @@ TestAPeerThatTakesNothingEndsWith5AfterTheSendTimeOut() {
   connect_plainly
   await_peer
   expect_equal "$peer_status" 5
-  expect_match "$(cat peer.err)" '^velsock-cat: VelNet::SocketImpl::Send\(\) - FAIL\..* \(code 10060\)$'
+  expect_match "$(cat peer.err)" "^velsock-cat: $(failing Send).* \(code 10060\)$"
 }
 
 TestAFullOutputEndsWith6() {
   start_listening --send-only < <(echo text)
   status=0
-  "$velsock_cat" --receive-only connect 127.0.0.1 "$port" </dev/null >/dev/full 2>err || status=$?
+  "$velsock_cat" "$family" --receive-only connect "$host" "$port" </dev/null >/dev/full 2>err || status=$?
   expect_equal "$status" 6
   expect_equal "$(cat err)" "velsock-cat: Cannot write standard output: No space left on device"
 }
@@ -299,7 +243,7 @@ TestABrokenOutputPipeEndsWith6() {
   exec 6>output
   exec 5<&-
   status=0
-  "$velsock_cat" --receive-only connect 127.0.0.1 "$port" </dev/null >&6 2>err || status=$?
+  "$velsock_cat" "$family" --receive-only connect "$host" "$port" </dev/null >&6 2>err || status=$?
   expect_equal "$status" 6
   expect_equal "$(cat err)" "velsock-cat: Cannot write standard output: Broken pipe"
 }
@@ -307,14 +251,14 @@ TestABrokenOutputPipeEndsWith6() {
 TestAClosedOutputEndsWith6AndNeverReachesThePeer() {
   start_listening --send-only < <(echo text)
   status=0
-  "$velsock_cat" --receive-only connect 127.0.0.1 "$port" </dev/null >&- 2>err || status=$?
+  "$velsock_cat" "$family" --receive-only connect "$host" "$port" </dev/null >&- 2>err || status=$?
   expect_equal "$status" 6
   expect_equal "$(cat err)" "velsock-cat: Cannot write standard output: Bad file descriptor"
 }
 
 TestAnUnreadableInputEndsWith6() {
   start_listening --receive-only </dev/null
-  run --send-only connect 127.0.0.1 "$port" <"$folder"
+  run "$family" --send-only connect "$host" "$port" <"$folder"
   expect_equal "$status" 6
   expect_equal "$(cat err)" "velsock-cat: Cannot read standard input: Is a directory"
 }
@@ -327,7 +271,7 @@ TestAnUnreadableInputEndsTheExchangeWhileThePeerIsSilent() {
 }
 
 TestALogFileThatCannotBeOpenedEndsWith6() {
-  run --trace error --log-file "$folder/none/log" connect 127.0.0.1 1 </dev/null
+  run "$family" --trace error --log-file "$folder/none/log" connect 127.0.0.1 1 </dev/null
   expect_equal "$status" 6
   expect_equal "$(wc -l <err)" 1
   expect_match "$(cat err)" "^velsock-cat: .*$folder/none/log"
@@ -335,10 +279,10 @@ TestALogFileThatCannotBeOpenedEndsWith6() {
 
 TestTraceShowsTheChosenRecordsAlone() {
   start_listening --receive-only </dev/null
-  run --send-only --trace connection,verbose connect 127.0.0.1 "$port" < <(printf '\001\377A')
+  run "$family" --send-only --trace connection,verbose connect "$host" "$port" < <(printf '\001\377A')
   await_peer
   expect_equal "$(wc -l <err)" 3
-  expect_match "$(sed -n 1p err)" ' Network/Connection Trace: Connected, Local address: 127\.0\.0\.1 '
+  expect_match "$(sed -n 1p err)" " Network/Connection Trace: Connected, Local address: .*, Remote address: $host \($port\)"
   expect_match "$(sed -n 2p err)" ' Network/Verbose Packet Trace: Sent 3 bytes, .*, data: '
   expect_match "$(sed -n 3p err)" ' Network/Connection Trace: Disconnected, '
   expect_equal "$(stat -c %s peer.err)" 0
@@ -346,11 +290,12 @@ TestTraceShowsTheChosenRecordsAlone() {
 
 TestTraceGoesToTheLogFileInstead() {
   start_listening --receive-only </dev/null
-  run --send-only --trace packet --log-file log connect 127.0.0.1 "$port" < <(printf text)
+  run "$family" --send-only --trace packet --log-file log connect "$host" "$port" < <(printf text)
   await_peer
   expect_equal "$(stat -c %s err)" 0
   expect_equal "$(wc -l <log)" 1
   expect_match "$(cat log)" ' Network/Packet Trace: Sent 4 bytes, '
 }
 
-"$2"
+set_up
+"$3"

@@ -1,71 +1,25 @@
 #!/usr/bin/env bash
-# Shows the library at work through velsock-cat and checks all that it shows.
+# Shows the library at work through its tools and checks all that it shows.
 #
-#   demo.sh VELSOCK_CAT FOLDER      FOLDER holds what the demo makes; its contents are replaced
+#   demo.sh BIN FOLDER      BIN holds the programs, FOLDER what the demo makes; its contents are replaced
 #
 # Ends with 0 only when everything held.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-cat_program=$(realpath "$1")
+bin=$(realpath "$1")
 mkdir -p "$2"
 cd "$2"
 rm -rf ./*
 
-server=""
-web_server=""
-end_processes() {
-  local process
-  for process in $server $web_server; do
-    kill "$process" 2>/dev/null || true
-  done
-}
-trap end_processes EXIT
-
-title() {
-  printf '\n--- %s\n' "$1"
-}
-
-fail() {
-  echo "demo: $1" >&2
-  exit 1
-}
-
-# start_server OPTION... <INPUT >OUTPUT: sets server and port. What it says goes to server.log.
-start_server() {
-  rm -f server.log
-  mkfifo server.log.pipe
-  "$cat_program" "$@" listen 0 2>server.log.pipe <&0 &
-  server=$!
-  exec {says}<server.log.pipe
-  rm server.log.pipe
-  local line
-  read -r line <&"$says" || fail "the server did not start"
-  port=${line##* }
-}
-
-# Waits for the server's end, keeps the rest of what it said, and ends with its exit code.
-await_server() {
-  local status=0
-  cat <&"$says" >server.log
-  exec {says}<&-
-  wait "$server" || status=$?
-  server=""
-  return "$status"
-}
-
-# A port that was open a moment ago and is not any more.
-take_closed_port() {
-  start_server --receive-only </dev/null >/dev/null
-  kill "$server"
-  await_server 2>/dev/null || true
-}
+# shellcheck source=Processes.sh
+source "$here/Processes.sh"
 
 # Files of this machine, in full, and then random bytes.
 make_file() {
   local size=$((80 * 1024 * 1024))
   {
-    find "$(dirname "$cat_program")/.." -name '*.so*' -type f -exec cat {} +
+    find "$bin/.." -name '*.so*' -type f -exec cat {} +
     find /usr/bin -type f -size +64k -exec cat {} +
     cat /dev/urandom
   } 2>/dev/null | head -c "$size" >sent || true
@@ -81,7 +35,7 @@ show_transfer() {
   make_file
   start_server --receive-only </dev/null >received
   local begin=${EPOCHREALTIME/[.,]/} end
-  "$cat_program" --send-only connect 127.0.0.1 "$port" <sent || fail "the client failed"
+  "$cat_program" --classic --send-only connect 127.0.0.1 "$port" <sent || fail "the client failed"
   await_server || fail "the server failed"
   end=${EPOCHREALTIME/[.,]/}
   awk -v bytes="$(stat -c %s received)" -v microseconds="$((end - begin))" \
@@ -107,9 +61,10 @@ web_server_answers() {
 start_web_server() {
   local attempt
   for attempt in {1..20}; do
-    take_closed_port
+    take_closed_port listen
     busybox httpd -f -p "127.0.0.1:$port" -h site &
     web_server=$!
+    others=("$web_server")
     if web_server_answers; then return; fi
     echo "port $port was taken in the meantime (attempt $attempt)"
   done
@@ -119,7 +74,7 @@ start_web_server() {
 stop_web_server() {
   kill "$web_server"
   wait "$web_server" 2>/dev/null || true
-  web_server=""
+  others=()
 }
 
 show_page() {
@@ -128,7 +83,7 @@ show_page() {
   cp "$here/page.html" site/
   start_web_server
   printf 'GET /page.html HTTP/1.0\r\nHost: 127.0.0.1\r\n\r\n' |
-    "$cat_program" connect 127.0.0.1 "$port" >response || fail "the client failed"
+    "$cat_program" --classic connect 127.0.0.1 "$port" >response || fail "the client failed"
   stop_web_server
   sed '/^\r$/q' response | tr -d '\r'
   # The head ends with the first empty line.
@@ -141,7 +96,7 @@ show_records() {
   title "The records of a short exchange"
   start_server --trace connection,packet --receive-only </dev/null >greeting
   echo 'Good morning!' |
-    "$cat_program" --trace connection,packet --send-only connect 127.0.0.1 "$port" 2>client.log ||
+    "$cat_program" --classic --trace connection,packet --send-only connect 127.0.0.1 "$port" 2>client.log ||
     fail "the client failed"
   await_server || fail "the server failed"
   sed 's/^/client: /' client.log
@@ -155,9 +110,9 @@ show_records() {
 
 show_refusal() {
   title "A refused connection"
-  take_closed_port
+  take_closed_port listen
   local status=0 text
-  "$cat_program" --trace error connect 127.0.0.1 "$port" </dev/null 2>refusal.log || status=$?
+  "$cat_program" --classic --trace error connect 127.0.0.1 "$port" </dev/null 2>refusal.log || status=$?
   [ "$status" = 3 ] || fail "the exit code is $status"
   text=$(head -n 1 refusal.log | sed 's|^[^ ]* Network/Error: ||')
   echo "$text"
@@ -166,8 +121,102 @@ show_refusal() {
   [[ $text == *"Connection refused" ]] || fail "the text ends otherwise"
 }
 
+# Extended sockets need the number of a free port. It may be taken in the meantime: then there is another.
+start_datagram_server() {
+  local attempt
+  for attempt in {1..20}; do
+    take_closed_port udp-listen
+    launch "$cat_program" "$@" udp-listen "$port" </dev/null && return
+    echo "port $port was taken in the meantime (attempt $attempt)"
+  done
+  fail "the datagram server does not start"
+}
+
+show_datagrams() {
+  title "Datagrams between two processes"
+  head -c 5000 /dev/urandom >datagrams
+  start_datagram_server --count 5 --from >received-datagrams
+  "$cat_program" udp-send "$host" "$port" <datagrams || fail "the sender failed"
+  "$cat_program" --size 0 --count 1 udp-send "$host" "$port" || fail "the sender failed"
+  await_server || fail "the receiver failed"
+  cat server.log
+  [ "$(sed 's/ .*//' server.log | xargs)" = "1400 1400 1400 800 0" ] || fail "the datagrams have other lengths"
+  cmp datagrams received-datagrams || fail "the datagrams have changed on their way"
+  echo "Five datagrams, one of them empty, came as they were sent."
+}
+
+# in_own_network COMMAND...: in a network with the loopback interface alone, with own mounts and host name.
+in_own_network() {
+  local unshare=(unshare --net --mount --uts)
+  [ "$(id -u)" = 0 ] || unshare+=(--map-root-user)
+  "${unshare[@]}" "$@"
+}
+
+# There the demo can choose this computer's name and its addresses, and a multicast disturbs nobody.
+show_own_network() {
+  if in_own_network true 2>/dev/null; then
+    in_own_network "$here/OwnNetwork.sh" "$bin" "$PWD"
+  else
+    title "IPv6 and multicast"
+    echo "Not shown: this system does not let the demo make a network of its own ($(reason_of in_own_network true))."
+  fi
+}
+
+reason_of() {
+  "$@" 2>&1 | tail -n 1
+}
+
+show_collection_server() {
+  title "A server on one thread with fifty clients at once"
+  mkfifo collection-server.pipe
+  "$bin/example-collection-server" 0 >collection-server.pipe &
+  server=$!
+  exec {says}<collection-server.pipe
+  local line
+  read -r line <&"$says" || fail "the collection server did not start"
+  "$bin/demo-echo-clients" "${line##* }" || fail "the clients did not get back what they sent"
+  # All fifty and the late one.
+  for _ in {1..51}; do
+    read -r -t 30 line <&"$says" || fail "the server has not seen every connection end"
+    echo "$line"
+  done >ends
+  kill "$server"
+  await_server 2>/dev/null || true
+  echo "The server saw $(wc -l <ends) connections end: $(grep -c ' closed ' ends) closed, $(grep -c ' lost ' ends) lost."
+}
+
+# show_answer WORD...: what velsock-resolve answers; its code is left in status.
+show_answer() {
+  status=0
+  answer=$("$bin/velsock-resolve" "$@" 2>resolve.log) || status=$?
+  printf 'velsock-resolve %s\n' "$*"
+  { [ -z "$answer" ] || echo "$answer"; } | sed 's/^/  /'
+  sed 's/^/  /' resolve.log
+}
+
+show_names() {
+  title "What the resolvers answer"
+  show_answer --json --cache forward localhost localhost
+  [ "$status" = 0 ] || fail "localhost does not resolve"
+  [ "$(head -n 1 <<<"$answer")" = "$(tail -n 1 <<<"$answer")" ] || fail "the cache answers differently"
+  show_answer dotted 127.1
+  [ "$answer" = 127.0.0.1 ] || fail "127.1 is another address"
+  show_answer local-name
+  [ "$answer" = "$(uname -n)" ] || fail "this computer has another name"
+  show_answer ip-version
+  show_answer local-domain
+  show_answer name-servers
+  [ "$status" = 0 ] || [ "$status" = 7 ] || fail "the exit code is $status"
+  show_answer forward no-such-host.invalid
+  [ "$status" = 2 ] || fail "the exit code is $status"
+}
+
 show_transfer
 show_page
 show_records
 show_refusal
+show_datagrams
+show_own_network
+show_collection_server
+show_names
 printf '\nAll of this held.\n'

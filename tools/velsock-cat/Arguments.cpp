@@ -1,68 +1,46 @@
 #include "Arguments.h"
 
-#include "Failure.h"
-
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <limits>
-#include <string_view>
+
+#include "Options.h"
 
 namespace VelSockCat {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& text) {
-    throw Failure(ExitCode::WrongUsage, text + "; see velsock-cat --help");
+// A command and what stands behind it: a port, and before it a host that is needed or may be left
+// out, or none at all.
+enum class Host { None, Optional, Needed };
+
+struct CommandRow {
+    const char* name;
+    Command command;
+    Host host;
+    bool systemMayChoosePort;
+    const char* operands;
+};
+
+constexpr std::array<CommandRow, 6> CommandRows{{
+    {"listen", Command::Listen, Host::Optional, true, "[HOST] PORT"},
+    {"connect", Command::Connect, Host::Needed, false, "HOST PORT"},
+    {"udp-send", Command::UdpSend, Host::Needed, false, "HOST PORT"},
+    {"udp-listen", Command::UdpListen, Host::Optional, true, "[HOST] PORT"},
+    {"broadcast", Command::Broadcast, Host::None, false, "PORT"},
+    {"multicast", Command::Multicast, Host::Needed, false, "GROUP PORT"},
+}};
+
+const CommandRow& RowOf(const std::string& name) {
+    const auto* const row = std::find_if(CommandRows.begin(), CommandRows.end(),
+                                         [&](const CommandRow& each) { return each.name == name; });
+    if (row == CommandRows.end()) Refuse("unknown command '" + name + "'");
+    return *row;
 }
 
-// All of the text must be decimal digits that make a number up to the limit: no sign, no blank, no
-// rest.
-unsigned int ParseNumber(const std::string& text, unsigned int limit, const std::string& what) {
-    unsigned int number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || rest != end || number > limit) {
-        Refuse("'" + text + "' is not a " + what + " (a number up to " + std::to_string(limit) +
-               ")");
-    }
-    return number;
-}
-
-unsigned short ParsePort(const std::string& text) {
-    constexpr unsigned int highest = std::numeric_limits<unsigned short>::max();
-    return static_cast<unsigned short>(ParseNumber(text, highest, "port"));
-}
-
-unsigned int ParseMilliseconds(const std::string& text) {
-    return ParseNumber(text, std::numeric_limits<unsigned int>::max(), "number of milliseconds");
-}
-
-std::string CategoryOf(const std::string& name) {
-    struct Row {
-        std::string_view name;
-        std::string_view category;
-    };
-    static constexpr std::array<Row, 4> rows{{{"connection", "Connection Trace"},
-                                              {"packet", "Packet Trace"},
-                                              {"verbose", "Verbose Packet Trace"},
-                                              {"error", "Error"}}};
-    const auto* const row =
-        std::find_if(rows.begin(), rows.end(), [&](const Row& each) { return each.name == name; });
-    if (row == rows.end()) {
-        Refuse("'" + name + "' is none of connection, packet, verbose, error");
-    }
-    return std::string(row->category);
-}
-
-std::vector<std::string> ParseCategories(const std::string& list) {
-    std::vector<std::string> categories;
-    for (std::size_t begin = 0; begin <= list.size();) {
-        const std::size_t end = std::min(list.find(',', begin), list.size());
-        categories.push_back(CategoryOf(list.substr(begin, end - begin)));
-        begin = end + 1;
-    }
-    return categories;
+bool IsRightNumber(const CommandRow& row, std::size_t operands) {
+    const std::size_t least = row.host == Host::Needed ? 2 : 1;
+    const std::size_t most = row.host == Host::None ? 1 : 2;
+    return least <= operands && operands <= most;
 }
 
 class Parser {
@@ -72,7 +50,7 @@ public:
     Arguments Parse() {
         while (next_ < words_.size())
             TakeWord(words_[next_++]);
-        if (!isInformation_) TakeOperands();
+        if (!isInformation_) TakeCommand();
         return std::move(arguments_);
     }
 
@@ -87,26 +65,13 @@ private:
         }
     }
 
-    void TakeOption(const std::string& option) {
-        if (option == "--help") return TakeInformation(Command::Help);
-        if (option == "--version") return TakeInformation(Command::Version);
-        if (option == "--send-only") return TakeDirection(Direction::SendOnly);
-        if (option == "--receive-only") return TakeDirection(Direction::ReceiveOnly);
-        TakeOptionWithValue(option);
-    }
-
-    void TakeOptionWithValue(const std::string& option) {
-        if (option == "--trace") {
-            arguments_.categories = ParseCategories(ValueOf(option));
-        } else if (option == "--log-file") {
-            arguments_.logFile = ValueOf(option);
-        } else if (option == "--recv-timeout") {
-            arguments_.receiveTimeout = ParseMilliseconds(ValueOf(option));
-        } else if (option == "--send-timeout") {
-            arguments_.sendTimeout = ParseMilliseconds(ValueOf(option));
-        } else {
-            Refuse("unknown option '" + option + "'");
-        }
+    void TakeOption(const std::string& word) {
+        if (word == "--help") return TakeInformation(Command::Help);
+        if (word == "--version") return TakeInformation(Command::Version);
+        const Option* const option = FindOption(word);
+        if (option == nullptr) Refuse("unknown option '" + word + "'");
+        option->take(arguments_, option->hasValue ? ValueOf(word) : std::string());
+        options_.push_back(option);
     }
 
     const std::string& ValueOf(const std::string& option) {
@@ -119,36 +84,54 @@ private:
         isInformation_ = true;
     }
 
-    void TakeDirection(Direction direction) {
-        if (arguments_.direction != Direction::Both && arguments_.direction != direction) {
-            Refuse("'--send-only' and '--receive-only' exclude each other");
-        }
-        arguments_.direction = direction;
+    void TakeCommand() {
+        if (operands_.empty()) Refuse("no command was given");
+        const CommandRow& row = RowOf(operands_.front());
+        arguments_.command = row.command;
+        CheckOptions(row);
+        TakeOperands(row);
     }
 
-    void TakeOperands() {
-        if (operands_.empty()) Refuse("neither listen nor connect was given");
+    void CheckOptions(const CommandRow& row) const {
+        for (const Option* const option : options_) {
+            if (!option->BelongsTo(row.command)) {
+                Refuse(std::string("'") + option->name + "' does not go with " + row.name);
+            }
+        }
         if (arguments_.logFile && arguments_.categories.empty()) {
             Refuse("'--log-file' needs '--trace'");
         }
-        if (operands_.front() == "listen") return TakeListen();
-        if (operands_.front() == "connect") return TakeConnect();
-        Refuse("unknown command '" + operands_.front() + "'");
+        if (arguments_.datagramSize == 0 && !arguments_.datagramCount) {
+            Refuse("'--size 0' needs '--count'");
+        }
+        if (arguments_.Family() == SocketFamily::Classic) CheckClassic(row);
     }
 
-    void TakeListen() {
-        arguments_.command = Command::Listen;
-        if (operands_.size() < 2 || operands_.size() > 3) Refuse("listen takes [HOST] PORT");
-        if (operands_.size() == 3) TakeHost(operands_[1]);
-        arguments_.port = ParsePort(operands_.back());
+    void CheckClassic(const CommandRow& row) const {
+        const bool oneToMany =
+            row.command == Command::Broadcast || row.command == Command::Multicast;
+        if (oneToMany) Refuse(std::string(row.name) + " needs an extended socket");
+        if (arguments_.showSenders) Refuse("'--from' needs an extended socket");
     }
 
-    void TakeConnect() {
-        arguments_.command = Command::Connect;
-        if (operands_.size() != 3) Refuse("connect takes HOST PORT");
-        TakeHost(operands_[1]);
+    void TakeOperands(const CommandRow& row) {
+        operands_.erase(operands_.begin());
+        if (!IsRightNumber(row, operands_.size())) {
+            Refuse(std::string(row.name) + " takes " + row.operands);
+        }
+        if (operands_.size() == 2) TakeHost(operands_.front());
         arguments_.port = ParsePort(operands_.back());
-        if (arguments_.port == 0) Refuse("connect needs a port from 1");
+        if (arguments_.port == 0) CheckChoiceOfPort(row);
+    }
+
+    // An extended socket does not tell its port, and a port that nobody learns is of no use.
+    void CheckChoiceOfPort(const CommandRow& row) const {
+        if (!row.systemMayChoosePort) Refuse(std::string(row.name) + " needs a port from 1");
+        if (arguments_.Family() == SocketFamily::Extended) {
+            Refuse(
+                "an extended socket cannot tell which port the system chose: give a port from "
+                "1, or '--classic'");
+        }
     }
 
     void TakeHost(const std::string& host) {
@@ -159,6 +142,7 @@ private:
     const std::vector<std::string>& words_;
     std::size_t next_ = 0;
     std::vector<std::string> operands_;
+    std::vector<const Option*> options_;
     bool optionsEnded_ = false;
     bool isInformation_ = false;
     Arguments arguments_;

@@ -7,20 +7,29 @@
 
 namespace VelSockCat {
 
-enum class Command { Listen, Connect, Help, Version };
+enum class Command { Help, Version, Listen, Connect, UdpSend, UdpListen, Broadcast, Multicast };
 
-// Which way the bytes go.
+enum class SocketFamily { Extended, Classic };
+
+// Which way the bytes of a connection go.
 enum class Direction { Both, SendOnly, ReceiveOnly };
 
 struct Arguments {
     Command command = Command::Help;
-    std::string host = "127.0.0.1";
+    std::optional<SocketFamily> chosenFamily;
+    std::optional<std::string> host;  // without one, the loopback address
     unsigned short port = 0;
     Direction direction = Direction::Both;
+    bool reuseAddress = false;
+    bool showSenders = false;
+    unsigned int datagramSize = 1400;
+    std::optional<unsigned int> datagramCount;
     std::vector<std::string> categories;  // of the log, by the library's names
     std::optional<std::string> logFile;
     std::optional<unsigned int> receiveTimeout;  // milliseconds
     std::optional<unsigned int> sendTimeout;     // milliseconds
+
+    SocketFamily Family() const { return chosenFamily.value_or(SocketFamily::Extended); }
 };
 
 // The arguments without the program's name. Throws Failure with WrongUsage.

@@ -9,7 +9,7 @@
 namespace VelSockCat {
 
 // Listens or connects as the command line asks, and returns the connected socket with its time-outs
-// set. Throws Failure with NameNotResolvable or NotConnected.
+// set. Throws Failure with NameNotResolvable or NotConnected, and what the library throws.
 VelBase::ReturnPtrI<VelNet::Socket> OpenConnection(const Arguments& arguments);
 
 }  // namespace VelSockCat

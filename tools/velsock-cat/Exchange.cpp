@@ -1,7 +1,5 @@
 #include "Exchange.h"
 
-#include <VelBase/TextConversions.h>
-
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -11,6 +9,7 @@
 #include "Failure.h"
 #include "Progress.h"
 #include "StandardStreams.h"
+#include "Transfer.h"
 
 namespace VelSockCat {
 
@@ -19,20 +18,8 @@ namespace {
 constexpr int BlockSize = 65536;
 using Block = std::array<char, BlockSize>;
 
-Failure TransferFailure(const VelNet::Exception& exception) {
-    const bool timedOut = exception.GetErrorCode() == VelNet::SOCKET_ERR_TIMEDOUT;
-    return {timedOut ? ExitCode::TimedOut : ExitCode::ConnectionLost, exception};
-}
-
-// A connection that the peer has closed shares its code with every unknown error; the text tells
-// them apart.
-bool IsClosedByPeer(const VelNet::Exception& exception) {
-    constexpr std::string_view closed = "the connection has been closed.";
-    if (exception.GetErrorCode() != VelNet::SOCKET_ERR_UNKNOWN) return false;
-    const VelBase::ReturnString narrow = VelBase::WideCharToUTF8(exception.GetMessage(), false);
-    const std::string_view text = narrow.c_str();
-    return text.size() >= closed.size() && text.substr(text.size() - closed.size()) == closed;
-}
+using VelSockTools::ExitCode;
+using VelSockTools::Failure;
 
 int SendSome(VelNet::Socket& socket, std::string_view bytes) {
     try {
@@ -57,7 +44,7 @@ std::size_t ReceiveSome(VelNet::Socket& socket, Block& block) {
     try {
         return static_cast<std::size_t>(socket.Receive(block.data(), BlockSize));
     } catch (const VelNet::Exception& exception) {
-        if (IsClosedByPeer(exception)) return 0;
+        if (IsNothingReceived(exception)) return 0;
         throw TransferFailure(exception);
     }
 }
@@ -65,8 +52,8 @@ std::size_t ReceiveSome(VelNet::Socket& socket, Block& block) {
 void SendInput(VelNet::Socket& socket, Progress& progress) {
     Block block;
     for (;;) {
-        if (!InputIsReady()) progress.SenderWaits();
-        const std::size_t count = ReadInput(block.data(), block.size());
+        if (!VelSockTools::InputIsReady()) progress.SenderWaits();
+        const std::size_t count = VelSockTools::ReadInput(block.data(), block.size());
         if (count == 0 || !progress.SenderResumes()) return;
         SendAll(socket, {block.data(), count});
     }
@@ -75,7 +62,7 @@ void SendInput(VelNet::Socket& socket, Progress& progress) {
 void ReceiveToOutput(VelNet::Socket& socket) {
     Block block;
     while (const std::size_t count = ReceiveSome(socket, block))
-        WriteOutput({block.data(), count});
+        VelSockTools::WriteOutput({block.data(), count});
 }
 
 template <class Work>
@@ -90,12 +77,22 @@ std::optional<Failure> FailureOf(const Work& work) {
     }
 }
 
+// What an extended socket throws here it has logged; the process ends all the same.
+void Close(VelNet::Socket& socket) {
+    try {
+        socket.Close();
+    } catch (const VelNet::Exception&) {
+        return;
+    }
+}
+
 // A thread still stands in a read of standard input or in a transfer, which nothing can interrupt,
 // and uses what unwinding would destroy. So the process ends here and now; nothing is buffered that
 // could get lost.
 [[noreturn]] void EndProcess(VelNet::Socket& socket, const Progress::Ending& ending) {
-    if (ending.socketIsUnused) socket.Close();
-    const ExitCode code = ending.failure ? Report(*ending.failure) : ExitCode::InOrder;
+    if (ending.socketIsUnused) Close(socket);
+    const ExitCode code =
+        ending.failure ? Report("velsock-cat", *ending.failure) : ExitCode::InOrder;
     std::_Exit(static_cast<int>(code));
 }
 

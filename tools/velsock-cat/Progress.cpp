@@ -15,14 +15,14 @@ bool Progress::SenderResumes() {
     return true;
 }
 
-void Progress::SenderEnds(const std::optional<Failure>& failure) {
+void Progress::SenderEnds(const std::optional<VelSockTools::Failure>& failure) {
     const std::lock_guard lock(mutex_);
     KeepFirst(failure);
     sender_ = Sender::Ended;
     changed_.notify_one();
 }
 
-void Progress::ReceiverEnds(const std::optional<Failure>& failure) {
+void Progress::ReceiverEnds(const std::optional<VelSockTools::Failure>& failure) {
     const std::lock_guard lock(mutex_);
     KeepFirst(failure);
     receiverHasEnded_ = true;
@@ -36,7 +36,7 @@ Progress::Ending Progress::WaitForEnding() {
             receiverHasEnded_ && sender_ != Sender::Busy};
 }
 
-void Progress::KeepFirst(const std::optional<Failure>& failure) {
+void Progress::KeepFirst(const std::optional<VelSockTools::Failure>& failure) {
     if (!failure_) failure_ = failure;
 }
 

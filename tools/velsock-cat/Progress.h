@@ -21,13 +21,13 @@ public:
     bool SenderResumes();
 
     // Without a failure: the input, or the peer's bytes, came to their end.
-    void SenderEnds(const std::optional<Failure>& failure);
-    void ReceiverEnds(const std::optional<Failure>& failure);
+    void SenderEnds(const std::optional<VelSockTools::Failure>& failure);
+    void ReceiverEnds(const std::optional<VelSockTools::Failure>& failure);
 
     // The state in which the exchange ended. A thread that waits for input will leave the socket
     // alone.
     struct Ending {
-        std::optional<Failure> failure;
+        std::optional<VelSockTools::Failure> failure;
         bool bothThreadsHaveEnded;
         bool socketIsUnused;
     };
@@ -36,12 +36,12 @@ public:
 private:
     enum class Sender { Busy, Waiting, Ended };
 
-    void KeepFirst(const std::optional<Failure>& failure);
+    void KeepFirst(const std::optional<VelSockTools::Failure>& failure);
     bool HasEnded() const;
 
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::optional<Failure> failure_;
+    std::optional<VelSockTools::Failure> failure_;
     Sender sender_ = Sender::Busy;
     bool receiverHasEnded_ = false;
 };

@@ -1,6 +1,5 @@
 #include "Tracing.h"
 
-#include <VelBase/TextConversions.h>
 #include <VelLog/FileSink.h>
 #include <VelLog/LogControl.h>
 #include <VelLog/StandardErrorSink.h>
@@ -15,8 +14,7 @@ std::unique_ptr<VelLog::LogSink> OpenLogFile(const std::string& path) {
     try {
         return std::make_unique<VelLog::FileSink>(path.c_str());
     } catch (const VelBase::Message& message) {
-        throw Failure(ExitCode::LocalFailure,
-                      VelBase::WideCharToUTF8(message.GetMessage(), false).c_str());
+        throw VelSockTools::Failure(VelSockTools::ExitCode::LocalFailure, message);
     }
 }
 

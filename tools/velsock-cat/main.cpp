@@ -1,17 +1,17 @@
-// velsock-cat: carries one connection over standard input and output, for trying out and diagnosing
-// what the library does with a peer.
+// velsock-cat: carries a connection or datagrams over standard input and output, for trying out and
+// diagnosing what the library does with a peer.
 
 #include <VelNet/SocketInitialization.h>
 
-#include <exception>
 #include <string>
 #include <vector>
 
 #include "Arguments.h"
 #include "Connection.h"
+#include "Datagrams.h"
 #include "Exchange.h"
-#include "Failure.h"
 #include "Help.h"
+#include "Program.h"
 #include "StandardStreams.h"
 #include "Tracing.h"
 
@@ -20,44 +20,41 @@ namespace {
 using namespace VelSockCat;
 
 void CarryConnection(const Arguments& arguments) {
+    const auto socket = OpenConnection(arguments);
+    Exchange(*socket, arguments.direction);
+}
+
+void UseSockets(const Arguments& arguments, void (*use)(const Arguments&)) {
     const Tracing tracing(arguments);
-    try {
-        const VelNet::SocketInitialization sockets;
-        const auto socket = OpenConnection(arguments);
-        Exchange(*socket, arguments.direction);
-    } catch (const VelNet::Exception& exception) {
-        throw Failure(ExitCode::NotConnected, exception);
-    }
+    const VelNet::SocketInitialization sockets;
+    use(arguments);
 }
 
 void Run(const Arguments& arguments) {
     switch (arguments.command) {
         case Command::Help:
-            return WriteOutput(HelpText());
+            return VelSockTools::WriteOutput(HelpText());
         case Command::Version:
-            return WriteOutput(VersionText());
+            return VelSockTools::WriteOutput(VersionText());
         case Command::Listen:
         case Command::Connect:
-            return CarryConnection(arguments);
+            return UseSockets(arguments, CarryConnection);
+        case Command::UdpSend:
+        case Command::Broadcast:
+            return UseSockets(arguments, SendDatagrams);
+        case Command::UdpListen:
+        case Command::Multicast:
+            return UseSockets(arguments, ReceiveDatagrams);
     }
 }
 
-ExitCode RunAndReport(const std::vector<std::string>& words) {
-    try {
-        PrepareStandardStreams();
-        Run(ParseArguments(words));
-        return ExitCode::InOrder;
-    } catch (const Failure& failure) {
-        return Report(failure);
-    } catch (const std::exception& exception) {
-        return Report(Failure(ExitCode::LocalFailure, exception.what()));
-    }
+VelSockTools::ExitCode RunWords(const std::vector<std::string>& words) {
+    Run(ParseArguments(words));
+    return VelSockTools::ExitCode::InOrder;
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-    // A caller may leave out even the program's name.
-    const int first = count > 0 ? 1 : 0;
-    return static_cast<int>(RunAndReport({words + first, words + count}));
+    return VelSockTools::RunProgram("velsock-cat", RunWords, count, words);
 }

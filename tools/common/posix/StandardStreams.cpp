@@ -11,7 +11,7 @@
 
 #include "Failure.h"
 
-namespace VelSockCat {
+namespace VelSockTools {
 
 namespace {
 
@@ -72,4 +72,4 @@ void WriteOutput(std::string_view bytes) {
     }
 }
 
-}  // namespace VelSockCat
+}  // namespace VelSockTools

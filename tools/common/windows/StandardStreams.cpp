@@ -8,7 +8,7 @@
 
 #include "Failure.h"
 
-namespace VelSockCat {
+namespace VelSockTools {
 
 namespace {
 
@@ -65,4 +65,4 @@ void WriteOutput(std::string_view bytes) {
     }
 }
 
-}  // namespace VelSockCat
+}  // namespace VelSockTools

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace VelSockCat {
+namespace VelSockTools {
 
 // Makes a stream that the caller of the program has closed fail when it is used, instead of letting
 // the first socket take its place; and lets a write to a closed pipe fail instead of ending the
@@ -22,4 +22,4 @@ std::size_t ReadInput(char* buffer, std::size_t size);
 // Writes all of the bytes. Throws Failure with LocalFailure.
 void WriteOutput(std::string_view bytes);
 
-}  // namespace VelSockCat
+}  // namespace VelSockTools

@@ -1,0 +1,115 @@
+# What the scripts that test a tool have in common; they source it. Each runs one test, in a folder of its own.
+# shellcheck shell=bash
+
+# CTest counts a test that ends so as not run.
+not_run=77
+
+folder=$(mktemp -d)
+cd "$folder"
+
+peer=""
+tidy_up() {
+  [ -z "$peer" ] || kill "$peer" 2>/dev/null || true
+  rm -rf "$folder"
+}
+trap tidy_up EXIT
+
+fail() {
+  echo "$1" >&2
+  exit 1
+}
+
+expect_equal() {
+  [ "$1" = "$2" ] || fail "expected '$2' but saw '$1'"
+}
+
+expect_match() {
+  [[ $1 =~ $2 ]] || fail "expected a match of '$2' but saw '$1'"
+}
+
+# Runs the program in the foreground; its code, outputs and failure line are left in status, out and err.
+run() {
+  status=0
+  "$program" "$@" >out 2>err || status=$?
+}
+
+expect_usage_error() {
+  run "$@" </dev/null
+  expect_equal "$status" 1
+  expect_equal "$(wc -l <err)" 1
+  expect_equal "$(stat -c %s out)" 0
+  expect_match "$(cat err)" "^$(basename "$program"): .*; see $(basename "$program") --help\$"
+}
+
+# launch COMMAND...: the program in the background, its standard output in peer.out. Sets peer, and host and
+# port to what it announces. Fails when it ends without.
+launch() {
+  rm -f says.pipe
+  mkfifo says.pipe
+  "$@" <&0 >peer.out 2>says.pipe &
+  peer=$!
+  exec {says}<says.pipe
+  local line
+  read -r line <&"$says" || return 1
+  expect_match "$line" '^listening on .* port [1-9][0-9]*$'
+  port=${line##* }
+  host=${line#listening on }
+  host=${host% port *}
+}
+
+# Sets peer_status; what the program has said since its announcement is in peer.err.
+await_peer() {
+  peer_status=0
+  cat <&"$says" >peer.err
+  wait "$peer" || peer_status=$?
+  peer=""
+}
+
+# take_closed_port COMMAND: a port on which velsock-cat's command listened a moment ago.
+take_closed_port() {
+  launch "$velsock_cat" --classic "$1" 0 </dev/null
+  kill "$peer"
+  await_peer
+}
+
+# Extended sockets need the number of a free port. It may be taken in the meantime: then there is another.
+launch_on_free_port() {
+  local command=$1 attempt
+  shift
+  for attempt in {1..20}; do
+    take_closed_port "$command"
+    launch "$@" "$port" && return
+    wait "$peer" || true
+  done
+  fail "no port in $attempt was free"
+}
+
+ip_command() {
+  if command -v ip >/dev/null; then ip "$@"; else busybox ip "$@"; fi
+}
+
+set_host_name() {
+  if command -v hostname >/dev/null; then hostname "$1"; else busybox hostname "$1"; fi
+}
+
+# enter_own_network LINE...: begins anew, as root in a network that has the loopback interface alone. The lines
+# are its hosts; the name in the first one is this computer's. Without the permission, or the means, the test is
+# not run.
+enter_own_network() {
+  if [ -z "${VELSOCK_TEST_HAS_OWN_NETWORK-}" ]; then
+    local unshare=(unshare --net --mount --uts)
+    [ "$(id -u)" = 0 ] || unshare+=(--map-root-user)
+    "${unshare[@]}" true 2>/dev/null || exit "$not_run"
+    command -v ip >/dev/null || command -v busybox >/dev/null || exit "$not_run"
+    tidy_up
+    trap - EXIT
+    cd /
+    VELSOCK_TEST_HAS_OWN_NETWORK=1 exec "${unshare[@]}" "$script" "${script_arguments[@]}"
+  fi
+  printf '%s\n' "$@" >hosts
+  echo 'hosts: files' >nsswitch.conf
+  mount --bind hosts /etc/hosts
+  mount --bind nsswitch.conf /etc/nsswitch.conf
+  set_host_name "${1##* }"
+  ip_command link set lo up
+}

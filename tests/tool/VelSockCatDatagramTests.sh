@@ -1,0 +1,183 @@
+#!/usr/bin/env bash
+# velsock-cat's datagrams seen from outside: what it writes and what it ends with.
+#
+#   VelSockCatDatagramTests.sh VELSOCK_CAT SOCKETS TEST
+#
+# SOCKETS is classic, xt, or ipv6 for extended sockets on a computer whose name is an IPv6 one.
+set -euo pipefail
+
+script=$(realpath "${BASH_SOURCE[0]}")
+program=$(realpath "$1")
+script_arguments=("$program" "$2" "$3")
+velsock_cat=$program
+sockets=$2
+# shellcheck source=Tool.sh
+source "$(dirname "$script")/Tool.sh"
+
+set_up() {
+  if [ "$sockets" = ipv6 ]; then enter_own_network '::1 velsock-ipv6' '127.0.0.1 localhost' '::1 localhost'; fi
+  family=--xt
+  if [ "$sockets" = classic ]; then family=--classic; fi
+}
+
+# start_receiving OPTION...: the program in the background on a free port.
+start_receiving() {
+  if [ "$sockets" = classic ]; then
+    launch "$velsock_cat" --classic "$@" udp-listen 0 </dev/null || fail "nothing was announced"
+  else
+    launch_on_free_port udp-listen "$velsock_cat" "$@" udp-listen </dev/null
+  fi
+}
+
+# send OPTION...: what the program reads goes to the peer.
+send() {
+  run "$family" "$@" udp-send "$host" "$port"
+  expect_equal "$status $(cat err)" "0 "
+}
+
+# The lengths of the datagrams that a peer with --trace packet has received.
+received_lengths() {
+  sed -nE 's/.* Network\/Packet Trace: Recv[a-z]+ ([0-9]+) bytes.*/\1/p; s/.*: Received ([0-9]+) bytes.*/\1/p' peer.err | xargs
+}
+
+TestEachReadIsOneDatagram() {
+  start_receiving --count 3 --trace packet
+  head -c 3000 /dev/urandom >file
+  send <file
+  await_peer
+  expect_equal "$peer_status" 0
+  cmp file peer.out
+  expect_equal "$(received_lengths)" "1400 1400 200"
+}
+
+TestTheSizeOfDatagramsCanBeChosen() {
+  start_receiving --count 2 --trace packet
+  head -c 100000 /dev/urandom >file
+  send --size 65507 --count 1 <file
+  send --size 5 < <(printf short)
+  await_peer
+  expect_equal "$peer_status" 0
+  cmp <(head -c 65507 file; printf short) peer.out
+  expect_equal "$(received_lengths)" "65507 5"
+}
+
+TestTheCountEndsTheSender() {
+  start_receiving --count 3
+  send --size 1 --count 2 < <(printf abcdef)
+  send --size 1 --count 1 < <(printf c)
+  await_peer
+  expect_equal "$(cat peer.out)" abc
+}
+
+TestACountOfNoneSendsNothing() {
+  start_receiving --count 1
+  send --count 0 < <(printf no)
+  send < <(printf yes)
+  await_peer
+  expect_equal "$(cat peer.out)" yes
+}
+
+TestAnEmptyInputSendsNothing() {
+  start_receiving --count 1
+  send </dev/null
+  send < <(printf yes)
+  await_peer
+  expect_equal "$(cat peer.out)" yes
+}
+
+TestEmptyDatagramsCount() {
+  start_receiving --count 3
+  send --size 0 --count 2 < <(printf unread)
+  send < <(printf last)
+  await_peer
+  expect_equal "$peer_status" 0
+  expect_equal "$(cat peer.out)" last
+}
+
+TestSendersAreShownWhenAskedFor() {
+  if [ "$sockets" = classic ]; then
+    expect_usage_error --classic --from udp-listen 0
+    return
+  fi
+  start_receiving --count 2 --from
+  send < <(printf hello)
+  send --size 0 --count 1 </dev/null
+  await_peer
+  expect_equal "$(wc -l <peer.err)" 2
+  expect_match "$(sed -n 1p peer.err)" "^5 bytes from $host port [1-9][0-9]*$"
+  expect_match "$(sed -n 2p peer.err)" "^0 bytes from $host port [1-9][0-9]*$"
+}
+
+TestADatagramOfAnotherProgramArrives() {
+  start_receiving --count 1
+  printf plain >"/dev/udp/$host/$port"
+  await_peer
+  expect_equal "$(cat peer.out)" plain
+}
+
+TestTheOtherFamilySendsAsWellWhereItSpeaksTheIpVersion() {
+  start_receiving --count 1
+  local other=--classic
+  [ "$sockets" != classic ] || other=--xt
+  run "$other" udp-send "$host" "$port" < <(printf other)
+  if [ "$host" = 127.0.0.1 ]; then
+    await_peer
+    expect_equal "$status $(cat peer.out)" "0 other"
+  else
+    expect_equal "$status" 2
+  fi
+}
+
+TestSilenceEndsWith5AfterTheReceiveTimeOut() {
+  start_receiving --recv-timeout 50
+  await_peer
+  expect_equal "$peer_status" 5
+  expect_match "$(cat peer.err)" '^velsock-cat: VelNet::.* \(code 10060\)$'
+}
+
+TestADatagramThatIsTooLongEndsWith4() {
+  start_receiving
+  head -c 65535 /dev/zero >file
+  run "$family" --size 65535 udp-send "$host" "$port" <file
+  expect_equal "$status" 4
+  expect_match "$(cat err)" '^velsock-cat: VelNet::.* \(code 10040\)$'
+}
+
+TestAHostThatDoesNotResolveEndsWith2() {
+  run "$family" udp-send name.invalid 80 < <(printf lost)
+  expect_equal "$status" 2
+  run "$family" udp-listen name.invalid 80 </dev/null
+  expect_equal "$status" 2
+}
+
+TestAPortInUseEndsWith3() {
+  start_receiving
+  run "$family" udp-listen "$port" </dev/null
+  expect_equal "$status" 3
+  expect_match "$(cat err)" '^velsock-cat: VelNet::.*Bind.* \(code 10048\)$'
+}
+
+TestAPortInUseCanBeSharedWhenAllAgree() {
+  start_receiving --reuse
+  local first=$peer
+  launch "$velsock_cat" "$family" --reuse udp-listen "$port" </dev/null || fail "the port is not shared"
+  kill "$first"
+}
+
+TestAFullOutputEndsWith6() {
+  ln -s /dev/full peer.out
+  start_receiving --count 1
+  send < <(printf text)
+  await_peer
+  expect_equal "$peer_status" 6
+  expect_equal "$(cat peer.err)" "velsock-cat: Cannot write standard output: No space left on device"
+}
+
+TestAnUnreadableInputEndsWith6() {
+  run "$family" udp-send localhost 9 <"$folder"
+  expect_equal "$status" 6
+  expect_equal "$(cat err)" "velsock-cat: Cannot read standard input: Is a directory"
+}
+
+set_up
+"$3"

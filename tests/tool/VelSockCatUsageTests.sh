@@ -1,0 +1,140 @@
+#!/usr/bin/env bash
+# What velsock-cat takes on its command line.
+#
+#   VelSockCatUsageTests.sh VELSOCK_CAT TEST
+set -euo pipefail
+
+program=$(realpath "$1")
+# shellcheck source=Tool.sh
+source "$(dirname "${BASH_SOURCE[0]}")/Tool.sh"
+
+TestHelpGoesToStandardOutput() {
+  run --help
+  expect_equal "$status" 0
+  expect_equal "$(stat -c %s err)" 0
+  expect_match "$(cat out)" 'Usage:'
+  local code
+  for code in 0 1 2 3 4 5 6; do
+    grep -q "^  $code  " out || fail "exit code $code is not explained"
+  done
+}
+
+TestVersionGoesToStandardOutput() {
+  run --version
+  expect_equal "$status" 0
+  expect_match "$(cat out)" '^velsock-cat [0-9]+\.[0-9]+\.[0-9]+$'
+}
+
+TestNoArgumentsAreWrongUsage() { expect_usage_error; }
+
+TestAnUnknownCommandIsWrongUsage() { expect_usage_error converse 127.0.0.1 80; }
+
+TestAnUnknownOptionIsWrongUsage() { expect_usage_error --loud connect 127.0.0.1 80; }
+
+TestAnOptionWithoutItsValueIsWrongUsage() {
+  expect_usage_error connect 127.0.0.1 80 --recv-timeout
+  expect_usage_error connect 127.0.0.1 80 --trace
+  expect_usage_error udp-send 127.0.0.1 80 --count
+}
+
+TestAMissingOrSurplusOperandIsWrongUsage() {
+  local command
+  for command in listen udp-listen; do
+    expect_usage_error "$command"
+    expect_usage_error "$command" 127.0.0.1 80 81
+  done
+  for command in connect udp-send multicast; do
+    expect_usage_error "$command" 80
+    expect_usage_error "$command" 127.0.0.1 80 81
+  done
+  expect_usage_error broadcast
+  expect_usage_error broadcast 127.0.0.1 80
+}
+
+TestAPortThatIsNoPortIsWrongUsage() {
+  local text
+  for text in 80x x80 '' ' 80' '80 ' +80 0x50 8.0 70000 65536 4294967376 99999999999999999999 $'80\n'; do
+    expect_usage_error connect 127.0.0.1 "$text"
+    expect_usage_error listen "$text"
+    expect_usage_error udp-send 127.0.0.1 "$text"
+    expect_usage_error broadcast "$text"
+  done
+  expect_usage_error listen -- -1
+}
+
+TestNobodyCanSendToPort0() {
+  local family
+  for family in --classic --xt; do
+    expect_usage_error "$family" connect 127.0.0.1 0
+    expect_usage_error "$family" udp-send 127.0.0.1 0
+  done
+  expect_usage_error broadcast 0
+  expect_usage_error multicast 239.1.2.3 0
+}
+
+TestAnExtendedSocketThatListensNeedsAPort() {
+  local command
+  for command in listen udp-listen; do
+    expect_usage_error "$command" 0
+    expect_match "$(cat err)" 'an extended socket cannot tell which port the system chose: .*--classic'
+  done
+}
+
+TestANumberThatIsNoneIsWrongUsage() {
+  local text
+  for text in 1s -1 '' 1.5 4294967296; do
+    expect_usage_error --recv-timeout "$text" connect 127.0.0.1 80
+    expect_usage_error --send-timeout "$text" connect 127.0.0.1 80
+    expect_usage_error --count "$text" udp-send 127.0.0.1 80
+    expect_usage_error --size "$text" udp-send 127.0.0.1 80
+  done
+  expect_usage_error --size 65536 udp-send 127.0.0.1 80
+}
+
+TestATraceListWithAnUnknownOrEmptyItemIsWrongUsage() {
+  local list
+  for list in everything 'connection,' ',packet' 'connection,,packet' Packet ''; do
+    expect_usage_error --trace "$list" connect 127.0.0.1 80
+  done
+}
+
+TestContradictionsAreWrongUsage() {
+  expect_usage_error --send-only --receive-only connect 127.0.0.1 80
+  expect_usage_error --classic --xt connect 127.0.0.1 80
+}
+
+TestAnOptionOfAnotherCommandIsWrongUsage() {
+  local option
+  for option in '--from' '--size 5' '--count 5'; do
+    # shellcheck disable=SC2086  # an option and its value
+    expect_usage_error $option listen 80
+    expect_match "$(cat err)" "'${option% *}' does not go with listen"
+  done
+  for option in --send-only --receive-only; do
+    expect_usage_error "$option" udp-send 127.0.0.1 80
+    expect_usage_error "$option" udp-listen 80
+  done
+  expect_usage_error --from udp-send 127.0.0.1 80
+  expect_usage_error --reuse connect 127.0.0.1 80
+  expect_usage_error --size 5 udp-listen 80
+  expect_usage_error --recv-timeout 5 broadcast 80
+  expect_usage_error --send-timeout 5 multicast 239.1.2.3 80
+}
+
+TestWhatOnlyExtendedSocketsCanDoIsWrongUsageOfClassicOnes() {
+  expect_usage_error --classic broadcast 80
+  expect_usage_error --classic multicast 239.1.2.3 80
+  expect_usage_error --classic --from udp-listen 80
+}
+
+TestEmptyDatagramsWithoutACountAreWrongUsage() { expect_usage_error --size 0 udp-send 127.0.0.1 80; }
+
+TestALogFileWithoutTraceIsWrongUsage() { expect_usage_error --log-file log connect 127.0.0.1 80; }
+
+TestAnEmptyHostIsWrongUsage() {
+  expect_usage_error connect '' 80
+  expect_usage_error listen '' 80
+  expect_usage_error multicast '' 80
+}
+
+"$2"

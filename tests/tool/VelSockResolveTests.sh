@@ -1,0 +1,260 @@
+#!/usr/bin/env bash
+# velsock-resolve seen from outside: what it writes and what it ends with.
+#
+#   VelSockResolveTests.sh VELSOCK_RESOLVE REGISTRY_ROOT TEST
+set -euo pipefail
+
+script=$(realpath "${BASH_SOURCE[0]}")
+program=$(realpath "$1")
+registry_root=$2
+script_arguments=("$program" "$2" "$3")
+# shellcheck source=Tool.sh
+source "$(dirname "$script")/Tool.sh"
+
+# expect_answer OUTPUT WORD...: all is answered, in these words and in silence.
+expect_answer() {
+  local output=$1
+  shift
+  run "$@" </dev/null
+  expect_equal "$status $(cat err)" "0 "
+  expect_equal "$(cat out)" "$output"
+}
+
+use_known_hosts() {
+  enter_own_network '10.1.2.3 velsock-host' '127.0.0.1 localhost' \
+    '10.0.0.1 many' '10.0.0.2 many' '10.0.0.9 named.example alias'
+}
+
+# The line feed tells a read of the program's output from its end.
+ask() {
+  echo "$1" >&"$questions"
+  read -r answer <&"$answers"
+}
+
+start_session() {
+  mkfifo questions.pipe answers.pipe
+  "$program" "$@" <questions.pipe >answers.pipe &
+  peer=$!
+  exec {questions}>questions.pipe {answers}<answers.pipe
+}
+
+TestHelpGoesToStandardOutput() {
+  run --help
+  expect_equal "$status $(cat err)" "0 "
+  local word
+  for word in forward reverse dotted local-name local-domain name-servers ip-version; do
+    grep -q " $word " out || fail "$word is not explained"
+  done
+  for word in 0 1 2 3 6 7; do
+    grep -q "^  $word  " out || fail "exit code $word is not explained"
+  done
+}
+
+TestVersionGoesToStandardOutput() {
+  run --version
+  expect_equal "$status" 0
+  expect_match "$(cat out)" '^velsock-resolve [0-9]+\.[0-9]+\.[0-9]+$'
+}
+
+TestWrongUsageEndsWith1() {
+  expect_usage_error
+  expect_usage_error backward
+  expect_usage_error --loud forward localhost
+  expect_usage_error local-name x
+  expect_usage_error ip-version x
+  expect_usage_error --cache dotted 1.2.3.4
+  expect_usage_error --cache local-name
+}
+
+TestForwardGivesAllAddressesInTheirOrder() {
+  use_known_hosts
+  expect_answer $'10.0.0.1\n10.0.0.2' forward many
+  expect_answer $'10.0.0.9' forward alias
+  expect_answer $'10.0.0.9\n10.1.2.3' forward named.example velsock-host
+}
+
+TestForwardThroughTheCacheGivesTheFirstAddress() {
+  use_known_hosts
+  expect_answer 10.0.0.1 --cache forward many
+  expect_answer $'10.0.0.1\n10.0.0.1' --cache forward many many
+}
+
+TestReverseGivesTheName() {
+  use_known_hosts
+  expect_answer named.example reverse 10.0.0.9
+  expect_answer $'named.example\nlocalhost' --cache reverse 10.0.0.9 127.0.0.1
+}
+
+TestDottedTakesWhatTheSystemTakes() {
+  expect_answer $'1.2.3.4\n0.0.0.1\n1.0.0.2\n255.0.0.8' dotted 1.2.3.4 1 1.2 0xff.010
+  expect_answer 1.2.3.4 dotted '1.2.3.4 and more'
+}
+
+TestOperandsMayLookLikeOptions() {
+  run dotted -- --json
+  expect_equal "$status" 2
+}
+
+TestTheLocalNameIsThisComputers() {
+  expect_answer "$(uname -n)" local-name
+}
+
+TestWithoutADomainTheNameStandsInForIt() {
+  use_known_hosts
+  : >resolv.conf
+  mount --bind resolv.conf /etc/resolv.conf
+  expect_answer velsock-host local-domain
+}
+
+TestDomainAndNameServersAreTheSystems() {
+  use_known_hosts
+  printf '%s\n' 'search example.org' 'nameserver 10.0.0.3' 'nameserver 10.0.0.4' >resolv.conf
+  mount --bind resolv.conf /etc/resolv.conf
+  expect_answer example.org local-domain
+  expect_answer $'10.0.0.3\n10.0.0.4' name-servers
+  expect_answer '{"nameServers":["10.0.0.3","10.0.0.4"]}' --json name-servers
+  expect_answer '{"domain":"example.org"}' --json local-domain
+}
+
+TestWithoutNameServersItEndsWith7() {
+  use_known_hosts
+  echo 'nameserver fd77::1' >resolv.conf
+  mount --bind resolv.conf /etc/resolv.conf
+  run name-servers
+  expect_equal "$status $(cat out)" "7 "
+  expect_match "$(cat err)" '^velsock-resolve: VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. .* \(code -1\)$'
+  run --json name-servers
+  expect_equal "$status" 7
+  expect_match "$(cat out)" '^\{"error":"VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. .*","code":-1\}$'
+}
+
+# An empty folder in place of the one that holds the settings, or of the first above it that exists.
+hide_settings() {
+  local existing=$registry_root
+  while [ ! -d "$existing" ]; do existing=$(dirname "$existing"); done
+  [ "$existing" != / ] || exit "$not_run"
+  mount -t tmpfs settings "$existing"
+}
+
+TestTheIpVersionIs4UnlessTheSettingsSay6() {
+  use_known_hosts
+  hide_settings
+  expect_answer 4 ip-version
+  local key="$registry_root/HKLM/SOFTWARE/Corvane/Orrin Server"
+  mkdir -p "$key"
+  echo 6 >"$key/IPVersion"
+  expect_answer 6 ip-version
+  expect_answer '{"ipVersion":6}' --json ip-version
+}
+
+TestWhatDoesNotResolveEndsWith2AndDoesNotKeepTheRest() {
+  use_known_hosts
+  run forward name.invalid localhost 256.1.1.1 many
+  expect_equal "$status" 2
+  expect_equal "$(cat out)" $'127.0.0.1\n10.0.0.1\n10.0.0.2'
+  expect_equal "$(wc -l <err)" 2
+  expect_match "$(head -n 1 err)" '^velsock-resolve: VelNet::SocketAddress::GetOctetsFromMachineName\(\) - FAIL\..* \(code 110[0-9][0-9]\)$'
+  run reverse 10.9.9.9
+  expect_equal "$status" 2
+  run dotted 1.2.3.
+  expect_equal "$status" 2
+  expect_equal "$(wc -l <err)" 1
+}
+
+TestEachAnswerIsAJsonObjectOfItsOwn() {
+  use_known_hosts
+  expect_answer '{"query":"many","addresses":["10.0.0.1","10.0.0.2"]}
+{"query":"localhost","addresses":["127.0.0.1"]}' --json forward many localhost
+  expect_answer '{"query":"10.0.0.9","name":"named.example"}' --json reverse 10.0.0.9
+  expect_answer '{"query":"1.2","address":"1.0.0.2"}' --json dotted 1.2
+  expect_answer '{"name":"velsock-host"}' --json local-name
+}
+
+TestAFailureIsAJsonObjectToo() {
+  run --json dotted nonsense
+  expect_equal "$status" 2
+  expect_match "$(cat out)" '^\{"query":"nonsense","error":"VelNet::SocketAddress::ConvertDotted.*","code":-1\}$'
+}
+
+# expect_query JSON TEXT: how a question's text is shown.
+expect_query() {
+  expect_equal "$("$program" --json dotted -- "$2")" "{\"query\":$1,\"address\":\"0.0.0.1\"}"
+}
+
+TestWhatMustNotStandInJsonIsEscaped() {
+  expect_query '"1 \"\\\"\\"' '1 "\"\'
+  expect_query '"1 \u000A\u0009\u001B[31m\u007F/"' $'1 \n\t\e[31m\x7f/'
+  expect_query '"1 é€😀"' '1 é€😀'
+}
+
+TestWhatIsNoUtf8IsReplacedInJson() {
+  expect_query $'"1 a\ufffdb"' $'1 a\xffb'
+  expect_query $'"1 \ufffd"' $'1 \xe2\x82'
+  expect_query $'"1 \ufffd\ufffd\ufffd"' $'1 \xed\xa0\x80'
+}
+
+TestQuestionsAreReadFromStandardInput() {
+  use_known_hosts
+  run forward < <(printf 'localhost\nalias\r\nvelsock-host\0alias')
+  expect_equal "$status $(cat err)" "0 "
+  expect_equal "$(cat out)" $'127.0.0.1\n10.0.0.9\n10.1.2.3\n10.0.0.9'
+  run dotted </dev/null
+  expect_equal "$status $(cat out)$(cat err)" "0 "
+}
+
+TestWithoutTheCacheEachQuestionIsAskedAnew() {
+  use_known_hosts
+  start_session forward
+  ask alias
+  expect_equal "$answer" 10.0.0.9
+  echo '10.0.0.8 alias' >hosts
+  ask alias
+  expect_equal "$answer" 10.0.0.8
+}
+
+TestTheCacheRemembersItsAnswers() {
+  use_known_hosts
+  start_session --cache forward
+  ask alias
+  expect_equal "$answer" 10.0.0.9
+  echo '10.0.0.8 alias newcomer' >hosts
+  ask alias
+  expect_equal "$answer" 10.0.0.9
+  ask newcomer
+  expect_equal "$answer" 10.0.0.8
+}
+
+TestTheCacheDoesNotRememberFailures() {
+  use_known_hosts
+  start_session --json --cache forward 2>/dev/null
+  ask newcomer
+  expect_match "$answer" '"error"'
+  echo '10.0.0.8 newcomer' >hosts
+  ask newcomer
+  expect_equal "$answer" '{"query":"newcomer","addresses":["10.0.0.8"]}'
+}
+
+TestTheCacheRemembersNamesOfAddresses() {
+  use_known_hosts
+  start_session --cache reverse
+  ask 10.0.0.9
+  expect_equal "$answer" named.example
+  echo '10.0.0.9 renamed' >hosts
+  ask 10.0.0.9
+  expect_equal "$answer" named.example
+}
+
+TestAFullOutputEndsWith6() {
+  status=0
+  "$program" dotted 1.2.3.4 >/dev/full 2>err || status=$?
+  expect_equal "$status" 6
+  expect_equal "$(cat err)" "velsock-resolve: Cannot write standard output: No space left on device"
+}
+
+TestAnUnreadableInputEndsWith6() {
+  run dotted <"$folder"
+  expect_equal "$status" 6
+  expect_equal "$(cat err)" "velsock-resolve: Cannot read standard input: Is a directory"
+}
+
+"$3"

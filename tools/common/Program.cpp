@@ -1,0 +1,35 @@
+#include "Program.h"
+
+#include <exception>
+
+#include "StandardStreams.h"
+
+namespace VelSockTools {
+
+namespace {
+
+// VelNet::Exception is a VelBase::Message whose text stands elsewhere, so it comes first.
+ExitCode RunAndReport(const char* program, Work work, const std::vector<std::string>& words) {
+    try {
+        PrepareStandardStreams();
+        return work(words);
+    } catch (const Failure& failure) {
+        return Report(program, failure);
+    } catch (const VelNet::Exception& exception) {
+        return Report(program, Failure(ExitCode::NotConnected, exception));
+    } catch (const VelBase::Message& message) {
+        return Report(program, Failure(ExitCode::NotConnected, message));
+    } catch (const std::exception& exception) {
+        return Report(program, Failure(ExitCode::LocalFailure, exception.what()));
+    }
+}
+
+}  // namespace
+
+int RunProgram(const char* program, Work work, int count, char** words) {
+    // A caller may leave out even the program's name.
+    const int first = count > 0 ? 1 : 0;
+    return static_cast<int>(RunAndReport(program, work, {words + first, words + count}));
+}
+
+}  // namespace VelSockTools

@@ -1,0 +1,20 @@
+// What sockets of both families need around their use.
+#pragma once
+
+#include <VelNet/Socket.h>
+
+#include <string>
+
+#include "Arguments.h"
+
+namespace VelSockCat {
+
+// "listening on HOST port PORT" on standard error. Scripts read the port from this line.
+void AnnounceListening(const std::string& host, unsigned short port);
+
+// The same for a classic socket, which knows its address.
+void AnnounceListening(const VelNet::Socket& classic);
+
+void SetTimeouts(VelNet::Socket& socket, const Arguments& arguments);
+
+}  // namespace VelSockCat

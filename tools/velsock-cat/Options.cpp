@@ -1,0 +1,140 @@
+#include "Options.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <string_view>
+
+#include "Failure.h"
+
+namespace VelSockCat {
+
+namespace {
+
+constexpr unsigned int AnyNumber = std::numeric_limits<unsigned int>::max();
+
+// All of the text must be decimal digits that make a number up to the limit: no sign, no blank, no
+// rest.
+unsigned int ParseNumber(const std::string& text, unsigned int limit, const std::string& what) {
+    unsigned int number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || rest != end || number > limit) {
+        Refuse("'" + text + "' is not a " + what + " (a number up to " + std::to_string(limit) +
+               ")");
+    }
+    return number;
+}
+
+unsigned int ParseMilliseconds(const std::string& text) {
+    return ParseNumber(text, AnyNumber, "number of milliseconds");
+}
+
+std::string CategoryOf(const std::string& name) {
+    struct Row {
+        std::string_view name;
+        std::string_view category;
+    };
+    static constexpr std::array<Row, 4> rows{{{"connection", "Connection Trace"},
+                                              {"packet", "Packet Trace"},
+                                              {"verbose", "Verbose Packet Trace"},
+                                              {"error", "Error"}}};
+    const auto* const row =
+        std::find_if(rows.begin(), rows.end(), [&](const Row& each) { return each.name == name; });
+    if (row == rows.end()) {
+        Refuse("'" + name + "' is none of connection, packet, verbose, error");
+    }
+    return std::string(row->category);
+}
+
+std::vector<std::string> ParseCategories(const std::string& list) {
+    std::vector<std::string> categories;
+    for (std::size_t begin = 0; begin <= list.size();) {
+        const std::size_t end = std::min(list.find(',', begin), list.size());
+        categories.push_back(CategoryOf(list.substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    return categories;
+}
+
+void TakeFamily(Arguments& arguments, SocketFamily family) {
+    if (arguments.chosenFamily.value_or(family) != family) {
+        Refuse("'--classic' and '--xt' exclude each other");
+    }
+    arguments.chosenFamily = family;
+}
+
+void TakeDirection(Arguments& arguments, Direction direction) {
+    if (arguments.direction != Direction::Both && arguments.direction != direction) {
+        Refuse("'--send-only' and '--receive-only' exclude each other");
+    }
+    arguments.direction = direction;
+}
+
+template <class... Commands>
+constexpr unsigned int SetOf(Commands... commands) {
+    return ((1U << static_cast<unsigned int>(commands)) | ...);
+}
+
+constexpr unsigned int Connections = SetOf(Command::Listen, Command::Connect);
+constexpr unsigned int DatagramSenders = SetOf(Command::UdpSend, Command::Broadcast);
+constexpr unsigned int DatagramReceivers = SetOf(Command::UdpListen, Command::Multicast);
+constexpr unsigned int Datagrams = DatagramSenders | DatagramReceivers;
+constexpr unsigned int All = Connections | Datagrams;
+
+using Text = const std::string&;
+
+constexpr std::array<Option, 12> Options{{
+    {"--classic", All, false,
+     [](Arguments& arguments, Text) { TakeFamily(arguments, SocketFamily::Classic); }},
+    {"--xt", All, false,
+     [](Arguments& arguments, Text) { TakeFamily(arguments, SocketFamily::Extended); }},
+    {"--send-only", Connections, false,
+     [](Arguments& arguments, Text) { TakeDirection(arguments, Direction::SendOnly); }},
+    {"--receive-only", Connections, false,
+     [](Arguments& arguments, Text) { TakeDirection(arguments, Direction::ReceiveOnly); }},
+    {"--reuse", SetOf(Command::Listen, Command::UdpListen), false,
+     [](Arguments& arguments, Text) { arguments.reuseAddress = true; }},
+    {"--from", DatagramReceivers, false,
+     [](Arguments& arguments, Text) { arguments.showSenders = true; }},
+    {"--size", DatagramSenders, true,
+     [](Arguments& arguments, Text value) {
+         arguments.datagramSize = ParseNumber(value, 65535, "size of a datagram");
+     }},
+    {"--count", Datagrams, true,
+     [](Arguments& arguments, Text value) {
+         arguments.datagramCount = ParseNumber(value, AnyNumber, "number of datagrams");
+     }},
+    {"--recv-timeout", Connections | DatagramReceivers, true,
+     [](Arguments& arguments, Text value) { arguments.receiveTimeout = ParseMilliseconds(value); }},
+    {"--send-timeout", Connections | DatagramSenders, true,
+     [](Arguments& arguments, Text value) { arguments.sendTimeout = ParseMilliseconds(value); }},
+    {"--trace", All, true,
+     [](Arguments& arguments, Text value) { arguments.categories = ParseCategories(value); }},
+    {"--log-file", All, true, [](Arguments& arguments, Text value) { arguments.logFile = value; }},
+}};
+
+}  // namespace
+
+bool Option::BelongsTo(Command command) const noexcept {
+    return (commands & SetOf(command)) != 0;
+}
+
+const Option* FindOption(const std::string& name) {
+    const auto* const option = std::find_if(Options.begin(), Options.end(),
+                                            [&](const Option& each) { return each.name == name; });
+    return option == Options.end() ? nullptr : option;
+}
+
+unsigned short ParsePort(const std::string& text) {
+    constexpr unsigned int highest = std::numeric_limits<unsigned short>::max();
+    return static_cast<unsigned short>(ParseNumber(text, highest, "port"));
+}
+
+void Refuse(const std::string& text) {
+    using VelSockTools::ExitCode;
+    throw VelSockTools::Failure(ExitCode::WrongUsage, text + "; see velsock-cat --help");
+}
+
+}  // namespace VelSockCat

@@ -1,0 +1,55 @@
+#include "Json.h"
+
+#include <VelBase/TextConversions.h>
+
+#include <string_view>
+
+namespace VelSockResolve {
+
+namespace {
+
+std::string ValidUtf8(const std::string& text) {
+    const VelBase::ReturnWString wide = VelBase::UTF8ToWideChar(text.c_str(), false);
+    return VelBase::WideCharToUTF8(wide.c_str(), false).c_str();
+}
+
+std::string CodePoint(unsigned char value) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    return std::string("\\u00") + digits[value / 16] + digits[value % 16];
+}
+
+std::string Escape(char character) {
+    const auto value = static_cast<unsigned char>(character);
+    if (character == '"' || character == '\\') return {'\\', character};
+    if (value < 0x20 || value == 0x7F) return CodePoint(value);
+    return {character};
+}
+
+}  // namespace
+
+std::string JsonText(const std::string& text) {
+    std::string json = "\"";
+    for (const char character : ValidUtf8(text))
+        json += Escape(character);
+    return json + "\"";
+}
+
+std::string JsonTexts(const std::vector<std::string>& texts) {
+    std::string json = "[";
+    for (const std::string& text : texts) {
+        if (json.size() > 1) json += ',';
+        json += JsonText(text);
+    }
+    return json + "]";
+}
+
+void JsonObject::Add(const std::string& key, const std::string& value) {
+    if (!members_.empty()) members_ += ',';
+    members_.append(JsonText(key)).append(":").append(value);
+}
+
+std::string JsonObject::Line() const {
+    return std::string("{").append(members_).append("}\n");
+}
+
+}  // namespace VelSockResolve

@@ -1,0 +1,82 @@
+#include "Questions.h"
+
+#include <VelNet/SocketAddress.h>
+#include <VelNet/SocketXt.h>
+
+#include <algorithm>
+#include <array>
+
+namespace VelSockResolve {
+
+namespace {
+
+using VelNet::Octets;
+using VelNet::OctetsCollection;
+using VelNet::SocketAddress;
+using VelNet::SocketAddressCache;
+
+std::string TextOf(const Octets& octets) {
+    return octets.GetAddressString().c_str();
+}
+
+Values TextsOf(const OctetsCollection& octets) {
+    Values texts;
+    for (unsigned int index = 0; index < octets.GetCount(); ++index) {
+        texts.push_back(TextOf(octets.GetOctets(index)));
+    }
+    return texts;
+}
+
+Values AskForward(SocketAddressCache* cache, const std::string& name) {
+    if (cache != nullptr) return {TextOf(cache->GetOctetsFromMachineName(name.c_str()))};
+    return TextsOf(*SocketAddress::GetOctetsFromMachineName(name.c_str()));
+}
+
+Values AskReverse(SocketAddressCache* cache, const std::string& dotted) {
+    const Octets address = SocketAddress::ConvertDottedStringToOctets(dotted.c_str());
+    const auto name = cache != nullptr ? cache->GetMachineNameFromOctets(address)
+                                       : SocketAddress::GetMachineNameFromOctets(address);
+    return {name.c_str()};
+}
+
+Values AskDotted(SocketAddressCache*, const std::string& text) {
+    return {TextOf(SocketAddress::ConvertDottedStringToOctets(text.c_str()))};
+}
+
+Values AskLocalName(SocketAddressCache*, const std::string&) {
+    return {SocketAddress::GetLocalMachineName().c_str()};
+}
+
+Values AskLocalDomain(SocketAddressCache*, const std::string&) {
+    return {SocketAddress::GetLocalMachineDomain().c_str()};
+}
+
+Values AskNameServers(SocketAddressCache*, const std::string&) {
+    return TextsOf(*SocketAddress::GetLocalMachineDomainNameServer());
+}
+
+Values AskIpVersion(SocketAddressCache*, const std::string&) {
+    using VelNet::SocketXt;
+    return {SocketXt::GetIpVersion() == SocketXt::FAMILY_IPV6 ? "6" : "4"};
+}
+
+constexpr std::array<Question, 7> Questions{{
+    {"forward", "addresses", Shape::Texts, true, true, AskForward},
+    {"reverse", "name", Shape::Text, true, true, AskReverse},
+    {"dotted", "address", Shape::Text, true, false, AskDotted},
+    {"local-name", "name", Shape::Text, false, false, AskLocalName},
+    {"local-domain", "domain", Shape::Text, false, false, AskLocalDomain},
+    {"name-servers", "nameServers", Shape::Texts, false, false, AskNameServers},
+    {"ip-version", "ipVersion", Shape::Number, false, false, AskIpVersion},
+}};
+
+}  // namespace
+
+const Question* FindQuestion(const std::string& name) {
+    const auto* const question =
+        std::find_if(Questions.begin(), Questions.end(),
+                     [&](const Question& each) { return each.name == name; });
+    return question == Questions.end() ? nullptr : question;
+}
+
+}  // namespace VelSockResolve

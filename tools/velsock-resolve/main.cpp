@@ -1,0 +1,36 @@
+// velsock-resolve: shows what the library's resolvers answer on this computer.
+
+#include <VelNet/SocketInitialization.h>
+
+#include <string>
+#include <vector>
+
+#include "Answers.h"
+#include "Arguments.h"
+#include "Help.h"
+#include "Program.h"
+#include "StandardStreams.h"
+
+namespace {
+
+using namespace VelSockResolve;
+using VelSockTools::ExitCode;
+
+ExitCode Print(const char* text) {
+    VelSockTools::WriteOutput(text);
+    return ExitCode::InOrder;
+}
+
+ExitCode Run(const std::vector<std::string>& words) {
+    const Arguments arguments = ParseArguments(words);
+    if (arguments.command == Command::Help) return Print(HelpText());
+    if (arguments.command == Command::Version) return Print(VersionText());
+    const VelNet::SocketInitialization sockets;
+    return AskAndAnswer(arguments);
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    return VelSockTools::RunProgram("velsock-resolve", Run, count, words);
+}
