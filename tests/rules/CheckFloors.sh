@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Holds the sources to the rules of the house: which floor may include which, where system headers and
-# platform conditionals may stand, and that a public header includes public headers only.
+# Holds the sources to the rules of the house: which floor may include which, where system headers, platform
+# conditionals, macros and compiler extensions may stand, and that a public header includes public headers only.
 # usage: CheckFloors.sh PROJECT_FOLDER < LIST_OF_PUBLIC_HEADERS
 set -euo pipefail
 
@@ -24,24 +24,46 @@ is_public() {
 
 # The C++ standard library's headers have neither a folder nor an ending.
 is_standard() { [[ $1 != */* && $1 != *.* ]]; }
+is_neighbour() { [[ $2 != */* && (-e $(dirname "$1")/$2 || ($1 == tools/* && -e tools/common/$2)) ]]; }
+is_of_system() { [[ $1 != */* || $1 =~ ^(arpa|linux|net|netinet|sys)/ ]]; }
+is_of_test_framework() { [[ $1 == gtest/* || $1 == gmock/* ]]; }
+
+# Where the system is spoken to itself: the platform floor, and what tests and tools need past the library.
+knows_system() {
+  [[ $1 != Common/* || $1 =~ ^Common/platform/(posix|windows)/ ]] &&
+    [[ $1 =~ /(posix|windows)/ || $1 =~ ^(bench|tools/demo|tests/loopback/platform)/ ]]
+}
 
 may_include() {
   local file=$1 header=$2
-  is_standard "$header" && return 0
-  [[ $header != */* && -e $(dirname "$file")/$header ]] && return 0  # a neighbour
+  is_standard "$header" || is_neighbour "$file" "$header" && return 0
+  if is_of_system "$header"; then
+    knows_system "$file"
+    return
+  fi
   case $file in
     Common/platform/include/*) [[ $header == Platform/* ]] ;;
-    Common/platform/posix/* | Common/platform/windows/*) [[ $header != Vel* && $header != Socket/* ]] ;;
+    Common/platform/*) [[ $header != Vel* && $header != Socket/* ]] ;;
     Common/support/*) [[ $header =~ ^(Platform|VelBase|VelSynch|VelResource|VelLog|VelRegistry)/ ]] ;;
     Common/Socket/include/*) is_public "$header" ;;
     Common/Socket/Socket/*) [[ $header =~ ^(Platform|Socket|VelBase|VelSynch|VelResource|VelLog|VelRegistry|VelNet)/ ]] ;;
-    tools/* | examples/*) is_public "$header" || [[ $header != */* || $header == sys/* ]] ;;
+    tools/* | examples/*) is_public "$header" ;;
+    tests/loopback/* | tests/abi/*)
+      is_public "$header" || is_of_test_framework "$header" || [[ $header =~ ^(loopback|abi)/ ]] ;;
     *) return 0 ;;
   esac
 }
 
-sources() { find Common tools examples -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | LC_ALL=C sort; }
+# must_not_hold FILE PATTERN WHAT: reports each line that has the pattern.
+must_not_hold() {
+  if grep -nE "$2" "$1"; then problem "$1 must not hold $3"; fi
+}
 
+sources() {
+  find Common tools examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
+}
+
+directive='^[[:space:]]*#[[:space:]]*'
 while read -r file; do
   files=$((files + 1))
   while read -r header; do
@@ -49,18 +71,27 @@ while read -r file; do
   done < <(includes_of "$file")
 
   case $file in
-    Common/platform/posix/* | Common/platform/windows/* | Common/support/include/VelBase/Export.h) ;;
-    *)
-      if grep -nE '^[[:space:]]*#[[:space:]]*(if|ifdef|ifndef|elif)' "$file"; then
-        problem "$file must not hold a conditional"
-      fi
-      ;;
+    Common/platform/posix/* | Common/platform/windows/* | Common/support/include/VelBase/Export.h) continue ;;
   esac
+  must_not_hold "$file" "${directive}(if|ifdef|ifndef|elif|elifdef|elifndef)" 'a conditional'
+  must_not_hold "$file" "${directive}define" 'a macro'
+  case $file in
+    # windows.h renames what these two declare.
+    Common/support/include/VelBase/Message.h | Common/Socket/include/VelNet/Exception.h) ;;
+    *) must_not_hold "$file" "${directive}(undef|pragma[[:space:]]+(push|pop)_macro)" 'a macro guard' ;;
+  esac
+  knows_system "$file" ||
+    must_not_hold "$file" \
+      '__attribute__|__declspec|__builtin_|__extension__|__int128|__typeof|\[\[(gnu|clang|msvc)::|#[[:space:]]*pragma (GCC|clang|warning)' \
+      'a compiler extension'
 done < <(sources)
 
 for header in "${public_headers[@]}"; do
   path=$(find Common/*/include -path "*/include/$header")
-  [[ -n $path ]] || problem "the public header $header does not exist"
+  if [[ -z $path ]]; then
+    problem "the public header $header does not exist"
+    continue
+  fi
   while read -r included; do
     is_standard "$included" || is_public "$included" ||
       problem "$header is public and must not include $included, which is not"

@@ -1,19 +1,21 @@
 #!/usr/bin/env bash
 # Runs the test programs of a Windows build under Wine, each in one process, since each start costs seconds.
-# Ends with the totals; fails if a test failed or a program did not come to its end.
+# Leaves a file of results for each in BUILD_FOLDER/test-results, and what the calls answered in answers.tsv
+# there; fails if a test failed or a program did not come to its end.
 # usage: RunPrograms.sh BUILD_FOLDER [PROGRAM...]
 set -euo pipefail
 
 build=$(cd "$1" && pwd)
 shift
-patience=600 # seconds for a program
+export results=$build/test-results
+export patience=600 # seconds for a program
 
 export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=-all
 # Without these Wine would offer to download parts that nothing here needs.
 export WINEDLLOVERRIDES="mscoree=;mshtml="
+export VELSOCK_ANSWERS=../test-results/answers.tsv
 unset DISPLAY
 
-results=$build/test-results
 rm -rf "$results"
 mkdir -p "$results"
 trap 'wineserver -k || true' EXIT
@@ -24,33 +26,21 @@ else
   programs=("$@")
 fi
 
-# The sum of an attribute over all suites of all results.
-sum() {
-  cat "$results"/*.xml 2>/dev/null | sed -n "s/.*<testsuite .* $1=\"\([0-9]*\)\".*/\1/p" |
-    awk '{ sum += $1 } END { print sum + 0 }'
-}
-
-broken=0
-# run PROGRAM: the results lie in a file named after it, if it came to its end.
+# run PROGRAM: shows its output when it has ended. One that broke off counts as a failed test.
 run() {
   local program=$1 status=0
-  echo "--- $program"
-  (cd "$build/bin" &&
-    timeout "$patience" wine "$program.exe" --gtest_brief=1 "--gtest_output=xml:../test-results/$program.xml") \
-    </dev/null || status=$?
-  [ -s "$results/$program.xml" ] && return
-  echo "$program did not come to its end (exit code $status)"
-  broken=$((broken + 1))
+  timeout "$patience" wine "$program.exe" --gtest_brief=1 "--gtest_output=xml:../test-results/$program.xml" \
+    </dev/null >"$results/$program.log" 2>&1 || status=$?
+  if [ ! -s "$results/$program.xml" ]; then
+    echo "$program did not come to its end (exit code $status)" >>"$results/$program.log"
+    echo "<testsuite name=\"$program\" tests=\"1\" failures=\"1\">" >"$results/$program.xml"
+    status=1
+  fi
+  printf -- '--- %s\n%s\n' "$program" "$(cat "$results/$program.log")"
+  return $((status != 0))
 }
+export -f run
 
 wineboot --init >/dev/null 2>&1
-for program in "${programs[@]}"; do
-  run "$program"
-done
-
-tests=$(sum tests)
-failed=$(($(sum failures) + $(sum errors)))
-left_out=$(($(sum skipped) + $(sum disabled)))
-[ "$left_out" = 0 ] || echo "$left_out not run"
-echo "$((tests - failed - left_out)) passed, $((failed + broken)) failed"
-[ "$((failed + broken))" = 0 ] && [ "$tests" -gt 0 ]
+cd "$build/bin"
+printf '%s\n' "${programs[@]}" | xargs -P "$(nproc)" -I '{}' bash -c 'run {}'
