@@ -365,7 +365,10 @@ TEST_F(SelectingConnect, ThatWasRefusedFindsItInTheLastSet) {
     SetNonBlocking(socket);
     const OwnedSocket bound = NewBoundStream();
     ASSERT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(bound))));
-    EXPECT_EQ(ReadyFor(socket, Minute), "e");
+    const std::string ready = ReadyFor(socket, Minute);
+    if (ready != "re" || !IsWinesAnswer("selecting a connect that was refused", 2, 0)) {
+        EXPECT_EQ(ready, "e");
+    }
 }
 
 TEST_F(SelectingConnect, ThatSucceededFindsItWritable) {

@@ -38,6 +38,21 @@ TEST_F(XtConnect, ResolvesConnectsRecordsAndCleansUp) {
     ExpectRecords({ConnectedTo("host", "80")});
 }
 
+// The scripted code page is Latin-1.
+TEST_F(XtConnect, RecordAndFailureReadTheirTextsInTheSystemsCodePage) {
+    const auto socket = MakeXt();
+    On::ComputerName().Returns(u"B\u00E4r");
+    socket->Connect("h\xF6st", "80");
+    EXPECT_EQ(LoggedTexts(ConnectionCategory),
+              std::vector<std::u16string>{u"Connected, Local address: B\u00E4r (0), "
+                                          u"Remote address: h\u00F6st (80)"});
+    On::ComputerName().Returns(u"B\u00E4r");
+    On::Connect().Fails(10061);
+    EXPECT_EQ(Catch([&] { socket->Connect("h\xF6st", "80"); }).text,
+              u"VelNet::SocketXtImpl::Connect , cannot connect local socket to a remote address , "
+              u"::connect , B\u00E4r:0 : h\u00F6st:80 , errno = \u274D Connection refused");
+}
+
 TEST_F(XtConnect, HintsAreTheSocketsTypeAndProtocolAlone) {
     const auto socket = MakeXt(STATE_CREATED, 2, 17, SocketXt::FAMILY_IPV6);
     socket->Connect("host", "80");
