@@ -23,14 +23,6 @@ SocketAddressCache* CreateSocketAddressCache() {
     return new (std::nothrow) SocketAddressCacheImpl;
 }
 
-SocketAddressCacheImpl::EntryReference& SocketAddressCacheImpl::EntryReference::operator=(
-    const EntryReference& other) {
-    other.entry_->AddRef();
-    entry_->Release();
-    entry_ = other.entry_;
-    return *this;
-}
-
 Octets SocketAddressCacheImpl::GetOctetsFromMachineName(const char* name) {
     if (const auto known = GetCacheEntry(name)) return known->address;
 

@@ -6,6 +6,7 @@
 #include <VelNet/SocketAddressCache.h>
 #include <VelSynch/ReferenceCountedImpl.h>
 
+#include <utility>
 #include <vector>
 
 namespace VelNet {
@@ -23,7 +24,10 @@ private:
     public:
         explicit EntryReference(CacheEntry* entry) : entry_(entry) { entry_->AddRef(); }
         EntryReference(const EntryReference& other) : EntryReference(other.entry_) {}
-        EntryReference& operator=(const EntryReference& other);
+        EntryReference& operator=(EntryReference other) noexcept {
+            std::swap(entry_, other.entry_);
+            return *this;
+        }
         ~EntryReference() { entry_->Release(); }
 
         CacheEntry* operator->() const noexcept { return entry_; }
