@@ -1,8 +1,6 @@
 #include <Socket/SocketXtImpl.h>
 
-#include <Socket/AddressList.h>
-#include <Socket/NarrowText.h>
-#include <Socket/SocketXtFailure.h>
+#include <Socket/SocketXtAddresses.h>
 #include <Socket/SocketXtTexts.h>
 #include <Socket/SystemSocket.h>
 #include <Socket/WinsockScope.h>
@@ -148,28 +146,22 @@ void SocketXtImpl::Bind(SpecialAddressKind address, const char* port) {
 }
 
 void SocketXtImpl::Bind(const char* host, const char* port) {
-    constexpr const char* function = "VelNet::SocketXtImpl::Bind";
-    constexpr const char* description = "cannot bind socket to local address";
-    const WinsockScope scope(function);
+    constexpr SocketXtOperation operation = {"VelNet::SocketXtImpl::Bind",
+                                             "cannot bind socket to local address"};
+    const WinsockScope scope(operation.function);
     std::string newHost(OrEmpty(host));
     std::string newPort(OrEmpty(port));
 
-    const AddressWalk walk = TryAddresses(
-        host, port, AddressHints(socketType_, protocol_), [&](const Winsock::AddressInfo& entry) {
+    const AddressWalk walk =
+        TryResolved(operation, host, port, Hints(), [this](const Winsock::AddressInfo& entry) {
             return Winsock::bind(handle_, entry.address, AddressLength(entry)) !=
                    Winsock::SocketError;
         });
-    switch (walk.outcome) {
-        case AddressWalk::NotResolved:
-            ThrowSocketXtError({function, description, "::getaddrinfo", walk.error, newHost.c_str(),
-                                newPort.c_str()});
-        case AddressWalk::Refused:
-            ThrowSocketXtError(
-                {function, description, "::bind", walk.error, newHost.c_str(), newPort.c_str()});
-        case AddressWalk::NoAddress:
-            return;  // Required: nothing was bound, and that is no failure.
-        case AddressWalk::Accepted:
-            break;
+    // Required: without an address nothing is bound, and that is no failure.
+    if (walk.outcome == AddressWalk::NoAddress) return;
+    if (walk.outcome != AddressWalk::Accepted) {
+        ThrowSocketXtError({operation.function, operation.description, "::bind", walk.error,
+                            newHost.c_str(), newPort.c_str()});
     }
     if (socketType_ == Winsock::TypeDatagram) state_ = STATE_CONNECTED;
     if (socketType_ == Winsock::TypeStream) state_ = STATE_BOUND;
@@ -193,36 +185,31 @@ void SocketXtImpl::Connect(SpecialAddressKind address, const char* port) {
 }
 
 void SocketXtImpl::Connect(const char* host, const char* port) {
-    constexpr const char* function = "VelNet::SocketXtImpl::Connect";
-    constexpr const char* description = "cannot connect local socket to a remote address";
-    const WinsockScope scope(function);
+    constexpr SocketXtOperation operation = {"VelNet::SocketXtImpl::Connect",
+                                             "cannot connect local socket to a remote address"};
+    const WinsockScope scope(operation.function);
     std::string newHost(OrEmpty(host));
     std::string newPort(OrEmpty(port));
     // Required: these stay, however the connect ends.
     localHost_ = std::string(NarrowComputerName().c_str());
     localPort_ = std::string(AnyPort);
 
-    const AddressWalk walk = TryAddresses(
-        host, port, AddressHints(socketType_, protocol_), [&](const Winsock::AddressInfo& entry) {
+    const AddressWalk walk =
+        TryResolved(operation, host, port, Hints(), [this](const Winsock::AddressInfo& entry) {
             return Winsock::connect(handle_, entry.address, AddressLength(entry)) !=
                    Winsock::SocketError;
         });
-    switch (walk.outcome) {
-        case AddressWalk::NotResolved:
-            ThrowSocketXtError({function, description, "::getaddrinfo", walk.error, newHost.c_str(),
-                                newPort.c_str()});
-        case AddressWalk::Refused:
-            ThrowSocketXtError({function, description, "::connect", walk.error,
-                                JoinEndpoint(localHost_, localPort_).c_str(),
-                                JoinEndpoint(newHost, newPort).c_str()});
-        case AddressWalk::NoAddress:
-            break;  // Required: no failure, and the record is written all the same.
-        case AddressWalk::Accepted:
-            state_ = STATE_CONNECTED;
-            remoteHost_ = std::move(newHost);
-            remotePort_ = std::move(newPort);
-            break;
+    if (walk.outcome == AddressWalk::Refused) {
+        ThrowSocketXtError({operation.function, operation.description, "::connect", walk.error,
+                            JoinEndpoint(localHost_, localPort_).c_str(),
+                            JoinEndpoint(newHost, newPort).c_str()});
     }
+    if (walk.outcome == AddressWalk::Accepted) {
+        state_ = STATE_CONNECTED;
+        remoteHost_ = std::move(newHost);
+        remotePort_ = std::move(newPort);
+    }
+    // Required: written without an address too, which is no failure.
     TraceConnection(ConnectedFormat);
 }
 
@@ -289,6 +276,10 @@ void SocketXtImpl::SetOption(int option, unsigned int value, const char* functio
     const int error = Winsock::WSAGetLastError();
     ThrowSocketXtError(
         {function, description, "::setsockopt", error, localHost_.c_str(), localPort_.c_str()});
+}
+
+Winsock::AddressInfo SocketXtImpl::Hints() const noexcept {
+    return AddressHints(socketType_, protocol_);
 }
 
 void SocketXtImpl::RememberPeer(const PeerTexts& peer, VelBase::ReturnString& host,

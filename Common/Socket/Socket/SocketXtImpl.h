@@ -66,6 +66,9 @@ private:
     void SetOption(int option, unsigned int value, const char* function,
                    const char* description) const;
 
+    // For addresses that the socket can use.
+    Winsock::AddressInfo Hints() const noexcept;
+
     // Stores the peer's texts here and where the caller wants them.
     void RememberPeer(const PeerTexts& peer, VelBase::ReturnString& host,
                       VelBase::ReturnString& port);

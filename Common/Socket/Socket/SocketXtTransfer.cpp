@@ -1,8 +1,6 @@
 // The extended socket's transfers.
-#include <Socket/AddressList.h>
-#include <Socket/NarrowText.h>
 #include <Socket/SocketLayerState.h>
-#include <Socket/SocketXtFailure.h>
+#include <Socket/SocketXtAddresses.h>
 #include <Socket/SocketXtImpl.h>
 #include <Socket/SocketXtTexts.h>
 #include <Socket/WinsockScope.h>
@@ -46,20 +44,19 @@ int SocketXtImpl::SendTo(const char* buffer, int length, SpecialAddressKind addr
 }
 
 int SocketXtImpl::SendTo(const char* buffer, int length, const char* host, const char* port) {
-    constexpr const char* function = "VelNet::SocketXtImpl::SendTo";
-    constexpr const char* description = "cannot sendto using connectionless socket";
-    const WinsockScope scope(function);
+    constexpr SocketXtOperation operation = {"VelNet::SocketXtImpl::SendTo",
+                                             "cannot sendto using connectionless socket"};
+    const WinsockScope scope(operation.function);
 
     int sent = Winsock::SocketError;
-    const AddressWalk walk = TryAddresses(
-        host, port, AddressHints(socketType_, protocol_), [&](const Winsock::AddressInfo& entry) {
+    const AddressWalk walk =
+        TryResolved(operation, host, port, Hints(), [&](const Winsock::AddressInfo& entry) {
             sent = Winsock::sendto(handle_, buffer, length, 0, entry.address, AddressLength(entry));
             return sent != Winsock::SocketError;
         });
     if (walk.outcome != AddressWalk::Accepted) {
-        const bool resolved = walk.outcome != AddressWalk::NotResolved;
         const int error = walk.ErrorOrLast();
-        ThrowSocketXtError({function, description, resolved ? "::sendto" : "::getaddrinfo", error,
+        ThrowSocketXtError({operation.function, operation.description, "::sendto", error,
                             OrEmpty(host), OrEmpty(port)});
     }
     // Required: the local address is this computer's name and no port, whatever the socket is bound
