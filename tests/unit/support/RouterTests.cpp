@@ -1,7 +1,6 @@
 #include <VelLog/LogControl.h>
 #include <VelLog/Router.h>
 
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -149,27 +148,6 @@ TEST_F(Routers, SwitchingAllocatesNothing) {
 TEST_F(Routers, FailedCreationLeavesNothingBehind) {
     Support::ExpectBadAllocFromEveryAllocation(1, [] { Create("Network", "Error"); });
     EXPECT_TRUE(SetRouterEnabled("Network", "Error", true));
-}
-
-bool SixtyFourPairsFit() {
-    const ReturnPtrI<Router> surplus = Create("Surplus", "Error");
-    for (int pair = 0; pair < 64; ++pair) {
-        if (!SetRouterEnabled("Network", std::to_string(pair).c_str(), pair % 2 == 0)) return false;
-    }
-    const bool isFull = !SetRouterEnabled("Surplus", "Error", true) && !surplus->IsEnabled() &&
-                        !Create("Surplus", "Error")->IsEnabled();
-    const bool isKept = Create("Network", "0")->IsEnabled() &&
-                        !Create("Network", "1")->IsEnabled() &&
-                        Create("Network", "62")->IsEnabled();
-    const bool isSwitched =
-        SetRouterEnabled("Network", "63", true) && Create("Network", "63")->IsEnabled();
-    return isFull && isKept && isSwitched;
-}
-
-// In a process of its own: what is remembered is never forgotten.
-TEST(RouterSwitches, SixtyFourPairsAreRememberedAndStayUsable) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(std::_Exit(SixtyFourPairsFit() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
