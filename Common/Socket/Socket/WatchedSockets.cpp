@@ -12,10 +12,9 @@ bool WatchedSockets::Set::Contains(Winsock::Handle handle) const noexcept {
     return std::find(handles.handles, end, handle) != end;
 }
 
-void WatchedSockets::Set::Count(Winsock::Handle handle) noexcept {
-    if (Contains(handle)) return;
-    if (handles.count < Winsock::HandleSet::Room) handles.handles[handles.count++] = handle;
-    ++counted;
+void WatchedSockets::Set::Add(Winsock::Handle handle) noexcept {
+    if (Contains(handle) || handles.count == Winsock::HandleSet::Room) return;
+    handles.handles[handles.count++] = handle;
 }
 
 void WatchedSockets::Watch(Winsock::Handle handle, int event) noexcept {
@@ -23,10 +22,10 @@ void WatchedSockets::Watch(Winsock::Handle handle, int event) noexcept {
         case EVENT_ACCEPT:
         case EVENT_READ:
         case EVENT_CLOSE:
-            reading_.Count(handle);
+            reading_.Add(handle);
             break;
         case EVENT_WRITE:
-            writing_.Count(handle);
+            writing_.Add(handle);
             break;
         default:
             return;

@@ -9,11 +9,11 @@ namespace VelNet {
 class WatchedSockets {
 public:
     // Takes the handle into the set that the event belongs to; an event of no set is passed over.
-    // Required: the system's sets have room for 64 different handles, and further ones count but
-    // are not watched.
+    // Required: the system's sets have room for 64 different handles, and further ones are not
+    // watched.
     void Watch(Winsock::Handle handle, int event) noexcept;
 
-    bool IsEmpty() const noexcept { return reading_.counted == 0 && writing_.counted == 0; }
+    bool IsEmpty() const noexcept { return reading_.IsEmpty() && writing_.IsEmpty(); }
 
     // The result of the system's select, which leaves in the sets what is ready.
     int Wait(unsigned int seconds);
@@ -24,13 +24,13 @@ public:
 private:
     struct Set {
         bool Contains(Winsock::Handle handle) const noexcept;
-        // Takes in a handle that is not there yet.
-        void Count(Winsock::Handle handle) noexcept;
+        bool IsEmpty() const noexcept { return handles.count == 0; }
+        // Takes in a handle that is not there yet, as long as there is room.
+        void Add(Winsock::Handle handle) noexcept;
         // Null for a set of nothing.
-        Winsock::HandleSet* OrNone() noexcept { return counted == 0 ? nullptr : &handles; }
+        Winsock::HandleSet* OrNone() noexcept { return IsEmpty() ? nullptr : &handles; }
 
         Winsock::HandleSet handles = {};
-        unsigned int counted = 0;
     };
 
     Set reading_;
