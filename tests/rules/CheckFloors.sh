@@ -34,6 +34,20 @@ knows_system() {
     [[ $1 =~ /(posix|windows)/ || $1 =~ ^(bench|tools/demo|tests/loopback/platform)/ ]]
 }
 
+# The rooms of the POSIX floor, and which of them each may include beside itself.
+posix_room_may_include() {
+  local room=${1#Common/platform/posix/} below
+  room=${room%%/*}
+  case $room in
+    errors) below="" ;;
+    system) below="errors" ;;
+    sockets) below="errors system" ;;
+    transfer | names | settings) below="errors system sockets" ;;
+    *) return 1 ;;
+  esac
+  [[ " $room $below " == *" ${2%%/*} "* ]]
+}
+
 may_include() {
   local file=$1 header=$2
   is_standard "$header" || is_neighbour "$file" "$header" && return 0
@@ -43,6 +57,8 @@ may_include() {
   fi
   case $file in
     Common/platform/include/*) [[ $header == Platform/* ]] ;;
+    Common/platform/posix/*)
+      [[ $header == Platform/* ]] || posix_room_may_include "$file" "$header" ;;
     Common/platform/*) [[ $header != Vel* && $header != Socket/* ]] ;;
     Common/support/*) [[ $header =~ ^(Platform|VelBase|VelSynch|VelResource|VelLog|VelRegistry)/ ]] ;;
     Common/Socket/include/*) is_public "$header" ;;

@@ -1,9 +1,0 @@
-#include "RegistryRoot.h"
-
-namespace Posix {
-
-const char* RegistryRoot() noexcept {
-    return VELSOCK_REGISTRY_ROOT;
-}
-
-}  // namespace Posix

@@ -1,0 +1,127 @@
+#include "errors/Errors.h"
+
+#include <netdb.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+
+namespace Posix {
+
+constinit thread_local int lastError = 0;
+
+namespace {
+
+struct ErrorPair {
+    int system;
+    int winsock;
+};
+
+// Where several numbers of the system become one of Winsock's, the first is the one to describe it
+// by.
+constexpr ErrorPair Errors[] = {
+    {EINTR, 10004},
+    {EBADF, 10009},
+    {ENOTSOCK, WinsockError::NotSocket},
+    {EACCES, WinsockError::Access},
+    {EPERM, WinsockError::Access},
+    {EFAULT, WinsockError::Fault},
+    {EINVAL, WinsockError::Invalid},
+    {EMFILE, WinsockError::TooManyOpen},
+    {ENFILE, WinsockError::TooManyOpen},
+    {EAGAIN, WinsockError::WouldBlock},
+    {EINPROGRESS, WinsockError::InProgress},
+    {EALREADY, WinsockError::Already},
+    {EDESTADDRREQ, WinsockError::DestinationRequired},
+    {EMSGSIZE, WinsockError::MessageSize},
+    {EPROTOTYPE, WinsockError::WrongProtocolType},
+    {ENOPROTOOPT, WinsockError::NoProtocolOption},
+    {EPROTONOSUPPORT, WinsockError::ProtocolNotSupported},
+    {ESOCKTNOSUPPORT, WinsockError::SocketTypeNotSupported},
+    {EOPNOTSUPP, WinsockError::OperationNotSupported},
+    {ENOSYS, WinsockError::OperationNotSupported},
+    {EPFNOSUPPORT, WinsockError::ProtocolFamilyNotSupported},
+    {EAFNOSUPPORT, WinsockError::AddressFamilyNotSupported},
+    {EADDRINUSE, WinsockError::AddressInUse},
+    {EADDRNOTAVAIL, WinsockError::AddressNotAvailable},
+    {ENODEV, WinsockError::AddressNotAvailable},
+    {ENXIO, WinsockError::AddressNotAvailable},
+    {ENETDOWN, WinsockError::NetworkDown},
+    {ENETUNREACH, WinsockError::NetworkUnreachable},
+    {ENETRESET, WinsockError::NetworkReset},
+    {ECONNABORTED, WinsockError::ConnectionAborted},
+    {EPIPE, WinsockError::ConnectionAborted},
+    {ECONNRESET, WinsockError::ConnectionReset},
+    {ENOBUFS, WinsockError::NoBuffers},
+    {ENOMEM, WinsockError::NoBuffers},
+    {ENOSR, WinsockError::NoBuffers},
+    {EISCONN, WinsockError::IsConnected},
+    {ENOTCONN, WinsockError::NotConnected},
+    {ESHUTDOWN, WinsockError::ShutDown},
+    {ETOOMANYREFS, WinsockError::TooManyReferences},
+    {ETIMEDOUT, WinsockError::TimedOut},
+    {ETIME, WinsockError::TimedOut},
+    {ECONNREFUSED, WinsockError::ConnectionRefused},
+    {ELOOP, WinsockError::Loop},
+    {ENAMETOOLONG, WinsockError::NameTooLong},
+    {EHOSTDOWN, WinsockError::HostDown},
+    {EHOSTUNREACH, WinsockError::HostUnreachable},
+    {ENONET, WinsockError::HostUnreachable},
+    {ENOTEMPTY, WinsockError::NotEmpty},
+    {EUSERS, WinsockError::TooManyUsers},
+    {EDQUOT, WinsockError::QuotaExceeded},
+    {ESTALE, WinsockError::Stale},
+    {EREMOTE, WinsockError::Remote},
+};
+
+// A number that the system reports for one reason must not be given two meanings.
+constexpr bool EachSystemErrorOnce() {
+    for (const auto* pair = std::begin(Errors); pair != std::end(Errors); ++pair) {
+        const auto same = [pair](const ErrorPair& other) { return other.system == pair->system; };
+        if (std::any_of(std::next(pair), std::end(Errors), same)) return false;
+    }
+    return true;
+}
+static_assert(EachSystemErrorOnce());
+
+}  // namespace
+
+int Fail(int winsockError) noexcept {
+    lastError = winsockError;
+    return Winsock::SocketError;
+}
+
+int FailFromErrno() noexcept {
+    return Fail(WinsockFromErrno(errno));
+}
+
+int WinsockFromErrno(int error) noexcept {
+    // A descriptor that turns out to be none is, to the caller, a handle that is no socket.
+    if (error == EBADF) return WinsockError::NotSocket;
+    const auto matches = [error](const ErrorPair& pair) { return pair.system == error; };
+    const auto* found = std::find_if(std::begin(Errors), std::end(Errors), matches);
+    return found != std::end(Errors) ? found->winsock : WinsockError::Invalid;
+}
+
+int WinsockFromResolver(int resolverError) noexcept {
+    switch (resolverError) {
+        case HOST_NOT_FOUND:
+            return WinsockError::HostNotFound;
+        case TRY_AGAIN:
+            return WinsockError::TryAgain;
+        case NO_DATA:
+            return WinsockError::NoData;
+        default:
+            return WinsockError::NoRecovery;
+    }
+}
+
+int ErrnoFromWinsock(int winsockError) noexcept {
+    const auto matches = [winsockError](const ErrorPair& pair) {
+        return pair.winsock == winsockError;
+    };
+    const auto* found = std::find_if(std::begin(Errors), std::end(Errors), matches);
+    return found != std::end(Errors) ? found->system : 0;
+}
+
+}  // namespace Posix

@@ -1,0 +1,70 @@
+#include "names/AddressInfoList.h"
+
+#include <cstring>
+#include <memory>
+#include <utility>
+
+namespace Posix {
+
+namespace {
+
+// An entry together with the address that it points to.
+struct Entry {
+    Winsock::AddressInfo info;
+    alignas(Winsock::AddressStorage) unsigned char address[sizeof(Winsock::AddressIpv6)];
+};
+
+Entry& EntryOf(Winsock::AddressInfo* info) noexcept {
+    return *static_cast<Entry*>(static_cast<void*>(info));  // its first member
+}
+
+std::unique_ptr<Entry> NewEntry(const Winsock::AddressInfo& hints, const KernelAddress& address) {
+    const bool ipv6 = address.any.sa_family == AF_INET6;
+    const unsigned short family = ipv6 ? Winsock::FamilyIpv6 : Winsock::FamilyIpv4;
+    auto entry = std::make_unique<Entry>();
+    entry->info = {.flags = 0,
+                   .family = family,
+                   .type = hints.type,
+                   .protocol = hints.protocol,
+                   .addressLength = ipv6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in),
+                   .canonicalName = nullptr,
+                   .address = entry->address,
+                   .next = nullptr};
+    std::memcpy(entry->address, &address, entry->info.addressLength);
+    std::memcpy(entry->address, &family, sizeof family);
+    return entry;
+}
+
+bool SameAddress(const Winsock::AddressInfo& left, const Winsock::AddressInfo& right) noexcept {
+    return left.addressLength == right.addressLength &&
+           std::memcmp(left.address, right.address, left.addressLength) == 0;
+}
+
+}  // namespace
+
+AddressList::~AddressList() {
+    Winsock::freeaddrinfo(first_);
+}
+
+void AddressList::Append(const KernelAddress& address) {
+    std::unique_ptr<Entry> entry = NewEntry(hints_, address);
+    Winsock::AddressInfo** end = &first_;
+    for (; *end != nullptr; end = &(*end)->next) {
+        if (SameAddress(**end, entry->info)) return;
+    }
+    *end = &entry.release()->info;
+}
+
+Winsock::AddressInfo* AddressList::Take() noexcept {
+    return std::exchange(first_, nullptr);
+}
+
+}  // namespace Posix
+
+void Winsock::freeaddrinfo(AddressInfo* list) {
+    while (list != nullptr) {
+        AddressInfo* next = list->next;
+        delete &Posix::EntryOf(list);
+        list = next;
+    }
+}

@@ -1,0 +1,74 @@
+#include "names/HostEntryStorage.h"
+
+#include <pthread.h>
+
+#include <sys/socket.h>
+#include <atomic>
+#include <cstdlib>
+
+namespace Posix {
+
+namespace {
+
+// A thread-specific key with the C library's own free as its destructor: the blocks go with their
+// threads, and no code of this module has to run then, which may have been unloaded by that time.
+using StoredKey = std::atomic<unsigned long>;
+constexpr unsigned long NoKey = ~0UL;
+constinit StoredKey storedKey = NoKey;
+
+// Of several threads that make the key at the same time, the first one wins.
+bool EnsureKey() noexcept {
+    if (storedKey.load(std::memory_order_acquire) != NoKey) return true;
+    pthread_key_t made = 0;
+    if (::pthread_key_create(&made, &std::free) != 0) return false;
+    unsigned long expected = NoKey;
+    if (!storedKey.compare_exchange_strong(expected, made)) ::pthread_key_delete(made);
+    return true;
+}
+
+pthread_key_t Key() noexcept {
+    return static_cast<pthread_key_t>(storedKey.load(std::memory_order_acquire));
+}
+
+// A process has few keys, so the module gives its own back when it is unloaded. The unloading
+// thread's block goes with it; those of threads that live on are lost.
+[[gnu::destructor]] void DeleteKey() noexcept {
+    const unsigned long stored = storedKey.exchange(NoKey);
+    if (stored == NoKey) return;
+    const auto key = static_cast<pthread_key_t>(stored);
+    std::free(::pthread_getspecific(key));
+    ::pthread_key_delete(key);
+}
+
+HostEntryBlock* Allocate(std::size_t room) noexcept {
+    auto* block = static_cast<HostEntryBlock*>(std::malloc(sizeof(HostEntryBlock) + room));
+    if (block != nullptr) block->room = room;
+    return block;
+}
+
+}  // namespace
+
+HostEntryBlock* HostEntryOfThread(std::size_t room) noexcept {
+    if (!EnsureKey()) return nullptr;
+    auto* present = static_cast<HostEntryBlock*>(::pthread_getspecific(Key()));
+    if (present != nullptr && present->room >= room) return present;
+    HostEntryBlock* block = Allocate(room);
+    if (block == nullptr || ::pthread_setspecific(Key(), block) != 0) {
+        std::free(block);
+        return nullptr;
+    }
+    std::free(present);
+    return block;
+}
+
+Winsock::HostEntry* FillFromHost(HostEntryBlock& block, const hostent& host) noexcept {
+    const bool ipv6 = host.h_addrtype == AF_INET6;
+    block.entry = {.name = host.h_name,
+                   .aliases = host.h_aliases,
+                   .addressType = ipv6 ? short{Winsock::FamilyIpv6} : short{Winsock::FamilyIpv4},
+                   .addressLength = static_cast<short>(host.h_length),
+                   .addresses = host.h_addr_list};
+    return &block.entry;
+}
+
+}  // namespace Posix

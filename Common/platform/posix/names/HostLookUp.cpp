@@ -1,0 +1,145 @@
+#include <Platform/Winsock.h>
+#include <arpa/inet.h>
+#include <netdb.h>
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "errors/Errors.h"
+#include "names/HostEntryStorage.h"
+#include "names/LocalAddresses.h"
+#include "sockets/KernelAddress.h"
+#include "sockets/StartUp.h"
+#include "system/HostName.h"
+
+namespace {
+
+using namespace Posix;
+
+constexpr std::size_t FirstRoom = 8192;
+constexpr std::size_t MostRoom = std::size_t{1} << 24U;
+
+Winsock::HostEntry* FailLookUp(int error) {
+    Fail(error);
+    return nullptr;
+}
+
+// Asks the system's resolver with more room until the answer fits. The query takes the host
+// structure, the room, and where to put the found host and the resolver's error; it returns the
+// system's error number.
+template <typename Query>
+Winsock::HostEntry* LookUp(Query query) {
+    for (std::size_t room = FirstRoom; room <= MostRoom; room *= 2) {
+        HostEntryBlock* block = HostEntryOfThread(room);
+        if (block == nullptr) break;
+        hostent host = {};
+        hostent* found = nullptr;
+        int resolverError = NO_RECOVERY;
+        const int error = query(host, *block, found, resolverError);
+        if (found != nullptr) {
+            Succeed();
+            return FillFromHost(*block, host);
+        }
+        if (error != ERANGE) return FailLookUp(WinsockFromResolver(resolverError));
+    }
+    return FailLookUp(WinsockError::NoRecovery);
+}
+
+Winsock::HostEntry* LookUpName(const char* name) {
+    return LookUp([name](hostent& host, HostEntryBlock& block, hostent*& found, int& error) {
+        return ::gethostbyname2_r(name, AF_INET, &host, block.Room(), block.room, &found, &error);
+    });
+}
+
+// The layout of an entry that no resolver has made: the lists of pointers, the addresses, the name.
+Winsock::HostEntry* FillOwn(HostEntryBlock& block, const std::vector<KernelAddress>& addresses,
+                            const char* name) {
+    auto** pointers = static_cast<char**>(static_cast<void*>(block.Room()));
+    char* bytes = static_cast<char*>(static_cast<void*>(pointers + addresses.size() + 2));
+    char** aliases = pointers;
+    *pointers++ = nullptr;
+    for (const KernelAddress& address : addresses) {
+        std::memcpy(bytes, &address.ipv4.sin_addr, sizeof(in_addr));
+        *pointers++ = bytes;
+        bytes += sizeof(in_addr);
+    }
+    *pointers = nullptr;
+    std::strcpy(bytes, name);
+    block.entry = {bytes, aliases, Winsock::FamilyIpv4, sizeof(in_addr), aliases + 1};
+    return &block.entry;
+}
+
+Winsock::HostEntry* OwnEntry(const HostNameText& name) {
+    const std::vector<KernelAddress> addresses = OwnAddresses(AF_INET);
+    const std::size_t room =
+        (addresses.size() + 2) * sizeof(char*) + addresses.size() * sizeof(in_addr) + sizeof name;
+    HostEntryBlock* block = HostEntryOfThread(room);
+    if (block == nullptr) return FailLookUp(WinsockError::NoRecovery);
+    Succeed();
+    return FillOwn(*block, addresses, name.text);
+}
+
+// Winsock's calls do not throw.
+Winsock::HostEntry* OwnEntryOrNone(const HostNameText& name) noexcept try {
+    return OwnEntry(name);
+} catch (const std::bad_alloc&) {
+    return FailLookUp(WinsockError::NoRecovery);
+}
+
+int AddressQueryError(const char* address, int length, int family) {
+    const bool ipv6 = family == Winsock::FamilyIpv6;
+    if (!ipv6 && family != Winsock::FamilyIpv4) return WinsockError::AddressFamilyNotSupported;
+    const int needed = ipv6 ? sizeof(in6_addr) : sizeof(in_addr);
+    return address == nullptr || length < needed ? WinsockError::Fault : 0;
+}
+
+Winsock::HostEntry* LookUpAddress(const char* address, bool ipv6) {
+    const socklen_t length = ipv6 ? sizeof(in6_addr) : sizeof(in_addr);
+    const int family = ipv6 ? AF_INET6 : AF_INET;
+    return LookUp([=](hostent& host, HostEntryBlock& block, hostent*& found, int& error) {
+        return ::gethostbyaddr_r(address, length, family, &host, block.Room(), block.room, &found,
+                                 &error);
+    });
+}
+
+}  // namespace
+
+Winsock::HostEntry* Winsock::gethostbyname(const char* name) {
+    if (!RequireStarted()) return nullptr;
+    const HostNameText own = HostName();
+    const bool askedForOwn = name == nullptr || *name == '\0';
+    const char* asked = askedForOwn ? own.text : name;
+    HostEntry* entry = LookUpName(asked);
+    // A computer knows itself, though no table and no server may know it.
+    return entry == nullptr && (askedForOwn || IsOwnName(asked, own)) ? OwnEntryOrNone(own) : entry;
+}
+
+Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int family) {
+    if (!RequireStarted()) return nullptr;
+    if (const int error = AddressQueryError(address, length, family)) return FailLookUp(error);
+    HostEntry* entry = LookUpAddress(address, family == FamilyIpv6);
+    // An address without a name is a host without data, not an unknown host.
+    if (entry == nullptr && lastError == WinsockError::HostNotFound) Fail(WinsockError::NoData);
+    return entry;
+}
+
+int Winsock::gethostname(char* name, int length) {
+    if (!RequireStarted()) return SocketError;
+    const HostNameText own = HostName();
+    const std::size_t needed = std::strlen(own.text) + 1;
+    if (name == nullptr || length < static_cast<int>(needed)) return Fail(WinsockError::Fault);
+    std::memcpy(name, own.text, needed);
+    return Succeed();
+}
+
+unsigned int Winsock::inet_addr(const char* text) {
+    if (text == nullptr) {
+        Fail(WinsockError::Fault);
+        return NoAddress;
+    }
+    if (std::strcmp(text, " ") == 0)
+        return 0;  // Required: Winsock takes a single blank for 0.0.0.0.
+    return ::inet_addr(text);
+}

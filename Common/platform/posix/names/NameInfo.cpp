@@ -1,0 +1,99 @@
+// From addresses to host and service texts.
+#include <Platform/Winsock.h>
+#include <netdb.h>
+
+#include <cstring>
+#include <string_view>
+
+#include "errors/Errors.h"
+#include "names/NumericHosts.h"
+#include "names/ResolverErrors.h"
+#include "sockets/KernelAddress.h"
+#include "sockets/StartUp.h"
+
+namespace {
+
+using namespace Posix;
+
+// Where one of the texts goes; without room it is not wanted.
+struct TextRoom {
+    char* text;
+    unsigned int size;
+
+    bool IsWanted() const noexcept { return text != nullptr && size > 0; }
+};
+
+int Write(const TextRoom& room, std::string_view text) noexcept {
+    if (text.size() >= room.size) return WinsockError::InsufficientBuffer;
+    std::memcpy(room.text, text.data(), text.size());
+    room.text[text.size()] = '\0';
+    return 0;
+}
+
+int FlagsError(int flags) noexcept {
+    constexpr int known = Winsock::NumericHost | Winsock::NumericService | Winsock::DatagramService;
+    return (flags & ~known) != 0 ? WinsockError::Invalid : 0;
+}
+
+socklen_t LengthOf(const KernelAddress& address) noexcept {
+    return address.any.sa_family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
+}
+
+int ReadAddress(const void* source, int length, KernelAddress& address) noexcept {
+    unsigned short family = 0;
+    if (source == nullptr || length < int{sizeof family}) return WinsockError::Fault;
+    std::memcpy(&family, source, sizeof family);
+    const bool ipv6 = family == Winsock::FamilyIpv6;
+    if (!ipv6 && family != Winsock::FamilyIpv4) return WinsockError::AddressFamilyNotSupported;
+    address.any.sa_family = ipv6 ? AF_INET6 : AF_INET;
+    const socklen_t needed = LengthOf(address);
+    if (length < static_cast<int>(needed)) return WinsockError::Fault;
+    std::memcpy(&address, source, needed);
+    address.any.sa_family = ipv6 ? AF_INET6 : AF_INET;
+    return 0;
+}
+
+// The host's name; that of an address without one consists of numbers.
+int WriteHost(const KernelAddress& address, int flags, const TextRoom& room) {
+    if (!room.IsWanted()) return 0;
+    int error = WinsockError::HostNotFound;
+    if ((flags & Winsock::NumericHost) == 0) {
+        error = Ask([&] {
+            return ::getnameinfo(&address.any, LengthOf(address), room.text, room.size, nullptr, 0,
+                                 NI_NAMEREQD);
+        });
+    }
+    if (error != WinsockError::HostNotFound) return error;
+    return Write(room, FormatNumericHost(address).text);
+}
+
+int WriteService(const KernelAddress& address, int flags, const TextRoom& room) {
+    if (!room.IsWanted()) return 0;
+    if ((flags & Winsock::NumericService) != 0) {
+        return Write(room, FormatNumericPort(PortOf(address)).text);
+    }
+    const int datagrams = (flags & Winsock::DatagramService) != 0 ? NI_DGRAM : 0;
+    return Ask([&] {
+        return ::getnameinfo(&address.any, LengthOf(address), nullptr, 0, room.text, room.size,
+                             datagrams);
+    });
+}
+
+int WriteTexts(const void* source, int length, const TextRoom& host, const TextRoom& service,
+               int flags) {
+    if (!IsStarted()) return WinsockError::NotStarted;
+    KernelAddress address = {};
+    if (const int error = ReadAddress(source, length, address)) return error;
+    if (const int error = FlagsError(flags)) return error;
+    if (!host.IsWanted() && !service.IsWanted()) return WinsockError::HostNotFound;
+    const int error = WriteHost(address, flags, host);
+    return error != 0 ? error : WriteService(address, flags, service);
+}
+
+}  // namespace
+
+int Winsock::getnameinfo(const void* address, int addressLength, char* host, unsigned int hostRoom,
+                         char* service, unsigned int serviceRoom, int flags) {
+    return lastError =
+               WriteTexts(address, addressLength, {host, hostRoom}, {service, serviceRoom}, flags);
+}

@@ -1,0 +1,46 @@
+// The settings on systems without a registry: a tree of files and, where that says nothing of the
+// machine's network, what the system's resolver is told.
+#include <Platform/Registry.h>
+
+#include "settings/RegistryKey.h"
+#include "settings/ResolverKeys.h"
+#include "settings/TreeKeys.h"
+
+namespace {
+
+using namespace Posix;
+
+// The tree speaks for the machine as soon as it has its parameters, whatever they say.
+std::unique_ptr<Registry::Key> OpenMachineKey(Name path, unsigned int& error) {
+    const std::optional<Name> parameters = ResolverParametersPath(path);
+    if (!parameters || OpenTreeKey(*parameters, error) != nullptr || error != 0) return nullptr;
+    return OpenResolverKey(path, error);
+}
+
+}  // namespace
+
+Registry::Key* Registry::OpenKey(int hive, const unsigned short* path, unsigned int& error) {
+    error = 0;
+    if (hive != LocalMachine) return nullptr;
+    const Name name = NameOf(path);
+    std::unique_ptr<Key> key = OpenTreeKey(name, error);
+    if (key == nullptr && error == 0) key = OpenMachineKey(name, error);
+    return key.release();
+}
+
+Registry::Key* Registry::OpenSubKey(Key& key, const unsigned short* name, unsigned int& error) {
+    return key.Open(NameOf(name), error).release();
+}
+
+void Registry::CloseKey(Key* key) noexcept {
+    delete key;
+}
+
+bool Registry::ReadValue(Key& key, const unsigned short* name, System::WideUnits* text,
+                         unsigned int& error) {
+    return key.Read(NameOf(name), text, error);
+}
+
+std::vector<System::WideUnits> Registry::SubKeyNames(Key& key, unsigned int& error) {
+    return key.SubKeys(error);
+}

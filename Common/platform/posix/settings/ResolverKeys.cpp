@@ -1,0 +1,97 @@
+#include "settings/ResolverKeys.h"
+
+#include <iterator>
+
+#include "settings/ResolverSettings.h"
+#include "system/Utf8.h"
+
+namespace Posix {
+
+namespace {
+
+// The one way down from the hive.
+constexpr std::string_view Way[] = {"System",     "CurrentControlSet", "Services", "Tcpip",
+                                    "Parameters", "Interfaces",        "Resolver"};
+constexpr std::size_t ParametersDepth = 5;
+constexpr std::size_t InterfacesDepth = 6;
+
+// How deep the path leads from a depth of the way, if it does not leave it.
+std::optional<std::size_t> Descend(std::size_t depth, Name path) {
+    const auto step = [&depth](Name part) {
+        return depth < std::size(Way) && IsNamed(part, Way[depth++]);
+    };
+    if (TakeParts(path, step)) return depth;
+    return {};
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        if (!text.empty()) text += ' ';
+        text += word;
+    }
+    return text;
+}
+
+class ResolverKey final : public Registry::Key {
+public:
+    ResolverKey(std::size_t depth, ResolverSettings settings)
+        : depth_(depth), settings_(std::move(settings)) {}
+
+    std::unique_ptr<Key> Open(Name path, unsigned int& error) const override {
+        error = 0;
+        const std::optional<std::size_t> depth = Descend(depth_, path);
+        return depth ? std::make_unique<ResolverKey>(*depth, settings_) : nullptr;
+    }
+
+    bool Read(Name name, System::WideUnits* text, unsigned int& error) const override {
+        error = 0;
+        const std::string value = Value(name);
+        if (value.empty()) return false;
+        if (text != nullptr) *text = WideFromUtf8(value);
+        return true;
+    }
+
+    std::vector<System::WideUnits> SubKeys(unsigned int& error) const override {
+        error = 0;
+        std::vector<System::WideUnits> names;
+        if (depth_ < std::size(Way)) names.push_back(WideFromUtf8(Way[depth_]));
+        return names;
+    }
+
+private:
+    // Empty for a value that is not there.
+    std::string Value(Name name) const {
+        if (depth_ == InterfacesDepth) return {};
+        if (IsNamed(name, "Domain")) return settings_.domain;
+        if (IsNamed(name, "NameServer")) return Joined(settings_.ipv4Servers);
+        return {};
+    }
+
+    std::size_t depth_;
+    ResolverSettings settings_;
+};
+
+}  // namespace
+
+std::optional<Name> ResolverParametersPath(Name path) {
+    const std::optional<std::size_t> depth = Descend(0, path);
+    if (!depth || *depth < ParametersDepth) return {};
+    std::size_t partsLeft = ParametersDepth;
+    Name parameters = path;
+    TakeParts(path, [&](Name part) {
+        parameters.end = part.end;
+        return --partsLeft > 0;
+    });
+    return parameters;
+}
+
+std::unique_ptr<Registry::Key> OpenResolverKey(Name path, unsigned int& error) {
+    const std::optional<std::size_t> depth = Descend(0, path);
+    ResolverSettings settings;
+    error = ReadResolverSettings(settings);
+    if (!depth || error != 0) return nullptr;
+    return std::make_unique<ResolverKey>(*depth, std::move(settings));
+}
+
+}  // namespace Posix

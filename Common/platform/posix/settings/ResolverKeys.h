@@ -1,0 +1,17 @@
+// The keys that stand for the settings of the system's resolver: the machine's TCP/IP parameters,
+// with one interface below them.
+#pragma once
+
+#include <optional>
+
+#include "settings/RegistryKey.h"
+
+namespace Posix {
+
+// The part of the path that names the parameters, if the path leads to one of these keys.
+std::optional<Name> ResolverParametersPath(Name path);
+
+// The key at such a path, with the settings of this moment.
+std::unique_ptr<Registry::Key> OpenResolverKey(Name path, unsigned int& error);
+
+}  // namespace Posix

@@ -1,0 +1,107 @@
+// Read here and not by the C library's resolver, since that lets environment variables overrule the
+// file. What a line means is what it means there.
+#include "settings/ResolverSettings.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+
+#include <optional>
+#include <string_view>
+
+#include "settings/ResolverFiles.h"
+#include "settings/SettingsFiles.h"
+
+namespace Posix {
+
+namespace {
+
+constexpr std::size_t MostServers = 3;
+constexpr std::string_view Blanks = " \t";
+
+// Splits the text up to the separator off the rest.
+std::string_view TakeUpTo(char separator, std::string_view& rest) noexcept {
+    const std::size_t end = rest.find(separator);
+    const std::string_view taken = rest.substr(0, end);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    return taken;
+}
+
+// The first word behind the keyword, which begins the line; none when it is another line.
+std::string_view WordAfter(std::string_view keyword, std::string_view line) noexcept {
+    if (!line.starts_with(keyword)) return {};
+    line.remove_prefix(keyword.size());
+    const std::size_t begin = line.find_first_not_of(Blanks);
+    if (begin == 0 || begin == std::string_view::npos) return {};
+    line.remove_prefix(begin);
+    return line.substr(0, line.find_first_of(Blanks));
+}
+
+// An address in any of the forms that were ever usual, but with nothing behind it.
+std::optional<std::string> Ipv4Text(const std::string& word) {
+    in_addr address = {};
+    const bool hasTail = word.find_first_of("\r\v\f") != std::string::npos;
+    if (hasTail || ::inet_aton(word.c_str(), &address) == 0) return {};
+    char text[INET_ADDRSTRLEN];
+    return ::inet_ntop(AF_INET, &address, text, sizeof text);
+}
+
+bool IsIpv6(const std::string& word) {
+    in6_addr address = {};
+    const std::string literal = word.substr(0, word.find('%'));
+    return ::inet_pton(AF_INET6, literal.c_str(), &address) == 1;
+}
+
+// Servers of both families count for how many the resolver asks.
+void TakeServer(const std::string& word, ResolverSettings& settings) {
+    if (settings.serverCount == MostServers) return;
+    const std::optional<std::string> ipv4 = Ipv4Text(word);
+    if (ipv4) settings.ipv4Servers.push_back(*ipv4);
+    if (ipv4 || IsIpv6(word)) ++settings.serverCount;
+}
+
+void TakeLine(std::string_view line, ResolverSettings& settings) {
+    for (const std::string_view keyword : {"domain", "search"}) {
+        const std::string_view word = WordAfter(keyword, line);
+        if (!word.empty()) settings.domain = word;
+    }
+    TakeServer(std::string(WordAfter("nameserver", line)), settings);
+}
+
+// A line ends where the C library's ends, at a terminator, too. Comments begin with no keyword.
+ResolverSettings Parse(std::string_view text) {
+    ResolverSettings settings;
+    while (!text.empty()) {
+        std::string_view line = TakeUpTo('\n', text);
+        TakeLine(TakeUpTo('\0', line), settings);
+    }
+    // The root is how a file says that there is no domain.
+    if (settings.domain == ".") settings.domain.clear();
+    return settings;
+}
+
+// A server of the machine's own that asks others.
+bool NamesLocalServerOnly(const ResolverSettings& settings) {
+    return settings.serverCount == 1 &&
+           settings.ipv4Servers == std::vector<std::string>{"127.0.0.53"};
+}
+
+// Without the file the settings stay as they are.
+unsigned int ReadFile(const char* path, ResolverSettings& settings) {
+    const Descriptor file = OpenFile(AT_FDCWD, path);
+    if (!file) return ErrorUnlessMissing();
+    std::string text;
+    if (const unsigned int error = ReadWhole(file, text)) return error;
+    settings = Parse(text);
+    return 0;
+}
+
+}  // namespace
+
+unsigned int ReadResolverSettings(ResolverSettings& settings) {
+    settings = {};
+    const unsigned int error = ReadFile(ResolverFile(), settings);
+    if (error != 0 || !NamesLocalServerOnly(settings)) return error;
+    return ReadFile(LocalServersResolverFile(), settings);
+}
+
+}  // namespace Posix

@@ -1,0 +1,55 @@
+#include "settings/SettingsFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace Posix {
+
+namespace {
+
+constexpr std::size_t LongestFile = 1U << 20U;
+
+bool IsRegularFile(const Descriptor& file) noexcept {
+    struct stat status = {};
+    return ::fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+template <std::size_t Size>
+ssize_t ReadSome(const Descriptor& file, char (&buffer)[Size]) {
+    ssize_t count = -1;
+    do {
+        count = ::read(file.Number(), buffer, Size);
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
+}  // namespace
+
+// Without blocking, since opening a pipe would wait for a writer.
+Descriptor OpenFile(int folder, const char* name) noexcept {
+    Descriptor file(::openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file || IsRegularFile(file)) return file;
+    errno = ENOENT;
+    return {};
+}
+
+unsigned int ReadWhole(const Descriptor& file, std::string& text) {
+    char buffer[4096];
+    while (text.size() <= LongestFile) {
+        const ssize_t count = ReadSome(file, buffer);
+        if (count <= 0) return count < 0 ? static_cast<unsigned int>(errno) : 0U;
+        text.append(buffer, static_cast<std::size_t>(count));
+    }
+    return EFBIG;
+}
+
+// A local socket, which cannot be opened, is no more there than a pipe.
+unsigned int ErrorUnlessMissing() noexcept {
+    const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENXIO;
+    return missing ? 0U : static_cast<unsigned int>(errno);
+}
+
+}  // namespace Posix

@@ -1,0 +1,116 @@
+#include <Platform/Winsock.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
+#include "errors/Errors.h"
+#include "sockets/Connection.h"
+#include "sockets/KernelAddress.h"
+#include "sockets/PortReuse.h"
+#include "sockets/SocketTable.h"
+
+namespace {
+
+using namespace Posix;
+
+bool Overlap(const KernelAddress& left, const KernelAddress& right) {
+    if (left.any.sa_family != right.any.sa_family) return false;
+    return IsWildcard(left) || IsWildcard(right) || SameHost(left, right);
+}
+
+// An open stream socket of this process that stands where the address is.
+Socket FindOccupant(const KernelAddress& address) {
+    const std::uint16_t port = PortOf(address);
+    if (port == 0) return {};
+    Socket other = NextStreamOnPort(-1, port);
+    while (other && !Overlap(LocalAddress(other), address)) {
+        other = NextStreamOnPort(other.descriptor, port);
+    }
+    return other;
+}
+
+// The kernel alone would let a stream with the reuse option take the place of a connected one that
+// has not asked for it, see PortReuse.h, and reports every refusal alike.
+int OccupancyError(const Socket& socket, const KernelAddress& address) {
+    if (socket.Has(Flag::Datagram)) return 0;
+    const Socket occupant = FindOccupant(address);
+    if (!occupant) return 0;
+    if (!socket.Has(Flag::Reuse)) return WinsockError::AddressInUse;
+    return occupant.Has(Flag::Reuse) ? 0 : WinsockError::Access;
+}
+
+bool BindOverEndedConnections(const Socket& socket, const KernelAddress& address) {
+    SetKernelReuse(socket, true);
+    const bool bound = BindTo(socket, address);
+    const int error = errno;
+    SetKernelReuse(socket, false);
+    errno = error;
+    return bound;
+}
+
+bool BindAsWinsock(const Socket& socket, const KernelAddress& address) {
+    if (BindTo(socket, address)) return true;
+    const bool plainStream = !socket.Has(Flag::Datagram | Flag::Reuse);
+    return errno == EADDRINUSE && plainStream && BindOverEndedConnections(socket, address);
+}
+
+int BindError(const Socket& socket) {
+    const bool reuseRefused = errno == EADDRINUSE && socket.Has(Flag::Reuse);
+    return reuseRefused ? WinsockError::Access : WinsockFromErrno(errno);
+}
+
+void RecordBinding(const Socket& socket) {
+    socket.record->Set(Flag::Bound);
+    if (!socket.Has(Flag::Datagram)) socket.record->SetPort(PortOf(LocalAddress(socket)));
+}
+
+int ListenError(const Socket& socket) {
+    if (socket.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
+    if (socket.Has(Flag::Connected)) return WinsockError::IsConnected;
+    return socket.Has(Flag::Bound) ? 0 : WinsockError::Invalid;
+}
+
+}  // namespace
+
+int Winsock::bind(Handle handle, const void* address, int length) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    KernelAddress local = {};
+    if (const int error = KernelFromWinsock(socket, address, length, local)) return Fail(error);
+    if (socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
+    if (const int error = OccupancyError(socket, local)) return Fail(error);
+    if (!BindAsWinsock(socket, local)) return Fail(BindError(socket));
+    RecordBinding(socket);
+    return Succeed();
+}
+
+int Winsock::listen(Handle handle, int backlog) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    if (const int error = ListenError(socket)) return Fail(error);
+    LetPortBeBoundAgain(socket);
+    if (::listen(socket.descriptor, backlog) < 0) return FailFromErrno();
+    socket.record->Set(Flag::Listening);
+    return Succeed();
+}
+
+int Winsock::getsockname(Handle handle, void* address, int* length) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    if (!socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
+    if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
+    WinsockFromKernel(socket, LocalAddress(socket), address, length);
+    return Succeed();
+}
+
+int Winsock::getpeername(Handle handle, void* address, int* length) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
+    KernelAddress peer = {};
+    socklen_t peerLength = sizeof peer;
+    if (::getpeername(socket.descriptor, &peer.any, &peerLength) < 0) return FailFromErrno();
+    WinsockFromKernel(socket, peer, address, length);
+    return Succeed();
+}

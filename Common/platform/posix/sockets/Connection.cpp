@@ -1,0 +1,191 @@
+#include <Platform/Winsock.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "errors/Errors.h"
+#include "sockets/Connection.h"
+#include "sockets/KernelAddress.h"
+#include "sockets/PortReuse.h"
+#include "sockets/SocketTable.h"
+#include "system/Descriptors.h"
+#include "system/Waiting.h"
+
+namespace {
+
+using namespace Posix;
+
+void RecordConnected(const Socket& socket) {
+    // Set before cleared, so that no other thread finds the socket with neither.
+    socket.record->Set(Flag::Connected | Flag::Bound);
+    socket.record->Clear(Flag::Connecting);
+    LetPortBeBoundAgain(socket);
+}
+
+void RecordConnecting(const Socket& socket) {
+    socket.record->Set(Flag::Connecting | Flag::Bound);
+}
+
+bool HasPeer(const Socket& socket) {
+    KernelAddress peer = {};
+    socklen_t length = sizeof peer;
+    return ::getpeername(socket.descriptor, &peer.any, &length) == 0;
+}
+
+// The outcome of a connect call that ended without a peer. What ends connections only tells that
+// there was one meanwhile; a connect call that failed is over.
+void RecordOutcome(const Socket& socket, int error) {
+    if (error == ECONNRESET || error == EPIPE) {
+        socket.record->Set(error == ECONNRESET ? Flag::Reset : Flag::Aborted);
+        RecordConnected(socket);
+    } else if (error != 0) {
+        socket.record->Set(Flag::ConnectFailed);
+        socket.record->Clear(Flag::Connecting);
+    }
+}
+
+// The error number of the system, 0 or EINPROGRESS included.
+int ConnectOnce(const Socket& socket, const KernelAddress& peer) {
+    const auto length = static_cast<socklen_t>(AddressLength(socket));
+    return ::connect(socket.descriptor, &peer.any, length) == 0 ? 0 : errno;
+}
+
+// A connect call after a failed one whose outcome was taken otherwise only reports that; the next
+// one acts.
+int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
+    const int error = ConnectOnce(socket, peer);
+    return error == ECONNABORTED ? ConnectOnce(socket, peer) : error;
+}
+
+// An interrupted connect goes on in the kernel, and so does one that the send time-out, which
+// Winsock does not apply here, has cut short. Calling connect again would not be a continuation.
+int WaitForOutcome(const Socket& socket) {
+    if (WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit))
+        return TakePendingError(socket.descriptor);
+    RecordConnecting(socket);
+    return errno;
+}
+
+bool IsUnfinished(int error) {
+    return error == EINPROGRESS || error == EINTR;
+}
+
+int StartConnect(const Socket& socket, const KernelAddress& peer) {
+    socket.record->Clear(Flag::Connecting | Flag::ConnectFailed);
+    int error = ConnectAnew(socket, peer);
+    if (IsUnfinished(error) && socket.Has(Flag::NonBlocking)) {
+        RecordConnecting(socket);
+        return Fail(WinsockError::WouldBlock);
+    }
+    if (IsUnfinished(error)) error = WaitForOutcome(socket);
+    if (error != 0) return Fail(WinsockFromErrno(error));
+    RecordConnected(socket);
+    return Succeed();
+}
+
+int ConnectAgain(const Socket& socket, const KernelAddress& peer) {
+    if (IsConnected(socket)) return Fail(WinsockError::IsConnected);
+    if (socket.Has(Flag::Connecting)) return Fail(WinsockError::Already);
+    return StartConnect(socket, peer);
+}
+
+int ConnectStream(const Socket& socket, const KernelAddress& peer) {
+    if (socket.Has(Flag::Listening)) return Fail(WinsockError::Invalid);
+    if (socket.Has(Flag::Connected)) return Fail(WinsockError::IsConnected);
+    // The kernel would take the wildcard for this machine.
+    if (IsWildcard(peer) || PortOf(peer) == 0) return Fail(WinsockError::AddressNotAvailable);
+    if (socket.Has(Flag::Connecting)) return ConnectAgain(socket, peer);
+    return StartConnect(socket, peer);
+}
+
+// The kernel takes the port away with the peer, unless bind was given the port's number.
+bool KeepPort(const Socket& socket, std::uint16_t port) {
+    const KernelAddress local = LocalAddress(socket);
+    if (PortOf(local) == port || BindTo(socket, WithPort(local, port))) return true;
+    socket.record->Clear(Flag::Bound);
+    return false;
+}
+
+// A datagram socket has its peer taken away by the wildcard address, which the kernel would take
+// for this machine.
+int DisconnectDatagram(const Socket& socket) {
+    const std::uint16_t port = PortOf(LocalAddress(socket));
+    KernelAddress none = {};
+    none.any.sa_family = AF_UNSPEC;
+    if (const int error = ConnectOnce(socket, none)) return Fail(WinsockFromErrno(error));
+    socket.record->Clear(Flag::Connected);
+    return KeepPort(socket, port) ? Succeed() : FailFromErrno();
+}
+
+int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
+    if (IsWildcard(peer)) return DisconnectDatagram(socket);
+    if (const int error = ConnectOnce(socket, peer)) return Fail(WinsockFromErrno(error));
+    RecordConnected(socket);
+    return Succeed();
+}
+
+// A connection that died before it was accepted is not the listener's failure.
+bool IsWorthAnotherAccept(const Socket& listener) {
+    if (errno == EINTR || errno == ECONNABORTED || errno == EPROTO) return true;
+    if (errno != EAGAIN || listener.Has(Flag::NonBlocking)) return false;
+    // The kernel bounds accept by the receive time-out; Winsock does not.
+    return WaitUntilReady(listener.descriptor, POLLIN, WithoutLimit);
+}
+
+int AcceptDescriptor(const Socket& listener, KernelAddress& peer) {
+    const int mode = listener.Has(Flag::NonBlocking) ? SOCK_NONBLOCK : 0;
+    int descriptor = -1;
+    do {
+        socklen_t length = sizeof peer;
+        descriptor = ::accept4(listener.descriptor, &peer.any, &length, SOCK_CLOEXEC | mode);
+    } while (descriptor < 0 && IsWorthAnotherAccept(listener));
+    return descriptor;
+}
+
+int AcceptError(const Socket& listener, const void* address, const int* length) {
+    if (listener.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
+    if (!listener.Has(Flag::Listening)) return WinsockError::Invalid;
+    if (address != nullptr && !HasRoomForAddress(listener, address, length)) {
+        return WinsockError::Fault;
+    }
+    return 0;
+}
+
+}  // namespace
+
+bool Posix::IsConnected(const Socket& socket) noexcept {
+    if (!socket.Has(Flag::Connecting)) return socket.Has(Flag::Connected);
+    if (HasPeer(socket)) {
+        RecordConnected(socket);
+    } else {
+        RecordOutcome(socket, TakePendingError(socket.descriptor));
+    }
+    return socket.Has(Flag::Connected);
+}
+
+int Winsock::connect(Handle handle, const void* address, int length) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    KernelAddress peer = {};
+    if (const int error = KernelFromWinsock(socket, address, length, peer)) return Fail(error);
+    return socket.Has(Flag::Datagram) ? ConnectDatagram(socket, peer) : ConnectStream(socket, peer);
+}
+
+Winsock::Handle Winsock::accept(Handle handle, void* address, int* length) {
+    const Socket listener = FindSocket(handle);
+    if (!listener) return InvalidSocket;
+    if (const int error = AcceptError(listener, address, length)) {
+        Fail(error);
+        return InvalidSocket;
+    }
+    KernelAddress peer = {};
+    const std::uint32_t inherited = listener.record->Flags() & Flag::Inherited;
+    const Handle accepted =
+        AdoptDescriptor(AcceptDescriptor(listener, peer), inherited | Flag::Connected);
+    if (accepted != InvalidSocket && address != nullptr) {
+        WinsockFromKernel(listener, peer, address, length);
+    }
+    return accepted;
+}

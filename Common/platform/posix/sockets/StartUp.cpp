@@ -1,0 +1,79 @@
+#include "sockets/StartUp.h"
+
+#include <Platform/Winsock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <mutex>
+
+#include "errors/Errors.h"
+#include "sockets/SocketTable.h"
+
+namespace {
+
+// The count changes under the lock, so that a start-up waits for a last clean-up to end.
+constinit std::mutex startUpLock;
+constinit std::atomic<unsigned int> startUpCount = 0;
+
+constexpr unsigned short Version(unsigned int major, unsigned int minor) {
+    return static_cast<unsigned short>(major | minor << 8U);
+}
+constexpr unsigned short HighestVersion = Version(2, 2);
+
+// The highest version that exists and is not above the requested one.
+unsigned short NegotiatedVersion(unsigned int major, unsigned int minor) {
+    if (major == 1) return Version(1, std::min(minor, 1U));
+    if (major == 2) return Version(2, std::min(minor, 2U));
+    return HighestVersion;
+}
+
+void Describe(Winsock::StartupData& data, unsigned short version) {
+    data = {};
+    data.version = version;
+    data.highestVersion = HighestVersion;
+    std::strcpy(data.description, "WinSock 2.0");
+    std::strcpy(data.systemStatus, "Running");
+    if ((version & 0xFFU) > 1) return;
+    // Only programs written for version 1 read these two.
+    data.maximumSockets = 32767;
+    data.maximumDatagram = 65467;
+}
+
+}  // namespace
+
+namespace Posix {
+
+bool IsStarted() noexcept {
+    return startUpCount.load(std::memory_order_relaxed) > 0;
+}
+
+bool RequireStarted() noexcept {
+    if (IsStarted()) return true;
+    Fail(WinsockError::NotStarted);
+    return false;
+}
+
+}  // namespace Posix
+
+int Winsock::WSAStartup(unsigned short version, StartupData* data) {
+    const unsigned int major = version & 0xFFU;
+    const unsigned int minor = version >> 8U;
+    if (data != nullptr) Describe(*data, NegotiatedVersion(major, minor));
+    if (major == 0) return WinsockError::VersionNotSupported;
+    if (data == nullptr) return WinsockError::Fault;
+    const std::lock_guard guard(startUpLock);
+    ++startUpCount;
+    return 0;
+}
+
+int Winsock::WSACleanup() {
+    const std::lock_guard guard(startUpLock);
+    if (!Posix::RequireStarted()) return SocketError;
+    if (--startUpCount == 0) Posix::CloseAllSockets();
+    return Posix::Succeed();
+}
+
+int Winsock::WSAGetLastError() noexcept {
+    return Posix::lastError;
+}

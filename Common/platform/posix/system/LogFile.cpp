@@ -1,0 +1,97 @@
+#include <Platform/System.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+
+#include "system/Descriptors.h"
+#include "system/Waiting.h"
+
+namespace {
+
+// Keeps the signals that a write may raise for the calling thread from reaching the host: a pipe
+// without a reader, a file at the size limit. Signals that were pending before are none of ours.
+class WriteSignalGuard {
+public:
+    WriteSignalGuard() noexcept {
+        sigset_t pending;
+        ::sigpending(&pending);
+        ::sigemptyset(&raised_);
+        for (const int signal : {SIGPIPE, SIGXFSZ}) {
+            if (::sigismember(&pending, signal) == 0) ::sigaddset(&raised_, signal);
+        }
+        ::pthread_sigmask(SIG_BLOCK, &raised_, &mask_);
+    }
+    ~WriteSignalGuard() {
+        const timespec atOnce = {};
+        const int error = errno;
+        while (::sigtimedwait(&raised_, nullptr, &atOnce) > 0 || errno == EINTR) {
+        }
+        ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+        errno = error;
+    }
+    WriteSignalGuard(const WriteSignalGuard&) = delete;
+    WriteSignalGuard& operator=(const WriteSignalGuard&) = delete;
+
+private:
+    sigset_t raised_;
+    sigset_t mask_;
+};
+
+// Opening a pipe would otherwise wait for its reader.
+int OpenWithoutWaiting(const char* path) {
+    constexpr int Flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    return ::open(path, Flags, 0600);
+}
+
+void LetWritesWait(int descriptor) {
+    ::fcntl(descriptor, F_SETFL, O_APPEND);
+}
+
+// After a write that did not fail, or only for now. A record that has been begun is finished,
+// though that may mean to wait for a reader: the next one must not be glued to half of it.
+bool MayGoOn(int descriptor, ssize_t result, bool begun) {
+    if (result > 0 || (result < 0 && errno == EINTR)) return true;
+    if (result == 0 || errno != EAGAIN || !begun) return false;
+    return Posix::WaitUntilReady(descriptor, POLLOUT, Posix::WithoutLimit);
+}
+
+}  // namespace
+
+System::LogFile System::StandardError() noexcept {
+    return STDERR_FILENO;
+}
+
+System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexcept {
+    const Posix::CancellationGuard whole;
+    int descriptor = -1;
+    do {
+        descriptor = OpenWithoutWaiting(path);
+    } while (descriptor < 0 && errno == EINTR);
+    descriptor = Posix::MoveAboveStandardStreams(descriptor);
+    error = descriptor < 0 ? static_cast<unsigned int>(errno) : 0U;
+    if (descriptor >= 0) LetWritesWait(descriptor);
+    return descriptor;
+}
+
+bool System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
+    const Posix::CancellationGuard whole;
+    const WriteSignalGuard quiet;
+    const int descriptor = static_cast<int>(file);
+    std::size_t written = 0;
+    while (written < count) {
+        const ssize_t result = ::write(descriptor, bytes + written, count - written);
+        if (!MayGoOn(descriptor, result, written > 0)) return false;
+        if (result > 0) written += static_cast<std::size_t>(result);
+    }
+    return true;
+}
+
+void System::CloseLogFile(LogFile file) noexcept {
+    if (file != NoLogFile && file != STDERR_FILENO) {
+        Posix::CloseDescriptor(static_cast<int>(file));
+    }
+}

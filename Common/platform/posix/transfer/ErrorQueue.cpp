@@ -1,0 +1,90 @@
+#include "transfer/ErrorQueue.h"
+
+#include <linux/errqueue.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "system/Descriptors.h"
+
+namespace Posix {
+
+namespace {
+
+// Room for the extended error and the address of the router that reported it.
+struct ReportRoom {
+    alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(sock_extended_err) + sizeof(sockaddr_in6))];
+};
+
+bool IsErrorReport(const cmsghdr& part) noexcept {
+    return (part.cmsg_level == IPPROTO_IP && part.cmsg_type == IP_RECVERR) ||
+           (part.cmsg_level == IPPROTO_IPV6 && part.cmsg_type == IPV6_RECVERR);
+}
+
+// The queue also holds what the own machine found wrong, which the failing call has already told,
+// and what the network says of packet sizes, which is the kernel's business.
+bool IsUnreachable(const sock_extended_err& report) noexcept {
+    const bool network =
+        report.ee_origin == SO_EE_ORIGIN_ICMP || report.ee_origin == SO_EE_ORIGIN_ICMP6;
+    return network && report.ee_errno != EMSGSIZE;
+}
+
+bool TellsUnreachable(msghdr& message) noexcept {
+    for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr;
+         part = CMSG_NXTHDR(&message, part)) {
+        if (!IsErrorReport(*part)) continue;
+        sock_extended_err report = {};
+        std::memcpy(&report, CMSG_DATA(part), sizeof report);
+        return IsUnreachable(report);
+    }
+    return false;
+}
+
+bool CollectReport(const Socket& socket) {
+    ReportRoom room;
+    msghdr message = {};
+    message.msg_control = room.bytes;
+    message.msg_controllen = sizeof room.bytes;
+    const int flags = MSG_ERRQUEUE | MSG_DONTWAIT;
+    if (::recvmsg(socket.descriptor, &message, flags) < 0) return false;
+    if (TellsUnreachable(message)) socket.record->AddUnreachable();
+    return true;
+}
+
+}  // namespace
+
+bool MayBeReport(int error) noexcept {
+    switch (error) {
+        case ECONNREFUSED:
+        case EHOSTUNREACH:
+        case ENETUNREACH:
+        case EHOSTDOWN:
+        case ENONET:
+        case ENOPROTOOPT:
+        case EOPNOTSUPP:
+        case EPROTO:
+        case EACCES:
+        case EMSGSIZE:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool CollectReports(const Socket& socket) {
+    const int error = errno;
+    bool any = false;
+    while (CollectReport(socket))
+        any = true;
+    errno = error;
+    return any;
+}
+
+void CollectAnnounced(const Socket& socket) {
+    if (CollectReports(socket)) return;
+    if (MayBeReport(TakePendingError(socket.descriptor))) socket.record->AddUnreachable();
+}
+
+}  // namespace Posix

@@ -1,0 +1,192 @@
+// The wait for many sockets at once. It is the system's poll, which knows no highest descriptor.
+#include <Platform/Winsock.h>
+#include <poll.h>
+
+#include <cerrno>
+
+#include "errors/Errors.h"
+#include "sockets/Connection.h"
+#include "sockets/SocketTable.h"
+#include "sockets/StartUp.h"
+#include "system/Waiting.h"
+#include "transfer/ErrorQueue.h"
+
+namespace {
+
+using namespace Posix;
+
+enum class Interest { Read, Write, Except };
+
+short EventsOf(Interest interest) {
+    switch (interest) {
+        case Interest::Read:
+            return POLLIN;
+        case Interest::Write:
+            return POLLOUT;
+        default:
+            return 0;
+    }
+}
+
+// What is ready before the kernel is asked.
+bool IsReadyAlready(const Socket& socket, Interest interest) {
+    switch (interest) {
+        case Interest::Read:
+            return socket.record->HasUnreachable();
+        case Interest::Except:
+            return socket.Has(Flag::ConnectFailed);
+        default:
+            return false;
+    }
+}
+
+// An error of a datagram socket is one of the network's reports, or of the own machine's, which is
+// none to wake anybody for.
+bool IsReadyDatagram(const Socket& socket, Interest interest, short events) {
+    if ((events & POLLERR) != 0) CollectAnnounced(socket);
+    return (events & EventsOf(interest)) != 0 || IsReadyAlready(socket, interest);
+}
+
+// To the kernel a stream that is neither connected nor listening is ready for everything. An
+// unfinished connect that has failed is in no other set than the last.
+bool IsReadyStream(const Socket& socket, Interest interest) {
+    const bool connected = IsConnected(socket);
+    if (interest == Interest::Except) return socket.Has(Flag::ConnectFailed);
+    return connected || socket.Has(Flag::Listening);
+}
+
+// One handle of one set.
+struct Entry {
+    Socket socket;
+    Interest interest;
+    bool ready;
+};
+
+class Selection {
+public:
+    // False when that cannot be, with the thread's last error.
+    bool Add(const Winsock::HandleSet* set, Interest interest);
+
+    // Waits until an entry is ready or the clock's time; returns how many are, or a failure.
+    int Wait(long long until);
+
+    // Leaves only what is ready in the set.
+    void Answer(Winsock::HandleSet* set, Interest interest) const;
+
+private:
+    static constexpr int Room = 3 * Winsock::HandleSet::Room;
+
+    bool Holds(Winsock::Handle handle, int first) const;
+    void Watch(const Socket& socket, Interest interest);
+    bool Judge();
+    void JudgeEntry(Entry& entry, pollfd& wait);
+
+    Entry entries_[Room];
+    pollfd waits_[Room];  // beside the entries; without descriptor where there is nothing to come
+    int count_ = 0;
+    int ready_ = 0;
+};
+
+bool Selection::Add(const Winsock::HandleSet* set, Interest interest) {
+    if (set == nullptr) return true;
+    if (set->count > Winsock::HandleSet::Room) {
+        Fail(WinsockError::Invalid);
+        return false;
+    }
+    const int first = count_;
+    for (unsigned int index = 0; index < set->count; ++index) {
+        const Socket socket = FindSocket(set->handles[index]);
+        if (!socket) return false;
+        if (!Holds(set->handles[index], first)) Watch(socket, interest);
+    }
+    return true;
+}
+
+bool Selection::Holds(Winsock::Handle handle, int first) const {
+    for (int index = first; index < count_; ++index) {
+        if (entries_[index].socket.descriptor == static_cast<int>(handle)) return true;
+    }
+    return false;
+}
+
+void Selection::Watch(const Socket& socket, Interest interest) {
+    const bool ready = IsReadyAlready(socket, interest);
+    entries_[count_] = {socket, interest, ready};
+    waits_[count_] = {ready ? -1 : socket.descriptor, EventsOf(interest), 0};
+    ++count_;
+    if (ready) ++ready_;
+}
+
+// The kernel may have woken us for what is nothing to Winsock; then the wait goes on.
+int Selection::Wait(long long until) {
+    constexpr long long atOnce = 0;
+    if (ready_ > 0) until = atOnce;
+    do {
+        const int found = PollUntil(waits_, static_cast<nfds_t>(count_), until);
+        if (found < 0 && errno != EINTR) return FailFromErrno();
+        if (found > 0 && !Judge()) return Fail(WinsockError::NotSocket);
+    } while (ready_ == 0 && (until == WithoutLimit || MonotonicTime() < until));
+    return ready_;
+}
+
+// False when a socket was closed meanwhile.
+bool Selection::Judge() {
+    for (int index = 0; index < count_; ++index) {
+        if ((waits_[index].revents & POLLNVAL) != 0) return false;
+        if (waits_[index].revents != 0) JudgeEntry(entries_[index], waits_[index]);
+    }
+    return true;
+}
+
+void Selection::JudgeEntry(Entry& entry, pollfd& wait) {
+    const bool datagram = entry.socket.Has(Flag::Datagram);
+    entry.ready = datagram ? IsReadyDatagram(entry.socket, entry.interest, wait.revents)
+                           : IsReadyStream(entry.socket, entry.interest);
+    if (entry.ready) ++ready_;
+    // What a stream has to tell it tells for ever, so there is nothing more to come.
+    if (!datagram) wait.fd = -1;
+}
+
+void Selection::Answer(Winsock::HandleSet* set, Interest interest) const {
+    if (set == nullptr) return;
+    set->count = 0;
+    for (int index = 0; index < count_; ++index) {
+        const Entry& entry = entries_[index];
+        if (!entry.ready || entry.interest != interest) continue;
+        set->handles[set->count++] = static_cast<Winsock::Handle>(entry.socket.descriptor);
+    }
+}
+
+bool IsEmpty(const Winsock::HandleSet* set) {
+    return set == nullptr || set->count == 0;
+}
+
+bool IsNegative(const Winsock::TimeValue* time) {
+    return time != nullptr && (time->seconds < 0 || time->microseconds < 0);
+}
+
+long long EndOf(const Winsock::TimeValue* time) {
+    if (time == nullptr) return WithoutLimit;
+    return MonotonicTime() + time->seconds * 1'000'000'000LL + time->microseconds * 1'000LL;
+}
+
+}  // namespace
+
+int Winsock::select(int, HandleSet* read, HandleSet* write, HandleSet* except,
+                    const TimeValue* timeout) {
+    const long long end = EndOf(timeout);
+    if (!RequireStarted()) return SocketError;
+    if (IsEmpty(read) && IsEmpty(write) && IsEmpty(except)) return Fail(WinsockError::Invalid);
+    Selection selection;
+    if (!selection.Add(read, Interest::Read) || !selection.Add(write, Interest::Write) ||
+        !selection.Add(except, Interest::Except)) {
+        return SocketError;
+    }
+    if (IsNegative(timeout)) return Fail(WinsockError::Invalid);
+    const int ready = selection.Wait(end);
+    if (ready < 0) return SocketError;
+    selection.Answer(read, Interest::Read);
+    selection.Answer(write, Interest::Write);
+    selection.Answer(except, Interest::Except);
+    return Succeed(ready);
+}

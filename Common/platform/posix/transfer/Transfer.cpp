@@ -1,0 +1,185 @@
+// The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
+// whatever needs more thought is out of line.
+#include <Platform/Winsock.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+
+#include "errors/Errors.h"
+#include "sockets/Connection.h"
+#include "sockets/SocketTable.h"
+#include "system/Descriptors.h"
+#include "transfer/Datagrams.h"
+#include "transfer/ErrorQueue.h"
+#include "transfer/Transfer.h"
+#include "transfer/TransferDeadline.h"
+
+namespace {
+
+using namespace Posix;
+
+// The flags that a socket must have, and those that must be clear, for the direct way.
+constexpr std::uint32_t PlainStream = Flag::Live | Flag::Connected;
+constexpr std::uint32_t PlainStreamMask =
+    PlainStream | Flag::Datagram | Flag::Reset | Flag::Aborted;
+
+// The end that the connection has met, or 0.
+int RecordedEnd(const Socket& socket) {
+    if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
+    return socket.Has(Flag::Aborted) ? WinsockError::ConnectionAborted : 0;
+}
+
+// What is wrong with a transfer before the kernel is asked, or 0.
+int TransferError(const Socket& socket, int length, int flags) {
+    const int error = Posix::TransferError(length, flags);
+    return error != 0 ? error : RecordedEnd(socket);
+}
+
+// The network's reports reach a stream only when it has given up.
+bool EndsConnection(int error) {
+    switch (error) {
+        case ECONNRESET:
+        case ECONNABORTED:
+        case EPIPE:
+        case ETIMEDOUT:
+            return true;
+        default:
+            return MayBeReport(error);
+    }
+}
+
+// The kernel forgets with its report how a connection ended.
+void RecordEnd(const Socket& socket, int error) {
+    socket.record->Set(error == WinsockError::ConnectionReset ? Flag::Reset : Flag::Aborted);
+}
+
+int StreamError(const Socket& socket) {
+    const int systemError = errno;
+    if (systemError == EAGAIN) {
+        return socket.Has(Flag::NonBlocking) ? WinsockError::WouldBlock : WinsockError::TimedOut;
+    }
+    // The other direction may have met the reset meanwhile.
+    if (systemError == EPIPE && socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
+    const int error = WinsockFromErrno(systemError);
+    if (EndsConnection(systemError)) RecordEnd(socket, error);
+    return error;
+}
+
+// An orderly end leaves this side's half of the connection open.
+bool IsTornDown(const Socket& socket) {
+    tcp_info information = {};
+    socklen_t length = sizeof information;
+    return ::getsockopt(socket.descriptor, IPPROTO_TCP, TCP_INFO, &information, &length) == 0 &&
+           information.tcpi_state == TCP_CLOSE;
+}
+
+// When a receive call gets nothing, the connection may yet have ended otherwise. Behind the peer's
+// orderly end the kernel keeps to itself that a later send was refused (EPIPE); and the thread that
+// sends may have been told of a reset, which the kernel tells once, and not have recorded it yet.
+int FinishWithNothing(const Socket& socket) {
+    if (RecordedEnd(socket) == 0 && IsTornDown(socket)) {
+        const bool refused = TakePendingError(socket.descriptor) == EPIPE;
+        RecordEnd(socket,
+                  refused ? WinsockError::ConnectionAborted : WinsockError::ConnectionReset);
+    }
+    const int end = RecordedEnd(socket);
+    return end != 0 ? Fail(end) : Succeed();
+}
+
+// The failure of the last attempt is recorded even when it is not answered yet.
+int FinishSending(const Socket& socket, int sent) {
+    const int error = StreamError(socket);
+    return sent == 0 ? Fail(error) : Succeed(sent);
+}
+
+// A blocking send takes the whole buffer, though signals make the kernel return in the middle of
+// it. Parts that were sent before a failure count; the failure shows in the next call.
+int SendStream(const Socket& socket, const char* buffer, int length) {
+    Patience patience(socket, Sending);
+    std::size_t sent = 0;
+    do {
+        const ssize_t count = RepeatInterrupted(patience, [&](int attemptFlags) {
+            return ::send(socket.descriptor, buffer + sent, Size(length) - sent,
+                          MSG_NOSIGNAL | attemptFlags);
+        });
+        if (count < 0) return FinishSending(socket, static_cast<int>(sent));
+        sent += static_cast<std::size_t>(count);
+    } while (sent < Size(length) && patience.AllowsRest());
+    return Succeed(static_cast<int>(sent));
+}
+
+int ReceiveStream(const Socket& socket, char* buffer, int length) {
+    Patience patience(socket, Receiving);
+    const ssize_t received = RepeatInterrupted(patience, [&](int attemptFlags) {
+        return ::recv(socket.descriptor, buffer, Size(length), attemptFlags);
+    });
+    if (received < 0) return Fail(StreamError(socket));
+    return received == 0 ? FinishWithNothing(socket) : Succeed(static_cast<int>(received));
+}
+
+[[gnu::cold, gnu::noinline]] int SendOtherwise(Winsock::Handle handle, const char* buffer,
+                                               int length, int flags) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return Winsock::SocketError;
+    if (const int error = TransferError(socket, length, flags)) return Fail(error);
+    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    if (socket.Has(Flag::Datagram)) return SendDatagram(socket, buffer, length);
+    return SendStream(socket, buffer, length);
+}
+
+[[gnu::cold, gnu::noinline]] int ReceiveOtherwise(Winsock::Handle handle, char* buffer, int length,
+                                                  int flags) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return Winsock::SocketError;
+    if (const int error = TransferError(socket, length, flags)) return Fail(error);
+    if (socket.Has(Flag::Datagram)) return ReceiveDatagram(socket, buffer, length);
+    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    return ReceiveStream(socket, buffer, length);
+}
+
+// Goes on after a direct send that did not take the whole buffer.
+[[gnu::cold, gnu::noinline]] int FinishSend(Winsock::Handle handle, const char* buffer, int length,
+                                            int sent) {
+    const Socket socket = {&socketRecords[handle], static_cast<int>(handle)};
+    if (sent < 0 && errno == EINTR) return SendStream(socket, buffer, length);
+    if (sent < 0) return Fail(StreamError(socket));
+    if (socket.Has(Flag::NonBlocking)) return Succeed(sent);
+    const int rest = SendStream(socket, buffer + sent, length - sent);
+    return Succeed(sent + std::max(rest, 0));
+}
+
+[[gnu::cold, gnu::noinline]] int FinishReceive(Winsock::Handle handle, char* buffer, int length,
+                                               int received) {
+    const Socket socket = {&socketRecords[handle], static_cast<int>(handle)};
+    if (received == 0) return FinishWithNothing(socket);
+    if (errno == EINTR) return ReceiveStream(socket, buffer, length);
+    return Fail(StreamError(socket));
+}
+
+}  // namespace
+
+int Winsock::send(Handle handle, const char* buffer, int length, int flags) {
+    constexpr std::uint32_t mask = PlainStreamMask | Flag::SendTimeout;
+    if (!IsSocketWith(handle, mask, PlainStream) || length < 0 || flags != 0) {
+        return SendOtherwise(handle, buffer, length, flags);
+    }
+    const int sent =
+        static_cast<int>(::send(static_cast<int>(handle), buffer, Size(length), MSG_NOSIGNAL));
+    if (sent != length) return FinishSend(handle, buffer, length, sent);
+    return Succeed(length);
+}
+
+int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
+    constexpr std::uint32_t mask = PlainStreamMask | Flag::ReceiveTimeout;
+    if (!IsSocketWith(handle, mask, PlainStream) || length < 0 || flags != 0) {
+        return ReceiveOtherwise(handle, buffer, length, flags);
+    }
+    const int received =
+        static_cast<int>(::recv(static_cast<int>(handle), buffer, Size(length), 0));
+    if (received <= 0) return FinishReceive(handle, buffer, length, received);
+    return Succeed(received);
+}

@@ -1,0 +1,45 @@
+#include "transfer/TransferDeadline.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <cerrno>
+
+#include "system/Waiting.h"
+
+namespace Posix {
+
+constexpr Direction Receiving = {Flag::ReceiveTimeout, SO_RCVTIMEO, POLLIN};
+constexpr Direction Sending = {Flag::SendTimeout, SO_SNDTIMEO, POLLOUT};
+
+Patience::Patience(const Socket& socket, const Direction& direction) noexcept
+    : socket_(socket),
+      direction_(direction),
+      start_(socket.Has(direction.timeoutFlag) ? MonotonicTime() : NotCounting) {}
+
+bool Patience::AllowsAnother() {
+    if (errno != EINTR && errno != EAGAIN) return false;
+    if (socket_.Has(Flag::NonBlocking)) return errno == EINTR;
+    if (!WaitUntilReady(socket_.descriptor, direction_.readyEvent, Deadline())) return false;
+    // Readiness may be gone again; the wait that counts the time is the one above.
+    attemptFlags_ = MSG_DONTWAIT;
+    return true;
+}
+
+bool Patience::AllowsRest() {
+    errno = EAGAIN;
+    return AllowsAnother();
+}
+
+long long Patience::Deadline() noexcept {
+    if (!socket_.Has(direction_.timeoutFlag)) return WithoutLimit;
+    // Another thread may have set the time-out during the transfer.
+    if (start_ == NotCounting) start_ = MonotonicTime();
+    timeval limit = {};
+    socklen_t length = sizeof limit;
+    ::getsockopt(socket_.descriptor, SOL_SOCKET, direction_.timeoutOption, &limit, &length);
+    return start_ + (limit.tv_sec * 1'000'000LL + limit.tv_usec) * 1'000LL;
+}
+
+}  // namespace Posix
