@@ -9,9 +9,12 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/system/Utf8.cpp
   platform/posix/system/Waiting.cpp
   platform/posix/sockets/Binding.cpp
+  platform/posix/sockets/Closing.cpp
   platform/posix/sockets/Connection.cpp
   platform/posix/sockets/Creation.cpp
+  platform/posix/sockets/EndpointAddresses.cpp
   platform/posix/sockets/KernelAddress.cpp
+  platform/posix/sockets/Listening.cpp
   platform/posix/sockets/Memberships.cpp
   platform/posix/sockets/Options.cpp
   platform/posix/sockets/PortReuse.cpp

@@ -125,3 +125,7 @@ int ErrnoFromWinsock(int winsockError) noexcept {
 }
 
 }  // namespace Posix
+
+int Winsock::WSAGetLastError() noexcept {
+    return Posix::lastError;
+}

@@ -71,7 +71,7 @@ bool ParsePortOrNone(const char* service, std::uint16_t& port) noexcept {
 }
 
 // Answers what consists of numbers; false when the system has to be asked.
-bool AnswerNumbers(const Question& question, AddressList& list) {
+bool AnswerNumbers(const Question& question, AddressInfoList& list) {
     std::uint16_t port = 0;
     KernelAddress address = {};
     if (question.host == nullptr || !ParsePortOrNone(question.service, port)) return false;
@@ -99,7 +99,7 @@ KernelAddress AddressOf(const addrinfo& info) noexcept {
 }
 
 // Numbers first, then the system's tables and servers.
-int AnswerHost(const Question& question, AddressList& list) {
+int AnswerHost(const Question& question, AddressInfoList& list) {
     if (AnswerNumbers(question, list)) return 0;
     SystemList found;
     if (const int error = AskSystem(question, found)) return error;
@@ -120,10 +120,10 @@ int FindPort(const Question& question, std::uint16_t& port) {
     return error;
 }
 
-int AnswerOwnAddresses(const Question& question, AddressList& list) {
+int AnswerLocalAddresses(const Question& question, AddressInfoList& list) {
     std::uint16_t port = 0;
     if (const int error = FindPort(question, port)) return error;
-    for (const KernelAddress& address : OwnAddresses(question.hints.ai_family)) {
+    for (const KernelAddress& address : LocalAddresses(question.hints.ai_family)) {
         list.Append(WithPort(address, port));
     }
     return list.IsEmpty() ? WinsockError::HostNotFound : 0;
@@ -131,17 +131,17 @@ int AnswerOwnAddresses(const Question& question, AddressList& list) {
 
 // A computer knows itself, though no table and no server may know it. A service that nobody knows
 // stays unknown.
-int AnswerOwnName(const Question& question, const HostNameText& own, AddressList& list) {
+int AnswerLocalHostName(const Question& question, const HostNameText& own, AddressInfoList& list) {
     Question named = question;
     named.host = own.text;
-    return AnswerHost(named, list) == 0 ? 0 : AnswerOwnAddresses(question, list);
+    return AnswerHost(named, list) == 0 ? 0 : AnswerLocalAddresses(question, list);
 }
 
-int AnswerName(const Question& question, AddressList& list) {
-    if (*question.host == '\0') return AnswerOwnName(question, HostName(), list);
+int AnswerName(const Question& question, AddressInfoList& list) {
+    if (*question.host == '\0') return AnswerLocalHostName(question, HostName(), list);
     const int error = AnswerHost(question, list);
-    const bool standIn = error != 0 && IsOwnName(question.host, HostName());
-    return standIn ? AnswerOwnAddresses(question, list) : error;
+    const bool standIn = error != 0 && IsLocalHostName(question.host, HostName());
+    return standIn ? AnswerLocalAddresses(question, list) : error;
 }
 
 // "[literal]" or "[literal]:port", where the port counts for nothing.
@@ -155,7 +155,7 @@ bool ParseBrackets(const std::string& text, std::string& literal) {
     return literal.find(':') != std::string::npos && (rest.empty() || hasPort);
 }
 
-int AnswerLiteral(Question question, AddressList& list) {
+int AnswerLiteral(Question question, AddressInfoList& list) {
     std::string literal;
     if (!ParseBrackets(question.host, literal)) return WinsockError::HostNotFound;
     question.host = literal.c_str();
@@ -164,7 +164,7 @@ int AnswerLiteral(Question question, AddressList& list) {
 }
 
 int Answer(const char* host, const char* service, const Winsock::AddressInfo& hints,
-           AddressList& list) {
+           AddressInfoList& list) {
     if (const int error = TextsError(host, service)) return error;
     if (const int error = HintsError(hints)) return error;
     const Question question = {.host = host, .service = service, .hints = SystemHints(hints)};
@@ -174,7 +174,7 @@ int Answer(const char* host, const char* service, const Winsock::AddressInfo& hi
 
 // Winsock's calls do not throw.
 int AnswerOrFail(const char* host, const char* service, const Winsock::AddressInfo& hints,
-                 AddressList& list) try {
+                 AddressInfoList& list) try {
     return IsStarted() ? Answer(host, service, hints, list) : WinsockError::NotStarted;
 } catch (const std::bad_alloc&) {
     return WinsockError::NotEnoughMemory;
@@ -186,7 +186,7 @@ int Winsock::getaddrinfo(const char* host, const char* service, const AddressInf
                          AddressInfo** result) {
     if (result == nullptr) return lastError = WinsockError::Fault;
     const AddressInfo given = hints != nullptr ? *hints : AddressInfo{};
-    AddressList list(given);
+    AddressInfoList list(given);
     const int error = AnswerOrFail(host, service, given, list);
     *result = error == 0 ? list.Take() : nullptr;
     return lastError = error;

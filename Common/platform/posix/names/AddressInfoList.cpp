@@ -42,11 +42,11 @@ bool SameAddress(const Winsock::AddressInfo& left, const Winsock::AddressInfo& r
 
 }  // namespace
 
-AddressList::~AddressList() {
+AddressInfoList::~AddressInfoList() {
     Winsock::freeaddrinfo(first_);
 }
 
-void AddressList::Append(const KernelAddress& address) {
+void AddressInfoList::Append(const KernelAddress& address) {
     std::unique_ptr<Entry> entry = NewEntry(hints_, address);
     Winsock::AddressInfo** end = &first_;
     for (; *end != nullptr; end = &(*end)->next) {
@@ -55,7 +55,7 @@ void AddressList::Append(const KernelAddress& address) {
     *end = &entry.release()->info;
 }
 
-Winsock::AddressInfo* AddressList::Take() noexcept {
+Winsock::AddressInfo* AddressInfoList::Take() noexcept {
     return std::exchange(first_, nullptr);
 }
 

@@ -9,13 +9,13 @@
 namespace Posix {
 
 // A list that is being made. What is not taken is given back.
-class AddressList {
+class AddressInfoList {
 public:
     // Each entry repeats the hints' type and protocol, whatever they are.
-    explicit AddressList(const Winsock::AddressInfo& hints) noexcept : hints_(hints) {}
-    ~AddressList();
-    AddressList(const AddressList&) = delete;
-    AddressList& operator=(const AddressList&) = delete;
+    explicit AddressInfoList(const Winsock::AddressInfo& hints) noexcept : hints_(hints) {}
+    ~AddressInfoList();
+    AddressInfoList(const AddressInfoList&) = delete;
+    AddressInfoList& operator=(const AddressInfoList&) = delete;
 
     bool IsEmpty() const noexcept { return first_ == nullptr; }
 

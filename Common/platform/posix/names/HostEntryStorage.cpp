@@ -40,19 +40,19 @@ pthread_key_t Key() noexcept {
     ::pthread_key_delete(key);
 }
 
-HostEntryBlock* Allocate(std::size_t room) noexcept {
-    auto* block = static_cast<HostEntryBlock*>(std::malloc(sizeof(HostEntryBlock) + room));
+HostEntryStorage* Allocate(std::size_t room) noexcept {
+    auto* block = static_cast<HostEntryStorage*>(std::malloc(sizeof(HostEntryStorage) + room));
     if (block != nullptr) block->room = room;
     return block;
 }
 
 }  // namespace
 
-HostEntryBlock* HostEntryOfThread(std::size_t room) noexcept {
+HostEntryStorage* HostEntryOfThread(std::size_t room) noexcept {
     if (!EnsureKey()) return nullptr;
-    auto* present = static_cast<HostEntryBlock*>(::pthread_getspecific(Key()));
+    auto* present = static_cast<HostEntryStorage*>(::pthread_getspecific(Key()));
     if (present != nullptr && present->room >= room) return present;
-    HostEntryBlock* block = Allocate(room);
+    HostEntryStorage* block = Allocate(room);
     if (block == nullptr || ::pthread_setspecific(Key(), block) != 0) {
         std::free(block);
         return nullptr;
@@ -61,7 +61,7 @@ HostEntryBlock* HostEntryOfThread(std::size_t room) noexcept {
     return block;
 }
 
-Winsock::HostEntry* FillFromHost(HostEntryBlock& block, const hostent& host) noexcept {
+Winsock::HostEntry* FillFromHost(HostEntryStorage& block, const hostent& host) noexcept {
     const bool ipv6 = host.h_addrtype == AF_INET6;
     block.entry = {.name = host.h_name,
                    .aliases = host.h_aliases,

@@ -10,7 +10,7 @@
 namespace Posix {
 
 // An entry with the room that its texts and lists lie in.
-struct HostEntryBlock {
+struct HostEntryStorage {
     Winsock::HostEntry entry;
     std::size_t room;
 
@@ -19,9 +19,9 @@ struct HostEntryBlock {
 
 // The calling thread's block with at least that much room, its former contents lost; null without
 // memory.
-HostEntryBlock* HostEntryOfThread(std::size_t room) noexcept;
+HostEntryStorage* HostEntryOfThread(std::size_t room) noexcept;
 
 // Makes the block's entry the host that the system's resolver has put into the block's room.
-Winsock::HostEntry* FillFromHost(HostEntryBlock& block, const hostent& host) noexcept;
+Winsock::HostEntry* FillFromHost(HostEntryStorage& block, const hostent& host) noexcept;
 
 }  // namespace Posix

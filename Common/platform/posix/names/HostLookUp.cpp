@@ -32,7 +32,7 @@ Winsock::HostEntry* FailLookUp(int error) {
 template <typename Query>
 Winsock::HostEntry* LookUp(Query query) {
     for (std::size_t room = FirstRoom; room <= MostRoom; room *= 2) {
-        HostEntryBlock* block = HostEntryOfThread(room);
+        HostEntryStorage* block = HostEntryOfThread(room);
         if (block == nullptr) break;
         hostent host = {};
         hostent* found = nullptr;
@@ -48,13 +48,13 @@ Winsock::HostEntry* LookUp(Query query) {
 }
 
 Winsock::HostEntry* LookUpName(const char* name) {
-    return LookUp([name](hostent& host, HostEntryBlock& block, hostent*& found, int& error) {
+    return LookUp([name](hostent& host, HostEntryStorage& block, hostent*& found, int& error) {
         return ::gethostbyname2_r(name, AF_INET, &host, block.Room(), block.room, &found, &error);
     });
 }
 
 // The layout of an entry that no resolver has made: the lists of pointers, the addresses, the name.
-Winsock::HostEntry* FillOwn(HostEntryBlock& block, const std::vector<KernelAddress>& addresses,
+Winsock::HostEntry* FillOwn(HostEntryStorage& block, const std::vector<KernelAddress>& addresses,
                             const char* name) {
     auto** pointers = static_cast<char**>(static_cast<void*>(block.Room()));
     char* bytes = static_cast<char*>(static_cast<void*>(pointers + addresses.size() + 2));
@@ -72,10 +72,10 @@ Winsock::HostEntry* FillOwn(HostEntryBlock& block, const std::vector<KernelAddre
 }
 
 Winsock::HostEntry* OwnEntry(const HostNameText& name) {
-    const std::vector<KernelAddress> addresses = OwnAddresses(AF_INET);
+    const std::vector<KernelAddress> addresses = LocalAddresses(AF_INET);
     const std::size_t room =
         (addresses.size() + 2) * sizeof(char*) + addresses.size() * sizeof(in_addr) + sizeof name;
-    HostEntryBlock* block = HostEntryOfThread(room);
+    HostEntryStorage* block = HostEntryOfThread(room);
     if (block == nullptr) return FailLookUp(WinsockError::NoRecovery);
     Succeed();
     return FillOwn(*block, addresses, name.text);
@@ -98,7 +98,7 @@ int AddressQueryError(const char* address, int length, int family) {
 Winsock::HostEntry* LookUpAddress(const char* address, bool ipv6) {
     const socklen_t length = ipv6 ? sizeof(in6_addr) : sizeof(in_addr);
     const int family = ipv6 ? AF_INET6 : AF_INET;
-    return LookUp([=](hostent& host, HostEntryBlock& block, hostent*& found, int& error) {
+    return LookUp([=](hostent& host, HostEntryStorage& block, hostent*& found, int& error) {
         return ::gethostbyaddr_r(address, length, family, &host, block.Room(), block.room, &found,
                                  &error);
     });
@@ -113,7 +113,8 @@ Winsock::HostEntry* Winsock::gethostbyname(const char* name) {
     const char* asked = askedForOwn ? own.text : name;
     HostEntry* entry = LookUpName(asked);
     // A computer knows itself, though no table and no server may know it.
-    return entry == nullptr && (askedForOwn || IsOwnName(asked, own)) ? OwnEntryOrNone(own) : entry;
+    return entry == nullptr && (askedForOwn || IsLocalHostName(asked, own)) ? OwnEntryOrNone(own)
+                                                                            : entry;
 }
 
 Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int family) {

@@ -54,13 +54,13 @@ KernelAddress Ipv4Loopback() noexcept {
 
 }  // namespace
 
-bool IsOwnName(const char* name, HostNameText own) noexcept {
+bool IsLocalHostName(const char* name, HostNameText own) noexcept {
     if (::strcasecmp(name, own.text) == 0) return true;
     own.text[std::strcspn(own.text, ".")] = '\0';
     return own.text[0] != '\0' && ::strcasecmp(name, own.text) == 0;
 }
 
-std::vector<KernelAddress> OwnAddresses(int family) {
+std::vector<KernelAddress> LocalAddresses(int family) {
     std::vector<KernelAddress> addresses;
     const InterfaceList interfaces = Interfaces();
     for (const bool loopback : {false, true}) {

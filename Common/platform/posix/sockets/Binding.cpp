@@ -4,7 +4,6 @@
 #include <cerrno>
 
 #include "errors/Errors.h"
-#include "sockets/Connection.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/PortReuse.h"
 #include "sockets/SocketTable.h"
@@ -59,15 +58,9 @@ int BindError(const Socket& socket) {
     return reuseRefused ? WinsockError::Access : WinsockFromErrno(errno);
 }
 
-void RecordBinding(const Socket& socket) {
-    socket.record->Set(Flag::Bound);
-    if (!socket.Has(Flag::Datagram)) socket.record->SetPort(PortOf(LocalAddress(socket)));
-}
-
-int ListenError(const Socket& socket) {
-    if (socket.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
-    if (socket.Has(Flag::Connected)) return WinsockError::IsConnected;
-    return socket.Has(Flag::Bound) ? 0 : WinsockError::Invalid;
+void MarkBound(const Socket& socket) {
+    socket.entry->Set(Flag::Bound);
+    if (!socket.Has(Flag::Datagram)) socket.entry->SetPort(PortOf(LocalAddress(socket)));
 }
 
 }  // namespace
@@ -80,37 +73,6 @@ int Winsock::bind(Handle handle, const void* address, int length) {
     if (socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
     if (const int error = OccupancyError(socket, local)) return Fail(error);
     if (!BindAsWinsock(socket, local)) return Fail(BindError(socket));
-    RecordBinding(socket);
-    return Succeed();
-}
-
-int Winsock::listen(Handle handle, int backlog) {
-    const Socket socket = FindSocket(handle);
-    if (!socket) return SocketError;
-    if (const int error = ListenError(socket)) return Fail(error);
-    LetPortBeBoundAgain(socket);
-    if (::listen(socket.descriptor, backlog) < 0) return FailFromErrno();
-    socket.record->Set(Flag::Listening);
-    return Succeed();
-}
-
-int Winsock::getsockname(Handle handle, void* address, int* length) {
-    const Socket socket = FindSocket(handle);
-    if (!socket) return SocketError;
-    if (!socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
-    if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
-    WinsockFromKernel(socket, LocalAddress(socket), address, length);
-    return Succeed();
-}
-
-int Winsock::getpeername(Handle handle, void* address, int* length) {
-    const Socket socket = FindSocket(handle);
-    if (!socket) return SocketError;
-    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
-    if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
-    KernelAddress peer = {};
-    socklen_t peerLength = sizeof peer;
-    if (::getpeername(socket.descriptor, &peer.any, &peerLength) < 0) return FailFromErrno();
-    WinsockFromKernel(socket, peer, address, length);
+    MarkBound(socket);
     return Succeed();
 }

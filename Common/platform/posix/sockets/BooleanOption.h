@@ -6,7 +6,7 @@
 namespace Posix {
 
 // False with errno when the kernel refuses.
-inline bool SetSwitch(int descriptor, int level, int option, bool on) noexcept {
+inline bool SetBooleanOption(int descriptor, int level, int option, bool on) noexcept {
     const int value = on ? 1 : 0;
     return ::setsockopt(descriptor, level, option, &value, sizeof value) == 0;
 }

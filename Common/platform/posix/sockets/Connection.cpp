@@ -17,15 +17,15 @@ namespace {
 
 using namespace Posix;
 
-void RecordConnected(const Socket& socket) {
+void MarkConnected(const Socket& socket) {
     // Set before cleared, so that no other thread finds the socket with neither.
-    socket.record->Set(Flag::Connected | Flag::Bound);
-    socket.record->Clear(Flag::Connecting);
+    socket.entry->Set(Flag::Connected | Flag::Bound);
+    socket.entry->Clear(Flag::Connecting);
     LetPortBeBoundAgain(socket);
 }
 
-void RecordConnecting(const Socket& socket) {
-    socket.record->Set(Flag::Connecting | Flag::Bound);
+void MarkConnecting(const Socket& socket) {
+    socket.entry->Set(Flag::Connecting | Flag::Bound);
 }
 
 bool HasPeer(const Socket& socket) {
@@ -36,13 +36,13 @@ bool HasPeer(const Socket& socket) {
 
 // The outcome of a connect call that ended without a peer. What ends connections only tells that
 // there was one meanwhile; a connect call that failed is over.
-void RecordOutcome(const Socket& socket, int error) {
+void MarkOutcome(const Socket& socket, int error) {
     if (error == ECONNRESET || error == EPIPE) {
-        socket.record->Set(error == ECONNRESET ? Flag::Reset : Flag::Aborted);
-        RecordConnected(socket);
+        socket.entry->Set(error == ECONNRESET ? Flag::Reset : Flag::Aborted);
+        MarkConnected(socket);
     } else if (error != 0) {
-        socket.record->Set(Flag::ConnectFailed);
-        socket.record->Clear(Flag::Connecting);
+        socket.entry->Set(Flag::ConnectFailed);
+        socket.entry->Clear(Flag::Connecting);
     }
 }
 
@@ -64,7 +64,7 @@ int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
 int WaitForOutcome(const Socket& socket) {
     if (WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit))
         return TakePendingError(socket.descriptor);
-    RecordConnecting(socket);
+    MarkConnecting(socket);
     return errno;
 }
 
@@ -73,15 +73,15 @@ bool IsUnfinished(int error) {
 }
 
 int StartConnect(const Socket& socket, const KernelAddress& peer) {
-    socket.record->Clear(Flag::Connecting | Flag::ConnectFailed);
+    socket.entry->Clear(Flag::Connecting | Flag::ConnectFailed);
     int error = ConnectAnew(socket, peer);
     if (IsUnfinished(error) && socket.Has(Flag::NonBlocking)) {
-        RecordConnecting(socket);
+        MarkConnecting(socket);
         return Fail(WinsockError::WouldBlock);
     }
     if (IsUnfinished(error)) error = WaitForOutcome(socket);
     if (error != 0) return Fail(WinsockFromErrno(error));
-    RecordConnected(socket);
+    MarkConnected(socket);
     return Succeed();
 }
 
@@ -104,7 +104,7 @@ int ConnectStream(const Socket& socket, const KernelAddress& peer) {
 bool KeepPort(const Socket& socket, std::uint16_t port) {
     const KernelAddress local = LocalAddress(socket);
     if (PortOf(local) == port || BindTo(socket, WithPort(local, port))) return true;
-    socket.record->Clear(Flag::Bound);
+    socket.entry->Clear(Flag::Bound);
     return false;
 }
 
@@ -115,42 +115,15 @@ int DisconnectDatagram(const Socket& socket) {
     KernelAddress none = {};
     none.any.sa_family = AF_UNSPEC;
     if (const int error = ConnectOnce(socket, none)) return Fail(WinsockFromErrno(error));
-    socket.record->Clear(Flag::Connected);
+    socket.entry->Clear(Flag::Connected);
     return KeepPort(socket, port) ? Succeed() : FailFromErrno();
 }
 
 int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
     if (IsWildcard(peer)) return DisconnectDatagram(socket);
     if (const int error = ConnectOnce(socket, peer)) return Fail(WinsockFromErrno(error));
-    RecordConnected(socket);
+    MarkConnected(socket);
     return Succeed();
-}
-
-// A connection that died before it was accepted is not the listener's failure.
-bool IsWorthAnotherAccept(const Socket& listener) {
-    if (errno == EINTR || errno == ECONNABORTED || errno == EPROTO) return true;
-    if (errno != EAGAIN || listener.Has(Flag::NonBlocking)) return false;
-    // The kernel bounds accept by the receive time-out; Winsock does not.
-    return WaitUntilReady(listener.descriptor, POLLIN, WithoutLimit);
-}
-
-int AcceptDescriptor(const Socket& listener, KernelAddress& peer) {
-    const int mode = listener.Has(Flag::NonBlocking) ? SOCK_NONBLOCK : 0;
-    int descriptor = -1;
-    do {
-        socklen_t length = sizeof peer;
-        descriptor = ::accept4(listener.descriptor, &peer.any, &length, SOCK_CLOEXEC | mode);
-    } while (descriptor < 0 && IsWorthAnotherAccept(listener));
-    return descriptor;
-}
-
-int AcceptError(const Socket& listener, const void* address, const int* length) {
-    if (listener.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
-    if (!listener.Has(Flag::Listening)) return WinsockError::Invalid;
-    if (address != nullptr && !HasRoomForAddress(listener, address, length)) {
-        return WinsockError::Fault;
-    }
-    return 0;
 }
 
 }  // namespace
@@ -158,9 +131,9 @@ int AcceptError(const Socket& listener, const void* address, const int* length) 
 bool Posix::IsConnected(const Socket& socket) noexcept {
     if (!socket.Has(Flag::Connecting)) return socket.Has(Flag::Connected);
     if (HasPeer(socket)) {
-        RecordConnected(socket);
+        MarkConnected(socket);
     } else {
-        RecordOutcome(socket, TakePendingError(socket.descriptor));
+        MarkOutcome(socket, TakePendingError(socket.descriptor));
     }
     return socket.Has(Flag::Connected);
 }
@@ -171,21 +144,4 @@ int Winsock::connect(Handle handle, const void* address, int length) {
     KernelAddress peer = {};
     if (const int error = KernelFromWinsock(socket, address, length, peer)) return Fail(error);
     return socket.Has(Flag::Datagram) ? ConnectDatagram(socket, peer) : ConnectStream(socket, peer);
-}
-
-Winsock::Handle Winsock::accept(Handle handle, void* address, int* length) {
-    const Socket listener = FindSocket(handle);
-    if (!listener) return InvalidSocket;
-    if (const int error = AcceptError(listener, address, length)) {
-        Fail(error);
-        return InvalidSocket;
-    }
-    KernelAddress peer = {};
-    const std::uint32_t inherited = listener.record->Flags() & Flag::Inherited;
-    const Handle accepted =
-        AdoptDescriptor(AcceptDescriptor(listener, peer), inherited | Flag::Connected);
-    if (accepted != InvalidSocket && address != nullptr) {
-        WinsockFromKernel(listener, peer, address, length);
-    }
-    return accepted;
 }

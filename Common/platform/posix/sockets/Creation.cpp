@@ -36,13 +36,13 @@ int CreationError(int family, int type, int protocol) {
 // they have joined themselves.
 void GiveDatagramDefaults(int descriptor, bool ipv6) {
     const int level = ipv6 ? IPPROTO_IPV6 : IPPROTO_IP;
-    SetSwitch(descriptor, level, ipv6 ? IPV6_RECVERR : IP_RECVERR, true);
-    SetSwitch(descriptor, level, ipv6 ? IPV6_MULTICAST_ALL : IP_MULTICAST_ALL, false);
+    SetBooleanOption(descriptor, level, ipv6 ? IPV6_RECVERR : IP_RECVERR, true);
+    SetBooleanOption(descriptor, level, ipv6 ? IPV6_MULTICAST_ALL : IP_MULTICAST_ALL, false);
 }
 
 // Winsock's IPv6 sockets do not take IPv4 traffic.
 void GiveWinsockDefaults(int descriptor, bool ipv6, bool datagram) {
-    if (ipv6) SetSwitch(descriptor, IPPROTO_IPV6, IPV6_V6ONLY, true);
+    if (ipv6) SetBooleanOption(descriptor, IPPROTO_IPV6, IPV6_V6ONLY, true);
     if (datagram) GiveDatagramDefaults(descriptor, ipv6);
 }
 
@@ -61,11 +61,4 @@ Winsock::Handle Winsock::socket(int family, int type, int protocol) {
                                     (datagram ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0);
     if (descriptor >= 0) GiveWinsockDefaults(descriptor, ipv6, datagram);
     return AdoptDescriptor(descriptor, (ipv6 ? Flag::Ipv6 : 0U) | (datagram ? Flag::Datagram : 0U));
-}
-
-int Winsock::closesocket(Handle handle) {
-    const Socket socket = FindSocket(handle);
-    if (!socket) return SocketError;
-    CloseSocket(socket);
-    return Succeed();
 }

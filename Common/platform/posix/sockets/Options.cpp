@@ -42,7 +42,7 @@ int SetTimeout(const Socket& socket, int kernelOption, std::uint32_t flag, const
     if (::setsockopt(socket.descriptor, SOL_SOCKET, kernelOption, &time, sizeof time) < 0) {
         return FailFromErrno();
     }
-    socket.record->Change(flag, milliseconds != 0 && milliseconds != NoTimeLimit);
+    socket.entry->Change(flag, milliseconds != 0 && milliseconds != NoTimeLimit);
     return Succeed();
 }
 
@@ -58,17 +58,18 @@ int SetReuse(const Socket& socket, const char* value, int length) {
     const bool address = on || CarriesKernelReuse(socket);
     if (!SetKernelReuse(socket, address)) return FailFromErrno();
     const bool stream = !socket.Has(Flag::Datagram);
-    if (stream && !SetSwitch(socket.descriptor, SOL_SOCKET, SO_REUSEPORT, on)) {
+    if (stream && !SetBooleanOption(socket.descriptor, SOL_SOCKET, SO_REUSEPORT, on)) {
         return FailFromErrno();
     }
-    socket.record->Change(Flag::Reuse, on);
+    socket.entry->Change(Flag::Reuse, on);
     return Succeed();
 }
 
 int SetBroadcast(const Socket& socket, const char* value, int length) {
     if (!socket.Has(Flag::Datagram)) return Fail(WinsockError::NoProtocolOption);
     if (length < 0) return Fail(WinsockError::Fault);
-    const bool set = SetSwitch(socket.descriptor, SOL_SOCKET, SO_BROADCAST, IsOn(value, length));
+    const bool set =
+        SetBooleanOption(socket.descriptor, SOL_SOCKET, SO_BROADCAST, IsOn(value, length));
     return set ? Succeed() : FailFromErrno();
 }
 
@@ -90,7 +91,7 @@ int SetSocketOption(const Socket& socket, int option, const char* value, int len
 int SetNonBlocking(const Socket& socket, bool on) {
     int value = on ? 1 : 0;
     if (::ioctl(socket.descriptor, FIONBIO, &value) < 0) return FailFromErrno();
-    socket.record->Change(Flag::NonBlocking, on);
+    socket.entry->Change(Flag::NonBlocking, on);
     return Succeed();
 }
 

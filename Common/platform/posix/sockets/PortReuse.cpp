@@ -5,15 +5,15 @@
 namespace Posix {
 
 bool SetKernelReuse(const Socket& socket, bool on) noexcept {
-    return SetSwitch(socket.descriptor, SOL_SOCKET, SO_REUSEADDR, on);
+    return SetBooleanOption(socket.descriptor, SOL_SOCKET, SO_REUSEADDR, on);
 }
 
 bool CarriesKernelReuse(const Socket& socket) noexcept {
-    return socket.record->Port() != 0 && socket.Has(Flag::Listening | Flag::Connected);
+    return socket.entry->Port() != 0 && socket.Has(Flag::Listening | Flag::Connected);
 }
 
 void LetPortBeBoundAgain(const Socket& socket) noexcept {
-    if (socket.record->Port() != 0) SetKernelReuse(socket, true);
+    if (socket.entry->Port() != 0) SetKernelReuse(socket, true);
 }
 
 }  // namespace Posix

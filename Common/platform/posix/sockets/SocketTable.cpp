@@ -8,28 +8,28 @@
 
 namespace Posix {
 
-constinit SocketRecord socketRecords[RecordCount] = {};
+constinit SocketEntry socketTable[SocketTableSize] = {};
 
 namespace {
 
-// One more than the highest descriptor that ever had a record, so that walks need not see the whole
+// One more than the highest descriptor that ever had an entry, so that walks need not see the whole
 // table.
-constinit std::atomic<int> recordsInUse = 0;
+constinit std::atomic<int> entriesInUse = 0;
 
-void RaiseRecordsInUse(int count) noexcept {
-    int known = recordsInUse.load(std::memory_order_relaxed);
+void RaiseEntriesInUse(int count) noexcept {
+    int known = entriesInUse.load(std::memory_order_relaxed);
     while (known < count &&
-           !recordsInUse.compare_exchange_weak(known, count, std::memory_order_relaxed)) {
+           !entriesInUse.compare_exchange_weak(known, count, std::memory_order_relaxed)) {
     }
 }
 
 Socket SocketAt(int descriptor) noexcept {
-    return {&socketRecords[descriptor], descriptor};
+    return {&socketTable[descriptor], descriptor};
 }
 
 }  // namespace
 
-void SocketRecord::AddUnreachable() noexcept {
+void SocketEntry::AddUnreachable() noexcept {
     const auto count = Atomic(unreachable_);
     std::uint16_t known = count.load(std::memory_order_relaxed);
     while (known < std::numeric_limits<std::uint16_t>::max() &&
@@ -38,7 +38,7 @@ void SocketRecord::AddUnreachable() noexcept {
     }
 }
 
-bool SocketRecord::TakeUnreachable() noexcept {
+bool SocketEntry::TakeUnreachable() noexcept {
     const auto count = Atomic(unreachable_);
     std::uint16_t known = count.load(std::memory_order_relaxed);
     while (known > 0 && !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known - 1),
@@ -47,13 +47,13 @@ bool SocketRecord::TakeUnreachable() noexcept {
     return known > 0;
 }
 
-void SocketRecord::Open(std::uint32_t flags) noexcept {
+void SocketEntry::Open(std::uint32_t flags) noexcept {
     SetPort(0);
     Atomic(unreachable_).store(0, std::memory_order_relaxed);
     Atomic(flags_).store(flags | Flag::Live, std::memory_order_release);
 }
 
-bool SocketRecord::Close() noexcept {
+bool SocketEntry::Close() noexcept {
     return (Atomic(flags_).exchange(0, std::memory_order_acq_rel) & Flag::Live) != 0;
 }
 
@@ -70,33 +70,33 @@ Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
         return Winsock::InvalidSocket;
     }
     const auto handle = static_cast<Winsock::Handle>(descriptor);
-    if (handle >= RecordCount) {
+    if (handle >= SocketTableSize) {
         CloseDescriptor(descriptor);
         Fail(WinsockError::TooManyOpen);
         return Winsock::InvalidSocket;
     }
-    RaiseRecordsInUse(descriptor + 1);
-    socketRecords[handle].Open(flags);
+    RaiseEntriesInUse(descriptor + 1);
+    socketTable[handle].Open(flags);
     Succeed();
     return handle;
 }
 
 void CloseSocket(const Socket& socket) noexcept {
-    // The record goes first: once the kernel has the number back, it may give it to anybody.
-    if (socket.record->Close()) CloseDescriptor(socket.descriptor);
+    // The entry goes first: once the kernel has the number back, it may give it to anybody.
+    if (socket.entry->Close()) CloseDescriptor(socket.descriptor);
 }
 
 void CloseAllSockets() noexcept {
-    const int end = recordsInUse.load(std::memory_order_relaxed);
+    const int end = entriesInUse.load(std::memory_order_relaxed);
     for (int descriptor = 0; descriptor < end; ++descriptor)
         CloseSocket(SocketAt(descriptor));
 }
 
 Socket NextStreamOnPort(int afterDescriptor, std::uint16_t port) noexcept {
-    const int end = recordsInUse.load(std::memory_order_relaxed);
+    const int end = entriesInUse.load(std::memory_order_relaxed);
     for (int descriptor = afterDescriptor + 1; descriptor < end; ++descriptor) {
         const Socket socket = SocketAt(descriptor);
-        if (socket.Has(Flag::Live) && socket.record->Port() == port) return socket;
+        if (socket.Has(Flag::Live) && socket.entry->Port() == port) return socket;
     }
     return {};
 }

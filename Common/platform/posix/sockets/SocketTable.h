@@ -2,11 +2,11 @@
 //
 // The kernel alone cannot tell an unbound socket from one bound to no port, a passed time-out from
 // a non-blocking socket's refusal, or a reset that was already reported from an orderly end. The
-// record also says which numbers are sockets of ours at all: no other number ever reaches the
+// table also says which numbers are sockets of ours at all: no other number ever reaches the
 // kernel.
 //
 // One thread may send while another receives on the same socket, so each change is one atomic
-// operation. Relaxed order is enough, since a record guards no other memory.
+// operation. Relaxed order is enough, since an entry guards no other memory.
 #pragma once
 
 #include <Platform/Winsock.h>
@@ -42,7 +42,7 @@ inline constexpr std::uint32_t Inherited =
 }  // namespace Flag
 
 // Trivial, so that the table is zeroed memory that costs nothing until it is touched.
-class SocketRecord {
+class SocketEntry {
 public:
     std::uint32_t Flags() const noexcept { return Atomic(flags_).load(std::memory_order_relaxed); }
     bool Has(std::uint32_t flag) const noexcept { return (Flags() & flag) != 0; }
@@ -68,7 +68,7 @@ public:
     }
 
     void Open(std::uint32_t flags) noexcept;
-    // Returns whether the record was live: of two closers only one may close the descriptor.
+    // Returns whether the entry was live: of two closers only one may close the descriptor.
     bool Close() noexcept;
 
 private:
@@ -85,32 +85,32 @@ private:
     std::uint16_t port_;
     std::uint16_t unreachable_;
 };
-static_assert(sizeof(SocketRecord) == 8);
+static_assert(sizeof(SocketEntry) == 8);
 
 // The kernel's usual upper limit for the descriptors of a process.
-inline constexpr Winsock::Handle RecordCount = 1U << 20;
+inline constexpr Winsock::Handle SocketTableSize = 1U << 20;
 
-[[gnu::visibility("hidden")]] extern constinit SocketRecord socketRecords[RecordCount];
+[[gnu::visibility("hidden")]] extern constinit SocketEntry socketTable[SocketTableSize];
 
 // A live socket, or none.
 struct Socket {
-    SocketRecord* record;
+    SocketEntry* entry;
     int descriptor;
 
-    explicit operator bool() const noexcept { return record != nullptr; }
-    bool Has(std::uint32_t flag) const noexcept { return record->Has(flag); }
+    explicit operator bool() const noexcept { return entry != nullptr; }
+    bool Has(std::uint32_t flag) const noexcept { return entry->Has(flag); }
 };
 
 // Whether the handle's flags under the mask are the expected ones, which include Live.
 inline bool IsSocketWith(Winsock::Handle handle, std::uint32_t mask, std::uint32_t flags) noexcept {
-    return handle < RecordCount && (socketRecords[handle].Flags() & mask) == flags;
+    return handle < SocketTableSize && (socketTable[handle].Flags() & mask) == flags;
 }
 
 // None when the handle is no open socket; the reason is then the thread's last error.
 Socket FindSocket(Winsock::Handle handle) noexcept;
 
 // Makes a handle of a descriptor that the kernel has just made, or closes it when there is no
-// record for it. A negative descriptor is the failure of the call that should have made it.
+// entry for it. A negative descriptor is the failure of the call that should have made it.
 Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept;
 
 void CloseSocket(const Socket& socket) noexcept;

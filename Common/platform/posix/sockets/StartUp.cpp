@@ -73,7 +73,3 @@ int Winsock::WSACleanup() {
     if (--startUpCount == 0) Posix::CloseAllSockets();
     return Posix::Succeed();
 }
-
-int Winsock::WSAGetLastError() noexcept {
-    return Posix::lastError;
-}

@@ -40,14 +40,14 @@ bool MetReport(const Socket& socket) {
 int SendToKernel(const Socket& socket, const char* buffer, int length, const KernelAddress* peer) {
     constexpr int MostReports = 16;
     const auto peerLength = static_cast<socklen_t>(AddressLength(socket));
-    Patience patience(socket, Sending);
+    TransferDeadline deadline(socket, Sending);
     const auto attempt = [&](int attemptFlags) {
         return ::sendto(socket.descriptor, buffer, Size(length), MSG_NOSIGNAL | attemptFlags,
                         peer != nullptr ? &peer->any : nullptr, peer != nullptr ? peerLength : 0);
     };
-    ssize_t sent = RepeatInterrupted(patience, attempt);
+    ssize_t sent = RepeatInterrupted(deadline, attempt);
     for (int count = 0; sent < 0 && count < MostReports && MetReport(socket); ++count)
-        sent = RepeatInterrupted(patience, attempt);
+        sent = RepeatInterrupted(deadline, attempt);
     return sent < 0 ? FailDatagram(socket) : Succeed(static_cast<int>(sent));
 }
 
@@ -78,7 +78,7 @@ bool HaveBinding(const Socket& socket) {
     KernelAddress any = {};
     any.any.sa_family = socket.Has(Flag::Ipv6) ? AF_INET6 : AF_INET;
     if (!BindTo(socket, any) && errno != EINVAL) return false;
-    socket.record->Set(Flag::Bound);
+    socket.entry->Set(Flag::Bound);
     return true;
 }
 
@@ -92,20 +92,20 @@ int ReceiveError(const Socket& socket, const char* buffer, int length, const voi
 }
 
 ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
-    Patience patience(socket, Receiving);
-    return RepeatInterrupted(patience, [&](int attemptFlags) {
+    TransferDeadline deadline(socket, Receiving);
+    return RepeatInterrupted(deadline, [&](int attemptFlags) {
         return ::recvmsg(socket.descriptor, &message, attemptFlags);
     });
 }
 
 // Negative when the call has failed, with the thread's last error.
 ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
-    if (socket.record->TakeUnreachable()) return Fail(WinsockError::ConnectionReset);
+    if (socket.entry->TakeUnreachable()) return Fail(WinsockError::ConnectionReset);
     ssize_t received = ReceiveMessage(socket, message);
     while (received < 0) {
         if (!MayBeReport(errno)) return FailDatagram(socket);
         const bool any = CollectReports(socket);
-        if (socket.record->TakeUnreachable() || !any) return Fail(WinsockError::ConnectionReset);
+        if (socket.entry->TakeUnreachable() || !any) return Fail(WinsockError::ConnectionReset);
         received = ReceiveMessage(socket, message);
     }
     return received;

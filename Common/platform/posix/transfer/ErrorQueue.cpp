@@ -49,7 +49,7 @@ bool CollectReport(const Socket& socket) {
     message.msg_controllen = sizeof room.bytes;
     const int flags = MSG_ERRQUEUE | MSG_DONTWAIT;
     if (::recvmsg(socket.descriptor, &message, flags) < 0) return false;
-    if (TellsUnreachable(message)) socket.record->AddUnreachable();
+    if (TellsUnreachable(message)) socket.entry->AddUnreachable();
     return true;
 }
 
@@ -84,7 +84,7 @@ bool CollectReports(const Socket& socket) {
 
 void CollectAnnounced(const Socket& socket) {
     if (CollectReports(socket)) return;
-    if (MayBeReport(TakePendingError(socket.descriptor))) socket.record->AddUnreachable();
+    if (MayBeReport(TakePendingError(socket.descriptor))) socket.entry->AddUnreachable();
 }
 
 }  // namespace Posix

@@ -2,7 +2,7 @@
 //
 // The kernel gives such a report to the next call, whatever it is. Winsock lets every send succeed
 // and gives each report to one receive call. So reports are taken from the kernel's queue and
-// counted in the record.
+// counted in the socket table.
 #pragma once
 
 #include "sockets/SocketTable.h"

@@ -32,7 +32,7 @@ short EventsOf(Interest interest) {
 bool IsReadyAlready(const Socket& socket, Interest interest) {
     switch (interest) {
         case Interest::Read:
-            return socket.record->HasUnreachable();
+            return socket.entry->HasUnreachable();
         case Interest::Except:
             return socket.Has(Flag::ConnectFailed);
         default:

@@ -28,7 +28,7 @@ constexpr std::uint32_t PlainStreamMask =
     PlainStream | Flag::Datagram | Flag::Reset | Flag::Aborted;
 
 // The end that the connection has met, or 0.
-int RecordedEnd(const Socket& socket) {
+int MarkedEnd(const Socket& socket) {
     if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
     return socket.Has(Flag::Aborted) ? WinsockError::ConnectionAborted : 0;
 }
@@ -36,7 +36,7 @@ int RecordedEnd(const Socket& socket) {
 // What is wrong with a transfer before the kernel is asked, or 0.
 int TransferError(const Socket& socket, int length, int flags) {
     const int error = Posix::TransferError(length, flags);
-    return error != 0 ? error : RecordedEnd(socket);
+    return error != 0 ? error : MarkedEnd(socket);
 }
 
 // The network's reports reach a stream only when it has given up.
@@ -53,8 +53,8 @@ bool EndsConnection(int error) {
 }
 
 // The kernel forgets with its report how a connection ended.
-void RecordEnd(const Socket& socket, int error) {
-    socket.record->Set(error == WinsockError::ConnectionReset ? Flag::Reset : Flag::Aborted);
+void MarkEnd(const Socket& socket, int error) {
+    socket.entry->Set(error == WinsockError::ConnectionReset ? Flag::Reset : Flag::Aborted);
 }
 
 int StreamError(const Socket& socket) {
@@ -65,7 +65,7 @@ int StreamError(const Socket& socket) {
     // The other direction may have met the reset meanwhile.
     if (systemError == EPIPE && socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
     const int error = WinsockFromErrno(systemError);
-    if (EndsConnection(systemError)) RecordEnd(socket, error);
+    if (EndsConnection(systemError)) MarkEnd(socket, error);
     return error;
 }
 
@@ -79,18 +79,17 @@ bool IsTornDown(const Socket& socket) {
 
 // When a receive call gets nothing, the connection may yet have ended otherwise. Behind the peer's
 // orderly end the kernel keeps to itself that a later send was refused (EPIPE); and the thread that
-// sends may have been told of a reset, which the kernel tells once, and not have recorded it yet.
+// sends may have been told of a reset, which the kernel tells once, and not have marked it yet.
 int FinishWithNothing(const Socket& socket) {
-    if (RecordedEnd(socket) == 0 && IsTornDown(socket)) {
+    if (MarkedEnd(socket) == 0 && IsTornDown(socket)) {
         const bool refused = TakePendingError(socket.descriptor) == EPIPE;
-        RecordEnd(socket,
-                  refused ? WinsockError::ConnectionAborted : WinsockError::ConnectionReset);
+        MarkEnd(socket, refused ? WinsockError::ConnectionAborted : WinsockError::ConnectionReset);
     }
-    const int end = RecordedEnd(socket);
+    const int end = MarkedEnd(socket);
     return end != 0 ? Fail(end) : Succeed();
 }
 
-// The failure of the last attempt is recorded even when it is not answered yet.
+// The failure of the last attempt is marked even when it is not answered yet.
 int FinishSending(const Socket& socket, int sent) {
     const int error = StreamError(socket);
     return sent == 0 ? Fail(error) : Succeed(sent);
@@ -99,22 +98,22 @@ int FinishSending(const Socket& socket, int sent) {
 // A blocking send takes the whole buffer, though signals make the kernel return in the middle of
 // it. Parts that were sent before a failure count; the failure shows in the next call.
 int SendStream(const Socket& socket, const char* buffer, int length) {
-    Patience patience(socket, Sending);
+    TransferDeadline deadline(socket, Sending);
     std::size_t sent = 0;
     do {
-        const ssize_t count = RepeatInterrupted(patience, [&](int attemptFlags) {
+        const ssize_t count = RepeatInterrupted(deadline, [&](int attemptFlags) {
             return ::send(socket.descriptor, buffer + sent, Size(length) - sent,
                           MSG_NOSIGNAL | attemptFlags);
         });
         if (count < 0) return FinishSending(socket, static_cast<int>(sent));
         sent += static_cast<std::size_t>(count);
-    } while (sent < Size(length) && patience.AllowsRest());
+    } while (sent < Size(length) && deadline.AllowsRest());
     return Succeed(static_cast<int>(sent));
 }
 
 int ReceiveStream(const Socket& socket, char* buffer, int length) {
-    Patience patience(socket, Receiving);
-    const ssize_t received = RepeatInterrupted(patience, [&](int attemptFlags) {
+    TransferDeadline deadline(socket, Receiving);
+    const ssize_t received = RepeatInterrupted(deadline, [&](int attemptFlags) {
         return ::recv(socket.descriptor, buffer, Size(length), attemptFlags);
     });
     if (received < 0) return Fail(StreamError(socket));
@@ -144,7 +143,7 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
 // Goes on after a direct send that did not take the whole buffer.
 [[gnu::cold, gnu::noinline]] int FinishSend(Winsock::Handle handle, const char* buffer, int length,
                                             int sent) {
-    const Socket socket = {&socketRecords[handle], static_cast<int>(handle)};
+    const Socket socket = {&socketTable[handle], static_cast<int>(handle)};
     if (sent < 0 && errno == EINTR) return SendStream(socket, buffer, length);
     if (sent < 0) return Fail(StreamError(socket));
     if (socket.Has(Flag::NonBlocking)) return Succeed(sent);
@@ -154,7 +153,7 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
 
 [[gnu::cold, gnu::noinline]] int FinishReceive(Winsock::Handle handle, char* buffer, int length,
                                                int received) {
-    const Socket socket = {&socketRecords[handle], static_cast<int>(handle)};
+    const Socket socket = {&socketTable[handle], static_cast<int>(handle)};
     if (received == 0) return FinishWithNothing(socket);
     if (errno == EINTR) return ReceiveStream(socket, buffer, length);
     return Fail(StreamError(socket));

@@ -13,12 +13,12 @@ namespace Posix {
 constexpr Direction Receiving = {Flag::ReceiveTimeout, SO_RCVTIMEO, POLLIN};
 constexpr Direction Sending = {Flag::SendTimeout, SO_SNDTIMEO, POLLOUT};
 
-Patience::Patience(const Socket& socket, const Direction& direction) noexcept
+TransferDeadline::TransferDeadline(const Socket& socket, const Direction& direction) noexcept
     : socket_(socket),
       direction_(direction),
       start_(socket.Has(direction.timeoutFlag) ? MonotonicTime() : NotCounting) {}
 
-bool Patience::AllowsAnother() {
+bool TransferDeadline::AllowsAnother() {
     if (errno != EINTR && errno != EAGAIN) return false;
     if (socket_.Has(Flag::NonBlocking)) return errno == EINTR;
     if (!WaitUntilReady(socket_.descriptor, direction_.readyEvent, Deadline())) return false;
@@ -27,12 +27,12 @@ bool Patience::AllowsAnother() {
     return true;
 }
 
-bool Patience::AllowsRest() {
+bool TransferDeadline::AllowsRest() {
     errno = EAGAIN;
     return AllowsAnother();
 }
 
-long long Patience::Deadline() noexcept {
+long long TransferDeadline::Deadline() noexcept {
     if (!socket_.Has(direction_.timeoutFlag)) return WithoutLimit;
     // Another thread may have set the time-out during the transfer.
     if (start_ == NotCounting) start_ = MonotonicTime();

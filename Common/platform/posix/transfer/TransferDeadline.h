@@ -17,9 +17,9 @@ extern const Direction Sending;
 // Bounds all attempts of a transfer together by the socket's time-out. The first attempt is left to
 // the kernel, which knows the time-out; only when it was cut short is the rest of the time counted
 // here.
-class Patience {
+class TransferDeadline {
 public:
-    Patience(const Socket& socket, const Direction& direction) noexcept;
+    TransferDeadline(const Socket& socket, const Direction& direction) noexcept;
 
     // What the next attempt must add to its flags.
     int AttemptFlags() const noexcept { return attemptFlags_; }
@@ -44,10 +44,10 @@ private:
 
 // Repeats the attempt, which takes the flags to add and returns what the system call returned.
 template <typename Attempt>
-auto RepeatInterrupted(Patience& patience, Attempt attempt) {
-    auto result = attempt(patience.AttemptFlags());
-    while (result < 0 && patience.AllowsAnother())
-        result = attempt(patience.AttemptFlags());
+auto RepeatInterrupted(TransferDeadline& deadline, Attempt attempt) {
+    auto result = attempt(deadline.AttemptFlags());
+    while (result < 0 && deadline.AllowsAnother())
+        result = attempt(deadline.AttemptFlags());
     return result;
 }
 

@@ -1,0 +1,31 @@
+// The addresses of a socket's two ends.
+#include <Platform/Winsock.h>
+#include <sys/socket.h>
+
+#include "errors/Errors.h"
+#include "sockets/Connection.h"
+#include "sockets/KernelAddress.h"
+#include "sockets/SocketTable.h"
+
+using namespace Posix;
+
+int Winsock::getsockname(Handle handle, void* address, int* length) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    if (!socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
+    if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
+    WinsockFromKernel(socket, LocalAddress(socket), address, length);
+    return Succeed();
+}
+
+int Winsock::getpeername(Handle handle, void* address, int* length) {
+    const Socket socket = FindSocket(handle);
+    if (!socket) return SocketError;
+    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
+    KernelAddress peer = {};
+    socklen_t peerLength = sizeof peer;
+    if (::getpeername(socket.descriptor, &peer.any, &peerLength) < 0) return FailFromErrno();
+    WinsockFromKernel(socket, peer, address, length);
+    return Succeed();
+}
