@@ -20,10 +20,23 @@ unsigned int FailureOf(LSTATUS status) noexcept {
     return missing ? 0U : static_cast<unsigned int>(status);
 }
 
-// Hives count the system's predefined keys from 1.
+// Hives count the system's predefined keys from 1. Null for any other number; what the system keeps
+// among them that is no tree of settings does not count.
 HKEY RootKey(int hive) noexcept {
-    const auto first = reinterpret_cast<LONG_PTR>(HKEY_CLASSES_ROOT);
-    return reinterpret_cast<HKEY>(first + hive - 1);
+    switch (hive) {
+        case 1:
+            return HKEY_CLASSES_ROOT;
+        case 2:
+            return HKEY_CURRENT_USER;
+        case Registry::LocalMachine:
+            return HKEY_LOCAL_MACHINE;
+        case 4:
+            return HKEY_USERS;
+        case 6:
+            return HKEY_CURRENT_CONFIG;
+        default:
+            return nullptr;
+    }
 }
 
 Registry::Key* Open(HKEY parent, const unsigned short* path, unsigned int& error) {
@@ -60,7 +73,9 @@ LSTATUS QueryWholeText(HKEY key, const std::wstring& name, std::wstring& text) {
 static_assert(Registry::LocalMachine == 3);
 
 Registry::Key* Registry::OpenKey(int hive, const unsigned short* path, unsigned int& error) {
-    return Open(RootKey(hive), path, error);
+    const HKEY root = RootKey(hive);
+    error = 0;
+    return root != nullptr ? Open(root, path, error) : nullptr;
 }
 
 Registry::Key* Registry::OpenSubKey(Key& key, const unsigned short* name, unsigned int& error) {

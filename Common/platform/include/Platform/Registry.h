@@ -15,7 +15,8 @@ namespace Registry {
 // An open key.
 struct Key;
 
-// The local machine's hive; the numbers from here on are the other roots.
+// The local machine's hive. A system may have other roots beside it; a number that is none of them
+// has no keys.
 inline constexpr int LocalMachine = 3;
 
 // The key at the path below the hive, or null. The caller ends it with CloseKey.

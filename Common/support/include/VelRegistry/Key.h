@@ -18,7 +18,8 @@ struct SystemKeyClose {
 };
 using SystemKeyOwner = std::unique_ptr<Registry::Key, SystemKeyClose>;
 
-// The hives that paths start from. Any other number may be passed and names the system's own root.
+// The hives that paths start from. Any other number may be passed and names the system's own root,
+// if it has such a one; else there are no keys.
 enum RootHives : int { ROOT_LOCAL_MACHINE = 3 };
 
 // An open key, owned by whoever opened it and ended with its Release; KeyRelease below does that at
