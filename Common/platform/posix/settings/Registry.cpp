@@ -1,10 +1,14 @@
 // The settings on systems without a registry: a tree of files and, where that says nothing of the
 // machine's network, what the system's resolver is told.
+//
+// A request to cancel the thread waits for the end of each operation: none takes long, and a
+// descriptor that a cancelled call had just made would be lost.
 #include <Platform/Registry.h>
 
 #include "settings/RegistryKey.h"
 #include "settings/ResolverKeys.h"
 #include "settings/TreeKeys.h"
+#include "system/Descriptors.h"
 
 namespace {
 
@@ -20,6 +24,7 @@ std::unique_ptr<Registry::Key> OpenMachineKey(Name path, unsigned int& error) {
 }  // namespace
 
 Registry::Key* Registry::OpenKey(int hive, const unsigned short* path, unsigned int& error) {
+    const CancellationGuard whole;
     error = 0;
     if (hive != LocalMachine) return nullptr;
     const Name name = NameOf(path);
@@ -29,6 +34,7 @@ Registry::Key* Registry::OpenKey(int hive, const unsigned short* path, unsigned 
 }
 
 Registry::Key* Registry::OpenSubKey(Key& key, const unsigned short* name, unsigned int& error) {
+    const CancellationGuard whole;
     return key.Open(NameOf(name), error).release();
 }
 
@@ -38,9 +44,11 @@ void Registry::CloseKey(Key* key) noexcept {
 
 bool Registry::ReadValue(Key& key, const unsigned short* name, System::WideUnits* text,
                          unsigned int& error) {
+    const CancellationGuard whole;
     return key.Read(NameOf(name), text, error);
 }
 
 std::vector<System::WideUnits> Registry::SubKeyNames(Key& key, unsigned int& error) {
+    const CancellationGuard whole;
     return key.SubKeys(error);
 }
