@@ -17,12 +17,17 @@ bool Overlap(const KernelAddress& left, const KernelAddress& right) {
     return IsWildcard(left) || IsWildcard(right) || SameHost(left, right);
 }
 
+bool StandsAt(const Socket& socket, const KernelAddress& address) {
+    KernelAddress local = {};
+    return LocalAddress(socket, local) && Overlap(local, address);
+}
+
 // An open stream socket of this process that stands where the address is.
 Socket FindOccupant(const KernelAddress& address) {
     const std::uint16_t port = PortOf(address);
     if (port == 0) return {};
     Socket other = NextStreamOnPort(-1, port);
-    while (other && !Overlap(LocalAddress(other), address)) {
+    while (other && !StandsAt(other, address)) {
         other = NextStreamOnPort(other.descriptor, port);
     }
     return other;
@@ -58,9 +63,14 @@ int BindError(const Socket& socket) {
     return reuseRefused ? WinsockError::Access : WinsockFromErrno(errno);
 }
 
-void MarkBound(const Socket& socket) {
+// False with errno when the kernel does not tell where the socket is bound to.
+bool MarkBound(const Socket& socket) {
+    KernelAddress local = {};
+    const bool stream = !socket.Has(Flag::Datagram);
+    if (stream && !LocalAddress(socket, local)) return false;
+    if (stream) socket.entry->SetPort(PortOf(local));
     socket.entry->Set(Flag::Bound);
-    if (!socket.Has(Flag::Datagram)) socket.entry->SetPort(PortOf(LocalAddress(socket)));
+    return true;
 }
 
 }  // namespace
@@ -73,6 +83,5 @@ int Winsock::bind(Handle handle, const void* address, int length) {
     if (socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
     if (const int error = OccupancyError(socket, local)) return Fail(error);
     if (!BindAsWinsock(socket, local)) return Fail(BindError(socket));
-    MarkBound(socket);
-    return Succeed();
+    return MarkBound(socket) ? Succeed() : FailFromErrno();
 }

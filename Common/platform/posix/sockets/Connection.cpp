@@ -102,7 +102,8 @@ int ConnectStream(const Socket& socket, const KernelAddress& peer) {
 
 // The kernel takes the port away with the peer, unless bind was given the port's number.
 bool KeepPort(const Socket& socket, std::uint16_t port) {
-    const KernelAddress local = LocalAddress(socket);
+    KernelAddress local = {};
+    if (!LocalAddress(socket, local)) return false;
     if (PortOf(local) == port || BindTo(socket, WithPort(local, port))) return true;
     socket.entry->Clear(Flag::Bound);
     return false;
@@ -111,12 +112,13 @@ bool KeepPort(const Socket& socket, std::uint16_t port) {
 // A datagram socket has its peer taken away by the wildcard address, which the kernel would take
 // for this machine.
 int DisconnectDatagram(const Socket& socket) {
-    const std::uint16_t port = PortOf(LocalAddress(socket));
+    KernelAddress local = {};
+    if (!LocalAddress(socket, local)) return FailFromErrno();
     KernelAddress none = {};
     none.any.sa_family = AF_UNSPEC;
     if (const int error = ConnectOnce(socket, none)) return Fail(WinsockFromErrno(error));
     socket.entry->Clear(Flag::Connected);
-    return KeepPort(socket, port) ? Succeed() : FailFromErrno();
+    return KeepPort(socket, PortOf(local)) ? Succeed() : FailFromErrno();
 }
 
 int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {

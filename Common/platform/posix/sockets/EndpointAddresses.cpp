@@ -14,7 +14,9 @@ int Winsock::getsockname(Handle handle, void* address, int* length) {
     if (!socket) return SocketError;
     if (!socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
     if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
-    WinsockFromKernel(socket, LocalAddress(socket), address, length);
+    KernelAddress local = {};
+    if (!LocalAddress(socket, local)) return FailFromErrno();
+    WinsockFromKernel(socket, local, address, length);
     return Succeed();
 }
 

@@ -79,11 +79,9 @@ bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept {
            left.ipv6.sin6_scope_id == right.ipv6.sin6_scope_id;
 }
 
-KernelAddress LocalAddress(const Socket& socket) noexcept {
-    KernelAddress address = {};
+bool LocalAddress(const Socket& socket, KernelAddress& address) noexcept {
     socklen_t length = sizeof address;
-    ::getsockname(socket.descriptor, &address.any, &length);
-    return address;
+    return ::getsockname(socket.descriptor, &address.any, &length) == 0;
 }
 
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept {

@@ -36,8 +36,8 @@ std::uint16_t PortOf(const KernelAddress& address) noexcept;
 KernelAddress WithPort(KernelAddress address, std::uint16_t port) noexcept;
 bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept;
 
-// The address that the socket is bound to.
-KernelAddress LocalAddress(const Socket& socket) noexcept;
+// The address that the socket is bound to; false with errno when the kernel does not tell.
+bool LocalAddress(const Socket& socket, KernelAddress& address) noexcept;
 
 // Binds the socket in the kernel; false with errno when that refuses.
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept;
