@@ -292,3 +292,39 @@ TestANarrowPlaceOnTheWayIsNoFailure() {
   expect beta "send-to receiver ${ipv4[alpha]} 7001 answer" "ok 6"
   expect alpha "receive-from sender" "ok answer ${ipv4[beta]} 7000"
 }
+
+# --- A slow link
+
+# slow_link HOST: takes a few packets, and then one in a long while.
+slow_link() {
+  command -v tc >/dev/null || skip "tc is not installed"
+  in_host "$1" tc qdisc add dev eth0 root tbf rate 8kbit burst 1600 limit 4000 ||
+    skip "no slow link here"
+}
+
+# What the own machine throws away counts as sent, like what is lost on the way: flood_slow_link
+# FAMILY
+flood_slow_link() {
+  local -n hosts=$1
+  local text number
+  text=$(printf '%01000d' 1)
+  bound_socket alpha sender datagram "$1" 7001
+  for ((number = 0; number < 100; ++number)); do
+    expect alpha "send-to sender ${hosts[beta]} 7000 $text" "ok 1000"
+  done
+  [[ $(in_host alpha tc -s qdisc show dev eth0) =~ dropped\ [1-9] ]] || fail "the link took all"
+}
+
+TestASlowLinkTakesAllDatagramsOfIpv4() {
+  add_host alpha
+  add_host beta
+  slow_link alpha
+  flood_slow_link ipv4
+}
+
+TestASlowLinkTakesAllDatagramsOfIpv6() {
+  add_host alpha
+  add_host beta
+  slow_link alpha
+  flood_slow_link ipv6
+}

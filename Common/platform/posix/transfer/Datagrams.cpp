@@ -36,6 +36,12 @@ bool MetReport(const Socket& socket) {
     return MayBeReport(errno) && (CollectReports(socket) || errno == ECONNREFUSED);
 }
 
+// What the own machine has no more room for on its way out counts as sent, like what is lost later.
+// The kernel tells of the one because it is asked to tell of the other.
+int FinishFailedSend(const Socket& socket, int length) {
+    return errno == ENOBUFS ? Succeed(length) : FailDatagram(socket);
+}
+
 // New reports may come in while others are put aside, so there is a limit to that.
 int SendToKernel(const Socket& socket, const char* buffer, int length, const KernelAddress* peer) {
     constexpr int MostReports = 16;
@@ -48,7 +54,7 @@ int SendToKernel(const Socket& socket, const char* buffer, int length, const Ker
     ssize_t sent = RepeatInterrupted(deadline, attempt);
     for (int count = 0; sent < 0 && count < MostReports && MetReport(socket); ++count)
         sent = RepeatInterrupted(deadline, attempt);
-    return sent < 0 ? FailDatagram(socket) : Succeed(static_cast<int>(sent));
+    return sent < 0 ? FinishFailedSend(socket, length) : Succeed(static_cast<int>(sent));
 }
 
 bool MayBroadcast(const Socket& socket) {
