@@ -271,26 +271,51 @@ TestTheLongestDatagramArrivesWhole() {
   done
 }
 
-# The network tells the sender of a narrow place on the way, which is no failure of the socket.
-TestANarrowPlaceOnTheWayIsNoFailure() {
+# The narrow place of alpha's way to beta has room for MTU bytes: narrow_way FAMILY MTU
+narrow_way() {
   add_host alpha
   add_host router
   add_host beta
   route_through alpha router
-  in_host alpha ip route add "${ipv4[beta]}" via "${ipv4[router]}"
-  in_host router ip route add "${ipv4[beta]}" dev eth0 mtu lock 1000
+  local -n hosts=$1
+  in_host alpha ip route add "${hosts[beta]}" via "${hosts[router]}"
+  in_host router ip route add "${hosts[beta]}" dev eth0 mtu lock "$2"
   in_host router bash -c 'echo 0 >/proc/sys/net/ipv4/conf/all/send_redirects
     echo 0 >/proc/sys/net/ipv4/conf/eth0/send_redirects'
+}
+
+# send_long FAMILY LENGTH: from alpha to beta, which is told whether it came, and back.
+send_long() {
+  local -n hosts=$1
+  local text
+  text=$(printf "%0$2d" 1)
+  expect alpha "send-to sender ${hosts[beta]} 7000 $text" "ok $2"
+  expect beta "receive-from receiver" "ok $text ${hosts[alpha]} 7001"
+  expect beta "send-to receiver ${hosts[alpha]} 7001 answer" "ok 6"
+  expect alpha "receive-from sender" "ok answer ${hosts[beta]} 7000"
+}
+
+# Routers divide the packets of IPv4, so that nobody has to be told.
+TestADatagramFitsThroughANarrowPlaceOnTheWayAtOnce() {
+  narrow_way ipv4 600
+  filter alpha "icmp type destination-unreachable drop"
   bound_socket alpha sender datagram ipv4 7001
   bound_socket beta receiver datagram ipv4 7000
+  expect beta "timeouts receiver 20000" ok
+  send_long ipv4 1200
+}
+
+# Those of IPv6 only the sender divides, which the network therefore tells of the narrow place. That
+# is no failure of the socket.
+TestANarrowPlaceOnTheWayIsNoFailure() {
+  narrow_way ipv6 1280
+  bound_socket alpha sender datagram ipv6 7001
+  bound_socket beta receiver datagram ipv6 7000
   local text
   text=$(printf '%01400d' 1)
-  expect alpha "send-to sender ${ipv4[beta]} 7000 $text" "ok 1400"
-  await_count alpha IcmpInDestUnreachs
-  expect alpha "send-to sender ${ipv4[beta]} 7000 $text" "ok 1400"
-  expect beta "receive-from receiver" "ok $text ${ipv4[alpha]} 7001"
-  expect beta "send-to receiver ${ipv4[alpha]} 7001 answer" "ok 6"
-  expect alpha "receive-from sender" "ok answer ${ipv4[beta]} 7000"
+  expect alpha "send-to sender ${ipv6[beta]} 7000 $text" "ok 1400"
+  await_count alpha Icmp6InPktTooBigs
+  send_long ipv6 1400
 }
 
 # --- A slow link

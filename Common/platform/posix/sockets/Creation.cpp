@@ -2,10 +2,13 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "errors/Errors.h"
-#include "sockets/BooleanOption.h"
 #include "sockets/SocketTable.h"
 #include "sockets/StartUp.h"
+#include "system/Descriptors.h"
 
 namespace {
 
@@ -32,18 +35,48 @@ int CreationError(int family, int type, int protocol) {
     return fits ? 0 : WinsockError::ProtocolNotSupported;
 }
 
-// Winsock's datagram sockets are told of unreachable peers, and receive from those groups only that
-// they have joined themselves.
-void GiveDatagramDefaults(int descriptor, bool ipv6) {
-    const int level = ipv6 ? IPPROTO_IPV6 : IPPROTO_IP;
-    SetBooleanOption(descriptor, level, ipv6 ? IPV6_RECVERR : IP_RECVERR, true);
-    SetBooleanOption(descriptor, level, ipv6 ? IPV6_MULTICAST_ALL : IP_MULTICAST_ALL, false);
+// An option of a family's sockets, or of its datagram sockets alone.
+struct Default {
+    bool datagramsOnly;
+    int level;
+    int option;
+    int value;
+};
+
+// What Winsock has otherwise than the kernel.
+constexpr Default Defaults[] = {
+    // IPv6 sockets do not take IPv4 traffic.
+    {false, IPPROTO_IPV6, IPV6_V6ONLY, 1},
+    // Datagram sockets are told of unreachable peers.
+    {true, IPPROTO_IP, IP_RECVERR, 1},
+    {true, IPPROTO_IPV6, IPV6_RECVERR, 1},
+    // They receive from those groups only that they have joined themselves.
+    {true, IPPROTO_IP, IP_MULTICAST_ALL, 0},
+    {true, IPPROTO_IPV6, IPV6_MULTICAST_ALL, 0},
+    // Routers may divide what is too long for a link. Those of IPv6 never do.
+    {true, IPPROTO_IP, IP_MTU_DISCOVER, IP_PMTUDISC_DONT},
+};
+
+bool Applies(const Default& given, bool ipv6, bool datagram) {
+    return (given.level == IPPROTO_IPV6) == ipv6 && (datagram || !given.datagramsOnly);
 }
 
-// Winsock's IPv6 sockets do not take IPv4 traffic.
-void GiveWinsockDefaults(int descriptor, bool ipv6, bool datagram) {
-    if (ipv6) SetBooleanOption(descriptor, IPPROTO_IPV6, IPV6_V6ONLY, true);
-    if (datagram) GiveDatagramDefaults(descriptor, ipv6);
+// False with errno when the kernel refuses one of them.
+bool GiveDefaults(int descriptor, bool ipv6, bool datagram) {
+    return std::all_of(std::begin(Defaults), std::end(Defaults), [&](const Default& given) {
+        const int value = given.value;
+        return !Applies(given, ipv6, datagram) ||
+               ::setsockopt(descriptor, given.level, given.option, &value, sizeof value) == 0;
+    });
+}
+
+// Negative with errno when there is no such socket: one without a default would answer otherwise
+// than Winsock's, and nobody would know.
+int MakeDescriptor(bool ipv6, bool datagram) {
+    Descriptor made(::socket(ipv6 ? AF_INET6 : AF_INET,
+                             (datagram ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0));
+    if (!made || !GiveDefaults(made.Number(), ipv6, datagram)) return -1;
+    return made.Take();
 }
 
 }  // namespace
@@ -57,8 +90,6 @@ Winsock::Handle Winsock::socket(int family, int type, int protocol) {
     }
     const bool ipv6 = family == FamilyIpv6;
     const bool datagram = type == TypeDatagram;
-    const int descriptor = ::socket(ipv6 ? AF_INET6 : AF_INET,
-                                    (datagram ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0);
-    if (descriptor >= 0) GiveWinsockDefaults(descriptor, ipv6, datagram);
-    return AdoptDescriptor(descriptor, (ipv6 ? Flag::Ipv6 : 0U) | (datagram ? Flag::Datagram : 0U));
+    return AdoptDescriptor(MakeDescriptor(ipv6, datagram),
+                           (ipv6 ? Flag::Ipv6 : 0U) | (datagram ? Flag::Datagram : 0U));
 }

@@ -10,7 +10,9 @@ namespace Posix {
 
 void CloseDescriptor(int descriptor) noexcept {
     const CancellationGuard guard;
+    const int error = errno;
     ::close(descriptor);
+    errno = error;
 }
 
 int TakePendingError(int descriptor) noexcept {
@@ -23,9 +25,7 @@ int TakePendingError(int descriptor) noexcept {
 int MoveAboveStandardStreams(int descriptor) noexcept {
     if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
     const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    const int error = errno;
     CloseDescriptor(descriptor);
-    errno = error;
     return moved;
 }
 

@@ -20,7 +20,7 @@ private:
 };
 
 // The kernel frees the descriptor whatever it answers, so closing is never repeated and cannot
-// fail.
+// fail. Keeps errno.
 void CloseDescriptor(int descriptor) noexcept;
 
 // The owner of a descriptor.
