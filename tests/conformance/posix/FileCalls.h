@@ -1,10 +1,12 @@
-// The calls on files that the floor makes, looked at and changed on their way to the system. They
-// are defined anew in this program, which comes before the C library.
+// The calls on files that the floor makes, looked at and changed on their way to the system,
+// whatever their kind.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <string_view>
+
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 
@@ -21,12 +23,15 @@ public:
     using Watcher = std::function<void(FileCall&)>;
 
     explicit WatchedFileCalls(Watcher watcher);
-    ~WatchedFileCalls();
-    WatchedFileCalls(const WatchedFileCalls&) = delete;
-    WatchedFileCalls& operator=(const WatchedFileCalls&) = delete;
 
 private:
     const Watcher watcher_;
+    const SystemCalls::HookedCall open_;
+    const SystemCalls::HookedCall openat_;
+    const SystemCalls::HookedCall openat2_;
+    const SystemCalls::HookedCall read_;
+    const SystemCalls::HookedCall write_;
+    const SystemCalls::HookedCall readdir_;
 };
 
 }  // namespace Conformance
