@@ -85,6 +85,7 @@ constexpr std::string_view Unanswered[] = {
     "sending until the connection exists",           // would block
     "the name of a socket for null",                 // crashes
     "the outcome of a connect that was begun anew",  // is another attempt
+    "the port of a client that nobody bound",        // is everybody's
     "the scope of an interface",                     // is its name
     "the whole access list of a file",               // adds the system's own user
     "transfer on a listener",                        // waits

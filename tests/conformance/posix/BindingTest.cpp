@@ -1,7 +1,14 @@
 // Names and ports that the system does not tell or would give to others.
 #include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "conformance/Provocation.h"
 #include "conformance/Scene.h"
 
 namespace Conformance {
@@ -41,6 +48,140 @@ TEST_F(UnknownName, IsAFailureThatLeavesTheRoomAlone) {
         EXPECT_EQ(address.address[0], 9);
         EXPECT_TRUE(Succeeds(Winsock::getsockname(socket->Get(), &address, &length)));
     }
+}
+
+OwnedSocket NewReusing() {
+    OwnedSocket socket = NewStream();
+    EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
+    return socket;
+}
+
+OwnedSocket BoundAndReusing() {
+    OwnedSocket socket = NewReusing();
+    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+    return socket;
+}
+
+Pair ConnectedFrom(OwnedSocket client) {
+    const OwnedSocket listener = NewListener();
+    EXPECT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    return {std::move(client), Accept(listener)};
+}
+
+// What another process has, which ends with this.
+class OtherProcess {
+public:
+    // The scene has the process's sockets, the first of which is the one that counts.
+    explicit OtherProcess(const std::function<std::vector<OwnedSocket>()>& scene) {
+        int toChild[2];
+        int toParent[2];
+        EXPECT_EQ(::pipe2(toChild, O_CLOEXEC) | ::pipe2(toParent, O_CLOEXEC), 0);
+        process_ = ::fork();
+        if (process_ == 0) {
+            ::close(toChild[1]);
+            Live(scene, toChild[0], toParent[1]);
+        }
+        ::close(toChild[0]);
+        ::close(toParent[1]);
+        end_ = toChild[1];
+        EXPECT_EQ(::read(toParent[0], &port_, sizeof port_), ssize_t{sizeof port_});
+        ::close(toParent[0]);
+    }
+    ~OtherProcess() {
+        ::close(end_);
+        int status = 0;
+        EXPECT_EQ(::waitpid(process_, &status, 0), process_);
+        EXPECT_EQ(status, 0);
+    }
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+
+    unsigned int Port() const { return port_; }
+
+private:
+    [[noreturn]] static void Live(const std::function<std::vector<OwnedSocket>()>& scene, int end,
+                                  int parent) {
+        const std::vector<OwnedSocket> sockets = scene();
+        const unsigned int port = LocalPort(sockets.front());
+        const bool told = ::write(parent, &port, sizeof port) == ssize_t{sizeof port};
+        char nothing = 0;
+        const bool ended = ::read(end, &nothing, 1) == 0;
+        ::_exit(told && ended && !testing::Test::HasFailure() ? 0 : 1);
+    }
+
+    pid_t process_ = -1;
+    int end_ = -1;
+    unsigned int port_ = 0;
+};
+
+template <typename... Sockets>
+std::vector<OwnedSocket> Listed(Sockets... sockets) {
+    std::vector<OwnedSocket> list;
+    (list.push_back(std::move(sockets)), ...);
+    return list;
+}
+
+using AnotherProcessesPort = Started;
+
+void ExpectTaken(const OtherProcess& other) {
+    EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), Loopback(other.Port()))));
+    EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), Ipv4(0, 0, 0, 0, other.Port()))));
+}
+
+TEST_F(AnotherProcessesPort, IsTakenIfItsStreamIsConnected) {
+    for (const bool bound : {true, false}) {
+        const OtherProcess other([bound] {
+            Pair pair = ConnectedFrom(bound ? NewBoundStream() : NewStream());
+            return Listed(std::move(pair.client), std::move(pair.server));
+        });
+        ExpectTaken(other);
+        EXPECT_TRUE(FailsWith(10013, Bind(NewReusing(), Loopback(other.Port()))));
+    }
+}
+
+TEST_F(AnotherProcessesPort, IsSharedOnlyAmongThoseThatAsk) {
+    const OtherProcess other([] { return Listed(BoundAndReusing()); });
+    ExpectTaken(other);
+    EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
+}
+
+TEST_F(AnotherProcessesPort, IsSharedOnlyAmongThoseThatAskWhileConnectedToo) {
+    const OtherProcess other([] {
+        Pair pair = ConnectedFrom(BoundAndReusing());
+        return Listed(std::move(pair.client), std::move(pair.server));
+    });
+    ExpectTaken(other);
+    EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
+}
+
+TEST_F(AnotherProcessesPort, IsFreeIfItsServerHasGoneAndOnlyItsConnectionsGoOn) {
+    const OtherProcess other([] {
+        const OwnedSocket listener = NewListener();
+        OwnedSocket client = NewStream();
+        EXPECT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+        return Listed(Accept(listener), std::move(client));
+    });
+    EXPECT_TRUE(Succeeds(Bind(NewStream(), Loopback(other.Port()))));
+    EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
+}
+
+using LastCleanUp = Started;
+
+TEST_F(LastCleanUp, LeavesTheClientsPortsFree) {
+    OwnedSocket listener = NewListener();
+    OwnedSocket client = NewStream();
+    ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    const Winsock::AddressIpv4 address = LocalAddress(client);
+    RawPeer server(::accept(static_cast<int>(listener.Get()), nullptr, nullptr));
+    listener.Take();
+    client.Take();
+    ASSERT_TRUE(Succeeds(Winsock::WSACleanup()));
+    Winsock::StartupData data;
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+    EXPECT_EQ(server.Receive(1), "");
+    server.Close();
+    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)));
+    EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
 #include "sockets/KernelAddress.h"
-#include "sockets/PortReuse.h"
 #include "sockets/SocketTable.h"
 #include "system/Descriptors.h"
 #include "system/Waiting.h"
@@ -21,7 +20,6 @@ void MarkConnected(const Socket& socket) {
     // Set before cleared, so that no other thread finds the socket with neither.
     socket.entry->Set(Flag::Connected | Flag::Bound);
     socket.entry->Clear(Flag::Connecting);
-    LetPortBeBoundAgain(socket);
 }
 
 void MarkConnecting(const Socket& socket) {

@@ -54,8 +54,7 @@ int Winsock::listen(Handle handle, int backlog) {
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
     if (const int error = ListenError(socket)) return Fail(error);
-    LetPortBeBoundAgain(socket);
-    if (::listen(socket.descriptor, backlog) < 0) return FailFromErrno();
+    if (!ListenOverEndedConnections(socket, backlog)) return FailFromErrno();
     socket.entry->Set(Flag::Listening);
     return Succeed();
 }
@@ -69,8 +68,8 @@ Winsock::Handle Winsock::accept(Handle handle, void* address, int* length) {
     }
     KernelAddress peer = {};
     const std::uint32_t inherited = listener.entry->Flags() & Flag::Inherited;
-    const Handle accepted =
-        AdoptDescriptor(AcceptDescriptor(listener, peer), inherited | Flag::Connected);
+    const Handle accepted = AdoptDescriptor(AcceptDescriptor(listener, peer),
+                                            inherited | Flag::Connected | Flag::Accepted);
     if (accepted != InvalidSocket && address != nullptr) {
         WinsockFromKernel(listener, peer, address, length);
     }

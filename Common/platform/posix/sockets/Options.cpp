@@ -50,17 +50,10 @@ bool IsOn(const char* value, int length) {
     return std::any_of(value, value + length, [](char byte) { return byte != 0; });
 }
 
-// Reuse in Winsock's sense lets two streams listen on one port, which takes two options here. For
-// datagrams the second one would deal each multicast to one socket only.
 int SetReuse(const Socket& socket, const char* value, int length) {
     if (length < 0) return Fail(WinsockError::Fault);
     const bool on = IsOn(value, length);
-    const bool address = on || CarriesKernelReuse(socket);
-    if (!SetKernelReuse(socket, address)) return FailFromErrno();
-    const bool stream = !socket.Has(Flag::Datagram);
-    if (stream && !SetBooleanOption(socket.descriptor, SOL_SOCKET, SO_REUSEPORT, on)) {
-        return FailFromErrno();
-    }
+    if (!SetPortSharing(socket, on)) return FailFromErrno();
     socket.entry->Change(Flag::Reuse, on);
     return Succeed();
 }

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "errors/Errors.h"
+#include "sockets/PortReuse.h"
 #include "sockets/StartUp.h"
 #include "system/Descriptors.h"
 
@@ -48,7 +49,6 @@ bool SocketEntry::TakeUnreachable() noexcept {
 }
 
 void SocketEntry::Open(std::uint32_t flags) noexcept {
-    SetPort(0);
     Atomic(unreachable_).store(0, std::memory_order_relaxed);
     Atomic(flags_).store(flags | Flag::Live, std::memory_order_release);
 }
@@ -82,6 +82,7 @@ Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
 }
 
 void CloseSocket(const Socket& socket) noexcept {
+    LetPortBeBoundAgain(socket);
     // The entry goes first: once the kernel has the number back, it may give it to anybody.
     if (socket.entry->Close()) CloseDescriptor(socket.descriptor);
 }
@@ -90,15 +91,6 @@ void CloseAllSockets() noexcept {
     const int end = entriesInUse.load(std::memory_order_relaxed);
     for (int descriptor = 0; descriptor < end; ++descriptor)
         CloseSocket(SocketAt(descriptor));
-}
-
-Socket NextStreamOnPort(int afterDescriptor, std::uint16_t port) noexcept {
-    const int end = entriesInUse.load(std::memory_order_relaxed);
-    for (int descriptor = afterDescriptor + 1; descriptor < end; ++descriptor) {
-        const Socket socket = SocketAt(descriptor);
-        if (socket.Has(Flag::Live) && socket.entry->Port() == port) return socket;
-    }
-    return {};
 }
 
 }  // namespace Posix

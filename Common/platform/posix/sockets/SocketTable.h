@@ -35,6 +35,8 @@ inline constexpr std::uint32_t SendTimeout = 1U << 12;
 // A connect call that had to be left unfinished has failed since. The kernel tells that once, to
 // whoever asks first.
 inline constexpr std::uint32_t ConnectFailed = 1U << 13;
+// The connection came from a listener.
+inline constexpr std::uint32_t Accepted = 1U << 14;
 
 // What accepted sockets take over from their listener.
 inline constexpr std::uint32_t Inherited =
@@ -53,12 +55,6 @@ public:
         Atomic(flags_).fetch_and(~flags, std::memory_order_relaxed);
     }
     void Change(std::uint32_t flag, bool on) noexcept { on ? Set(flag) : Clear(flag); }
-
-    // The port that bind gave to a stream socket, 0 for none.
-    std::uint16_t Port() const noexcept { return Atomic(port_).load(std::memory_order_relaxed); }
-    void SetPort(std::uint16_t port) noexcept {
-        Atomic(port_).store(port, std::memory_order_relaxed);
-    }
 
     // Reports that a datagram did not reach its peer, each to be answered by one receive call.
     void AddUnreachable() noexcept;
@@ -82,7 +78,6 @@ private:
     }
 
     std::uint32_t flags_;
-    std::uint16_t port_;
     std::uint16_t unreachable_;
 };
 static_assert(sizeof(SocketEntry) == 8);
@@ -115,8 +110,5 @@ Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept;
 
 void CloseSocket(const Socket& socket) noexcept;
 void CloseAllSockets() noexcept;
-
-// Another open stream socket that bind gave this port, after the given one; none at the end.
-Socket NextStreamOnPort(int afterDescriptor, std::uint16_t port) noexcept;
 
 }  // namespace Posix
