@@ -1,0 +1,257 @@
+// Sockets that the system refuses to make, bind, name, listen with or close.
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "ClosedStandardStreams.h"
+#include "conformance/Provocation.h"
+#include "conformance/Scene.h"
+#include "support/posix/SystemCallFaults.h"
+
+namespace Conformance {
+namespace {
+
+using namespace SystemCalls;
+
+int Number(const OwnedSocket& socket) {
+    return static_cast<int>(socket.Get());
+}
+
+bool IsOpenDescriptor(int descriptor) {
+    return ::fcntl(descriptor, F_GETFD) >= 0;
+}
+
+using CreationFault = Started;
+
+// Each option that a new socket is given, refused in turn; the descriptor is given back.
+void ExpectEachOptionNeeded(int family, int type) {
+    unsigned int options = 0;
+    {
+        const CountedCall count(SystemCall::Setsockopt);
+        EXPECT_TRUE(IsOpen(OwnedSocket(Winsock::socket(family, type, 0)).Get()));
+        options = count.Seen();
+    }
+    for (unsigned int refused = 1; refused <= options; ++refused) {
+        int descriptor = -1;
+        const HookedCall fails(SystemCall::Setsockopt,
+                               [&descriptor](const Call& call) {
+                                   descriptor = static_cast<int>(call.Argument(0));
+                                   return call.Fail(ENOBUFS);
+                               },
+                               {.first = refused, .count = 1});
+        EXPECT_TRUE(FailsWith(10055, Winsock::socket(family, type, 0))) << refused;
+        EXPECT_GE(descriptor, 0);
+        EXPECT_FALSE(IsOpenDescriptor(descriptor)) << refused;
+    }
+}
+
+TEST_F(CreationFault, OfAnOptionLeavesNoSocketThatAnswersOtherwise) {
+    for (const int family : {Winsock::FamilyIpv4, Winsock::FamilyIpv6}) {
+        ExpectEachOptionNeeded(family, Winsock::TypeStream);
+        ExpectEachOptionNeeded(family, Winsock::TypeDatagram);
+    }
+}
+
+TEST_F(CreationFault, OfAnyKindLeavesNothingBehind) {
+    const FailingCall fails(SystemCall::Socket, ENFILE);
+    const CountedCall closes(SystemCall::Close);
+    const CountedCall options(SystemCall::Setsockopt);
+    EXPECT_TRUE(FailsWith(10024, Winsock::socket(2, 1, 0)));
+    EXPECT_TRUE(FailsWith(10024, Winsock::socket(23, 2, 0)));
+    EXPECT_EQ(closes.Seen(), 0U);
+    EXPECT_EQ(options.Seen(), 0U);
+}
+
+TEST_F(CreationFault, OfTheMoveAboveTheStandardStreamsIsOne) {
+    unsigned int moves = 0;
+    int result = 0;
+    int inUse = -1;
+    {
+        const ClosedStandardStreams closed;
+        const FailingCall fails(SystemCall::Fcntl, EMFILE, {.option = F_DUPFD_CLOEXEC});
+        const OwnedSocket socket(Winsock::socket(2, 1, 0));
+        result = socket.Get() == Winsock::InvalidSocket ? Winsock::SocketError : 0;
+        inUse = ClosedStandardStreams::InUse();
+        moves = fails.Seen();
+    }
+    EXPECT_TRUE(FailsWith(10024, result));
+    EXPECT_EQ(inUse, 0);
+    EXPECT_EQ(moves, 1U);
+}
+
+// The table of sockets has an end.
+TEST_F(CreationFault, OfANumberThatIsTooLargeGivesItBack) {
+    constexpr Word tooLarge = 1 << 20U;
+    const HookedCall makes(SystemCall::Socket, [](const Call&) { return tooLarge; });
+    const HookedCall set(SystemCall::Setsockopt, [](const Call&) { return 0; });
+    Word closed = -1;
+    const HookedCall closes(SystemCall::Close, [&closed](const Call& call) {
+        closed = call.Argument(0);
+        return 0;
+    });
+    EXPECT_TRUE(FailsWith(10024, Winsock::socket(2, 1, 0)));
+    EXPECT_EQ(closed, tooLarge);
+}
+
+using BindFault = Started;
+
+TEST_F(BindFault, ThatIsNoTakenPortIsNoneForASocketWithReuseEither) {
+    const OwnedSocket socket = NewStream();
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
+    EXPECT_TRUE(FailsWith(10049, Bind(socket, Ipv4(192, 0, 2, 1, 0))));
+    const FailingCall fails(SystemCall::Bind, EACCES);
+    EXPECT_TRUE(FailsWith(10013, Bind(socket, Loopback(0))));
+}
+
+TEST_F(BindFault, LeavesTheSocketUnbound) {
+    const OwnedSocket socket = NewStream();
+    {
+        const FailingCall fails(SystemCall::Bind, ENOMEM);
+        EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(0))));
+    }
+    EXPECT_TRUE(FailsWith(10022, Winsock::listen(socket.Get(), 1)));
+    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+}
+
+TEST_F(BindFault, OfASecondTryIsTheOneThatIsTold) {
+    const OwnedSocket socket = NewStream();
+    const FailingCall later(SystemCall::Bind, ENOMEM, {.first = 2});
+    const FailingCall first(SystemCall::Bind, EADDRINUSE, {.count = 1});
+    EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(0))));
+}
+
+using NameFault = Started;
+
+template <typename Query>
+void ExpectFailureThatLeavesTheRoomAlone(int error, Query query, const OwnedSocket& socket) {
+    Winsock::AddressIpv4 address = Ipv4(9, 9, 9, 9, 99);
+    int length = 100;
+    EXPECT_TRUE(FailsWith(error, query(socket.Get(), &address, &length)));
+    EXPECT_EQ(address.address[0], 9);
+    EXPECT_EQ(length, 100);
+}
+
+TEST_F(NameFault, LeavesTheRoomAlone) {
+    const Pair pair = NewConnectedPair();
+    const OwnedSocket datagram = NewBoundDatagram();
+    const FailingCall own(SystemCall::Getsockname, ENOBUFS);
+    ExpectFailureThatLeavesTheRoomAlone(10055, Winsock::getsockname, pair.client);
+    ExpectFailureThatLeavesTheRoomAlone(10055, Winsock::getsockname, datagram);
+    const FailingCall peers(SystemCall::Getpeername, ENOBUFS);
+    ExpectFailureThatLeavesTheRoomAlone(10055, Winsock::getpeername, pair.client);
+}
+
+TEST_F(NameFault, OfAPeerThatIsGoneIsNoPeer) {
+    const Pair pair = NewConnectedPair();
+    const FailingCall fails(SystemCall::Getpeername, ENOTCONN);
+    ExpectFailureThatLeavesTheRoomAlone(10057, Winsock::getpeername, pair.client);
+}
+
+using ListenFault = Started;
+
+TEST_F(ListenFault, LeavesNoListener) {
+    const OwnedSocket socket = NewBoundStream();
+    {
+        const FailingCall fails(SystemCall::Listen, EADDRINUSE);
+        EXPECT_TRUE(FailsWith(10048, Winsock::listen(socket.Get(), 1)));
+    }
+    EXPECT_TRUE(FailsWith(10022, Winsock::accept(socket.Get(), nullptr, nullptr)));
+    EXPECT_TRUE(Succeeds(Winsock::listen(socket.Get(), 1)));
+}
+
+using AcceptFault = Started;
+
+struct Waiting {
+    OwnedSocket listener = NewListener();
+    OwnedSocket client = NewStream();
+
+    Waiting() { EXPECT_TRUE(Succeeds(Connect(client, LocalAddress(listener)))); }
+};
+
+TEST_F(AcceptFault, OfAConnectionThatIsGoneIsTheNextOnesMatter) {
+    const Waiting waiting;
+    for (const int error : {ECONNABORTED, EPROTO, EINTR}) {
+        const OwnedSocket client = NewStream();
+        ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(waiting.listener))));
+        const FailingCall fails(SystemCall::Accept4, error, {.count = 3});
+        EXPECT_TRUE(
+            IsOpen(OwnedSocket(Winsock::accept(waiting.listener.Get(), nullptr, nullptr)).Get()))
+            << error;
+        EXPECT_EQ(fails.Seen(), 4U);
+    }
+}
+
+TEST_F(AcceptFault, OfTheListenerOrTheSystemIsTold) {
+    const Waiting waiting;
+    constexpr std::pair<int, int> rows[] = {{EMFILE, 10024}, {ENFILE, 10024}, {ENOBUFS, 10055},
+                                            {ENOMEM, 10055}, {EPERM, 10013},  {EINVAL, 10022},
+                                            {EFAULT, 10014}, {ENOSR, 10055},  {ETIMEDOUT, 10060}};
+    for (const auto& [error, winsock] : rows) {
+        Winsock::AddressIpv4 peer = Ipv4(9, 9, 9, 9, 99);
+        int length = sizeof peer;
+        const FailingCall fails(SystemCall::Accept4, error);
+        EXPECT_TRUE(FailsWith(winsock, Winsock::accept(waiting.listener.Get(), &peer, &length)));
+        EXPECT_EQ(peer.address[0], 9);
+        EXPECT_EQ(fails.Seen(), 1U);
+    }
+    EXPECT_NE(Accept(waiting.listener).Get(), Winsock::InvalidSocket);
+}
+
+TEST_F(AcceptFault, OfTheWaitIsTold) {
+    const OwnedSocket listener = NewListener();
+    const FailingCall nobody(SystemCall::Accept4, EAGAIN);
+    const FailingCall fails(SystemCall::Ppoll, ENOMEM);
+    EXPECT_TRUE(FailsWith(10055, Winsock::accept(listener.Get(), nullptr, nullptr)));
+}
+
+TEST_F(AcceptFault, OfANonBlockingListenerIsNotWaitedFor) {
+    const OwnedSocket listener = NewListener();
+    SetNonBlocking(listener);
+    const FailingCall nobody(SystemCall::Accept4, EAGAIN);
+    const CountedCall waits(SystemCall::Ppoll);
+    EXPECT_TRUE(FailsWith(10035, Winsock::accept(listener.Get(), nullptr, nullptr)));
+    EXPECT_EQ(waits.Seen(), 0U);
+}
+
+using CloseFault = Started;
+
+// The system frees the number whatever it answers, and may have given it to somebody else since.
+TEST_F(CloseFault, IsNoneAndIsNotRepeated) {
+    for (const int error : {EIO, EINTR, ENOSPC, EDQUOT, EBADF}) {
+        OwnedSocket socket = NewStream();
+        const int descriptor = Number(socket);
+        const HookedCall closes(SystemCall::Close, [error](const Call& call) {
+            call.Make();
+            return call.Fail(error);
+        });
+        EXPECT_TRUE(Succeeds(Winsock::closesocket(socket.Get()))) << error;
+        EXPECT_EQ(closes.Seen(), 1U);
+        EXPECT_FALSE(IsOpenDescriptor(descriptor));
+        EXPECT_TRUE(FailsWith(10038, Winsock::closesocket(socket.Take())));
+        EXPECT_EQ(closes.Seen(), 1U);
+    }
+}
+
+TEST_F(CloseFault, DoesNotKeepTheLastCleanUpFromTheOthers) {
+    Winsock::StartupData data;
+    const OwnedSocket one = NewStream();
+    const OwnedSocket other = NewDatagram();
+    {
+        const HookedCall closes(SystemCall::Close, [](const Call& call) {
+            call.Make();
+            return call.Fail(EIO);
+        });
+        EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
+        EXPECT_EQ(closes.Seen(), 2U);
+    }
+    EXPECT_FALSE(IsOpenDescriptor(Number(one)));
+    EXPECT_FALSE(IsOpenDescriptor(Number(other)));
+    ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
+}
+
+}  // namespace
+}  // namespace Conformance
