@@ -15,7 +15,7 @@ using WideUnits = std::vector<unsigned short>;
 // Suspends the calling thread; 0 only gives way to other threads.
 void Sleep(unsigned long milliseconds);
 
-// The local computer's name.
+// The local computer's name; empty when the system does not tell it.
 WideUnits ComputerName();
 
 // A version of Windows, the release that a system stands for elsewhere included.

@@ -131,17 +131,18 @@ int AnswerLocalAddresses(const Question& question, AddressInfoList& list) {
 
 // A computer knows itself, though no table and no server may know it. A service that nobody knows
 // stays unknown.
-int AnswerLocalHostName(const Question& question, const HostNameText& own, AddressInfoList& list) {
-    Question named = question;
-    named.host = own.text;
-    return AnswerHost(named, list) == 0 ? 0 : AnswerLocalAddresses(question, list);
+int AnswerName(const Question& question, AddressInfoList& list) {
+    const int error = AnswerHost(question, list);
+    HostNameText own;
+    const bool standIn = error != 0 && HostName(own) == 0 && IsLocalHostName(question.host, own);
+    return standIn ? AnswerLocalAddresses(question, list) : error;
 }
 
-int AnswerName(const Question& question, AddressInfoList& list) {
-    if (*question.host == '\0') return AnswerLocalHostName(question, HostName(), list);
-    const int error = AnswerHost(question, list);
-    const bool standIn = error != 0 && IsLocalHostName(question.host, HostName());
-    return standIn ? AnswerLocalAddresses(question, list) : error;
+int AnswerOwnName(Question question, AddressInfoList& list) {
+    HostNameText own;
+    if (const int error = HostName(own)) return error;
+    question.host = own.text;
+    return AnswerName(question, list);
 }
 
 // "[literal]" or "[literal]:port", where the port counts for nothing.
@@ -169,6 +170,7 @@ int Answer(const char* host, const char* service, const Winsock::AddressInfo& hi
     if (const int error = HintsError(hints)) return error;
     const Question question = {.host = host, .service = service, .hints = SystemHints(hints)};
     if (host == nullptr) return AnswerHost(question, list);
+    if (*host == '\0') return AnswerOwnName(question, list);
     return *host == '[' ? AnswerLiteral(question, list) : AnswerName(question, list);
 }
 

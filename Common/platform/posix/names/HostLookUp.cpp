@@ -88,6 +88,20 @@ Winsock::HostEntry* OwnEntryOrNone(const HostNameText& name) noexcept try {
     return FailLookUp(WinsockError::NoRecovery);
 }
 
+// A computer knows itself, though no table and no server may know it.
+Winsock::HostEntry* Host(const char* name) {
+    if (Winsock::HostEntry* entry = LookUpName(name)) return entry;
+    HostNameText own;
+    const bool isOwn = HostName(own) == 0 && IsLocalHostName(name, own);
+    return isOwn ? OwnEntryOrNone(own) : nullptr;
+}
+
+Winsock::HostEntry* OwnHost() {
+    HostNameText own;
+    const int error = HostName(own);
+    return error == 0 ? Host(own.text) : FailLookUp(error);
+}
+
 int AddressQueryError(const char* address, int length, int family) {
     const bool ipv6 = family == Winsock::FamilyIpv6;
     if (!ipv6 && family != Winsock::FamilyIpv4) return WinsockError::AddressFamilyNotSupported;
@@ -108,13 +122,7 @@ Winsock::HostEntry* LookUpAddress(const char* address, bool ipv6) {
 
 Winsock::HostEntry* Winsock::gethostbyname(const char* name) {
     if (!RequireStarted()) return nullptr;
-    const HostNameText own = HostName();
-    const bool askedForOwn = name == nullptr || *name == '\0';
-    const char* asked = askedForOwn ? own.text : name;
-    HostEntry* entry = LookUpName(asked);
-    // A computer knows itself, though no table and no server may know it.
-    return entry == nullptr && (askedForOwn || IsLocalHostName(asked, own)) ? OwnEntryOrNone(own)
-                                                                            : entry;
+    return name == nullptr || *name == '\0' ? OwnHost() : Host(name);
 }
 
 Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int family) {
@@ -128,7 +136,8 @@ Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int 
 
 int Winsock::gethostname(char* name, int length) {
     if (!RequireStarted()) return SocketError;
-    const HostNameText own = HostName();
+    HostNameText own;
+    if (const int error = HostName(own)) return Fail(error);
     const std::size_t needed = std::strlen(own.text) + 1;
     if (name == nullptr || length < static_cast<int>(needed)) return Fail(WinsockError::Fault);
     std::memcpy(name, own.text, needed);

@@ -2,13 +2,31 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+
+#include "errors/Errors.h"
+
 namespace Posix {
 
-HostNameText HostName() noexcept {
-    HostNameText name = {};
-    // The last byte is kept from the system, which need not terminate a name that it cuts.
-    if (::gethostname(name.text, sizeof name.text - 1) < 0) name.text[0] = '\0';
-    return name;
+namespace {
+
+constexpr std::size_t Room = sizeof HostNameText::text;
+
+// Systems tell a name that they cut either by an error, or by leaving no terminator.
+int ReadHostName(HostNameText& name) noexcept {
+    if (::gethostname(name.text, Room - 1) < 0) return errno;
+    return name.text[Room - 2] == '\0' ? 0 : ENAMETOOLONG;
+}
+
+}  // namespace
+
+int HostName(HostNameText& name) noexcept {
+    name = {};
+    const int error = ReadHostName(name);
+    if (error == 0) return 0;
+    name = {};
+    // Here a name that is too long is one that lacks room.
+    return error == ENAMETOOLONG ? WinsockError::Fault : WinsockFromErrno(error);
 }
 
 }  // namespace Posix

@@ -72,7 +72,9 @@ void System::Sleep(unsigned long milliseconds) {
 }
 
 System::WideUnits System::ComputerName() {
-    return Posix::WideFromUtf8(Posix::HostName().text);
+    Posix::HostNameText name;
+    Posix::HostName(name);  // empty without one
+    return Posix::WideFromUtf8(name.text);
 }
 
 // Programs ask so as to tell the releases of Windows apart, of which this is to be a late one.
