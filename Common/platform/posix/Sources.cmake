@@ -40,7 +40,8 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/settings/ResolverKeys.cpp
   platform/posix/settings/ResolverSettings.cpp
   platform/posix/settings/SettingsFiles.cpp
-  platform/posix/settings/TreeKeys.cpp)
+  platform/posix/settings/TreeKeys.cpp
+  platform/posix/settings/TreePlace.cpp)
 # The rooms name each other's headers by room.
 set(VELSOCK_PLATFORM_INCLUDES ${CMAKE_CURRENT_LIST_DIR})
 set(VELSOCK_PLATFORM_DEFINITIONS VELSOCK_REGISTRY_ROOT="${VELSOCK_REGISTRY_ROOT}")

@@ -87,7 +87,7 @@ bool NamesLocalServerOnly(const ResolverSettings& settings) {
 
 // Without the file the settings stay as they are.
 unsigned int ReadFile(const char* path, ResolverSettings& settings) {
-    const Descriptor file = OpenFile(AT_FDCWD, path);
+    const Descriptor file = RegularFile(Descriptor(::open(path, FileFlags)));
     if (!file) return ErrorUnlessMissing();
     std::string text;
     if (const unsigned int error = ReadWhole(file, text)) return error;

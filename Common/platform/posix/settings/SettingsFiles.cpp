@@ -1,6 +1,5 @@
 #include "settings/SettingsFiles.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,10 +27,8 @@ ssize_t ReadSome(const Descriptor& file, char (&buffer)[Size]) {
 
 }  // namespace
 
-// Without blocking, since opening a pipe would wait for a writer.
-Descriptor OpenFile(int folder, const char* name) noexcept {
-    Descriptor file(::openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file || IsRegularFile(file)) return file;
+Descriptor RegularFile(Descriptor opened) noexcept {
+    if (!opened || IsRegularFile(opened)) return opened;
     errno = ENOENT;
     return {};
 }
@@ -46,9 +43,11 @@ unsigned int ReadWhole(const Descriptor& file, std::string& text) {
     return EFBIG;
 }
 
-// A local socket, which cannot be opened, is no more there than a pipe.
+// A local socket, which cannot be opened, is no more there than a pipe, and nothing has a name that
+// no name can be as long as.
 unsigned int ErrorUnlessMissing() noexcept {
-    const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENXIO;
+    const bool missing =
+        errno == ENOENT || errno == ENOTDIR || errno == ENXIO || errno == ENAMETOOLONG;
     return missing ? 0U : static_cast<unsigned int>(errno);
 }
 

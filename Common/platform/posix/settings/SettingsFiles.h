@@ -1,14 +1,19 @@
 // The files that settings are read from.
 #pragma once
 
+#include <fcntl.h>
+
 #include <string>
 
 #include "system/Descriptors.h"
 
 namespace Posix {
 
-// Opens a file below the folder; what is no regular file is not there.
-Descriptor OpenFile(int folder, const char* name) noexcept;
+// How a file is opened: without blocking, since opening a pipe would wait for a writer.
+inline constexpr int FileFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+// What was opened so, if it is a regular file; what is none is not there.
+Descriptor RegularFile(Descriptor opened) noexcept;
 
 // Returns the system's error number or 0; a file of more than a mebibyte is an error.
 unsigned int ReadWhole(const Descriptor& file, std::string& text);

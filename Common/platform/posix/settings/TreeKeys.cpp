@@ -1,93 +1,113 @@
-// The names that are asked for never become paths. They are compared with the names that a
-// directory has, and only those are opened, so that nothing outside the tree can be named. Entries
-// whose name begins with a point do not exist here: besides "." and ".." they are how a mounted
-// Kubernetes ConfigMap is built.
+// Names that are asked for are those of entries, never paths: what no visible entry can be named is
+// not there. Entries whose name begins with a point do not exist here: besides "." and ".." they
+// are how a mounted Kubernetes ConfigMap is built.
 #include "settings/TreeKeys.h"
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <cerrno>
+#include <optional>
 #include <string>
 
 #include "settings/RegistryRoot.h"
 #include "settings/SettingsFiles.h"
+#include "settings/TreePlace.h"
 #include "system/Utf8.h"
 
 namespace Posix {
 
 namespace {
 
-struct DirectoryCloser {
-    void operator()(DIR* directory) const noexcept { ::closedir(directory); }
-};
-using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+constexpr const char* HiveName = "HKLM";
 
-Descriptor OpenDirectory(int parent, const char* name) {
-    return Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+bool IsVisible(std::string_view entry) noexcept {
+    return !entry.empty() && entry.front() != '.';
 }
 
-Directory OpenListing(int key) {
-    Descriptor own = OpenDirectory(key, ".");
-    Directory listing(own ? ::fdopendir(own.Number()) : nullptr);
-    if (listing) own.Take();
-    return listing;
-}
-
-// The visible entries that the test selects, in code-point order.
+// The visible entries that the test selects, in code-point order; none when the folder cannot be
+// listed to its end.
 template <typename Test>
-std::vector<std::string> SelectEntries(int key, Test test, unsigned int& error) {
+std::vector<std::string> SelectEntries(const TreePlace& folder, Test test, unsigned int& error) {
     std::vector<std::string> names;
-    const Directory listing = OpenListing(key);
-    errno = listing ? 0 : errno;
-    while (const dirent* entry = listing ? ::readdir(listing.get()) : nullptr) {
-        if (entry->d_name[0] != '.' && test(entry->d_name)) names.emplace_back(entry->d_name);
+    const Listing listing = folder.OpenListing();
+    error = listing ? 0 : ErrorUnlessMissing();
+    if (!listing) return names;
+    errno = 0;
+    while (const dirent* entry = ::readdir(listing.get())) {
+        if (IsVisible(entry->d_name) && test(*entry)) names.emplace_back(entry->d_name);
         errno = 0;
     }
     error = static_cast<unsigned int>(errno);
+    if (error != 0) return {};
     std::sort(names.begin(), names.end());
     return names;
 }
 
-// Opens the first entry of that name that the opener takes; others differ from it in case or kind
-// only.
-template <typename Opener>
-Descriptor OpenEntry(int key, Name name, Opener opener, unsigned int& error) {
-    const auto matches = [name](const char* entry) { return IsNamed(name, entry); };
-    for (const std::string& entry : SelectEntries(key, matches, error)) {
-        Descriptor opened = opener(key, entry.c_str());
-        if (opened) return opened;
-        error = ErrorUnlessMissing();
-        if (error != 0) break;
+// The entry that is spelt just as the name, if there can be one.
+std::optional<std::string> Spelling(Name name) {
+    std::string text = Utf8FromWide(name.begin, static_cast<std::size_t>(name.end - name.begin));
+    const bool possible = IsVisible(text) && text.find('/') == std::string::npos;
+    if (!possible || !IsNamed(name, text)) return {};
+    return text;
+}
+
+// What opens first of the entries of that name: the one that is spelt so, or else, in code-point
+// order, one that differs in case. A folder is listed for the latter alone: to find many entries by
+// their own names must not take a listing each.
+template <typename Open>
+auto OpenEntry(const TreePlace& folder, Name name, Open open, unsigned int& error) {
+    decltype(open(folder)) opened{};
+    const auto isFound = [&](const std::string& entry) {
+        opened = open(folder.Below(entry));
+        error = opened ? 0 : ErrorUnlessMissing();
+        return opened || error != 0;
+    };
+    const std::optional<std::string> spelling = Spelling(name);
+    if (spelling && isFound(*spelling)) return opened;
+    const auto matches = [name](const dirent& entry) { return IsNamed(name, entry.d_name); };
+    for (const std::string& entry : SelectEntries(folder, matches, error)) {
+        if (isFound(entry)) break;
     }
-    return {};
+    return opened;
 }
 
-// The key at the end of the path, each part of which must exist below the one before.
-Descriptor Descend(Descriptor key, Name path, unsigned int& error) {
-    if (!key) return key;
+std::optional<TreePlace> FolderAt(TreePlace place) {
+    if (!place.OpenFolder()) return {};
+    return place;
+}
+
+Descriptor FileAt(const TreePlace& place) {
+    return place.OpenFile();
+}
+
+// The folder at the end of the path, each part of which must exist below the one before.
+std::optional<TreePlace> Descend(TreePlace start, Name path, unsigned int& error) {
+    std::optional<TreePlace> place = std::move(start);
     TakeParts(path, [&](Name part) {
-        key = OpenEntry(key.Number(), part, OpenDirectory, error);
-        return static_cast<bool>(key);
+        place = OpenEntry(*place, part, FolderAt, error);
+        return place.has_value();
     });
-    return key;
+    return place;
 }
 
-std::unique_ptr<Registry::Key> NewKey(Descriptor directory);
+bool IsKey(const TreePlace& folder, const dirent& entry) {
+    if (entry.d_type == DT_DIR) return true;
+    const bool mayLeadToOne = entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN;
+    return mayLeadToOne && folder.Below(entry.d_name).IsFolder();
+}
+
+std::unique_ptr<Registry::Key> NewKey(std::optional<TreePlace> place);
 
 class TreeKey final : public Registry::Key {
 public:
-    explicit TreeKey(Descriptor directory) noexcept : directory_(std::move(directory)) {}
+    explicit TreeKey(TreePlace place) noexcept : place_(std::move(place)) {}
 
     std::unique_ptr<Key> Open(Name path, unsigned int& error) const override {
-        Descriptor itself = OpenDirectory(directory_.Number(), ".");
-        error = itself ? 0 : ErrorUnlessMissing();
-        return NewKey(Descend(std::move(itself), path, error));
+        return NewKey(Descend(place_, path, error));
     }
 
     bool Read(Name name, System::WideUnits* text, unsigned int& error) const override {
-        const Descriptor file = OpenEntry(directory_.Number(), name, OpenFile, error);
+        const Descriptor file = OpenEntry(place_, name, FileAt, error);
         if (!file || text == nullptr) return static_cast<bool>(file);
         std::string contents;
         error = ReadWhole(file, contents);
@@ -98,34 +118,41 @@ public:
     }
 
     std::vector<System::WideUnits> SubKeys(unsigned int& error) const override {
-        const auto isKey = [this](const char* entry) {
-            struct stat status = {};
-            return ::fstatat(directory_.Number(), entry, &status, 0) == 0 &&
-                   S_ISDIR(status.st_mode);
-        };
+        const auto isKey = [this](const dirent& entry) { return IsKey(place_, entry); };
         std::vector<System::WideUnits> names;
-        for (const std::string& name : SelectEntries(directory_.Number(), isKey, error)) {
+        for (const std::string& name : SelectEntries(place_, isKey, error)) {
             names.push_back(WideFromUtf8(name));
         }
         return names;
     }
 
 private:
-    Descriptor directory_;
+    TreePlace place_;
 };
 
-std::unique_ptr<Registry::Key> NewKey(Descriptor directory) {
-    return directory ? std::make_unique<TreeKey>(std::move(directory)) : nullptr;
+std::unique_ptr<Registry::Key> NewKey(std::optional<TreePlace> place) {
+    return place ? std::make_unique<TreeKey>(*std::move(place)) : nullptr;
+}
+
+// The root may be a link, as may what leads to it: whoever built the library chose it.
+Descriptor OpenRoot() noexcept {
+    return Descriptor(::open(RegistryRoot(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+std::optional<TreePlace> FindHive(unsigned int& error) {
+    Descriptor root = OpenRoot();
+    std::optional<TreePlace> hive;
+    if (root) hive = FolderAt(TreePlace(std::move(root), HiveName));
+    error = hive ? 0 : ErrorUnlessMissing();
+    return hive;
 }
 
 }  // namespace
 
 std::unique_ptr<Registry::Key> OpenTreeKey(Name path, unsigned int& error) {
-    const Descriptor root = OpenDirectory(AT_FDCWD, RegistryRoot());
-    Descriptor hive = root ? OpenDirectory(root.Number(), "HKLM") : Descriptor();
-    error = hive ? 0 : ErrorUnlessMissing();
-    if (path.begin == path.end) return NewKey(std::move(hive));
-    return NewKey(Descend(std::move(hive), path, error));
+    std::optional<TreePlace> hive = FindHive(error);
+    if (!hive || path.begin == path.end) return NewKey(std::move(hive));
+    return NewKey(Descend(*std::move(hive), path, error));
 }
 
 }  // namespace Posix

@@ -1,0 +1,70 @@
+#include "settings/TreePlace.h"
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "settings/SettingsFiles.h"
+
+namespace Posix {
+
+namespace {
+
+constexpr int MostAttempts = 100;
+
+// The C library has no function for it.
+int OpenBeneath(int root, const char* path, int flags) noexcept {
+    open_how how = {};
+    how.flags = static_cast<unsigned int>(flags);
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+    return static_cast<int>(::syscall(SYS_openat2, root, path, &how, sizeof how));
+}
+
+// When something is moved just then, the kernel cannot tell whether a path stays below and asks to
+// be asked again.
+int OpenBeneathPatiently(int root, const char* path, int flags) noexcept {
+    int opened = -1;
+    for (int attempt = 0; attempt < MostAttempts; ++attempt) {
+        opened = OpenBeneath(root, path, flags);
+        if (opened >= 0 || (errno != EAGAIN && errno != EINTR)) break;
+    }
+    return opened;
+}
+
+// Kernels before 5.6 do not know the call, and some containers forbid what they do not know. There
+// links lead wherever they lead.
+bool IsCallMissing() noexcept {
+    return errno == ENOSYS || errno == EPERM;
+}
+
+}  // namespace
+
+Descriptor TreePlace::Open(int flags) const noexcept {
+    const int opened = OpenBeneathPatiently(root_->Number(), path_.c_str(), flags);
+    if (opened >= 0 || !IsCallMissing()) return Descriptor(opened);
+    return Descriptor(::openat(root_->Number(), path_.c_str(), flags));
+}
+
+bool TreePlace::IsFolder() const noexcept {
+    return static_cast<bool>(Open(O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+Descriptor TreePlace::OpenFolder() const noexcept {
+    return Open(O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
+
+Listing TreePlace::OpenListing() const noexcept {
+    Descriptor folder = OpenFolder();
+    Listing listing(folder ? ::fdopendir(folder.Number()) : nullptr);
+    if (listing) folder.Take();
+    return listing;
+}
+
+Descriptor TreePlace::OpenFile() const noexcept {
+    return RegularFile(Open(FileFlags));
+}
+
+}  // namespace Posix
