@@ -6,6 +6,7 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/system/Locks.cpp
   platform/posix/system/LogFile.cpp
   platform/posix/system/SystemServices.cpp
+  platform/posix/system/TrustedLinks.cpp
   platform/posix/system/Utf8.cpp
   platform/posix/system/Waiting.cpp
   platform/posix/sockets/Binding.cpp

@@ -8,6 +8,7 @@
 #include <ctime>
 
 #include "system/Descriptors.h"
+#include "system/TrustedLinks.h"
 #include "system/Waiting.h"
 
 namespace {
@@ -44,7 +45,7 @@ private:
 // Opening a pipe would otherwise wait for its reader.
 int OpenWithoutWaiting(const char* path) {
     constexpr int Flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    return ::open(path, Flags, 0600);
+    return Posix::OpenThroughTrustedLinks(path, Flags, 0600);
 }
 
 void LetWritesWait(int descriptor) {
