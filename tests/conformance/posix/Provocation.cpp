@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +25,8 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <string>
+#include <thread>
 #include <utility>
 
 // Writes out what the process has reached, in builds that measure that: a child that ends at once
@@ -165,6 +168,20 @@ void AwaitEnd(unsigned long long handle) {
 
 void AwaitReadable(unsigned long long handle) {
     Await(handle, POLLIN);
+}
+
+unsigned long CurrentThread() {
+    return static_cast<unsigned long>(::gettid());
+}
+
+void AwaitWaiting(unsigned long thread) {
+    const std::string path = "/proc/self/task/" + std::to_string(thread) + "/stat";
+    std::string state;
+    for (int rests = 0; rests < 3;) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::ifstream(path).ignore(1000, ')') >> state;
+        rests = state == "S" ? rests + 1 : 0;
+    }
 }
 
 bool IsInheritedByPrograms(unsigned long long handle) {

@@ -68,7 +68,7 @@ TEST_F(SelectDescriptors, ThatAreClosedDuringTheWaitEndIt) {
     OwnedSocket socket = NewBoundDatagram();
     HandleSet read = SetOf({socket.Get()});
     const SignalStorm storm([&] { socket.Close(); });
-    EXPECT_TRUE(FailsWith(10038, Winsock::select(0, &read, nullptr, nullptr, &Minute)));
+    EXPECT_TRUE(FailsWith(10004, Winsock::select(0, &read, nullptr, nullptr, &Minute)));
     EXPECT_EQ(read.count, 1U);
 }
 

@@ -20,7 +20,7 @@ struct ErrorPair {
 // Where several numbers of the system become one of Winsock's, the first is the one to describe it
 // by.
 constexpr ErrorPair Errors[] = {
-    {EINTR, 10004},
+    {EINTR, WinsockError::Interrupted},
     {EBADF, 10009},
     {ENOTSOCK, WinsockError::NotSocket},
     {EACCES, WinsockError::Access},

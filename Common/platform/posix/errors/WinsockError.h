@@ -5,6 +5,7 @@ namespace WinsockError {
 
 inline constexpr int NotEnoughMemory = 8;
 inline constexpr int InsufficientBuffer = 122;
+inline constexpr int Interrupted = 10004;
 inline constexpr int Access = 10013;
 inline constexpr int Fault = 10014;
 inline constexpr int Invalid = 10022;

@@ -1,13 +1,14 @@
 #include <Platform/Winsock.h>
 
+#include <utility>
+
 #include "errors/Errors.h"
 #include "sockets/SocketTable.h"
 
 using namespace Posix;
 
 int Winsock::closesocket(Handle handle) {
-    const Socket socket = FindSocket(handle);
+    Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
-    CloseSocket(socket);
-    return Succeed();
+    return CloseSocket(std::move(socket)) ? Succeed() : Fail(WinsockError::NotSocket);
 }

@@ -143,5 +143,6 @@ int Winsock::connect(Handle handle, const void* address, int length) {
     if (!socket) return SocketError;
     KernelAddress peer = {};
     if (const int error = KernelFromWinsock(socket, address, length, peer)) return Fail(error);
-    return socket.Has(Flag::Datagram) ? ConnectDatagram(socket, peer) : ConnectStream(socket, peer);
+    return UnlessClosed(socket, socket.Has(Flag::Datagram) ? ConnectDatagram(socket, peer)
+                                                           : ConnectStream(socket, peer));
 }

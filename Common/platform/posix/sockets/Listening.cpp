@@ -70,7 +70,9 @@ Winsock::Handle Winsock::accept(Handle handle, void* address, int* length) {
     const std::uint32_t inherited = listener.entry->Flags() & Flag::Inherited;
     const Handle accepted = AdoptDescriptor(AcceptDescriptor(listener, peer),
                                             inherited | Flag::Connected | Flag::Accepted);
-    if (accepted != InvalidSocket && address != nullptr) {
+    if (accepted == InvalidSocket) {
+        UnlessClosed(listener, SocketError);
+    } else if (address != nullptr) {
         WinsockFromKernel(listener, peer, address, length);
     }
     return accepted;

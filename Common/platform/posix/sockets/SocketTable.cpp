@@ -1,11 +1,15 @@
 #include "sockets/SocketTable.h"
 
-#include <limits>
+#include <pthread.h>
+#include <sys/socket.h>
+
+#include <ctime>
 
 #include "errors/Errors.h"
 #include "sockets/PortReuse.h"
 #include "sockets/StartUp.h"
 #include "system/Descriptors.h"
+#include "system/Waiting.h"
 
 namespace Posix {
 
@@ -24,8 +28,33 @@ void RaiseEntriesInUse(int count) noexcept {
     }
 }
 
+// Wakes the calls that wait on the socket until all have left: again and again, since a call may
+// begin to wait just after it was woken. Reading ends first, and where that is enough the peer sees
+// of it no more than of a plain close. There is an end to it, since the call may be one that a
+// signal handler interrupts in order to close.
+void EndCalls(const SocketEntry& entry, int descriptor) noexcept {
+    constexpr long long Patience = 1'000'000'000;
+    constexpr timespec ToLeave = {.tv_sec = 0, .tv_nsec = 100'000};
+    int direction = SHUT_RD;
+    for (long long end = 0; entry.HasCalls(); direction = SHUT_RDWR) {
+        if (end == 0) end = MonotonicTime() + Patience;
+        if (MonotonicTime() > end) return;
+        ::shutdown(descriptor, direction);
+        ::nanosleep(&ToLeave, nullptr);
+    }
+}
+
+void ForgetCalls() noexcept {
+    const int end = entriesInUse.load(std::memory_order_relaxed);
+    for (int descriptor = 0; descriptor < end; ++descriptor)
+        socketTable[descriptor].ForgetCalls();
+}
+
+// None when there is no open socket.
 Socket SocketAt(int descriptor) noexcept {
-    return {&socketTable[descriptor], descriptor};
+    if (!socketTable[descriptor].Has(Flag::Live)) return {};
+    Socket socket(descriptor);
+    return socket.entry->IsInside(Flag::Live) ? std::move(socket) : Socket();
 }
 
 }  // namespace
@@ -50,17 +79,39 @@ bool SocketEntry::TakeUnreachable() noexcept {
 
 void SocketEntry::Open(std::uint32_t flags) noexcept {
     Atomic(unreachable_).store(0, std::memory_order_relaxed);
-    Atomic(flags_).store(flags | Flag::Live, std::memory_order_release);
+    Atomic(flags_).store(Flag::WithDirect(flags | Flag::Live), std::memory_order_seq_cst);
 }
 
-bool SocketEntry::Close() noexcept {
-    return (Atomic(flags_).exchange(0, std::memory_order_acq_rel) & Flag::Live) != 0;
+bool SocketEntry::TakeHandle() noexcept {
+    return (Modify(0, Flag::Live) & Flag::Live) != 0;
+}
+
+std::uint32_t SocketEntry::Modify(std::uint32_t set, std::uint32_t cleared) noexcept {
+    const auto flags = Atomic(flags_);
+    std::uint32_t known = flags.load(std::memory_order_relaxed);
+    while (!flags.compare_exchange_weak(known, Flag::WithDirect((known | set) & ~cleared))) {
+    }
+    return known;
+}
+
+void SocketEntry::CloseOnceLeft() noexcept {
+    Atomic(calls_).fetch_add(Closing, std::memory_order_seq_cst);
+    CloseIfLeft();
+}
+
+int SocketEntry::CloseIfLeft(int result) noexcept {
+    std::int32_t none = Closing;
+    if (!Atomic(calls_).compare_exchange_strong(none, 0)) return result;
+    // The entry goes first: once the kernel has the number back, it may give it to anybody.
+    Atomic(flags_).store(0, std::memory_order_relaxed);
+    CloseDescriptor(static_cast<int>(this - socketTable));
+    return result;
 }
 
 Socket FindSocket(Winsock::Handle handle) noexcept {
-    if (IsSocketWith(handle, Flag::Live, Flag::Live)) return SocketAt(static_cast<int>(handle));
-    Fail(IsStarted() ? WinsockError::NotSocket : WinsockError::NotStarted);
-    return {};
+    Socket socket = handle < SocketTableSize ? SocketAt(static_cast<int>(handle)) : Socket();
+    if (!socket) Fail(IsStarted() ? WinsockError::NotSocket : WinsockError::NotStarted);
+    return socket;
 }
 
 Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
@@ -81,16 +132,27 @@ Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
     return handle;
 }
 
-void CloseSocket(const Socket& socket) noexcept {
+bool CloseSocket(Socket socket) noexcept {
+    if (!socket.entry->TakeHandle()) return false;
     LetPortBeBoundAgain(socket);
-    // The entry goes first: once the kernel has the number back, it may give it to anybody.
-    if (socket.entry->Close()) CloseDescriptor(socket.descriptor);
+    const CancellationGuard whole;
+    SocketEntry& entry = *socket.entry;
+    const int descriptor = socket.descriptor;
+    socket = {};
+    EndCalls(entry, descriptor);
+    entry.CloseOnceLeft();
+    return true;
 }
 
 void CloseAllSockets() noexcept {
     const int end = entriesInUse.load(std::memory_order_relaxed);
-    for (int descriptor = 0; descriptor < end; ++descriptor)
-        CloseSocket(SocketAt(descriptor));
+    for (int descriptor = 0; descriptor < end; ++descriptor) {
+        if (Socket socket = SocketAt(descriptor)) CloseSocket(std::move(socket));
+    }
+}
+
+bool ForgetCallsInForkedProcesses() noexcept {
+    return ::pthread_atfork(nullptr, nullptr, ForgetCalls) == 0;
 }
 
 }  // namespace Posix

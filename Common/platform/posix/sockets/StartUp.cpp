@@ -28,6 +28,13 @@ unsigned short NegotiatedVersion(unsigned int major, unsigned int minor) {
     return HighestVersion;
 }
 
+// Done once in the life of the module, which does nothing when it is loaded.
+bool IsForkSeenTo() noexcept {
+    static constinit bool done = false;
+    done = done || Posix::ForgetCallsInForkedProcesses();
+    return done;
+}
+
 void Describe(Winsock::StartupData& data, unsigned short version) {
     data = {};
     data.version = version;
@@ -63,6 +70,7 @@ int Winsock::WSAStartup(unsigned short version, StartupData* data) {
     if (major == 0) return WinsockError::VersionNotSupported;
     if (data == nullptr) return WinsockError::Fault;
     const std::lock_guard guard(startUpLock);
+    if (!IsForkSeenTo()) return WinsockError::SystemNotReady;
     ++startUpCount;
     return 0;
 }

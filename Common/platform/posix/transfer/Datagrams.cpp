@@ -161,7 +161,7 @@ int Winsock::sendto(Handle handle, const char* buffer, int length, int flags, co
         return Fail(error);
     }
     if (!HaveBinding(socket)) return FailFromErrno();
-    return SendDatagram(socket, buffer, length, &peer);
+    return UnlessClosed(socket, SendDatagram(socket, buffer, length, &peer));
 }
 
 int Winsock::recvfrom(Handle handle, char* buffer, int length, int flags, void* address,
@@ -170,5 +170,5 @@ int Winsock::recvfrom(Handle handle, char* buffer, int length, int flags, void* 
     if (!socket) return SocketError;
     if (!socket.Has(Flag::Datagram)) return recv(handle, buffer, length, flags);
     if (const int error = TransferError(length, flags)) return Fail(error);
-    return ReceiveDatagram(socket, buffer, length, address, addressLength);
+    return UnlessClosed(socket, ReceiveDatagram(socket, buffer, length, address, addressLength));
 }

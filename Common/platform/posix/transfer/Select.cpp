@@ -2,7 +2,9 @@
 #include <Platform/Winsock.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -58,8 +60,8 @@ bool IsReadyStream(const Socket& socket, Interest interest) {
 // One handle of one set.
 struct Entry {
     Socket socket;
-    Interest interest;
-    bool ready;
+    Interest interest = Interest::Read;
+    bool ready = false;
 };
 
 class Selection {
@@ -76,8 +78,10 @@ public:
 private:
     static constexpr int Room = 3 * Winsock::HandleSet::Room;
 
-    bool Holds(Winsock::Handle handle, int first) const;
-    void Watch(const Socket& socket, Interest interest);
+    bool Holds(const Socket& socket, int first) const;
+    void Watch(Socket socket, Interest interest);
+    long long NextLook(long long until) const;
+    bool IsAnyClosed() const;
     bool Judge();
     void JudgeEntry(Entry& entry, pollfd& wait);
 
@@ -85,6 +89,7 @@ private:
     pollfd waits_[Room];  // beside the entries; without descriptor where there is nothing to come
     int count_ = 0;
     int ready_ = 0;
+    bool isAnyUnwatched_ = false;
 };
 
 bool Selection::Add(const Winsock::HandleSet* set, Interest interest) {
@@ -95,24 +100,24 @@ bool Selection::Add(const Winsock::HandleSet* set, Interest interest) {
     }
     const int first = count_;
     for (unsigned int index = 0; index < set->count; ++index) {
-        const Socket socket = FindSocket(set->handles[index]);
+        Socket socket = FindSocket(set->handles[index]);
         if (!socket) return false;
-        if (!Holds(set->handles[index], first)) Watch(socket, interest);
+        if (!Holds(socket, first)) Watch(std::move(socket), interest);
     }
     return true;
 }
 
-bool Selection::Holds(Winsock::Handle handle, int first) const {
+bool Selection::Holds(const Socket& socket, int first) const {
     for (int index = first; index < count_; ++index) {
-        if (entries_[index].socket.descriptor == static_cast<int>(handle)) return true;
+        if (entries_[index].socket.descriptor == socket.descriptor) return true;
     }
     return false;
 }
 
-void Selection::Watch(const Socket& socket, Interest interest) {
+void Selection::Watch(Socket socket, Interest interest) {
     const bool ready = IsReadyAlready(socket, interest);
-    entries_[count_] = {socket, interest, ready};
     waits_[count_] = {ready ? -1 : socket.descriptor, EventsOf(interest), 0};
+    entries_[count_] = {std::move(socket), interest, ready};
     ++count_;
     if (ready) ++ready_;
 }
@@ -122,14 +127,28 @@ int Selection::Wait(long long until) {
     constexpr long long atOnce = 0;
     if (ready_ > 0) until = atOnce;
     do {
-        const int found = PollUntil(waits_, static_cast<nfds_t>(count_), until);
+        const int found = PollUntil(waits_, static_cast<nfds_t>(count_), NextLook(until));
         if (found < 0 && errno != EINTR) return FailFromErrno();
+        if (IsAnyClosed()) return Fail(WinsockError::Interrupted);
         if (found > 0 && !Judge()) return Fail(WinsockError::NotSocket);
     } while (ready_ == 0 && (until == WithoutLimit || MonotonicTime() < until));
     return ready_;
 }
 
-// False when a socket was closed meanwhile.
+// The kernel cannot wake us when a stream that it is not asked about is closed, so there are looks
+// in between. Who closes the stream waits for that as long.
+long long Selection::NextLook(long long until) const {
+    if (!isAnyUnwatched_) return until;
+    const long long next = MonotonicTime() + 10'000'000;
+    return until == WithoutLimit ? next : std::min(until, next);
+}
+
+bool Selection::IsAnyClosed() const {
+    return std::any_of(entries_, entries_ + count_,
+                       [](const Entry& entry) { return !entry.socket.IsOpen(); });
+}
+
+// False when somebody else took a descriptor away.
 bool Selection::Judge() {
     for (int index = 0; index < count_; ++index) {
         if ((waits_[index].revents & POLLNVAL) != 0) return false;
@@ -143,8 +162,10 @@ void Selection::JudgeEntry(Entry& entry, pollfd& wait) {
     entry.ready = datagram ? IsReadyDatagram(entry.socket, entry.interest, wait.revents)
                            : IsReadyStream(entry.socket, entry.interest);
     if (entry.ready) ++ready_;
+    if (datagram) return;
     // What a stream has to tell it tells for ever, so there is nothing more to come.
-    if (!datagram) wait.fd = -1;
+    wait.fd = -1;
+    isAnyUnwatched_ = true;
 }
 
 void Selection::Answer(Winsock::HandleSet* set, Interest interest) const {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <utility>
 
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -21,11 +22,6 @@
 namespace {
 
 using namespace Posix;
-
-// The flags that a socket must have, and those that must be clear, for the direct way.
-constexpr std::uint32_t PlainStream = Flag::Live | Flag::Connected;
-constexpr std::uint32_t PlainStreamMask =
-    PlainStream | Flag::Datagram | Flag::Reset | Flag::Aborted;
 
 // The end that the connection has met, or 0.
 int MarkedEnd(const Socket& socket) {
@@ -92,6 +88,7 @@ int FinishWithNothing(const Socket& socket) {
 // The failure of the last attempt is marked even when it is not answered yet.
 int FinishSending(const Socket& socket, int sent) {
     const int error = StreamError(socket);
+    if (!socket.IsOpen()) return Fail(WinsockError::Interrupted);
     return sent == 0 ? Fail(error) : Succeed(sent);
 }
 
@@ -126,8 +123,9 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
     if (!socket) return Winsock::SocketError;
     if (const int error = TransferError(socket, length, flags)) return Fail(error);
     if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
-    if (socket.Has(Flag::Datagram)) return SendDatagram(socket, buffer, length);
-    return SendStream(socket, buffer, length);
+    const bool datagram = socket.Has(Flag::Datagram);
+    return UnlessClosed(socket, datagram ? SendDatagram(socket, buffer, length)
+                                         : SendStream(socket, buffer, length));
 }
 
 [[gnu::cold, gnu::noinline]] int ReceiveOtherwise(Winsock::Handle handle, char* buffer, int length,
@@ -135,50 +133,98 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
     const Socket socket = FindSocket(handle);
     if (!socket) return Winsock::SocketError;
     if (const int error = TransferError(socket, length, flags)) return Fail(error);
-    if (socket.Has(Flag::Datagram)) return ReceiveDatagram(socket, buffer, length);
-    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
-    return ReceiveStream(socket, buffer, length);
+    const bool datagram = socket.Has(Flag::Datagram);
+    if (!datagram && !IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    return UnlessClosed(socket, datagram ? ReceiveDatagram(socket, buffer, length)
+                                         : ReceiveStream(socket, buffer, length));
 }
 
-// Goes on after a direct send that did not take the whole buffer.
-[[gnu::cold, gnu::noinline]] int FinishSend(Winsock::Handle handle, const char* buffer, int length,
-                                            int sent) {
-    const Socket socket = {&socketTable[handle], static_cast<int>(handle)};
+int SendRest(const Socket& socket, const char* buffer, int length, int sent) {
     if (sent < 0 && errno == EINTR) return SendStream(socket, buffer, length);
     if (sent < 0) return Fail(StreamError(socket));
     if (socket.Has(Flag::NonBlocking)) return Succeed(sent);
     const int rest = SendStream(socket, buffer + sent, length - sent);
-    return Succeed(sent + std::max(rest, 0));
+    return socket.IsOpen() ? Succeed(sent + std::max(rest, 0)) : rest;
 }
 
-[[gnu::cold, gnu::noinline]] int FinishReceive(Winsock::Handle handle, char* buffer, int length,
-                                               int received) {
-    const Socket socket = {&socketTable[handle], static_cast<int>(handle)};
+int ReceiveOnce(const Socket& socket, char* buffer, int length, int received) {
     if (received == 0) return FinishWithNothing(socket);
     if (errno == EINTR) return ReceiveStream(socket, buffer, length);
     return Fail(StreamError(socket));
 }
 
+// What a direct transfer was asked to do. It lies in memory, where only the ways out of line read
+// it: registers that survive the system call would have to be saved and restored around each. The
+// length is volatile so that the compiler leaves it there.
+template <typename Buffer>
+struct Request {
+    Winsock::Handle handle;
+    Buffer buffer;
+    volatile int length;
+
+    Socket Target() const noexcept { return Socket(static_cast<int>(handle)); }
+};
+using SendRequest = Request<const char*>;
+using ReceiveRequest = Request<char*>;
+
+// Goes on after a direct send that did not take the whole buffer.
+[[gnu::cold, gnu::noinline]] int FinishSend(const SendRequest& request, int sent) {
+    const Socket socket = request.Target();
+    return UnlessClosed(socket, SendRest(socket, request.buffer, request.length, sent));
+}
+
+[[gnu::cold, gnu::noinline]] int FinishReceive(const ReceiveRequest& request, int received) {
+    const Socket socket = request.Target();
+    return UnlessClosed(socket, ReceiveOnce(socket, request.buffer, request.length, received));
+}
+
+// A direct transfer as one of the calls on its socket.
+class DirectCall {
+public:
+    explicit DirectCall(Winsock::Handle handle) noexcept : entry_(&socketTable[handle]) {
+        entry_->Enter();
+    }
+    ~DirectCall() {
+        if (entry_ != nullptr) entry_->Leave();
+    }
+    DirectCall(const DirectCall&) = delete;
+    DirectCall& operator=(const DirectCall&) = delete;
+
+    bool Is(std::uint32_t flag) const noexcept { return entry_->IsInside(flag); }
+    int Leave(int result) noexcept { return std::exchange(entry_, nullptr)->Leave(result); }
+
+private:
+    SocketEntry* entry_;
+};
+
 }  // namespace
 
 int Winsock::send(Handle handle, const char* buffer, int length, int flags) {
-    constexpr std::uint32_t mask = PlainStreamMask | Flag::SendTimeout;
-    if (!IsSocketWith(handle, mask, PlainStream) || length < 0 || flags != 0) {
+    if (handle >= SocketTableSize || length < 0 || flags != 0) {
         return SendOtherwise(handle, buffer, length, flags);
     }
+    DirectCall call(handle);
+    if (!call.Is(Flag::DirectSend)) {
+        return call.Leave(SendOtherwise(handle, buffer, length, flags));
+    }
+    const SendRequest request = {handle, buffer, length};
     const int sent =
         static_cast<int>(::send(static_cast<int>(handle), buffer, Size(length), MSG_NOSIGNAL));
-    if (sent != length) return FinishSend(handle, buffer, length, sent);
-    return Succeed(length);
+    if (sent != request.length) return call.Leave(FinishSend(request, sent));
+    return call.Leave(Succeed(sent));
 }
 
 int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
-    constexpr std::uint32_t mask = PlainStreamMask | Flag::ReceiveTimeout;
-    if (!IsSocketWith(handle, mask, PlainStream) || length < 0 || flags != 0) {
+    if (handle >= SocketTableSize || length < 0 || flags != 0) {
         return ReceiveOtherwise(handle, buffer, length, flags);
     }
+    DirectCall call(handle);
+    if (!call.Is(Flag::DirectReceive)) {
+        return call.Leave(ReceiveOtherwise(handle, buffer, length, flags));
+    }
+    const ReceiveRequest request = {handle, buffer, length};
     const int received =
         static_cast<int>(::recv(static_cast<int>(handle), buffer, Size(length), 0));
-    if (received <= 0) return FinishReceive(handle, buffer, length, received);
-    return Succeed(received);
+    if (received <= 0) return call.Leave(FinishReceive(request, received));
+    return call.Leave(Succeed(received));
 }

@@ -19,7 +19,7 @@ TransferDeadline::TransferDeadline(const Socket& socket, const Direction& direct
       start_(socket.Has(direction.timeoutFlag) ? MonotonicTime() : NotCounting) {}
 
 bool TransferDeadline::AllowsAnother() {
-    if (errno != EINTR && errno != EAGAIN) return false;
+    if ((errno != EINTR && errno != EAGAIN) || !socket_.IsOpen()) return false;
     if (socket_.Has(Flag::NonBlocking)) return errno == EINTR;
     if (!WaitUntilReady(socket_.descriptor, direction_.readyEvent, Deadline())) return false;
     // Readiness may be gone again; the wait that counts the time is the one above.
