@@ -170,6 +170,68 @@ TestWithoutARouteThereIsNoBroadcastAndNoGroup() {
   expect alpha "send-to socket 239.1.2.3 7000 question" "$(send_to_failed 239.1.2.3 7000 10051)"
 }
 
+# --- Another peer
+
+# What the peer receives, and from where: meets HOST SENDER-ADDRESS
+meets() {
+  expect alpha "send client question" "ok 8"
+  ask "$1" "receive-from server"
+  [[ "$answer " = "ok question $2 "* ]] || fail "$1 heard '$answer'"
+}
+
+TestADatagramSocketGoesFromThisMachineToAFarPeer() {
+  add_host alpha
+  add_host beta
+  bound_socket alpha server datagram ipv4 7000
+  bound_socket beta server datagram ipv4 7000
+  expect alpha "create client classic-datagram" "ok ipv4"
+  expect alpha "connect client 127.0.0.1 7000" ok
+  meets alpha 127.0.0.1
+  expect alpha "connect client ${ipv4[beta]} 7000" ok
+  meets beta "${ipv4[alpha]}"
+  expect alpha "connect client 127.0.0.1 7000" ok
+  meets alpha 127.0.0.1
+}
+
+TestADatagramSocketComesFromTheAddressOnThePeersNetwork() {
+  add_host alpha
+  add_host beta
+  add_address alpha 198.51.100.1/24
+  add_address beta 198.51.100.2/24
+  bound_socket beta server datagram ipv4 7000
+  bound_socket alpha client datagram ipv4 7001
+  expect alpha "connect client ${ipv4[beta]} 7000" ok
+  meets beta "${ipv4[alpha]}"
+  expect alpha "connect client 198.51.100.2 7000" ok
+  meets beta 198.51.100.1
+}
+
+TestADatagramSocketComesFromTheIpv6AddressOnThePeersNetwork() {
+  add_host alpha
+  add_host beta
+  in_host alpha ip address add 2001:db8:1::1/64 dev eth0 nodad
+  in_host beta ip address add 2001:db8:1::2/64 dev eth0 nodad
+  bound_socket beta server datagram ipv6 7000
+  bound_socket alpha client datagram ipv6 7001
+  expect alpha "connect client 2001:db8:1::2 7000" ok
+  meets beta 2001:db8:1::1
+  expect alpha "connect client ${ipv6[beta]} 7000" ok
+  meets beta "${ipv6[alpha]}"
+}
+
+# There is no way from the own machine's inner address to beta.
+TestAnAddressThatWasBoundIsKeptForEveryPeer() {
+  add_host alpha
+  add_host beta
+  expect alpha "create client classic-datagram" "ok ipv4"
+  expect alpha "bind client 127.0.0.1 7001" ok
+  expect alpha "connect client ${ipv4[beta]} 7000" \
+    "$(classic_connect_failed "${ipv4[beta]}:7000" 10049)"
+  bound_socket alpha server datagram ipv4 7000
+  expect alpha "connect client 127.0.0.1 7000" ok
+  meets alpha "127.0.0.1 7001"
+}
+
 # --- What did not arrive
 
 # What was sent did not arrive, the next receive call tells so, and the socket lives on:

@@ -13,7 +13,9 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/sockets/Closing.cpp
   platform/posix/sockets/Connection.cpp
   platform/posix/sockets/Creation.cpp
+  platform/posix/sockets/DatagramPeer.cpp
   platform/posix/sockets/EndpointAddresses.cpp
+  platform/posix/sockets/ErrorQueue.cpp
   platform/posix/sockets/KernelAddress.cpp
   platform/posix/sockets/Listening.cpp
   platform/posix/sockets/Memberships.cpp
@@ -22,7 +24,6 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/sockets/SocketTable.cpp
   platform/posix/sockets/StartUp.cpp
   platform/posix/transfer/Datagrams.cpp
-  platform/posix/transfer/ErrorQueue.cpp
   platform/posix/transfer/Select.cpp
   platform/posix/transfer/Transfer.cpp
   platform/posix/transfer/TransferDeadline.cpp

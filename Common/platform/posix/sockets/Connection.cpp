@@ -7,6 +7,7 @@
 
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
+#include "sockets/DatagramPeer.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/SocketTable.h"
 #include "system/Descriptors.h"
@@ -46,8 +47,7 @@ void MarkOutcome(const Socket& socket, int error) {
 
 // The error number of the system, 0 or EINPROGRESS included.
 int ConnectOnce(const Socket& socket, const KernelAddress& peer) {
-    const auto length = static_cast<socklen_t>(AddressLength(socket));
-    return ::connect(socket.descriptor, &peer.any, length) == 0 ? 0 : errno;
+    return ConnectTo(socket, peer) ? 0 : errno;
 }
 
 // A connect call after a failed one whose outcome was taken otherwise only reports that; the next
@@ -96,34 +96,6 @@ int ConnectStream(const Socket& socket, const KernelAddress& peer) {
     if (IsWildcard(peer) || PortOf(peer) == 0) return Fail(WinsockError::AddressNotAvailable);
     if (socket.Has(Flag::Connecting)) return ConnectAgain(socket, peer);
     return StartConnect(socket, peer);
-}
-
-// The kernel takes the port away with the peer, unless bind was given the port's number.
-bool KeepPort(const Socket& socket, std::uint16_t port) {
-    KernelAddress local = {};
-    if (!LocalAddress(socket, local)) return false;
-    if (PortOf(local) == port || BindTo(socket, WithPort(local, port))) return true;
-    socket.entry->Clear(Flag::Bound);
-    return false;
-}
-
-// A datagram socket has its peer taken away by the wildcard address, which the kernel would take
-// for this machine.
-int DisconnectDatagram(const Socket& socket) {
-    KernelAddress local = {};
-    if (!LocalAddress(socket, local)) return FailFromErrno();
-    KernelAddress none = {};
-    none.any.sa_family = AF_UNSPEC;
-    if (const int error = ConnectOnce(socket, none)) return Fail(WinsockFromErrno(error));
-    socket.entry->Clear(Flag::Connected);
-    return KeepPort(socket, PortOf(local)) ? Succeed() : FailFromErrno();
-}
-
-int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
-    if (IsWildcard(peer)) return DisconnectDatagram(socket);
-    if (const int error = ConnectOnce(socket, peer)) return Fail(WinsockFromErrno(error));
-    MarkConnected(socket);
-    return Succeed();
 }
 
 }  // namespace

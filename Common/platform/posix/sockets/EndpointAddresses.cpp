@@ -1,6 +1,5 @@
 // The addresses of a socket's two ends.
 #include <Platform/Winsock.h>
-#include <sys/socket.h>
 
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -26,8 +25,7 @@ int Winsock::getpeername(Handle handle, void* address, int* length) {
     if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
     if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
     KernelAddress peer = {};
-    socklen_t peerLength = sizeof peer;
-    if (::getpeername(socket.descriptor, &peer.any, &peerLength) < 0) return FailFromErrno();
+    if (!PeerAddress(socket, peer)) return FailFromErrno();
     WinsockFromKernel(socket, peer, address, length);
     return Succeed();
 }

@@ -84,9 +84,19 @@ bool LocalAddress(const Socket& socket, KernelAddress& address) noexcept {
     return ::getsockname(socket.descriptor, &address.any, &length) == 0;
 }
 
+bool PeerAddress(const Socket& socket, KernelAddress& address) noexcept {
+    socklen_t length = sizeof address;
+    return ::getpeername(socket.descriptor, &address.any, &length) == 0;
+}
+
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept {
     const auto length = static_cast<socklen_t>(AddressLength(socket));
     return ::bind(socket.descriptor, &address.any, length) == 0;
+}
+
+bool ConnectTo(const Socket& socket, const KernelAddress& peer) {
+    const auto length = static_cast<socklen_t>(AddressLength(socket));
+    return ::connect(socket.descriptor, &peer.any, length) == 0;
 }
 
 }  // namespace Posix

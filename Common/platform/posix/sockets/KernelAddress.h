@@ -36,10 +36,12 @@ std::uint16_t PortOf(const KernelAddress& address) noexcept;
 KernelAddress WithPort(KernelAddress address, std::uint16_t port) noexcept;
 bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept;
 
-// The address that the socket is bound to; false with errno when the kernel does not tell.
+// The addresses of the socket's two ends; false with errno when the kernel does not tell.
 bool LocalAddress(const Socket& socket, KernelAddress& address) noexcept;
+bool PeerAddress(const Socket& socket, KernelAddress& address) noexcept;
 
-// Binds the socket in the kernel; false with errno when that refuses.
+// The kernel's own calls; false with errno when it refuses.
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept;
+bool ConnectTo(const Socket& socket, const KernelAddress& peer);
 
 }  // namespace Posix

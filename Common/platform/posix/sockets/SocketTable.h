@@ -46,6 +46,8 @@ inline constexpr std::uint32_t SendTimeout = 1U << 12;
 inline constexpr std::uint32_t ConnectFailed = 1U << 13;
 // The connection came from a listener.
 inline constexpr std::uint32_t Accepted = 1U << 14;
+// A datagram socket's queue may hold what others sent before the socket had its peer.
+inline constexpr std::uint32_t Strangers = 1U << 15;
 
 // Whether a transfer of that direction may go straight to the kernel: the socket is a connected
 // stream, nothing has ended and no time is limited. Follows from the other flags and changes with

@@ -7,7 +7,8 @@
 #include <cerrno>
 
 #include "errors/Errors.h"
-#include "transfer/ErrorQueue.h"
+#include "sockets/DatagramPeer.h"
+#include "sockets/ErrorQueue.h"
 #include "transfer/Transfer.h"
 #include "transfer/TransferDeadline.h"
 
@@ -110,8 +111,8 @@ ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
     ssize_t received = ReceiveMessage(socket, message);
     while (received < 0) {
         if (!MayBeReport(errno)) return FailDatagram(socket);
-        const bool any = CollectReports(socket);
-        if (socket.entry->TakeUnreachable() || !any) return Fail(WinsockError::ConnectionReset);
+        CollectTold(socket);
+        if (socket.entry->TakeUnreachable()) return Fail(WinsockError::ConnectionReset);
         received = ReceiveMessage(socket, message);
     }
     return received;
@@ -142,6 +143,7 @@ int Posix::ReceiveDatagram(const Socket& socket, char* buffer, int length, void*
     message.msg_iovlen = 1;
     const ssize_t received = ReceiveFromKernel(socket, message);
     if (received < 0) return Winsock::SocketError;
+    if (socket.Has(Flag::Strangers)) DiscardStrangers(socket);
     if (address != nullptr) WinsockFromKernel(socket, sender, address, addressLength);
     if ((message.msg_flags & MSG_TRUNC) != 0) return Fail(WinsockError::MessageSize);
     return Succeed(static_cast<int>(received));

@@ -11,7 +11,7 @@
 #include "sockets/SocketTable.h"
 #include "sockets/StartUp.h"
 #include "system/Waiting.h"
-#include "transfer/ErrorQueue.h"
+#include "sockets/ErrorQueue.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include "sockets/SocketTable.h"
 #include "system/Descriptors.h"
 #include "transfer/Datagrams.h"
-#include "transfer/ErrorQueue.h"
+#include "sockets/ErrorQueue.h"
 #include "transfer/Transfer.h"
 #include "transfer/TransferDeadline.h"
 

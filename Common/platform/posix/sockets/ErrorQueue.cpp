@@ -1,4 +1,4 @@
-#include "transfer/ErrorQueue.h"
+#include "sockets/ErrorQueue.h"
 
 #include <linux/errqueue.h>
 #include <netinet/in.h>
@@ -80,6 +80,10 @@ bool CollectReports(const Socket& socket) {
         any = true;
     errno = error;
     return any;
+}
+
+void CollectTold(const Socket& socket) {
+    if (!CollectReports(socket)) socket.entry->AddUnreachable();
 }
 
 void CollectAnnounced(const Socket& socket) {

@@ -15,8 +15,11 @@ bool MayBeReport(int error) noexcept;
 // Takes all reports from the kernel; returns whether there was any. Keeps errno.
 bool CollectReports(const Socket& socket);
 
-// The same when a wait was told of an error. One that has no report in the queue, for which there
-// may have been no room, counts as one.
+// The same when a call failed with one. That counts even if it is not in the queue, which may have
+// had no room for it.
+void CollectTold(const Socket& socket);
+
+// The same when a wait was told of some error.
 void CollectAnnounced(const Socket& socket);
 
 }  // namespace Posix
