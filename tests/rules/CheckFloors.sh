@@ -65,7 +65,7 @@ may_include() {
     Common/Socket/Socket/*) [[ $header =~ ^(Platform|Socket|VelBase|VelSynch|VelResource|VelLog|VelRegistry|VelNet)/ ]] ;;
     tools/* | examples/*) is_public "$header" ;;
     tests/loopback/* | tests/abi/*)
-      is_public "$header" || is_of_test_framework "$header" || [[ $header =~ ^(loopback|abi)/ ]] ;;
+      is_public "$header" || is_of_test_framework "$header" || [[ $header =~ ^(loopback|abi|support)/ ]] ;;
     *) return 0 ;;
   esac
 }

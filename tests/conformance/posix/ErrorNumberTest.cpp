@@ -94,7 +94,7 @@ struct PlainCall {
     Occasion occasion;
     int (*call)(const Sockets& sockets);
 
-    friend void PrintTo(const PlainCall& call, std::ostream* stream) { *stream << call.name; }
+    friend void PrintTo(const PlainCall& plain, std::ostream* stream) { *stream << plain.name; }
 };
 
 const PlainCall PlainCalls[] = {

@@ -1,0 +1,137 @@
+// Connects and waits that the system fails or interrupts.
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "conformance/DatagramScene.h"
+#include "conformance/Provocation.h"
+#include "conformance/Scene.h"
+#include "conformance/SelectScene.h"
+#include "support/posix/SystemCallFaults.h"
+
+namespace Conformance {
+namespace {
+
+using namespace SystemCalls;
+using Winsock::HandleSet;
+
+struct Row {
+    int system;
+    int winsock;
+};
+
+constexpr Row OfConnects[] = {
+    {EACCES, 10013},       {EPERM, 10013},     {EFAULT, 10014},       {EADDRINUSE, 10048},
+    {EAFNOSUPPORT, 10047}, {ENETDOWN, 10050},  {ENETUNREACH, 10051},  {ENOBUFS, 10055},
+    {ENOMEM, 10055},       {ETIMEDOUT, 10060}, {ECONNREFUSED, 10061}, {EHOSTDOWN, 10064},
+    {EHOSTUNREACH, 10065}, {EBADF, 10038},
+};
+
+using ConnectFault = Started;
+
+TEST_F(ConnectFault, OfAStreamIsToldAndTheNextConnectSucceeds) {
+    const OwnedSocket listener = NewListener();
+    for (const Row& row : OfConnects) {
+        const OwnedSocket socket = NewStream();
+        {
+            const FailingCall fails(SystemCall::Connect, row.system);
+            EXPECT_TRUE(FailsWith(row.winsock, Connect(socket, LocalAddress(listener))))
+                << strerror(row.system);
+        }
+        EXPECT_TRUE(FailsWith(10057, Send(socket, "x"))) << strerror(row.system);
+        EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener)))) << strerror(row.system);
+        EXPECT_TRUE(Succeeds(Send(socket, "x"), 1)) << strerror(row.system);
+    }
+}
+
+TEST_F(ConnectFault, OfADatagramSocketIsToldAndLeavesItWithoutAPeer) {
+    const OwnedSocket peer = NewBoundDatagram();
+    for (const Row& row : OfConnects) {
+        const OwnedSocket socket = NewDatagram();
+        const FailingCall fails(SystemCall::Connect, row.system);
+        EXPECT_TRUE(FailsWith(row.winsock, Connect(socket, LocalAddress(peer))))
+            << strerror(row.system);
+        EXPECT_TRUE(FailsWith(10057, Send(socket, "x"))) << strerror(row.system);
+    }
+}
+
+// The system tells once more of a connect that had failed; the next call acts.
+TEST_F(ConnectFault, OfAnEarlierConnectIsNotTheNextOnes) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    const FailingCall fails(SystemCall::Connect, ECONNABORTED, {.count = 1});
+    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener))));
+    EXPECT_EQ(fails.Seen(), 2U);
+}
+
+TEST_F(ConnectFault, ThatTheSystemTellsAgainIsOne) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    const FailingCall fails(SystemCall::Connect, ECONNABORTED);
+    EXPECT_TRUE(FailsWith(10053, Connect(socket, LocalAddress(listener))));
+    EXPECT_EQ(fails.Seen(), 2U);
+}
+
+TEST_F(ConnectFault, OfASignalIsNone) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    const HookedCall interrupted(SystemCall::Connect, [](const Call& call) {
+        call.Make();
+        return call.Fail(EINTR);
+    });
+    EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener))));
+    EXPECT_EQ(interrupted.Seen(), 1U);
+    EXPECT_TRUE(Succeeds(Send(socket, "x"), 1));
+}
+
+TEST_F(ConnectFault, OfTheWaitLeavesTheConnectUnfinished) {
+    FullListener listener;
+    const OwnedSocket socket = NewStream();
+    // Makes the system's connect return unfinished.
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionSendTimeout, 10)));
+    {
+        const FailingCall fails(SystemCall::Ppoll, ENOMEM);
+        EXPECT_TRUE(FailsWith(10055, Connect(socket, Loopback(listener.Port()))));
+    }
+    EXPECT_TRUE(FailsWith(10037, Connect(socket, Loopback(listener.Port()))));
+    listener.Drain();
+    EXPECT_EQ(RepeatWhile(10057, [&] { return Send(socket, "x"); }), 1);
+}
+
+using SelectFault = Started;
+
+TEST_F(SelectFault, LeavesTheSetsAlone) {
+    const Pair pair = NewConnectedPair();
+    for (const Row& row : {Row{ENOMEM, 10055}, Row{EINVAL, 10022}, Row{EFAULT, 10014}}) {
+        HandleSet read = SetOf({pair.server.Get()});
+        HandleSet write = SetOf({pair.client.Get(), pair.server.Get()});
+        const FailingCall fails(SystemCall::Ppoll, row.system);
+        EXPECT_TRUE(FailsWith(row.winsock, Winsock::select(0, &read, &write, nullptr, &Minute)));
+        EXPECT_EQ(read.count, 1U);
+        EXPECT_EQ(write.count, 2U);
+    }
+}
+
+TEST_F(SelectFault, OfASignalIsNone) {
+    const Pair pair = NewConnectedPair();
+    const FailingCall interrupted(SystemCall::Ppoll, EINTR, {.count = 3});
+    EXPECT_EQ(ReadyFor(pair.server, Minute), "w");
+    EXPECT_GE(interrupted.Seen(), 4U);
+}
+
+TEST_F(SelectFault, OfSignalsWithoutEndEndsInTime) {
+    const OwnedSocket socket = NewBoundDatagram();
+    HandleSet read = SetOf({socket.Get()});
+    const Winsock::TimeValue time = {0, 40'000};
+    const FailingCall interrupted(SystemCall::Ppoll, EINTR, {.count = 1'000'000});
+    EXPECT_GE(TimeOf([&] {
+                  EXPECT_TRUE(Succeeds(Winsock::select(0, &read, nullptr, nullptr, &time), 0));
+              }),
+              Milliseconds(40));
+    EXPECT_EQ(read.count, 0U);
+}
+
+}  // namespace
+}  // namespace Conformance
