@@ -49,6 +49,7 @@ constexpr WineAnswer Answers[] = {
     {"binding with a negative length", -1, 10055},
     {"connecting after a refusal", -1, 10053},
     {"connecting to an address of another family", -1, 10045},
+    {"connecting to an address of no link", -1, 10022},
     {"connecting to no address", 0, 0},
     {"connecting to no address of IPv6", -1, 10061},
     {"connecting to port 0", -1, 10061},
@@ -97,6 +98,7 @@ constexpr std::string_view Unanswered[] = {
     "transfer on a listener",                        // waits
     "transfer with unknown flags",                   // ignores them
     "two listeners that reuse",                      // refuses the second
+    "using a stream after a refusal",                // aborts once
     "waiting for a datagram on an unbound socket",   // waits
 };
 

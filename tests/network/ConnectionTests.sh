@@ -281,6 +281,35 @@ TestAHostThatDoesNotAnswerIsGivenUp() {
   expect beta "receive peer" "ok question"
 }
 
+# The system left to itself takes more than two minutes, Windows 21 seconds.
+TestAHostThatDoesNotAnswerIsGivenUpInAFairTime() {
+  add_host alpha
+  add_host beta
+  add_host gamma
+  filter beta "tcp dport 7000 drop"
+  make_socket alpha client stream ipv4
+  make_socket gamma client stream ipv6
+  SECONDS=0
+  tell alpha "connect client ${ipv4[beta]} 7000"
+  tell gamma "connect client ${ipv6[beta]} 7000"
+  expect_later alpha "$(connect_failed alpha "${ipv4[beta]}:7000" 10060)"
+  expect_later gamma "$(connect_failed gamma "${ipv6[beta]}:7000" 10060)"
+  echo "given up after $SECONDS seconds"
+  [ "$SECONDS" -ge 14 ] || fail "given up after $SECONDS seconds"
+  [ "$SECONDS" -le 45 ] || fail "given up after $SECONDS seconds"
+}
+
+# From the address that this machine has for itself nothing leads out of it.
+TestAnAddressThatTheOwnOneDoesNotReachIsNone() {
+  add_host alpha
+  add_host beta
+  listen_on beta server ipv4 7000
+  make_socket alpha client stream ipv4
+  expect alpha "bind client 127.0.0.1 0" ok
+  expect alpha "connect client ${ipv4[beta]} 7000" \
+    "$(connect_failed alpha "${ipv4[beta]}:7000" 10049)"
+}
+
 # The answer to another attempt is not spoilt by the one before.
 TestASocketThatFoundNoWayConnectsElsewhere() {
   add_host alpha

@@ -23,6 +23,8 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/sockets/PortReuse.cpp
   platform/posix/sockets/SocketTable.cpp
   platform/posix/sockets/StartUp.cpp
+  platform/posix/sockets/StreamConnect.cpp
+  platform/posix/sockets/TcpState.cpp
   platform/posix/transfer/Datagrams.cpp
   platform/posix/transfer/Select.cpp
   platform/posix/transfer/Transfer.cpp

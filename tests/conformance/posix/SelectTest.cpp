@@ -131,14 +131,8 @@ TEST_F(SelectOutcome, ThatATransferHasMetIsStillInTheLastSet) {
     EXPECT_EQ(ReadyFor(socket), "e");
 }
 
-Milliseconds ProcessorTime() {
-    timespec time = {};
-    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return Milliseconds(time.tv_sec * 1000 + time.tv_nsec / 1'000'000);
-}
-
 // The system goes on telling of the end, but no longer why.
-TEST_F(SelectOutcome, ThatWasTakenElsewhereDoesNotKeepTheWaitBusy) {
+TEST_F(SelectOutcome, ThatWasTakenElsewhereIsStillInTheLastSet) {
     const OwnedSocket bound = NewBoundStream();
     const OwnedSocket socket = NewStream();
     SetNonBlocking(socket);
@@ -148,6 +142,18 @@ TEST_F(SelectOutcome, ThatWasTakenElsewhereDoesNotKeepTheWaitBusy) {
     socklen_t length = sizeof error;
     ASSERT_EQ(::getsockopt(Number(socket), SOL_SOCKET, SO_ERROR, &error, &length), 0);
     ASSERT_EQ(error, ECONNREFUSED);
+    EXPECT_EQ(ReadyFor(socket), "e");
+}
+
+Milliseconds ProcessorTime() {
+    timespec time = {};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return Milliseconds(time.tv_sec * 1000 + time.tv_nsec / 1'000'000);
+}
+
+// To the system such a stream is ready for everything.
+TEST_F(SelectOutcome, OfNoConnectAtAllDoesNotKeepTheWaitBusy) {
+    const OwnedSocket socket = NewStream();
     const Milliseconds before = ProcessorTime();
     EXPECT_EQ(ReadyFor(socket, {1, 0}), "");
     EXPECT_LT(ProcessorTime() - before, Milliseconds(200));

@@ -8,4 +8,6 @@ namespace Posix {
 // Also notices the outcome of a connect call that had to be left unfinished.
 bool IsConnected(const Socket& socket) noexcept;
 
+void MarkConnected(const Socket& socket) noexcept;
+
 }  // namespace Posix

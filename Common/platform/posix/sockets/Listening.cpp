@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "errors/Errors.h"
+#include "sockets/Connection.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/PortReuse.h"
 #include "sockets/SocketTable.h"
@@ -17,7 +18,7 @@ using namespace Posix;
 
 int ListenError(const Socket& socket) {
     if (socket.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
-    if (socket.Has(Flag::Connected)) return WinsockError::IsConnected;
+    if (IsConnected(socket)) return WinsockError::IsConnected;
     return socket.Has(Flag::Bound) ? 0 : WinsockError::Invalid;
 }
 

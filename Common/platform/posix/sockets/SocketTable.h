@@ -48,6 +48,8 @@ inline constexpr std::uint32_t ConnectFailed = 1U << 13;
 inline constexpr std::uint32_t Accepted = 1U << 14;
 // A datagram socket's queue may hold what others sent before the socket had its peer.
 inline constexpr std::uint32_t Strangers = 1U << 15;
+// A thread is about to notice what has become of an unfinished connect call.
+inline constexpr std::uint32_t Concluding = 1U << 16;
 
 // Whether a transfer of that direction may go straight to the kernel: the socket is a connected
 // stream, nothing has ended and no time is limited. Follows from the other flags and changes with
@@ -75,9 +77,10 @@ class alignas(16) SocketEntry {
 public:
     std::uint32_t Flags() const noexcept { return Atomic(flags_).load(std::memory_order_relaxed); }
     bool Has(std::uint32_t flag) const noexcept { return (Flags() & flag) != 0; }
-    void Set(std::uint32_t flags) noexcept { Modify(flags, 0); }
+    // Returns the flags as they were.
+    std::uint32_t Set(std::uint32_t flags) noexcept { return Modify(flags, 0); }
     void Clear(std::uint32_t flags) noexcept { Modify(0, flags); }
-    void Change(std::uint32_t flag, bool on) noexcept { on ? Set(flag) : Clear(flag); }
+    void Change(std::uint32_t flag, bool on) noexcept { Modify(on ? flag : 0, on ? 0 : flag); }
 
     // Reports that a datagram did not reach its peer, each to be answered by one receive call.
     void AddUnreachable() noexcept;

@@ -1,7 +1,6 @@
 // The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
 // whatever needs more thought is out of line.
 #include <Platform/Winsock.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
@@ -13,6 +12,7 @@
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
 #include "sockets/SocketTable.h"
+#include "sockets/TcpState.h"
 #include "system/Descriptors.h"
 #include "transfer/Datagrams.h"
 #include "sockets/ErrorQueue.h"
@@ -67,10 +67,7 @@ int StreamError(const Socket& socket) {
 
 // An orderly end leaves this side's half of the connection open.
 bool IsTornDown(const Socket& socket) {
-    tcp_info information = {};
-    socklen_t length = sizeof information;
-    return ::getsockopt(socket.descriptor, IPPROTO_TCP, TCP_INFO, &information, &length) == 0 &&
-           information.tcpi_state == TCP_CLOSE;
+    return TcpState(socket.descriptor) == TCP_CLOSE;
 }
 
 // When a receive call gets nothing, the connection may yet have ended otherwise. Behind the peer's

@@ -1,0 +1,173 @@
+// Connect calls that fail for what the system has, or that somebody else was told of.
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <fstream>
+#include <string>
+
+#include "conformance/Provocation.h"
+#include "conformance/Scene.h"
+#include "conformance/SelectScene.h"
+#include "support/posix/SystemCallFaults.h"
+
+namespace Conformance {
+namespace {
+
+using namespace SystemCalls;
+
+int Number(const OwnedSocket& socket) {
+    return static_cast<int>(socket.Get());
+}
+
+// As somebody does who has the descriptor too.
+int TakeReport(int descriptor) {
+    int error = 0;
+    socklen_t length = sizeof error;
+    ::getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &length);
+    return error;
+}
+
+int Repetitions(const OwnedSocket& socket) {
+    int repetitions = 0;
+    socklen_t length = sizeof repetitions;
+    ::getsockopt(Number(socket), IPPROTO_TCP, TCP_SYNCNT, &repetitions, &length);
+    return repetitions;
+}
+
+bool SetSystem(const std::string& name, const std::string& value) {
+    return static_cast<bool>(std::ofstream("/proc/sys/net/" + name) << value << std::flush);
+}
+
+void PlayInOwnNetwork(const std::function<bool()>& scene) {
+    const SceneResult result = RunWithNames("", "host", scene);
+    if (result == SceneResult::Impossible) GTEST_SKIP() << "no network of its own here";
+    EXPECT_EQ(result, SceneResult::Passed);
+}
+
+using OutcomeTaken = Started;
+
+TEST_F(OutcomeTaken, ByAnotherIsAFailureThatIsToldStill) {
+    const OwnedSocket target = NewListener();
+    const OwnedSocket socket = NewStream();
+    SetNonBlocking(socket);
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, Loopback(LocalPort(NewBoundStream())))));
+    AwaitEnd(socket.Get());
+    ASSERT_EQ(TakeReport(Number(socket)), ECONNREFUSED);
+    Winsock::HandleSet failed = SetOf({socket.Get()});
+    EXPECT_TRUE(Succeeds(Winsock::select(0, nullptr, nullptr, &failed, &AtOnce), 1));
+    EXPECT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(target))));
+}
+
+// The wait of an interrupted connect call is over, but somebody else asked for the reason first.
+TEST_F(OutcomeTaken, ByAnotherDuringABlockingCallIsARefusal) {
+    FullListener listener;
+    const OwnedSocket socket = NewStream();
+    int taken = 0;
+    const HookedCall asked(SystemCall::Ppoll, [&](const Call& call) {
+        const Word ready = call.Make();
+        if (ready > 0) taken = TakeReport(Number(socket));
+        return ready;
+    });
+    const SignalStorm storm([&] { listener.Close(); });
+    EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(listener.Port()))));
+    EXPECT_EQ(taken, ECONNREFUSED);
+}
+
+using ResetDuringConnect = Started;
+
+TEST_F(ResetDuringConnect, IsAResetOfTheConnection) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    {
+        const FailingCall resets(SystemCall::Connect, ECONNRESET, {.count = 1});
+        EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener))));
+    }
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10056, Connect(socket, LocalAddress(listener))));
+}
+
+using FailedWait = Started;
+
+TEST_F(FailedWait, LeavesTheConnectCallUnfinished) {
+    FullListener listener;
+    const OwnedSocket socket = NewStream();
+    {
+        const FailingCall interrupted(SystemCall::Connect, EINTR, {.count = 1});
+        const FailingCall fails(SystemCall::Ppoll, ENOMEM);
+        EXPECT_TRUE(FailsWith(10055, Connect(socket, Loopback(listener.Port()))));
+    }
+    EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
+}
+
+using TakenPort = Started;
+
+// Between the refusal and the answer somebody else was quicker.
+TEST_F(TakenPort, IsReplacedByAnotherSoThatTheNameIsTrue) {
+    const OwnedSocket socket = NewBoundStream();
+    const unsigned int port = LocalPort(socket);
+    const unsigned int nobodysPort = LocalPort(NewBoundStream());
+    {
+        const FailingCall taken(SystemCall::Bind, EADDRINUSE, {.count = 1});
+        EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(nobodysPort))));
+    }
+    EXPECT_NE(LocalPort(socket), port);
+    ASSERT_TRUE(Succeeds(Winsock::listen(socket.Get(), 5)));
+    EXPECT_TRUE(Succeeds(Connect(NewStream(), LocalAddress(socket))));
+}
+
+using UsedUpPorts = Started;
+
+// The system has one port to give away, which is given away.
+bool ConnectsWithoutPorts() {
+    const OwnedSocket listener = NewStream();
+    EXPECT_TRUE(Succeeds(Bind(listener, Loopback(7000))));
+    EXPECT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
+    EXPECT_TRUE(SetSystem("ipv4/ip_local_port_range", "7001 7001"));
+    const OwnedSocket holder = NewBoundStream();
+    EXPECT_EQ(LocalPort(holder), 7001U);
+    const OwnedSocket socket = NewStream();
+    EXPECT_TRUE(FailsWith(10048, Connect(socket, Loopback(7000))));
+    EXPECT_TRUE(FailsWith(10048, Bind(socket, Loopback(0))));
+    EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
+    EXPECT_TRUE(FailsWith(10048, Bind(socket, Loopback(0))));
+    return !testing::Test::HasFailure();
+}
+
+TEST_F(UsedUpPorts, AreToldAsPortsInUse) {
+    PlayInOwnNetwork(ConnectsWithoutPorts);
+}
+
+bool ConnectsWithoutOwnAddress() {
+    EXPECT_TRUE(SetSystem("ipv6/conf/lo/disable_ipv6", "1"));
+    EXPECT_TRUE(FailsWith(10049, Connect(NewStream(23), LoopbackIpv6(7000))));
+    return !testing::Test::HasFailure();
+}
+
+TEST_F(UsedUpPorts, AreNotToBlameWhereThereIsNoAddress) {
+    PlayInOwnNetwork(ConnectsWithoutOwnAddress);
+}
+
+using Patience = Started;
+
+TEST_F(Patience, OfAConnectCallIsThatOfWinsock) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket client = NewStream();
+    ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    EXPECT_LE(Repetitions(client), 3);
+}
+
+TEST_F(Patience, OfTheHostCountsWhereItIsLess) {
+    PlayInOwnNetwork([] {
+        EXPECT_TRUE(SetSystem("ipv4/tcp_syn_retries", "1"));
+        const OwnedSocket listener = NewListener();
+        const OwnedSocket client = NewStream();
+        EXPECT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+        EXPECT_EQ(Repetitions(client), 1);
+        return !HasFailure();
+    });
+}
+
+}  // namespace
+}  // namespace Conformance
