@@ -15,7 +15,9 @@ void System::AcquireLock(Lock& lock) noexcept {
         StateOf(lock).wait(1);
 }
 
+// Notifying first asks whether anybody waits. After a mere release that question may pass the store
+// by, and who begins to wait in between sleeps for ever.
 void System::ReleaseLock(Lock& lock) noexcept {
-    StateOf(lock).store(0, std::memory_order_release);
+    StateOf(lock).store(0, std::memory_order_seq_cst);
     StateOf(lock).notify_one();
 }
