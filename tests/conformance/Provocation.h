@@ -58,6 +58,9 @@ private:
 // Whether the system itself gives a port to others while its last connections are just ending.
 bool EndedConnectionsLeavePortsFree();
 
+// Ends this side's half of the handle's connection, past the library.
+void EndSending(unsigned long long handle);
+
 // Waits until the handle's connection is known to have ended.
 void AwaitEnd(unsigned long long handle);
 // Waits until data or the peer's end can be read.

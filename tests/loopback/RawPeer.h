@@ -42,6 +42,10 @@ private:
     unsigned long long handle_;
 };
 
+// Ends the sending half of one of the library's own connections, as a program may that asks for the
+// handle.
+void EndSending(unsigned long long handle);
+
 // Holds so many descriptors open that any new one has a number above their count. The process's
 // limit is raised to the highest that it may have.
 //

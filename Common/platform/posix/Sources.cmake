@@ -27,6 +27,7 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/sockets/TcpState.cpp
   platform/posix/transfer/Datagrams.cpp
   platform/posix/transfer/Select.cpp
+  platform/posix/transfer/StreamEnd.cpp
   platform/posix/transfer/Transfer.cpp
   platform/posix/transfer/TransferDeadline.cpp
   platform/posix/names/AddressInfo.cpp

@@ -8,6 +8,7 @@
 
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
+#include "conformance/SelectScene.h"
 
 namespace Conformance {
 namespace {
@@ -65,7 +66,105 @@ TEST_P(ReportTaken, AResetIsNoOrderlyEndToTheReceiver) {
     ExpectResetForEver(socket);
 }
 
+TEST_P(ReportTaken, AResetIsNoAbortToTheSender) {
+    const OwnedSocket listener = NewListener();
+    RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+    const OwnedSocket socket = Accept(listener);
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionSendTimeout, GetParam())));
+    peer.Send("unread");
+    peer.Reset();
+    AwaitEnd(socket.Get());
+    ASSERT_EQ(TakeReport(socket), ECONNRESET);
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_EQ(Receive(socket), "unread");
+    ExpectResetForEver(socket);
+}
+
+TEST_P(ReportTaken, AResetIsNoOrderlyEndThoughTheOwnHalfWasEnded) {
+    const OwnedSocket listener = NewListener();
+    RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+    const OwnedSocket socket = Accept(listener);
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, GetParam())));
+    EndSending(socket.Get());
+    peer.Reset();
+    AwaitEnd(socket.Get());
+    ASSERT_EQ(TakeReport(socket), ECONNRESET);
+    ExpectResetForEver(socket);
+}
+
 INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ReportTaken, testing::Values(0U, 60'000U));
+
+// What has come is given all the same. Winsock's own answer to this is not certain.
+class ResetWithUnreadData : public testing::WithParamInterface<unsigned int>, public Started {
+protected:
+    void SetUp() override {
+        Started::SetUp();
+        const OwnedSocket listener = NewListener();
+        peer = RawPeer::ConnectedTo(LocalPort(listener));
+        socket = Accept(listener);
+        ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, GetParam())));
+    }
+    void TearDown() override {
+        socket.Close();
+        Started::TearDown();
+    }
+    void Reset() {
+        peer.Send("last");
+        peer.Reset();
+        AwaitEnd(socket.Get());
+    }
+    RawPeer peer;
+    OwnedSocket socket;
+};
+
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ResetWithUnreadData, testing::Values(0U, 60'000U));
+
+TEST_P(ResetWithUnreadData, GivesThemAndThenTheResetAsTheCountSays) {
+    Reset();
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_EQ(BytesAvailable(socket), 4U);
+    EXPECT_EQ(ReadyFor(socket), "rw");
+    EXPECT_EQ(Receive(socket, 3), "las");
+    EXPECT_EQ(BytesAvailable(socket), 1U);
+    EXPECT_EQ(Receive(socket), "t");
+    EXPECT_EQ(BytesAvailable(socket), 0U);
+    ExpectResetForEver(socket);
+    EXPECT_EQ(ReadyFor(socket), "rw");
+}
+
+TEST_P(ResetWithUnreadData, GivesThemToANonBlockingSocket) {
+    SetNonBlocking(socket);
+    Reset();
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_EQ(Receive(socket), "last");
+    ExpectResetForEver(socket);
+}
+
+TEST_P(ResetWithUnreadData, ReceivesNothingIntoNoRoomUntilTheyAreGiven) {
+    Reset();
+    EXPECT_TRUE(Succeeds(TryReceive(socket, 0), 0));
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_TRUE(Succeeds(TryReceive(socket, 0), 0));
+    EXPECT_EQ(Receive(socket), "last");
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket, 0)));
+    ExpectResetForEver(socket);
+}
+
+TEST_P(ResetWithUnreadData, RefusesANullBufferAndKeepsThem) {
+    Reset();
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_TRUE(FailsWith(10014, Winsock::recv(socket.Get(), nullptr, 4, 0)));
+    EXPECT_EQ(Receive(socket), "last");
+    ExpectResetForEver(socket);
+}
+
+TEST_P(ResetWithUnreadData, GivesThemThoughTheOwnHalfWasEnded) {
+    EndSending(socket.Get());
+    Reset();
+    EXPECT_EQ(Receive(socket), "last");
+    ExpectResetForEver(socket);
+}
 
 // Connected, as the server knows, and reset before the client has asked for the outcome.
 class ResetBeforeTheOutcome : public Started {
@@ -77,29 +176,45 @@ protected:
         socket_ = NewStream();
         SetNonBlocking(socket_);
         ASSERT_TRUE(FailsWith(10035, Connect(socket_, address_)));
-        RawPeer server(::accept(Number(listener), nullptr, nullptr));
-        ASSERT_GE(server.Descriptor(), 0);
-        server.Reset();
-        AwaitEnd(socket_.Get());
+        server_ = RawPeer(::accept(Number(listener), nullptr, nullptr));
+        ASSERT_GE(server_.Descriptor(), 0);
     }
     void TearDown() override {
         socket_.Close();
         Started::TearDown();
     }
+    void Reset() {
+        server_.Reset();
+        AwaitEnd(socket_.Get());
+    }
     Winsock::AddressIpv4 address_ = {};
+    RawPeer server_;
     OwnedSocket socket_;
 };
 
 TEST_F(ResetBeforeTheOutcome, IsAResetToTransfers) {
+    Reset();
     ExpectResetForEver(socket_);
 }
 
 TEST_F(ResetBeforeTheOutcome, IsAConnectedSocketToConnect) {
+    Reset();
     EXPECT_TRUE(FailsWith(10056, Connect(socket_, address_)));
     ExpectResetForEver(socket_);
 }
 
 TEST_F(ResetBeforeTheOutcome, HasNoBytesAndTheQuestionSucceeds) {
+    Reset();
+    EXPECT_EQ(BytesAvailable(socket_), 0U);
+    ExpectResetForEver(socket_);
+}
+
+TEST_F(ResetBeforeTheOutcome, ComesBehindTheDataThatHadCome) {
+    server_.Send("hello");
+    Reset();
+    EXPECT_EQ(BytesAvailable(socket_), 5U);
+    EXPECT_TRUE(FailsWith(10054, Send(socket_, "x")));
+    EXPECT_EQ(Receive(socket_), "hello");
     EXPECT_EQ(BytesAvailable(socket_), 0U);
     ExpectResetForEver(socket_);
 }

@@ -162,6 +162,10 @@ bool EndedConnectionsLeavePortsFree() {
     return false;
 }
 
+void EndSending(unsigned long long handle) {
+    Require(::shutdown(static_cast<int>(handle), SHUT_WR) == 0, "shutdown");
+}
+
 void AwaitEnd(unsigned long long handle) {
     Await(handle, 0);
 }

@@ -27,10 +27,11 @@ constexpr Row OfThisMachine[] = {
     {ENOMEM, 10055}, {EBADF, 10038},  {ENOTSOCK, 10038}, {ENETDOWN, 10050},
 };
 
+// A pipe is broken without the connection when this side has ended its half.
 constexpr Row OfTheEnd[] = {
     {ECONNRESET, 10054},
     {ECONNABORTED, 10053},
-    {EPIPE, 10053},
+    {EPIPE, 10058},
     {ETIMEDOUT, 10060},
 };
 

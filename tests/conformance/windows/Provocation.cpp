@@ -189,6 +189,11 @@ bool EndedConnectionsLeavePortsFree() {
     return true;
 }
 
+void EndSending(unsigned long long handle) {
+    const LastErrorKept kept;
+    Require(::shutdown(handle, SD_SEND) == 0, "shutdown");
+}
+
 namespace {
 
 bool IsDatagram(unsigned long long handle) {

@@ -125,7 +125,7 @@ std::string Connection::Receive(std::size_t count) {
 }
 
 void Connection::EndSending() {
-    Require(shutdown(DescriptorOf(handle_), SHUT_WR), "shutdown");
+    RawPeer::EndSending(handle_);
 }
 
 void Connection::Reset() {
@@ -138,6 +138,10 @@ void Connection::Reset() {
 void Connection::Close() noexcept {
     if (DescriptorOf(handle_) != -1) close(DescriptorOf(handle_));
     handle_ = ~0ULL;
+}
+
+void EndSending(unsigned long long handle) {
+    Require(shutdown(DescriptorOf(handle), SHUT_WR), "shutdown");
 }
 
 ManyDescriptors::ManyDescriptors(int count) {

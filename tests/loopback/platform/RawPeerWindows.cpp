@@ -127,7 +127,7 @@ std::string Connection::Receive(std::size_t count) {
 }
 
 void Connection::EndSending() {
-    Require(shutdown(handle_, SD_SEND), "shutdown");
+    RawPeer::EndSending(handle_);
 }
 
 void Connection::Reset() {
@@ -137,6 +137,10 @@ void Connection::Reset() {
 
 void Connection::Close() noexcept {
     if (handle_ != INVALID_SOCKET) closesocket(std::exchange(handle_, INVALID_SOCKET));
+}
+
+void EndSending(unsigned long long handle) {
+    Require(shutdown(handle, SD_SEND), "shutdown");
 }
 
 ManyDescriptors::ManyDescriptors(int count) {

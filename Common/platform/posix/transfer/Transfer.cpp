@@ -1,7 +1,6 @@
 // The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
 // whatever needs more thought is out of line.
 #include <Platform/Winsock.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -12,10 +11,8 @@
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
 #include "sockets/SocketTable.h"
-#include "sockets/TcpState.h"
-#include "system/Descriptors.h"
 #include "transfer/Datagrams.h"
-#include "sockets/ErrorQueue.h"
+#include "transfer/StreamEnd.h"
 #include "transfer/Transfer.h"
 #include "transfer/TransferDeadline.h"
 
@@ -23,63 +20,9 @@ namespace {
 
 using namespace Posix;
 
-// The end that the connection has met, or 0.
-int MarkedEnd(const Socket& socket) {
-    if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
-    return socket.Has(Flag::Aborted) ? WinsockError::ConnectionAborted : 0;
-}
-
-// What is wrong with a transfer before the kernel is asked, or 0.
-int TransferError(const Socket& socket, int length, int flags) {
-    const int error = Posix::TransferError(length, flags);
-    return error != 0 ? error : MarkedEnd(socket);
-}
-
-// The network's reports reach a stream only when it has given up.
-bool EndsConnection(int error) {
-    switch (error) {
-        case ECONNRESET:
-        case ECONNABORTED:
-        case EPIPE:
-        case ETIMEDOUT:
-            return true;
-        default:
-            return MayBeReport(error);
-    }
-}
-
-// The kernel forgets with its report how a connection ended.
-void MarkEnd(const Socket& socket, int error) {
-    socket.entry->Set(error == WinsockError::ConnectionReset ? Flag::Reset : Flag::Aborted);
-}
-
-int StreamError(const Socket& socket) {
-    const int systemError = errno;
-    if (systemError == EAGAIN) {
-        return socket.Has(Flag::NonBlocking) ? WinsockError::WouldBlock : WinsockError::TimedOut;
-    }
-    // The other direction may have met the reset meanwhile.
-    if (systemError == EPIPE && socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
-    const int error = WinsockFromErrno(systemError);
-    if (EndsConnection(systemError)) MarkEnd(socket, error);
-    return error;
-}
-
-// An orderly end leaves this side's half of the connection open.
-bool IsTornDown(const Socket& socket) {
-    return TcpState(socket.descriptor) == TCP_CLOSE;
-}
-
-// When a receive call gets nothing, the connection may yet have ended otherwise. Behind the peer's
-// orderly end the kernel keeps to itself that a later send was refused (EPIPE); and the thread that
-// sends may have been told of a reset, which the kernel tells once, and not have marked it yet.
 int FinishWithNothing(const Socket& socket) {
-    if (MarkedEnd(socket) == 0 && IsTornDown(socket)) {
-        const bool refused = TakePendingError(socket.descriptor) == EPIPE;
-        MarkEnd(socket, refused ? WinsockError::ConnectionAborted : WinsockError::ConnectionReset);
-    }
-    const int end = MarkedEnd(socket);
-    return end != 0 ? Fail(end) : Succeed();
+    const int error = ErrorOfNothing(socket);
+    return error != 0 ? Fail(error) : Succeed();
 }
 
 // The failure of the last attempt is marked even when it is not answered yet.
@@ -118,8 +61,9 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
                                                int length, int flags) {
     const Socket socket = FindSocket(handle);
     if (!socket) return Winsock::SocketError;
-    if (const int error = TransferError(socket, length, flags)) return Fail(error);
+    if (const int error = TransferError(length, flags)) return Fail(error);
     if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    if (const int end = MarkedEnd(socket)) return Fail(end);
     const bool datagram = socket.Has(Flag::Datagram);
     return UnlessClosed(socket, datagram ? SendDatagram(socket, buffer, length)
                                          : SendStream(socket, buffer, length));
@@ -129,9 +73,10 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
                                                   int flags) {
     const Socket socket = FindSocket(handle);
     if (!socket) return Winsock::SocketError;
-    if (const int error = TransferError(socket, length, flags)) return Fail(error);
+    if (const int error = TransferError(length, flags)) return Fail(error);
     const bool datagram = socket.Has(Flag::Datagram);
     if (!datagram && !IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    if (const int end = MarkedEnd(socket); end != 0 && !HasBytes(socket)) return Fail(end);
     return UnlessClosed(socket, datagram ? ReceiveDatagram(socket, buffer, length)
                                          : ReceiveStream(socket, buffer, length));
 }
