@@ -7,6 +7,7 @@
 #include "NameCommands.h"
 #include "SocketCommands.h"
 #include "TransferCommands.h"
+#include "posix/HandleCommands.h"
 
 namespace Network {
 
@@ -27,6 +28,7 @@ constexpr Command Commands[] = {
     {"close", 1, Close},
     {"timeouts", 2, SetTimeouts},
     {"non-blocking", 1, SetNonBlocking},
+    {"reports", 1, AskForReports},
     {"broadcast", 1, SetBroadcast},
     {"multicast", 3, SetMulticast},
     {"select", 3, Select},

@@ -108,6 +108,89 @@ TestAConnectionWhosePeerIsGoneIsGivenUp() {
   }
 }
 
+# --- Filters that refuse
+
+# What the network reports when a filter refuses: FAMILY
+refusal_of() {
+  if [ "$1" = ipv4 ]; then echo 10065; else echo 10013; fi
+}
+
+# The first two attempts are refused, the kernel's third is not. The first refusal comes while the
+# kernel is still sending, which then may not tell it.
+meet_passing_refusal() {
+  local refusal
+  refusal="alpha:0 $(address_of beta "$1"):7000 $(refusal_of "$1")"
+  filter beta
+  connect_hosts alpha beta "$1"
+  expect alpha "reports client" ok
+  filter beta "tcp dport 7000 numgen inc mod 1000 < 2 reject with icmpx admin-prohibited"
+  expect alpha "send client question" "ok 8"
+  # shellcheck disable=SC2086  # three words
+  expect alpha "receive client" "$(receive_failed $refusal)"
+  expect beta "receive peer" "ok question"
+  ask alpha "send client more"
+  # shellcheck disable=SC2086  # three words
+  [ "$answer" != "$(send_failed $refusal)" ] || ask alpha "send client more"
+  [ "$answer" = "ok 4" ] || fail "alpha's connection is gone: $answer"
+  expect beta "receive peer" "ok more"
+  expect beta "send peer answer" "ok 6"
+  expect alpha "receive client" "ok answer"
+  expect beta "close server" ok
+}
+
+TestAFilterThatRefusesForAWhileEndsNoConnection() {
+  add_host alpha
+  add_host beta
+  for_both_families meet_passing_refusal
+}
+
+# Nobody is told who has not asked, and the own host's filter is no other.
+pass_refusal() {
+  filter beta
+  connect_hosts alpha beta "$1"
+  filter beta "tcp dport 7000 numgen inc mod 1000 0 reject with icmpx admin-prohibited"
+  output_filter alpha "tcp dport 7000 numgen inc mod 1000 0 reject with icmpx admin-prohibited"
+  expect alpha "send client question" "ok 8"
+  expect beta "receive peer" "ok question"
+  output_filter alpha "tcp dport 7000 numgen inc mod 1000 0 drop"
+  expect alpha "send client more" "ok 4"
+  expect beta "receive peer" "ok more"
+  output_filter alpha
+  expect beta "send peer answer" "ok 6"
+  expect alpha "receive client" "ok answer"
+  expect beta "close server" ok
+}
+
+TestARefusalThatNobodyAskedForIsNotTold() {
+  add_host alpha
+  add_host beta
+  for_both_families pass_refusal
+}
+
+# The kernel's last reason is told, and then that there is no connection any more.
+meet_lasting_refusal() {
+  local ends
+  ends="alpha:0 $(address_of beta "$1"):7000"
+  filter beta
+  connect_hosts alpha beta "$1"
+  filter beta "tcp dport 7000 reject with icmpx admin-prohibited"
+  expect alpha "send client question" "ok 8"
+  # shellcheck disable=SC2086  # two words
+  {
+    expect alpha "receive client" "$(receive_failed $ends "$(refusal_of "$1")")"
+    expect alpha "receive client" "$(receive_failed $ends 10053)"
+    expect alpha "send client question" "$(send_failed $ends 10053)"
+  }
+  expect beta "close server" ok
+}
+
+TestAFilterThatGoesOnRefusingEndsTheConnection() {
+  add_host alpha
+  add_host beta
+  in_host alpha bash -c 'echo 1 >/proc/sys/net/ipv4/tcp_retries2'
+  for_both_families meet_lasting_refusal
+}
+
 # --- Resets
 
 meet_reset() {

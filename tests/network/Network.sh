@@ -184,13 +184,22 @@ mend_link() {
 
 # filter HOST [RULE]: what the host does with the packets that come in, as nft has it.
 filter() {
-  in_host "$1" nft -f - <<<"
-    table inet trouble
-    delete table inet trouble
-    table inet trouble {
-      chain input {
-        type filter hook input priority 0
-        ${2-}
+  filter_at input "$@"
+}
+
+# output_filter HOST [RULE]: the same with those that it sends.
+output_filter() {
+  filter_at output "$@"
+}
+
+filter_at() {
+  in_host "$2" nft -f - <<<"
+    table inet trouble-$1
+    delete table inet trouble-$1
+    table inet trouble-$1 {
+      chain trouble {
+        type filter hook $1 priority 0
+        ${3-}
       }
     }"
 }
