@@ -338,8 +338,9 @@ inline BytesAnswers CodePageFromWide() {
 inline PlainAnswers OpenLogFile() {
     return PlainAnswers("OpenLogFile");
 }
-inline PlainAnswers WriteLogFile() {
-    return PlainAnswers("WriteLogFile");
+// Returns so many, and that many bytes of the record are in the file.
+inline NumberAnswers WriteLogFile() {
+    return NumberAnswers("WriteLogFile");
 }
 
 inline PlainAnswers OpenKey() {

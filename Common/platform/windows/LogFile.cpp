@@ -9,6 +9,9 @@ namespace {
 // The longest path that the system knows.
 constexpr int LongestPath = 32768;
 
+constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr char LineFeed = '\n';
+
 // Everything for the user whom the process runs for, nothing for anybody else, and nothing from the
 // folder above. Held in place, because opening a log must not depend on memory.
 class OwnerOnly {
@@ -56,9 +59,8 @@ System::LogFile FileOf(HANDLE handle) noexcept {
 }
 
 HANDLE OpenForAppending(const wchar_t* path, void* security) noexcept {
-    constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, security, FALSE};
-    return ::CreateFileW(path, FILE_APPEND_DATA, share, &attributes, OPEN_ALWAYS,
+    return ::CreateFileW(path, FILE_APPEND_DATA, ShareAll, &attributes, OPEN_ALWAYS,
                          FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
@@ -70,6 +72,17 @@ HANDLE OpenOwnersFile(const char* path) noexcept {
         ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide, LongestPath) != 0 &&
         security.Prepare();
     return ready ? OpenForAppending(wide, security.Descriptor()) : INVALID_HANDLE_VALUE;
+}
+
+// A line feed when it cannot be read.
+char LastByte(HANDLE file, long long size) noexcept {
+    LARGE_INTEGER place = {};
+    place.QuadPart = size - 1;
+    char byte = LineFeed;
+    DWORD count = 0;
+    if (::SetFilePointerEx(file, place, nullptr, FILE_BEGIN) == FALSE) return LineFeed;
+    const BOOL read = ::ReadFile(file, &byte, 1, &count, nullptr);
+    return read != FALSE && count == 1 ? byte : LineFeed;
 }
 
 }  // namespace
@@ -86,16 +99,29 @@ System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexc
     return file;
 }
 
-bool System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
+std::size_t System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
     constexpr std::size_t most = 1U << 30U;
-    while (count > 0) {
+    std::size_t taken = 0;
+    while (taken < count) {
         DWORD written = 0;
-        const auto part = static_cast<DWORD>(std::min(count, most));
-        if (::WriteFile(HandleOf(file), bytes, part, &written, nullptr) == 0) return false;
-        bytes += written;
-        count -= written;
+        const auto part = static_cast<DWORD>(std::min(count - taken, most));
+        const BOOL whole = ::WriteFile(HandleOf(file), bytes + taken, part, &written, nullptr);
+        taken += written;
+        if (whole == FALSE || written == 0) break;
     }
-    return true;
+    return taken;
+}
+
+// The handle is for appending alone, and the path may mean another file by now.
+bool System::EndsWithinLine(LogFile file) noexcept {
+    LARGE_INTEGER size = {};
+    const HANDLE handle = HandleOf(file);
+    if (::GetFileSizeEx(handle, &size) == FALSE || size.QuadPart == 0) return false;
+    const HANDLE reader = ::ReOpenFile(handle, GENERIC_READ, ShareAll, 0);
+    if (reader == INVALID_HANDLE_VALUE) return false;
+    const bool within = LastByte(reader, size.QuadPart) != LineFeed;
+    ::CloseHandle(reader);
+    return within;
 }
 
 void System::CloseLogFile(LogFile file) noexcept {

@@ -22,14 +22,15 @@ System::LogFile OpenForAppending(const char* path) {
 
 }  // namespace
 
-FileSink::FileSink(const char* path) : file_(OpenForAppending(path != nullptr ? path : "")) {}
+FileSink::FileSink(const char* path)
+    : file_(OpenForAppending(path != nullptr ? path : "")), isCut_(System::EndsWithinLine(file_)) {}
 
 FileSink::~FileSink() {
     System::CloseLogFile(file_);
 }
 
 void FileSink::Write(const LogRecord& record) {
-    WriteLogLine(file_, record);
+    WriteLogLine(file_, record, isCut_);
 }
 
 }  // namespace VelLog

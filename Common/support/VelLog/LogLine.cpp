@@ -9,6 +9,8 @@
 namespace VelLog {
 namespace {
 
+constexpr char LineFeed = '\n';
+
 std::string RenderTime(long long microsecondsSince1970) {
     using namespace std::chrono;
     const sys_time<microseconds> time{microseconds(microsecondsSince1970)};
@@ -25,11 +27,13 @@ std::string RenderTime(long long microsecondsSince1970) {
 
 }  // namespace
 
-void WriteLogLine(System::LogFile file, const LogRecord& record) {
-    std::string line = RenderTime(record.microsecondsSince1970);
+void WriteLogLine(System::LogFile file, const LogRecord& record, bool& isCut) {
+    std::string line(isCut ? 1 : 0, LineFeed);
+    line.append(RenderTime(record.microsecondsSince1970));
     line.append(" ").append(record.router).append("/").append(record.category).append(": ");
-    line.append(VelBase::WideCharToUTF8(record.text, false).c_str()).append("\n");
-    System::WriteLogFile(file, line.data(), line.size());
+    line.append(VelBase::WideCharToUTF8(record.text, false).c_str()) += LineFeed;
+    const std::size_t written = System::WriteLogFile(file, line.data(), line.size());
+    if (written > 0) isCut = line[written - 1] != LineFeed;
 }
 
 }  // namespace VelLog

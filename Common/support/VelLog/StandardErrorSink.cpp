@@ -8,7 +8,7 @@ StandardErrorSink::StandardErrorSink() noexcept = default;
 StandardErrorSink::~StandardErrorSink() = default;
 
 void StandardErrorSink::Write(const LogRecord& record) {
-    WriteLogLine(System::StandardError(), record);
+    WriteLogLine(System::StandardError(), record, isCut_);
 }
 
 }  // namespace VelLog

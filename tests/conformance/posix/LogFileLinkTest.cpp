@@ -1,17 +1,11 @@
 // Links that stand in the place of the log file.
-#include <Platform/System.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-#include <string>
+
+#include "LogFileScene.h"
 
 namespace Conformance {
 namespace {
@@ -22,41 +16,27 @@ constexpr uid_t Root = 0;
 constexpr uid_t Somebody = 54321;
 constexpr uid_t SomebodyElse = 54322;
 
-class LogFileLinks : public testing::Test {
+class LogFileLinks : public LogFileScene {
 protected:
-    LogFileLinks() {
-        std::string folder = (fs::temp_directory_path() / "linksXXXXXX").string();
-        if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("mkdtemp");
-        folder_ = folder;
-        link_ = folder_ / "link";
-        target_ = folder_ / "target";
-    }
-    ~LogFileLinks() override { fs::remove_all(folder_); }
-
-    // The error that the log file at the path is refused with, after a record.
+    // The error that the log file at the path is refused with; else it gets a record.
     static unsigned int Log(const fs::path& path) {
         unsigned int error = 4711;
         const System::LogFile file = System::OpenLogFile(path.c_str(), error);
         EXPECT_EQ(file == System::NoLogFile, error != 0);
-        System::WriteLogFile(file, "record\n", 7);
+        Write(file, "record\n");
         System::CloseLogFile(file);
         return error;
     }
-    static std::string Contents(const fs::path& path) {
-        std::ifstream stream(path);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 
-    fs::path folder_;
-    fs::path link_;
-    fs::path target_;
+    const fs::path link_ = folder_ / "link";
+    const fs::path target_ = folder_ / "target";
 };
 
 TEST_F(LogFileLinks, LeadToTheFileInAFolderOfOnesOwn) {
     fs::create_symlink("target", link_);
     EXPECT_EQ(Log(link_), 0U);
     EXPECT_EQ(Log(link_), 0U);
-    EXPECT_EQ(Contents(target_), "record\nrecord\n");
+    EXPECT_EQ(ContentsOf(target_), "record\nrecord\n");
     struct stat status = {};
     ASSERT_EQ(::stat(target_.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 0600U);
@@ -68,7 +48,7 @@ TEST_F(LogFileLinks, LeadFromOneToTheNext) {
     fs::create_symlink(folder_ / "deep/deeper/second", folder_ / "deep/first");
     fs::create_symlink("../../target", folder_ / "deep/deeper/second");
     EXPECT_EQ(Log(link_), 0U);
-    EXPECT_EQ(Contents(target_), "record\n");
+    EXPECT_EQ(ContentsOf(target_), "record\n");
 }
 
 TEST_F(LogFileLinks, LeadThereFromAnyWorkingFolder) {
@@ -79,7 +59,7 @@ TEST_F(LogFileLinks, LeadThereFromAnyWorkingFolder) {
     EXPECT_EQ(Log("./link"), 0U);
     EXPECT_EQ(Log("target"), 0U);
     fs::current_path(former);
-    EXPECT_EQ(Contents(target_), "record\nrecord\nrecord\n");
+    EXPECT_EQ(ContentsOf(target_), "record\nrecord\nrecord\n");
 }
 
 TEST_F(LogFileLinks, ThatLeadNowhereTellWhy) {
@@ -131,7 +111,7 @@ protected:
     }
     void ExpectFollowed(const Owners& owners) {
         EXPECT_EQ(LogThroughLink(owners), 0U);
-        EXPECT_EQ(Contents(target_), "record\n");
+        EXPECT_EQ(ContentsOf(target_), "record\n");
     }
 };
 

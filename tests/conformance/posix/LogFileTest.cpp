@@ -1,55 +1,24 @@
 // The log file, looked at with the system's own means.
-#include <Platform/System.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <pthread.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 
 #include "ClosedStandardStreams.h"
+#include "LogFileScene.h"
 #include "conformance/Provocation.h"
 
 namespace Conformance {
 namespace {
 
-class LogFile : public testing::Test {
-protected:
-    void SetUp() override {
-        std::string directory = (std::filesystem::temp_directory_path() / "logXXXXXX").string();
-        ASSERT_NE(::mkdtemp(directory.data()), nullptr);
-        directory_ = directory;
-        path_ = directory_ / "log";
-    }
-    void TearDown() override { std::filesystem::remove_all(directory_); }
-
-    System::LogFile Open() {
-        unsigned int error = 4711;
-        const System::LogFile file = System::OpenLogFile(path_.c_str(), error);
-        EXPECT_NE(file, System::NoLogFile);
-        EXPECT_EQ(error, 0U);
-        return file;
-    }
-    std::string Contents() const {
-        std::ifstream stream(path_);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    static bool Write(System::LogFile file, const std::string& text) {
-        return System::WriteLogFile(file, text.data(), text.size());
-    }
-
-    std::filesystem::path directory_;
-    std::filesystem::path path_;
-};
+class LogFile : public LogFileScene {};
 
 bool IsPending(int signal) {
     sigset_t pending;
@@ -92,13 +61,29 @@ TEST_F(LogFile, ThatCannotBeOpenedTellsWhy) {
     unsigned int error = 0;
     EXPECT_EQ(System::OpenLogFile((path_ / "below").c_str(), error), System::NoLogFile);
     EXPECT_EQ(error, static_cast<unsigned int>(ENOENT));
-    EXPECT_EQ(System::OpenLogFile(directory_.c_str(), error), System::NoLogFile);
+    EXPECT_EQ(System::OpenLogFile(folder_.c_str(), error), System::NoLogFile);
     EXPECT_EQ(error, static_cast<unsigned int>(EISDIR));
 }
 
 TEST_F(LogFile, ThatIsNoneRefusesRecords) {
     EXPECT_FALSE(Write(System::NoLogFile, "text"));
     System::CloseLogFile(System::NoLogFile);
+}
+
+TEST_F(LogFile, TellsWhetherItEndsWithinALine) {
+    const System::LogFile file = Open();
+    EXPECT_FALSE(System::EndsWithinLine(file));
+    for (const char* const text : {"record\n", "\n"}) {
+        Write(file, text);
+        EXPECT_FALSE(System::EndsWithinLine(file));
+        Write(file, "half");
+        EXPECT_TRUE(System::EndsWithinLine(file));
+    }
+    std::filesystem::rename(path_, folder_ / "moved");
+    EXPECT_TRUE(System::EndsWithinLine(file));
+    System::CloseLogFile(file);
+    EXPECT_EQ(ContentsOf(folder_ / "moved"), "record\nhalf\nhalf");
+    EXPECT_FALSE(System::EndsWithinLine(System::NoLogFile));
 }
 
 TEST_F(LogFile, StandardErrorStaysOpen) {
@@ -151,6 +136,8 @@ TEST_F(LogFile, ThatIsAPipeWithAReaderWaitsForItsRoom) {
     const int mode = ::fcntl(static_cast<int>(file), F_GETFL);
     EXPECT_EQ(mode & O_NONBLOCK, 0);
     EXPECT_EQ(mode & O_APPEND, O_APPEND);
+    Write(file, "half");
+    EXPECT_FALSE(System::EndsWithinLine(file));
     System::CloseLogFile(file);
     ::close(reader);
 }
@@ -165,7 +152,7 @@ struct CancelledRecord {
         ::pthread_cancel(::pthread_self());
         unsigned int error = 0;
         const System::LogFile file = System::OpenLogFile(scene.path, error);
-        scene.written = System::WriteLogFile(file, "record", 6);
+        scene.written = System::WriteLogFile(file, "record", 6) == 6;
         System::CloseLogFile(file);
         ::pthread_testcancel();
         return nullptr;
@@ -186,14 +173,10 @@ TEST_F(LogFile, AThreadThatIsBeingCancelledWritesItsRecordStill) {
 class BrokenPipe : public LogFile {
 protected:
     void SetUp() override {
-        LogFile::SetUp();
         ASSERT_EQ(::pipe2(ends_, O_CLOEXEC), 0);
         ::close(ends_[0]);
     }
-    void TearDown() override {
-        ::close(ends_[1]);
-        LogFile::TearDown();
-    }
+    void TearDown() override { ::close(ends_[1]); }
     int ends_[2] = {};
 };
 
@@ -222,7 +205,6 @@ TEST_F(BrokenPipe, LeavesTheHostsPendingSignalAndMaskAlone) {
 class NonBlockingPipe : public LogFile {
 protected:
     void SetUp() override {
-        LogFile::SetUp();
         int ends[2];
         ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
         reader_ = ends[0];
@@ -232,7 +214,6 @@ protected:
     void TearDown() override {
         ::close(reader_);
         if (writer_ >= 0) ::close(writer_);
-        LogFile::TearDown();
     }
     std::size_t Fill() const {
         std::size_t filled = 0;
@@ -273,21 +254,6 @@ TEST_F(NonBlockingPipe, ThatIsFullLosesARecordWhole) {
     ::close(writer_);
     writer_ = -1;
     EXPECT_EQ(ReadAll(), std::string(filled, 'x'));
-}
-
-TEST_F(LogFile, AtTheSizeLimitRefusesRecordsWithoutASignal) {
-    const System::LogFile file = Open();
-    rlimit former = {};
-    ::getrlimit(RLIMIT_FSIZE, &former);
-    const rlimit small = {.rlim_cur = 4, .rlim_max = former.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &small);
-    const bool first = Write(file, "1234");
-    const bool second = Write(file, "5");
-    ::setrlimit(RLIMIT_FSIZE, &former);
-    System::CloseLogFile(file);
-    EXPECT_TRUE(first);
-    EXPECT_FALSE(second);
-    EXPECT_FALSE(IsPending(SIGXFSZ));
 }
 
 TEST_F(LogFile, ARecordIsWrittenWholeInSpiteOfSignals) {

@@ -52,7 +52,7 @@ protected:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
     static bool Write(System::LogFile file, const std::string& text) {
-        return System::WriteLogFile(file, text.data(), text.size());
+        return System::WriteLogFile(file, text.data(), text.size()) == text.size();
     }
 
     std::filesystem::path directory_;
@@ -144,6 +144,20 @@ TEST_F(LogFile, ThatCannotBeOpenedTellsWhy) {
 TEST_F(LogFile, ThatIsNoneRefusesRecords) {
     EXPECT_FALSE(Write(System::NoLogFile, "text"));
     System::CloseLogFile(System::NoLogFile);
+}
+
+TEST_F(LogFile, TellsWhetherItEndsWithinALine) {
+    const System::LogFile file = Open();
+    EXPECT_FALSE(System::EndsWithinLine(file));
+    for (const char* const text : {"record\n", "\n"}) {
+        Write(file, text);
+        EXPECT_FALSE(System::EndsWithinLine(file));
+        Write(file, "half");
+        EXPECT_TRUE(System::EndsWithinLine(file));
+    }
+    System::CloseLogFile(file);
+    EXPECT_EQ(Contents(), "record\nhalf\nhalf");
+    EXPECT_FALSE(System::EndsWithinLine(System::NoLogFile));
 }
 
 TEST_F(LogFile, StandardErrorIsTheProcesssAndStaysOpen) {

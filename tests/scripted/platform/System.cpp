@@ -57,12 +57,18 @@ std::string LedgerEntry(LogFile file) {
     return "log file " + std::to_string(file);
 }
 
-bool Append(LogFile file, const char* bytes, std::size_t count) {
-    const auto lock = Scripted::LockState();
+// Null for a file that is not open.
+std::string* ContentsOf(LogFile file) {
     const auto found = logFiles.open.find(file);
-    if (found == logFiles.open.end()) return false;
-    logFiles.contents[found->second].append(bytes, count);
-    return true;
+    return found != logFiles.open.end() ? &logFiles.contents[found->second] : nullptr;
+}
+
+std::size_t Append(LogFile file, const char* bytes, std::size_t count) {
+    const auto lock = Scripted::LockState();
+    std::string* const contents = ContentsOf(file);
+    if (contents == nullptr) return 0;
+    contents->append(bytes, count);
+    return count;
 }
 
 LogFile OpenInMemory(const char* path) {
@@ -157,11 +163,18 @@ LogFile OpenLogFile(const char* path, unsigned int& error) noexcept {
     return file;
 }
 
-bool WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
+std::size_t WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
     Call call("WriteLogFile");
-    call.Number(file).Quoted(bytes, static_cast<int>(count)).Play();
+    const Answer& answer = call.Number(file).Quoted(bytes, static_cast<int>(count)).Play();
     call.Finish();
-    return !call.IsFailure() && Append(file, bytes, count);
+    if (call.IsFailure()) return 0;
+    return Append(file, bytes, call.IsUsual() ? count : static_cast<std::size_t>(answer.result));
+}
+
+bool EndsWithinLine(LogFile file) noexcept {
+    const auto lock = Scripted::LockState();
+    const std::string* const contents = ContentsOf(file);
+    return contents != nullptr && !contents->empty() && !contents->ends_with('\n');
 }
 
 void CloseLogFile(LogFile file) noexcept {

@@ -117,6 +117,47 @@ TEST_F(ReadyMadeSinks, RecordThatCannotBeWrittenIsLost) {
     EXPECT_EQ(LogFileContents("log"), "1970-01-01T00:00:00.000000Z Network/Packet Trace: kept\n");
 }
 
+constexpr char KeptLine[] = "1970-01-01T00:00:00.000000Z Network/Packet Trace: kept\n";
+
+// As when the disk is full: half of it is there, and what comes later begins a line of its own.
+TEST_F(ReadyMadeSinks, RecordThatIsWrittenInPartIsALineOfItsOwn) {
+    FileSink file("log");
+    StandardErrorSink standardError;
+    for (VelLog::LogSink* const sink :
+         {static_cast<VelLog::LogSink*>(&file), static_cast<VelLog::LogSink*>(&standardError)}) {
+        On::WriteLogFile().Returns(10).Fails(28).Passes(2);
+        Write(*sink, u"cut", 0);
+        Write(*sink, u"lost", 0);
+        Write(*sink, u"kept", 0);
+        Write(*sink, u"kept", 0);
+    }
+    EXPECT_EQ(LogFileContents("log"), std::string("1970-01-01\n") + KeptLine + KeptLine);
+    EXPECT_EQ(StandardErrorContents(), LogFileContents("log"));
+}
+
+TEST_F(ReadyMadeSinks, RecordThatIsCutAgainEndsTheLineBefore) {
+    FileSink sink("log");
+    On::WriteLogFile().Returns(10).Returns(5).Returns(1).Passes();
+    Write(sink, u"cut", 0);
+    Write(sink, u"cut", 0);
+    Write(sink, u"cut", 0);
+    Write(sink, u"kept", 0);
+    EXPECT_EQ(LogFileContents("log"), std::string("1970-01-01\n1970\n") + KeptLine);
+}
+
+TEST_F(ReadyMadeSinks, FileThatEndsWithinALineIsGivenItsEnd) {
+    {
+        FileSink sink("log");
+        On::WriteLogFile().Returns(10);
+        Write(sink, u"cut", 0);
+    }
+    FileSink sink("log");
+    Write(sink, u"kept", 0);
+    FileSink another("log");
+    Write(another, u"kept", 0);
+    EXPECT_EQ(LogFileContents("log"), std::string("1970-01-01\n") + KeptLine + KeptLine);
+}
+
 TEST_F(ReadyMadeSinks, SinksTakeTheRecordsOfTheLog) {
     FileSink sink("log");
     const Support::SinkScope scope(sink);

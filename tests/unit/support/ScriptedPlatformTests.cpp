@@ -153,11 +153,12 @@ TEST_F(ScriptedPlatform, LogFilesLiveInMemory) {
     On::OpenLogFile().Passes().Fails(13);
     const System::LogFile file = System::OpenLogFile("a.log", error);
     EXPECT_EQ(error, 0U);
-    EXPECT_TRUE(System::WriteLogFile(file, "one\n", 4));
+    EXPECT_EQ(System::WriteLogFile(file, "one\n", 4), 4U);
+    EXPECT_FALSE(System::EndsWithinLine(file));
     EXPECT_EQ(System::OpenLogFile("b.log", error), System::NoLogFile);
     EXPECT_EQ(error, 13U);
     System::CloseLogFile(file);
-    EXPECT_FALSE(System::WriteLogFile(file, "two\n", 4));
+    EXPECT_EQ(System::WriteLogFile(file, "two\n", 4), 0U);
     EXPECT_EQ(LogFileContents("a.log"), "one\n");
 }
 

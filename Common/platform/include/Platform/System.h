@@ -64,8 +64,7 @@ void AcquireLock(Lock& lock) noexcept;
 void ReleaseLock(Lock& lock) noexcept;
 
 // A file that records are appended to. Each write is one call of the system, as far as the file
-// takes it at once, so that records of several writers do not mix; it is whole, or nothing was
-// written, or the file has failed. Nothing here raises a signal.
+// takes it at once, so that records of several writers do not mix. Nothing here raises a signal.
 using LogFile = long long;
 inline constexpr LogFile NoLogFile = -1;
 
@@ -77,7 +76,12 @@ LogFile StandardError() noexcept;
 // nobody reads is a failure. The file's number is none of the standard streams', even if they are
 // closed.
 LogFile OpenLogFile(const char* path, unsigned int& error) noexcept;
-bool WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept;
+
+// How many of the bytes the file has taken: all, none, or those before it failed.
+std::size_t WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept;
+
+// Whether what the file holds ends with anything but a line feed, as far as the system tells.
+bool EndsWithinLine(LogFile file) noexcept;
 void CloseLogFile(LogFile file) noexcept;
 
 }  // namespace System

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <ctime>
 
 #include "system/Descriptors.h"
@@ -12,6 +13,8 @@
 #include "system/Waiting.h"
 
 namespace {
+
+constexpr char LineFeed = '\n';
 
 // Keeps the signals that a write may raise for the calling thread from reaching the host: a pipe
 // without a reader, a file at the size limit. Signals that were pending before are none of ours.
@@ -78,17 +81,29 @@ System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexc
     return descriptor;
 }
 
-bool System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
+std::size_t System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
     const Posix::CancellationGuard whole;
     const WriteSignalGuard quiet;
     const int descriptor = static_cast<int>(file);
     std::size_t written = 0;
     while (written < count) {
         const ssize_t result = ::write(descriptor, bytes + written, count - written);
-        if (!MayGoOn(descriptor, result, written > 0)) return false;
+        if (!MayGoOn(descriptor, result, written > 0)) break;
         if (result > 0) written += static_cast<std::size_t>(result);
     }
-    return true;
+    return written;
+}
+
+// The descriptor is for writing alone, and the path may mean another file by now.
+bool System::EndsWithinLine(LogFile file) noexcept {
+    const Posix::CancellationGuard whole;
+    const off_t end = ::lseek(static_cast<int>(file), 0, SEEK_END);
+    if (end <= 0) return false;
+    char path[32];
+    std::snprintf(path, sizeof path, "/proc/self/fd/%d", static_cast<int>(file));
+    const Posix::Descriptor reader(::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    char last = LineFeed;
+    return ::pread(reader.Number(), &last, 1, end - 1) == 1 && last != LineFeed;
 }
 
 void System::CloseLogFile(LogFile file) noexcept {

@@ -8,6 +8,7 @@ namespace VelLog {
 // Writes each record as one line of UTF-8 to the end of a file: time (UTC), router, category, text.
 // The file is made, if need be, readable and writable by its owner only. On Linux a link in its
 // place is followed where only the process's user and root can have made it; any other is refused.
+// A record that the file takes in part, because the disk is full for one, stays a line of its own.
 class VELSOCK_EXPORT FileSink : public LogSink {
 public:
     // The path is UTF-8. Throws VelBase::ExceptionImpl<VelBase::Message> with the path and the
@@ -20,6 +21,7 @@ public:
 
 private:
     long long file_;  // as the system numbers it
+    bool isCut_;      // whether it ends within a line
 };
 
 }  // namespace VelLog

@@ -11,6 +11,9 @@ public:
     StandardErrorSink() noexcept;
     ~StandardErrorSink() override;
     void Write(const LogRecord& record) override;
+
+private:
+    bool isCut_ = false;  // whether what this wrote last ends within a line
 };
 
 }  // namespace VelLog
