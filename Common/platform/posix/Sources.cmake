@@ -14,6 +14,7 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/sockets/Connection.cpp
   platform/posix/sockets/Creation.cpp
   platform/posix/sockets/DatagramPeer.cpp
+  platform/posix/sockets/DatagramPorts.cpp
   platform/posix/sockets/EndpointAddresses.cpp
   platform/posix/sockets/ErrorQueue.cpp
   platform/posix/sockets/KernelAddress.cpp

@@ -7,9 +7,9 @@
 
 #include <array>
 #include <cstring>
-#include <functional>
 #include <string>
 
+#include "OwnNetwork.h"
 #include "conformance/DatagramScene.h"
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
@@ -142,15 +142,6 @@ bool AddAddress(const Bytes& bytes) {
     } request = {{}, 128, ::if_nametoindex("lo")};
     std::memcpy(&request.address, bytes.data(), bytes.size());
     return Ask(NewDatagram(Winsock::FamilyIpv6), SIOCSIFADDR, &request);
-}
-
-void InOwnNetwork(const std::function<void()>& scene) {
-    const SceneResult result = RunWithNames("", "host", [&] {
-        scene();
-        return !testing::Test::HasFailure();
-    });
-    if (result == SceneResult::Impossible) GTEST_SKIP() << "needs a network of its own";
-    EXPECT_EQ(result, SceneResult::Passed);
 }
 
 bool IsAt(const OwnedSocket& socket, const Winsock::AddressIpv4& expected) {

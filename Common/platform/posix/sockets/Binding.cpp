@@ -1,9 +1,11 @@
 #include <Platform/Winsock.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <cerrno>
 
 #include "errors/Errors.h"
+#include "sockets/DatagramPorts.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/PortReuse.h"
 #include "sockets/SocketTable.h"
@@ -18,6 +20,18 @@ int BindError(const Socket& socket, const KernelAddress& address) {
     return errno == EADDRINUSE && askedForReuse ? WinsockError::Access : WinsockFromErrno(errno);
 }
 
+// The kernel would bind to what is sent to many, as if it were an address of this machine.
+bool IsUnbindable(const KernelAddress& address) {
+    if (address.any.sa_family == AF_INET6) return IN6_IS_ADDR_MULTICAST(&address.ipv6.sin6_addr);
+    const in_addr_t ipv4 = ntohl(address.ipv4.sin_addr.s_addr);
+    return IN_MULTICAST(ipv4) || ipv4 == INADDR_BROADCAST;
+}
+
+bool BindAsWinsock(const Socket& socket, const KernelAddress& address) {
+    return socket.Has(Flag::Datagram) ? BindDatagram(socket, address)
+                                      : BindOverEndedConnections(socket, address);
+}
+
 }  // namespace
 
 int Winsock::bind(Handle handle, const void* address, int length) {
@@ -26,7 +40,8 @@ int Winsock::bind(Handle handle, const void* address, int length) {
     KernelAddress local = {};
     if (const int error = KernelFromWinsock(socket, address, length, local)) return Fail(error);
     if (socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
-    if (!BindOverEndedConnections(socket, local)) return Fail(BindError(socket, local));
+    if (IsUnbindable(local)) return Fail(WinsockError::AddressNotAvailable);
+    if (!BindAsWinsock(socket, local)) return Fail(BindError(socket, local));
     socket.entry->Set(Flag::Bound);
     return Succeed();
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "errors/Errors.h"
+#include "sockets/DatagramPorts.h"
 #include "sockets/ErrorQueue.h"
 
 namespace Posix {
@@ -95,6 +96,8 @@ void MarkConnected(const Socket& socket) {
 // The kernel keeps the way to the former peer, unless that is taken away first.
 int ReplacePeer(const Socket& socket, const KernelAddress& peer) {
     if (socket.Has(Flag::Connected) && !TakePeerAway(socket)) return FailFromErrno();
+    // A port that the kernel's connect chooses might be one that others share.
+    if (socket.Has(Flag::Reuse) && !HavePort(socket)) return FailFromErrno();
     if (!ConnectTo(socket, peer)) return FailToConnect(socket);
     MarkConnected(socket);
     return Succeed();

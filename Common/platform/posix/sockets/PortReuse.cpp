@@ -27,7 +27,7 @@ bool SetPortSharing(const Socket& socket, bool on) noexcept {
 
 bool BindOverEndedConnections(const Socket& socket, const KernelAddress& address) noexcept {
     if (BindTo(socket, address)) return true;
-    if (errno != EADDRINUSE || socket.Has(Flag::Datagram)) return false;
+    if (errno != EADDRINUSE) return false;
     SetKernelReuse(socket, true);
     const bool bound = BindTo(socket, address);
     ResetKernelReuse(socket);

@@ -8,6 +8,7 @@
 
 #include "errors/Errors.h"
 #include "sockets/DatagramPeer.h"
+#include "sockets/DatagramPorts.h"
 #include "sockets/ErrorQueue.h"
 #include "transfer/Transfer.h"
 #include "transfer/TransferDeadline.h"
@@ -77,16 +78,6 @@ int DestinationFromWinsock(const Socket& socket, const void* address, int length
                            KernelAddress& peer) {
     if (const int error = KernelFromWinsock(socket, address, length, peer)) return error;
     return DestinationError(socket, peer);
-}
-
-// A socket that sends has a port from then on. Of two threads one may come too late to choose it.
-bool HaveBinding(const Socket& socket) {
-    if (socket.Has(Flag::Bound)) return true;
-    KernelAddress any = {};
-    any.any.sa_family = socket.Has(Flag::Ipv6) ? AF_INET6 : AF_INET;
-    if (!BindTo(socket, any) && errno != EINVAL) return false;
-    socket.entry->Set(Flag::Bound);
-    return true;
 }
 
 int ReceiveError(const Socket& socket, const char* buffer, int length, const void* address,
@@ -162,7 +153,7 @@ int Winsock::sendto(Handle handle, const char* buffer, int length, int flags, co
     if (const int error = DestinationFromWinsock(socket, address, addressLength, peer)) {
         return Fail(error);
     }
-    if (!HaveBinding(socket)) return FailFromErrno();
+    if (!HavePort(socket)) return FailFromErrno();
     return UnlessClosed(socket, SendDatagram(socket, buffer, length, &peer));
 }
 

@@ -1,0 +1,38 @@
+#include "sockets/DatagramPorts.h"
+
+#include <cerrno>
+
+#include "sockets/PortReuse.h"
+
+namespace Posix {
+
+namespace {
+
+// The kernel would choose among the shared ports, too.
+bool BindWithoutSharing(const Socket& socket, const KernelAddress& address) noexcept {
+    if (!SetPortSharing(socket, false)) return false;
+    const bool bound = BindTo(socket, address);
+    const int error = errno;
+    SetPortSharing(socket, true);
+    errno = error;
+    return bound;
+}
+
+}  // namespace
+
+bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept {
+    const bool mayShare = socket.Has(Flag::Reuse) && PortOf(address) == 0;
+    return mayShare ? BindWithoutSharing(socket, address) : BindTo(socket, address);
+}
+
+// Of two threads one may come too late to choose it.
+bool HavePort(const Socket& socket) noexcept {
+    if (socket.Has(Flag::Bound)) return true;
+    KernelAddress any = {};
+    any.any.sa_family = socket.Has(Flag::Ipv6) ? AF_INET6 : AF_INET;
+    if (!BindDatagram(socket, any) && errno != EINVAL) return false;
+    socket.entry->Set(Flag::Bound);
+    return true;
+}
+
+}  // namespace Posix
