@@ -120,6 +120,7 @@ constexpr Bytes LinkBytes = {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 
 Winsock::AddressIpv6 Ipv6(const Bytes& bytes, unsigned int port) {
     Winsock::AddressIpv6 address = LoopbackIpv6(port);
     std::memcpy(address.address, bytes.data(), bytes.size());
+    if (bytes == LinkBytes) address.scope = ::if_nametoindex("lo");
     return address;
 }
 
@@ -134,6 +135,7 @@ bool AddAddress(const Winsock::AddressIpv4& address) {
     std::memcpy(&request.ifr_addr, &address, sizeof address);
     return Ask(NewDatagram(), SIOCSIFADDR, &request);
 }
+// The system takes its time with those of IPv6.
 bool AddAddress(const Bytes& bytes) {
     struct {
         in6_addr address;
@@ -141,7 +143,9 @@ bool AddAddress(const Bytes& bytes) {
         unsigned int interface;
     } request = {{}, 128, ::if_nametoindex("lo")};
     std::memcpy(&request.address, bytes.data(), bytes.size());
-    return Ask(NewDatagram(Winsock::FamilyIpv6), SIOCSIFADDR, &request);
+    const OwnedSocket socket = NewDatagram(Winsock::FamilyIpv6);
+    return Ask(socket, SIOCSIFADDR, &request) &&
+           RepeatWhile(10049, [&] { return Bind(socket, Ipv6(bytes, 0)); }) == 0;
 }
 
 bool IsAt(const OwnedSocket& socket, const Winsock::AddressIpv4& expected) {
@@ -207,11 +211,7 @@ TEST_F(DatagramSource, ThatBindWasGivenStaysOnItsLink) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(LinkBytes));
         for (const unsigned int port : {0U, 4711U}) {
-            Winsock::AddressIpv6 local = Ipv6(LinkBytes, port);
-            local.scope = ::if_nametoindex("lo");
-            Winsock::AddressIpv6 peer = local;
-            peer.port[1] = 9;
-            ExpectToStay(local, peer, Ipv6({}, 0));
+            ExpectToStay(Ipv6(LinkBytes, port), Ipv6(LinkBytes, 9), Ipv6({}, 0));
         }
     });
 }
