@@ -2,6 +2,7 @@
 #include <Platform/Winsock.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include <cerrno>
 
@@ -10,6 +11,7 @@
 #include "sockets/KernelAddress.h"
 #include "sockets/PortReuse.h"
 #include "sockets/SocketTable.h"
+#include "system/Descriptors.h"
 #include "system/Waiting.h"
 
 namespace {
@@ -22,22 +24,71 @@ int ListenError(const Socket& socket) {
     return socket.Has(Flag::Bound) ? 0 : WinsockError::Invalid;
 }
 
-// A connection that died before it was accepted is not the listener's failure.
-bool IsWorthAnotherAccept(const Socket& listener) {
-    if (errno == EINTR || errno == ECONNABORTED || errno == EPROTO) return true;
+// What the kernel answers for a connection that died before it was accepted, which is not the
+// listener's failure.
+bool IsOfDeadConnection(int error) {
+    switch (error) {
+        case ECONNABORTED:
+        case EHOSTDOWN:
+        case EHOSTUNREACH:
+        case ENETDOWN:
+        case ENETUNREACH:
+        case ENONET:
+        case ENOPROTOOPT:
+        case EOPNOTSUPP:
+        case EPROTO:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// There may be as many dead connections as the queue has room for. More of them are something else.
+bool IsWorthAnotherAccept(const Socket& listener, int& deadConnections) {
+    constexpr int Most = 4096;
+    if (errno == EINTR) return true;
+    if (IsOfDeadConnection(errno)) return ++deadConnections <= Most;
     if (errno != EAGAIN || listener.Has(Flag::NonBlocking)) return false;
     // The kernel bounds accept by the receive time-out; Winsock does not.
     return WaitUntilReady(listener.descriptor, POLLIN, WithoutLimit);
 }
 
-int AcceptDescriptor(const Socket& listener, KernelAddress& peer) {
-    const int mode = listener.Has(Flag::NonBlocking) ? SOCK_NONBLOCK : 0;
+int AcceptDescriptor(const Socket& listener, bool nonBlocking, KernelAddress& peer) {
+    const int flags = SOCK_CLOEXEC | (nonBlocking ? SOCK_NONBLOCK : 0);
+    int deadConnections = 0;
     int descriptor = -1;
     do {
         socklen_t length = sizeof peer;
-        descriptor = ::accept4(listener.descriptor, &peer.any, &length, SOCK_CLOEXEC | mode);
-    } while (descriptor < 0 && IsWorthAnotherAccept(listener));
+        descriptor = ::accept4(listener.descriptor, &peer.any, &length, flags);
+    } while (descriptor < 0 && IsWorthAnotherAccept(listener, deadConnections));
     return descriptor;
+}
+
+bool TakeOverTimeout(const Socket& listener, const Descriptor& connection, int option) {
+    timeval time = {};
+    socklen_t length = sizeof time;
+    return ::getsockopt(listener.descriptor, SOL_SOCKET, option, &time, &length) == 0 &&
+           ::setsockopt(connection.Number(), SOL_SOCKET, option, &time, sizeof time) == 0;
+}
+
+// The kernel has given the connection what the listener had when the connection was made, which on
+// Winsock is done when it is accepted. False with errno when the kernel refuses.
+bool TakeOverTimeouts(const Socket& listener, const Descriptor& connection) {
+    return TakeOverTimeout(listener, connection, SO_RCVTIMEO) &&
+           TakeOverTimeout(listener, connection, SO_SNDTIMEO);
+}
+
+Winsock::Handle AcceptConnection(const Socket& listener, KernelAddress& peer) {
+    const std::uint32_t mode = listener.entry->Flags() & Flag::NonBlocking;
+    Descriptor connection(AcceptDescriptor(listener, mode != 0, peer));
+    const std::uint32_t flags = listener.entry->Flags();
+    const bool changed = connection && (flags & Flag::NewTimeouts) != 0;
+    if (changed && !TakeOverTimeouts(listener, connection)) {
+        FailFromErrno();
+        return Winsock::InvalidSocket;
+    }
+    const std::uint32_t inherited = mode | (flags & Flag::Inherited);
+    return AdoptDescriptor(connection.Take(), inherited | Flag::Connected | Flag::Accepted);
 }
 
 int AcceptError(const Socket& listener, const void* address, const int* length) {
@@ -68,9 +119,7 @@ Winsock::Handle Winsock::accept(Handle handle, void* address, int* length) {
         return InvalidSocket;
     }
     KernelAddress peer = {};
-    const std::uint32_t inherited = listener.entry->Flags() & Flag::Inherited;
-    const Handle accepted = AdoptDescriptor(AcceptDescriptor(listener, peer),
-                                            inherited | Flag::Connected | Flag::Accepted);
+    const Handle accepted = AcceptConnection(listener, peer);
     if (accepted == InvalidSocket) {
         UnlessClosed(listener, SocketError);
     } else if (address != nullptr) {

@@ -39,6 +39,7 @@ int SetTimeout(const Socket& socket, int kernelOption, std::uint32_t flag, const
     if (length < static_cast<int>(sizeof milliseconds)) return Fail(WinsockError::Fault);
     std::memcpy(&milliseconds, value, sizeof milliseconds);
     const timeval time = TimeFromMilliseconds(milliseconds);
+    if (socket.Has(Flag::Listening)) socket.entry->Set(Flag::NewTimeouts);
     if (::setsockopt(socket.descriptor, SOL_SOCKET, kernelOption, &time, sizeof time) < 0) {
         return FailFromErrno();
     }

@@ -50,6 +50,8 @@ inline constexpr std::uint32_t Accepted = 1U << 14;
 inline constexpr std::uint32_t Strangers = 1U << 15;
 // A thread is about to notice what has become of an unfinished connect call.
 inline constexpr std::uint32_t Concluding = 1U << 16;
+// The listener's time-outs have been set since it began to listen.
+inline constexpr std::uint32_t NewTimeouts = 1U << 17;
 
 // Whether a transfer of that direction may go straight to the kernel: the socket is a connected
 // stream, nothing has ended and no time is limited. Follows from the other flags and changes with
@@ -66,9 +68,8 @@ constexpr std::uint32_t WithDirect(std::uint32_t flags) noexcept {
     return flags;
 }
 
-// What accepted sockets take over from their listener.
-inline constexpr std::uint32_t Inherited =
-    Ipv6 | Bound | NonBlocking | ReceiveTimeout | SendTimeout;
+// What accepted sockets take over from their listener, beside its mode.
+inline constexpr std::uint32_t Inherited = Ipv6 | Bound | ReceiveTimeout | SendTimeout;
 }  // namespace Flag
 
 // Trivial, so that the table is zeroed memory that costs nothing until it is touched. Its size is a

@@ -1,0 +1,96 @@
+// What accepting a connection takes of the system.
+#include <sys/socket.h>
+
+#include <cerrno>
+
+#include "conformance/Provocation.h"
+#include "conformance/Scene.h"
+#include "support/posix/SystemCallFaults.h"
+
+namespace Conformance {
+namespace {
+
+using namespace SystemCalls;
+
+constexpr int OfDeadConnections[] = {ECONNABORTED, EHOSTDOWN,   EHOSTUNREACH, ENETDOWN, ENETUNREACH,
+                                     ENONET,       ENOPROTOOPT, EOPNOTSUPP,   EPROTO};
+
+class DeadConnection : public testing::WithParamInterface<bool>, public Started {
+protected:
+    void SetUp() override {
+        Started::SetUp();
+        listener_ = NewListener();
+        SetNonBlocking(listener_, GetParam());
+    }
+    void TearDown() override {
+        listener_.Close();
+        Started::TearDown();
+    }
+
+    OwnedSocket listener_;
+};
+
+TEST_P(DeadConnection, IsPassedOver) {
+    for (const int error : OfDeadConnections) {
+        const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener_));
+        const FailingCall dead(SystemCall::Accept4, error, {.count = 100});
+        const OwnedSocket accepted(Winsock::accept(listener_.Get(), nullptr, nullptr));
+        EXPECT_TRUE(IsOpen(accepted.Get())) << error;
+        EXPECT_EQ(dead.Seen(), 101U);
+    }
+}
+
+TEST_P(DeadConnection, WithoutEndIsAFailure) {
+    constexpr int numbers[] = {10053, 10064, 10065, 10050, 10051, 10065, 10042, 10045, 10022};
+    const int* number = numbers;
+    for (const int error : OfDeadConnections) {
+        const FailingCall end(SystemCall::Accept4, ETIMEDOUT);
+        const FailingCall dead(SystemCall::Accept4, error, {.count = 100'000});
+        EXPECT_TRUE(FailsWith(*number++, Winsock::accept(listener_.Get(), nullptr, nullptr)));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(BothModes, DeadConnection, testing::Bool());
+
+using DeadConnectionAlone = Started;
+
+TEST_F(DeadConnectionAlone, IsNobodyToANonBlockingListener) {
+    const OwnedSocket listener = NewListener();
+    SetNonBlocking(listener);
+    for (const int error : OfDeadConnections) {
+        const FailingCall dead(SystemCall::Accept4, error, {.count = 1});
+        EXPECT_TRUE(FailsWith(10035, Winsock::accept(listener.Get(), nullptr, nullptr))) << error;
+    }
+}
+
+using AcceptingTimeout = Started;
+
+TEST_F(AcceptingTimeout, ThatWasSetBeforehandTakesNoFurtherCall) {
+    const OwnedSocket listener = NewBoundStream();
+    ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 10)));
+    ASSERT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
+    const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
+    const CountedCall questions(SystemCall::Getsockopt);
+    const CountedCall settings(SystemCall::Setsockopt);
+    const OwnedSocket socket = Accept(listener);
+    EXPECT_EQ(questions.Seen() + settings.Seen(), 0U);
+    EXPECT_TRUE(FailsWith(10060, TryReceive(socket)));
+}
+
+TEST_F(AcceptingTimeout, ThatCannotBeTakenOverIsAFailureThatLeavesNothingBehind) {
+    const OwnedSocket listener = NewListener();
+    ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 10)));
+    for (const SystemCall call : {SystemCall::Getsockopt, SystemCall::Setsockopt}) {
+        for (const int option : {SO_RCVTIMEO, SO_SNDTIMEO}) {
+            const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
+            const Winsock::Handle nextNumber = NewStream().Get();
+            const FailingCall fails(call, ENOMEM, {.option = option});
+            const OwnedSocket none(Winsock::accept(listener.Get(), nullptr, nullptr));
+            EXPECT_TRUE(FailsWith(10055, none.Get()));
+            EXPECT_EQ(NewStream().Get(), nextNumber);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Conformance
