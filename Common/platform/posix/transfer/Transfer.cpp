@@ -95,35 +95,12 @@ int ReceiveOnce(const Socket& socket, char* buffer, int length, int received) {
     return Fail(StreamError(socket));
 }
 
-// What a direct transfer was asked to do. It lies in memory, where only the ways out of line read
-// it: registers that survive the system call would have to be saved and restored around each. The
-// length is volatile so that the compiler leaves it there.
-template <typename Buffer>
-struct Request {
-    Winsock::Handle handle;
-    Buffer buffer;
-    volatile int length;
-
-    Socket Target() const noexcept { return Socket(static_cast<int>(handle)); }
-};
-using SendRequest = Request<const char*>;
-using ReceiveRequest = Request<char*>;
-
-// Goes on after a direct send that did not take the whole buffer.
-[[gnu::cold, gnu::noinline]] int FinishSend(const SendRequest& request, int sent) {
-    const Socket socket = request.Target();
-    return UnlessClosed(socket, SendRest(socket, request.buffer, request.length, sent));
-}
-
-[[gnu::cold, gnu::noinline]] int FinishReceive(const ReceiveRequest& request, int received) {
-    const Socket socket = request.Target();
-    return UnlessClosed(socket, ReceiveOnce(socket, request.buffer, request.length, received));
-}
-
 // A direct transfer as one of the calls on its socket.
 class DirectCall {
 public:
     explicit DirectCall(Winsock::Handle handle) noexcept : entry_(&socketTable[handle]) {
+        // Keeps the compiler from computing the entry's address once more for each of its fields.
+        asm("" : "+r"(entry_));
         entry_->Enter();
     }
     ~DirectCall() {
@@ -134,10 +111,40 @@ public:
 
     bool Is(std::uint32_t flag) const noexcept { return entry_->IsInside(flag); }
     int Leave(int result) noexcept { return std::exchange(entry_, nullptr)->Leave(result); }
+    const SocketEntry& Entry() const noexcept { return *entry_; }
 
 private:
     SocketEntry* entry_;
 };
+
+// The call once more, for what goes on when the direct way is left.
+Socket SocketOf(const SocketEntry& entry) noexcept {
+    return Socket(static_cast<int>(&entry - socketTable));
+}
+
+// What a direct transfer was asked to do. It lies in memory, where only the ways out of line read
+// it: registers that survive the system call would have to be saved and restored around each. The
+// length is volatile so that the compiler leaves it there.
+template <typename Buffer>
+struct Request {
+    Buffer buffer;
+    volatile int length;
+};
+using SendRequest = Request<const char*>;
+using ReceiveRequest = Request<char*>;
+
+// Goes on after a direct send that did not take the whole buffer.
+[[gnu::cold, gnu::noinline]] int FinishSend(const SocketEntry& entry, const SendRequest& request,
+                                            int sent) {
+    const Socket socket = SocketOf(entry);
+    return UnlessClosed(socket, SendRest(socket, request.buffer, request.length, sent));
+}
+
+[[gnu::cold, gnu::noinline]] int FinishReceive(const SocketEntry& entry,
+                                               const ReceiveRequest& request, int received) {
+    const Socket socket = SocketOf(entry);
+    return UnlessClosed(socket, ReceiveOnce(socket, request.buffer, request.length, received));
+}
 
 }  // namespace
 
@@ -149,11 +156,11 @@ int Winsock::send(Handle handle, const char* buffer, int length, int flags) {
     if (!call.Is(Flag::DirectSend)) {
         return call.Leave(SendOtherwise(handle, buffer, length, flags));
     }
-    const SendRequest request = {handle, buffer, length};
+    const SendRequest request = {buffer, length};
+    lastError = 0;
     const int sent =
         static_cast<int>(::send(static_cast<int>(handle), buffer, Size(length), MSG_NOSIGNAL));
-    if (sent != request.length) return call.Leave(FinishSend(request, sent));
-    return call.Leave(Succeed(sent));
+    return call.Leave(sent == request.length ? sent : FinishSend(call.Entry(), request, sent));
 }
 
 int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
@@ -164,9 +171,9 @@ int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
     if (!call.Is(Flag::DirectReceive)) {
         return call.Leave(ReceiveOtherwise(handle, buffer, length, flags));
     }
-    const ReceiveRequest request = {handle, buffer, length};
+    const ReceiveRequest request = {buffer, length};
+    lastError = 0;
     const int received =
         static_cast<int>(::recv(static_cast<int>(handle), buffer, Size(length), 0));
-    if (received <= 0) return call.Leave(FinishReceive(request, received));
-    return call.Leave(Succeed(received));
+    return call.Leave(received > 0 ? received : FinishReceive(call.Entry(), request, received));
 }
