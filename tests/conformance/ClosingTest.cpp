@@ -1,19 +1,32 @@
 // What closing a socket does to the calls of other threads on it.
 #include <gtest/gtest.h>
+#include <support/WaitingCall.h>
 
+#include <atomic>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Provocation.h"
 #include "Scene.h"
-#include "WaitingCall.h"
 #include "WineAnswers.h"
 
 namespace Conformance {
 namespace {
 
 constexpr int Interrupted = 10004;
+
+// Tells the error of a call, 0 for one that succeeds.
+class WaitingCall {
+public:
+    explicit WaitingCall(const std::function<int()>& call)
+        : call_([call] { return call() < 0 ? Winsock::WSAGetLastError() : 0; }) {}
+    int Error() { return call_.Finish(); }
+
+private:
+    Support::WaitingCall<int> call_;
+};
 
 class Closing : public Started {
 protected:
@@ -131,6 +144,17 @@ TEST_F(Closing, EndsASendThatWaits) {
     EXPECT_TRUE(Answers(Interrupted, ErrorWhenClosed(pair.client, [&] {
                             return Winsock::send(handle, much.data(), static_cast<int>(much.size()),
                                                  0);
+                        })));
+}
+
+TEST_F(Closing, EndsASendThatWaitsWithATimeout) {
+    Pair pair = NewConnectedPair();
+    SetOption(pair.client, Winsock::OptionSendTimeout, 60'000);
+    const std::string much(32U << 20U, 'x');
+    const Winsock::Handle handle = pair.client.Get();
+    EXPECT_TRUE(Answers(Interrupted, ErrorWhenClosed(pair.client, [&] {
+                            return Winsock::send(handle, much.data(),
+                                                 static_cast<int>(much.size()), 0);
                         })));
 }
 

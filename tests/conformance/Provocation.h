@@ -66,11 +66,6 @@ void AwaitEnd(unsigned long long handle);
 // Waits until data or the peer's end can be read.
 void AwaitReadable(unsigned long long handle);
 
-// The calling thread, for AwaitWaiting.
-unsigned long CurrentThread();
-// Waits until the thread waits in the system.
-void AwaitWaiting(unsigned long thread);
-
 bool IsInheritedByPrograms(unsigned long long handle);
 
 // While it lives, a signal whose handler does nothing to restart calls comes every few

@@ -174,20 +174,6 @@ void AwaitReadable(unsigned long long handle) {
     Await(handle, POLLIN);
 }
 
-unsigned long CurrentThread() {
-    return static_cast<unsigned long>(::gettid());
-}
-
-void AwaitWaiting(unsigned long thread) {
-    const std::string path = "/proc/self/task/" + std::to_string(thread) + "/stat";
-    std::string state;
-    for (int rests = 0; rests < 3;) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        std::ifstream(path).ignore(1000, ')') >> state;
-        rests = state == "S" ? rests + 1 : 0;
-    }
-}
-
 bool IsInheritedByPrograms(unsigned long long handle) {
     const int flags = ::fcntl(static_cast<int>(handle), F_GETFD);
     Require(flags >= 0, "fcntl");

@@ -21,7 +21,8 @@ enum SOCKET_STATUS : int {
 // for these; SocketXt.h tells where an extended socket, which is a Socket too, differs. Reference
 // counted; a
 // socket whose last reference goes while it is open closes itself. A socket and its references are
-// used by one thread at a time, except that one thread may send while another receives.
+// used by one thread at a time, except that one thread may send while another receives, and that
+// Close may be called while other threads are inside Accept, Connect, Receive or Send.
 //
 // Every operation goes to the system as it stands: none looks at what was called before, and the
 // system's answer decides. Failures throw Exception with the code that the system's error number
@@ -103,6 +104,14 @@ public:
     // Closes the socket and writes the "Disconnected" record. Never throws: a failure is logged,
     // and the socket is closed all the same. Closing a closed socket logs a failure and writes
     // another record.
+    //
+    // An operation that waits on the socket in another thread ends: it throws SOCKET_ERR_INTR with
+    // its own failure text. This is how a thread that waits for connections is stopped. The peer
+    // sees no more of it than of any close. When Close returns, the port is free and the other
+    // threads have left the system, but they may still be on their way out of their operations: do
+    // not take or release references before they have come back. An operation that completes at the
+    // very moment of Close may, while packet records are switched on, read the addresses that Close
+    // resets: with these records, end the threads that transfer before the socket is closed.
     virtual void Close() = 0;
 
     // Receives once, up to length bytes, and returns their number, at least 1. Throws

@@ -56,8 +56,9 @@ public:
     //
     // At most 64 different sockets are waited for to read (accept, read and close together) and as
     // many to write; further ones are never found ready. Throws Exception when the system cannot
-    // wait, as for a closed socket (SOCKET_ERR_NOTSOCK), logged under "Error"; the collection is as
-    // before then. Throws std::bad_alloc.
+    // wait, as for a closed socket (SOCKET_ERR_NOTSOCK) or one that another thread closes meanwhile
+    // (SOCKET_ERR_INTR), logged under "Error"; the collection is as before then. Throws
+    // std::bad_alloc.
     virtual SocketCollection* Select(unsigned int seconds) = 0;
 
     // Ends the collection and releases its sockets.

@@ -23,7 +23,8 @@ using SOCKET_HANDLE = unsigned long long;
 // One stream or datagram socket of either IP version, made by CreateSocketXt or by Accept.
 // Reference counted; a socket whose last reference goes while it is open closes itself, and what
 // fails then is logged and dropped. A socket and its references are used by one thread at a time,
-// except that one thread may send while another receives.
+// except that one thread may send while another receives, and that Close ends what other threads
+// wait in (see Socket::Close), SendTo and RecvFrom included.
 //
 // Hosts are names, numeric addresses, or empty for this machine; ports are numbers or names of
 // services. Both are texts in the system's code page (UTF-8 on Linux), resolved anew on every call

@@ -45,7 +45,8 @@ int SendStream(const Socket& socket, const char* buffer, int length) {
         if (count < 0) return FinishSending(socket, static_cast<int>(sent));
         sent += static_cast<std::size_t>(count);
     } while (sent < Size(length) && deadline.AllowsRest());
-    return Succeed(static_cast<int>(sent));
+    const bool cutShort = sent < Size(length) && !socket.IsOpen();
+    return cutShort ? Fail(WinsockError::Interrupted) : Succeed(static_cast<int>(sent));
 }
 
 int ReceiveStream(const Socket& socket, char* buffer, int length) {
