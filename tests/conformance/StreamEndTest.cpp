@@ -82,5 +82,47 @@ TEST_P(StreamEnd, OfTheOwnHalfRefusesToSendAndLeavesThePeersHalfOpen) {
     EXPECT_TRUE(Succeeds(TryReceive(socket), 0));
 }
 
+// Of either side of a connection.
+TEST_P(StreamEnd, OfBothHalvesIsOrderlyWhateverIsSentThereafter) {
+    for (const bool accepted : {true, false}) {
+        Pair pair = NewConnectedPair();
+        const OwnedSocket& one = accepted ? pair.server : pair.client;
+        OwnedSocket& other = accepted ? pair.client : pair.server;
+        ASSERT_TRUE(Succeeds(SetOption(one, Winsock::OptionSendTimeout, GetParam())));
+        ASSERT_TRUE(Succeeds(Send(one, "question"), 8));
+        EndSending(one.Get());
+        ASSERT_EQ(Receive(other), "question");
+        ASSERT_TRUE(Succeeds(Send(other, "answer"), 6));
+        other.Close();
+        AwaitEnd(one.Get());
+        EXPECT_TRUE(FailsWith(10058, Send(one, "more")));
+        EXPECT_EQ(Receive(one), "answer");
+        EXPECT_TRUE(Succeeds(TryReceive(one), 0));
+        EXPECT_TRUE(FailsWith(10058, Send(one, "more")));
+        EXPECT_TRUE(Succeeds(TryReceive(one), 0));
+    }
+}
+
+// The peer will never read what it has not read yet.
+TEST_P(StreamEnd, OfAPeerThatThrowsDataAwayIsAnAbort) {
+    for (const bool accepted : {true, false}) {
+        Pair pair = NewConnectedPair();
+        const OwnedSocket& one = accepted ? pair.server : pair.client;
+        OwnedSocket& other = accepted ? pair.client : pair.server;
+        ASSERT_TRUE(Succeeds(SetOption(one, Winsock::OptionSendTimeout, GetParam())));
+        ASSERT_TRUE(Succeeds(Send(one, "unread"), 6));
+        AwaitReadable(other.Get());
+        ASSERT_TRUE(Succeeds(Send(other, "bye"), 3));
+        EndSending(other.Get());
+        ASSERT_TRUE(IsReadable(one));
+        other.Close();
+        AwaitEnd(one.Get());
+        EXPECT_TRUE(FailsWith(10053, Send(one, "more"), "sending to a closed peer"));
+        EXPECT_EQ(Receive(one), "bye");
+        EXPECT_TRUE(FailsWith(10053, TryReceive(one), "receiving after a refused send"));
+        EXPECT_TRUE(FailsWith(10053, Send(one, "more"), "sending to a closed peer"));
+    }
+}
+
 }  // namespace
 }  // namespace Conformance

@@ -111,6 +111,7 @@ protected:
         EXPECT_EQ(ReceiveExactly(*connection.client, 6), "answer");
         for (int round = 0; round < 3; ++round) {
             EXPECT_EQ(FailureOfReceive(*connection.client), closed);
+            EXPECT_EQ(FailureOf([&] { connection.client->Send("x", 1); }).code, 10058);
         }
         ExpectEnd(*connection.client);
     }

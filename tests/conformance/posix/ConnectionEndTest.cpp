@@ -94,6 +94,35 @@ TEST_P(ReportTaken, AResetIsNoOrderlyEndThoughTheOwnHalfWasEnded) {
 
 INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ReportTaken, testing::Values(0U, 60'000U));
 
+using EndBetweenThreads = Started;
+
+// The kernel tells one of the two, and pretends an orderly end to the other.
+TEST_F(EndBetweenThreads, IsTheSameResetToBothAndHidesNoData) {
+    const OwnedSocket listener = NewListener();
+    for (int round = 0; round < 300; ++round) {
+        RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
+        const OwnedSocket socket = Accept(listener);
+        std::thread sender([&socket] {
+            int sent = 0;
+            while (sent >= 0)
+                sent = Send(socket, "x");
+            EXPECT_TRUE(FailsWith(10054, sent));
+        });
+        std::thread receiver([&socket] {
+            std::string received;
+            while (received.size() < 4)
+                received += Receive(socket);
+            EXPECT_EQ(received, "last");
+            EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+        });
+        peer.Send("last");
+        peer.Reset();
+        sender.join();
+        receiver.join();
+        ExpectResetForEver(socket);
+    }
+}
+
 // What has come is given all the same. Winsock's own answer to this is not certain.
 class ResetWithUnreadData : public testing::WithParamInterface<unsigned int>, public Started {
 protected:

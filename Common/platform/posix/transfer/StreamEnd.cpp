@@ -76,19 +76,18 @@ bool HasPeerEnded(const Socket& socket) {
     return queued > readable;
 }
 
-// To a sender the kernel says of any end that was told already only that there was one.
-int EndOfBrokenPipe(const Socket& socket) {
+// To a sender the kernel says of any end that was told already only that there was one, and the
+// same of orderly ends of both halves.
+int ErrorOfBrokenPipe(const Socket& socket) {
     if (const int end = MarkedEnd(socket)) return end;
-    return HasPeerEnded(socket) ? WinsockError::ConnectionAborted : WinsockError::ConnectionReset;
+    if (!HasPeerEnded(socket)) return MarkEnd(socket, WinsockError::ConnectionReset);
+    if (IsOwnEndAcknowledged(socket)) return WinsockError::ShutDown;
+    return MarkEnd(socket, WinsockError::ConnectionAborted);
 }
 
 // Only this side may have ended its half of a connection that is not torn down.
 int ErrorOfLiving(int systemError) {
     return systemError == EPIPE ? WinsockError::ShutDown : WinsockFromErrno(systemError);
-}
-
-int ErrorOfTornDown(const Socket& socket, int systemError) {
-    return systemError == EPIPE ? EndOfBrokenPipe(socket) : WinsockFromErrno(systemError);
 }
 
 // Behind the peer's orderly end the kernel keeps a later one to itself: that it refused what was
@@ -119,7 +118,8 @@ int StreamError(const Socket& socket) {
     }
     if (!MayTellEnd(error)) return WinsockFromErrno(error);
     if (!IsTornDown(socket)) return ErrorOfLiving(error);
-    return MarkEnd(socket, ErrorOfTornDown(socket, error));
+    if (error == EPIPE) return ErrorOfBrokenPipe(socket);
+    return MarkEnd(socket, WinsockFromErrno(error));
 }
 
 int ErrorOfNothing(const Socket& socket) {
