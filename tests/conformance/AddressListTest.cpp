@@ -131,6 +131,16 @@ TEST_F(AddressListOf, AServiceIsKnownByName) {
     EXPECT_EQ(AddressesOf(Resolved("127.0.0.1", "http", &stream)), Texts{"127.0.0.1 80"});
 }
 
+TEST_F(AddressListOf, AServiceIsKnownInAnyCase) {
+    const Winsock::AddressInfo stream = Hints(2, 1);
+    for (const char* service : {"HTTP", "Http"}) {
+        List list;
+        const int error = Resolve("127.0.0.1", service, list, &stream);
+        EXPECT_TRUE(Returns(0, error, "a service in another case")) << service;
+        EXPECT_EQ(AddressesOf(list), error == 0 ? Texts{"127.0.0.1 80"} : Texts{}) << service;
+    }
+}
+
 TEST_F(AddressListOf, AnUnknownServiceIsAnErrorOfItsOwn) {
     for (const char* service : {"80x", "-1", "no-such-service", "8 0", "0x50", "http "}) {
         List list;

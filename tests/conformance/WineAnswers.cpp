@@ -44,6 +44,7 @@ constexpr WineAnswer Answers[] = {
     {"a part of a membership request", -1, 10055},
     {"a peer without a port", 0, 0},
     {"a peer without an address", 0, 0},
+    {"a service in another case", -1, 10109},
     {"a stream that broadcasts", 0, 0},
     {"binding to a group", 0, 0},
     {"binding to a group of IPv6", -1, 10022},

@@ -33,6 +33,11 @@ extended_failed() {
   failed "$5" "VelNet::$1 , $2 , $3 , $4 "
 }
 
+# NUMBER: this computer's name has no address.
+create_failed() {
+  extended_failed CreateSocketXt "cannot create a socket" ::getaddrinfo "" "$1"
+}
+
 # HOST TARGET NUMBER
 connect_failed() {
   extended_failed SocketXtImpl::Connect "cannot connect local socket to a remote address" \

@@ -136,6 +136,29 @@ TestTheOwnNameThatIsNowhereStandsForTheOwnAddresses() {
   expect alpha "bind server [this-machine] 7000" ok
 }
 
+TestTheOwnNameThatIsLoopbackInTheHostsFileStandsForTheOwnAddresses() {
+  add_host alpha
+  add_host beta
+  know_names alpha '127.0.1.1 alpha.example.test alpha'
+  expect alpha "resolve alpha" "ok ${ipv4[alpha]}"
+  expect alpha "create server stream" "ok ipv6"
+  expect alpha "bind server [this-machine] 7000" ok
+  expect alpha "listen server" ok
+  make_socket beta client stream ipv6
+  expect beta "connect client ${ipv6[alpha]} 7000" ok
+  ask alpha "accept server peer"
+  [[ $answer = "ok ${ipv6[beta]} "* ]] || fail "$answer"
+}
+
+TestTheOwnNameThatIsLoopbackEverywhereStaysSo() {
+  add_host alpha
+  know_names alpha '127.0.1.1 alpha'
+  in_host alpha ip link set eth0 down
+  expect alpha "resolve alpha" "ok 127.0.1.1"
+  expect alpha "create server stream" "ok ipv4"
+  expect alpha "bind server [this-machine] 7000" ok
+}
+
 TestTheOwnNameOfAHostWithoutIpv6StandsForItsIpv4Address() {
   add_host alpha without-ipv6
   expect alpha "create client stream" "ok ipv4"
@@ -214,6 +237,24 @@ TestTheOwnNameNeedsNoNameServerThatKnowsIt() {
   expect alpha "create client stream" "ok ipv6"
   filter names drop
   expect alpha "create client stream" "ok ipv6"
+}
+
+TestAnOwnNameThatANameServerFailsToTellIsATemporaryFailure() {
+  add_host alpha
+  with_failing_names alpha
+  expect alpha "create client stream" "$(create_failed 11002)"
+  expect alpha "resolve alpha" "$(resolve_failed alpha 11002)"
+  know_names alpha "${ipv4[alpha]} alpha"
+  expect alpha "create client stream" "ok ipv4"
+}
+
+TestLocalhostNeedsNeitherTableNorServer() {
+  add_host alpha
+  with_failing_names alpha
+  echo '# nobody' >"$world/alpha/hosts"
+  expect alpha "resolve localhost" "ok 127.0.0.1"
+  rm "$world/alpha/hosts"
+  expect alpha "resolve localhost" "ok 127.0.0.1"
 }
 
 TestTheNextNameServerIsAskedWhenTheFirstDoesNotAnswer() {

@@ -247,6 +247,22 @@ with_names() {
   use_names "$1" "nameserver ${ipv4[names]}" "options timeout:1 attempts:1"
 }
 
+# with_failing_names HOST: the host asks a name server that answers each question with its failure.
+with_failing_names() {
+  add_host names
+  # A question that is marked as answered, with the number of the failure.
+  cat >"$world/fail" <<'SCRIPT'
+    head -c 2
+    printf '\201\202'
+    head -c 2 >/dev/null
+    cat
+SCRIPT
+  start names socat UDP4-RECVFROM:53,fork \
+    SYSTEM:"bash $world/fail | dd bs=512 iflag=fullblock status=none" 2>"$world/names.log"
+  await_port names udp 53
+  use_names "$1" "nameserver ${ipv4[names]}" "options timeout:1 attempts:1"
+}
+
 # use_names HOST LINE...: the lines of the host's resolv.conf.
 use_names() {
   printf '%s\n' "${@:2}" >"$world/$1/resolv.conf"

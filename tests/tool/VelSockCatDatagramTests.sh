@@ -116,6 +116,7 @@ TestADatagramOfAnotherProgramArrives() {
 }
 
 TestTheOtherFamilySendsAsWellWhereItSpeaksTheIpVersion() {
+  [ "$sockets" != classic ] || enter_own_network '127.0.0.1 velsock-ipv4' '127.0.0.1 localhost'
   start_receiving --count 1
   local other=--classic
   [ "$sockets" != classic ] || other=--xt

@@ -45,7 +45,7 @@ lay_wire() {
 }
 
 use_ipv4() {
-  enter_own_network '127.0.0.1 velsock-ipv4' '::1 localhost'
+  enter_own_network '10.7.7.1 velsock-ipv4' '::1 localhost'
   lay_wire
   ip_command address add 10.7.7.1/24 dev wire
   ip_command route add default dev wire

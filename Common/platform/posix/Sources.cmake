@@ -37,8 +37,12 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/names/HostLookUp.cpp
   platform/posix/names/LocalAddresses.cpp
   platform/posix/names/NameInfo.cpp
+  platform/posix/names/NameServers.cpp
   platform/posix/names/NumericHosts.cpp
   platform/posix/names/ResolverErrors.cpp
+  platform/posix/names/ServicePorts.cpp
+  platform/posix/names/SystemAddresses.cpp
+  platform/posix/names/SystemTable.cpp
   platform/posix/settings/Registry.cpp
   platform/posix/settings/RegistryKey.cpp
   platform/posix/settings/RegistryRoot.cpp

@@ -20,6 +20,7 @@ namespace {
 constexpr std::size_t HeaderLength = 12;
 constexpr unsigned char NoSuchName = 3;
 constexpr unsigned char ServerFailure = 2;
+constexpr unsigned char Refused = 5;
 constexpr unsigned char TypeIpv4 = 1;
 constexpr unsigned char TypeIpv6 = 28;
 
@@ -58,67 +59,93 @@ std::string Answer(const std::string& query) {
     const std::string ipv4 = {127, 0, 0, 9};
     const std::string ipv6 = std::string(15, '\0') + '\1';
     if (name == "failing.example.") return Reply(query, ServerFailure, "");
-    if (name != "both.example." && name != "four.example." && name != "none.example.")
-        return Reply(query, NoSuchName, "");
-    if (type == TypeIpv4 && name != "none.example.") return Reply(query, 0, Record(1, ipv4));
-    if (type == TypeIpv6 && name == "both.example.") return Reply(query, 0, Record(28, ipv6));
+    if (name == "refused.example.") return Reply(query, Refused, "");
+    const bool four = name == "both.example." || name == "four.example.";
+    const bool six = name == "both.example." || name == "six.example.";
+    if (!four && !six && name != "none.example.") return Reply(query, NoSuchName, "");
+    if (type == TypeIpv4 && four) return Reply(query, 0, Record(1, ipv4));
+    if (type == TypeIpv6 && six) return Reply(query, 0, Record(28, ipv6));
     return Reply(query, 0, "");
 }
+
+// Where the resolver asks; nobody else is in this network. By itself it is a server that is silent.
+class NameServerPort {
+public:
+    NameServerPort() {
+        address_.sin_family = AF_INET;
+        address_.sin_port = htons(53);
+        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(::bind(descriptor_, Address(), sizeof address_), 0);
+    }
+    ~NameServerPort() { ::close(descriptor_); }
+    NameServerPort(const NameServerPort&) = delete;
+    NameServerPort& operator=(const NameServerPort&) = delete;
+
+    int Descriptor() const { return descriptor_; }
+    const sockaddr* Address() const {
+        return static_cast<const sockaddr*>(static_cast<const void*>(&address_));
+    }
+
+private:
+    int descriptor_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address_ = {};
+};
 
 // Answers each question after a pause; an empty one ends it.
 class NameServer {
 public:
-    explicit NameServer(std::chrono::milliseconds pause) : pause_(pause) {
-        socklen_t length = sizeof address_;
-        address_.sin_family = AF_INET;
-        address_.sin_port = htons(53);  // where the resolver asks; nobody else is in this network
-        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(::bind(descriptor_, Any(), length), 0);
-        thread_ = std::thread([this] { Serve(); });
-    }
+    explicit NameServer(std::chrono::milliseconds pause)
+        : pause_(pause), thread_([this] { Serve(); }) {}
     ~NameServer() {
-        ::sendto(descriptor_, "", 0, 0, Any(), sizeof address_);
+        ::sendto(port_.Descriptor(), "", 0, 0, port_.Address(), sizeof(sockaddr_in));
         thread_.join();
-        ::close(descriptor_);
     }
     NameServer(const NameServer&) = delete;
     NameServer& operator=(const NameServer&) = delete;
 
 private:
-    const sockaddr* Any() const {
-        return static_cast<const sockaddr*>(static_cast<const void*>(&address_));
-    }
     void Serve() const {
         char query[512];
         sockaddr_in peer = {};
         socklen_t length = sizeof peer;
         auto* const from = static_cast<sockaddr*>(static_cast<void*>(&peer));
         ssize_t count = 0;
-        while ((count = ::recvfrom(descriptor_, query, sizeof query, 0, from, &length)) > 0) {
+        while ((count = ::recvfrom(port_.Descriptor(), query, sizeof query, 0, from, &length)) >
+               0) {
             std::this_thread::sleep_for(pause_);
             const std::string reply = Answer({query, static_cast<std::size_t>(count)});
-            ::sendto(descriptor_, reply.data(), reply.size(), 0, from, length);
+            ::sendto(port_.Descriptor(), reply.data(), reply.size(), 0, from, length);
         }
     }
 
-    int descriptor_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address_ = {};
+    NameServerPort port_;
     std::chrono::milliseconds pause_;
     std::thread thread_;
 };
 
-void WithNameServer(const std::function<void()>& scene, int pause = 0) {
+constexpr const char* PatientSettings = "nameserver 127.0.0.1\noptions timeout:30 attempts:1\n";
+constexpr const char* HastySettings = "nameserver 127.0.0.1\noptions timeout:1 attempts:1\n";
+
+void WithResolverSettings(const std::string& settings, const std::string& hosts,
+                          const std::string& hostName, const std::function<void()>& scene) {
     const ResolverFiles files;
-    files.Write("nameserver 127.0.0.1\noptions timeout:30 attempts:1\n");
+    files.Write(settings);
     WithNames(
-        "",
+        hosts,
         [&] {
-            const NameServer server{std::chrono::milliseconds(pause)};
-            const char* const settings = files.Settings().c_str();
-            ASSERT_EQ(::mount(settings, "/etc/resolv.conf", nullptr, MS_BIND, nullptr), 0);
+            const char* const path = files.Settings().c_str();
+            ASSERT_EQ(::mount(path, "/etc/resolv.conf", nullptr, MS_BIND, nullptr), 0);
             scene();
         },
-        "lonely.example", "files dns");
+        hostName, "files dns");
+}
+
+void WithNameServer(const std::function<void()>& scene, int pause = 0,
+                    const std::string& hostName = "lonely.example", const std::string& hosts = "") {
+    WithResolverSettings(PatientSettings, hosts, hostName, [&] {
+        const NameServer server{std::chrono::milliseconds(pause)};
+        scene();
+    });
 }
 
 TEST(AddressListOfServedName, HasTheAddressesOfBothFamilies) {
@@ -158,6 +185,103 @@ TEST(AddressListOfServedName, IsAwaitedUnderAStormOfSignals) {
             EXPECT_GT(SignalStorm::SignalCount(), 0);
         },
         pause);
+}
+
+TEST(HostOfServedName, TellsWhyThereIsNone) {
+    WithNameServer([] {
+        EXPECT_NE(Winsock::gethostbyname("four.example"), nullptr);
+        EXPECT_TRUE(FailsWith(11001, Winsock::gethostbyname("unknown.example")));
+        EXPECT_TRUE(FailsWith(11004, Winsock::gethostbyname("none.example")));
+        EXPECT_TRUE(FailsWith(11004, Winsock::gethostbyname("six.example")));
+        EXPECT_TRUE(FailsWith(11002, Winsock::gethostbyname("failing.example")));
+    });
+}
+
+TEST(HostByAddress, TellsAnUnreachableNameServerFromAnAddressWithoutName) {
+    const char address[4] = {10, 1, 2, 3};
+    WithNameServer([&] { EXPECT_TRUE(FailsWith(11004, Winsock::gethostbyaddr(address, 4, 2))); });
+    WithResolverSettings(PatientSettings, "", "here", [&] {
+        EXPECT_TRUE(FailsWith(11002, Winsock::gethostbyaddr(address, 4, 2)));
+    });
+}
+
+// The server might know the name, and another address than the interfaces have.
+TEST(OwnNameWithANameServer, IsATemporaryFailureWhereTheServerFails) {
+    WithNameServer(
+        [] {
+            for (const char* asked : {"", "failing.example", "failing"}) {
+                List list;
+                EXPECT_TRUE(Returns(11002, Resolve(asked, "80", list))) << asked;
+                EXPECT_EQ(list, nullptr);
+                EXPECT_TRUE(FailsWith(11002, Winsock::gethostbyname(asked))) << asked;
+            }
+        },
+        0, "failing.example");
+}
+
+TEST(OwnNameWithANameServer, IsFoundInTheHostsFileWhateverTheServerDoes) {
+    WithNameServer([] { EXPECT_EQ(AddressesOf(Resolved("", "80")), Texts{"10.4.4.4 80"}); }, 0,
+                   "failing.example", "10.4.4.4 failing.example\n");
+}
+
+TEST(OwnNameWithANameServer, IsWhatTheServerSays) {
+    WithNameServer(
+        [] {
+            EXPECT_EQ(AddressesOf(Resolved("", "80")), Texts{"127.0.0.9 80"});
+            EXPECT_NE(Winsock::gethostbyname(""), nullptr);
+        },
+        0, "four.example");
+}
+
+void ExpectInterfacesAddresses() {
+    for (const char* name : {"", "LONELY.example"}) {
+        EXPECT_EQ(AddressesOf(Resolved(name, "80")),
+                  (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.1 80"}))
+            << name;
+        EXPECT_NE(Winsock::gethostbyname(name), nullptr) << name;
+    }
+}
+
+// Where nobody says anything of the name, nobody knows it; none of these servers has to be awaited.
+TEST(OwnNameWithoutANameServer, HasTheInterfacesAddresses) {
+    for (const char* settings : {"", "options timeout:30\n", PatientSettings,
+                                 "nameserver 10.9.9.9\nnameserver fd00::9\n"}) {
+        WithResolverSettings(settings, "", "lonely.example", [] {
+            ExpectInterfacesAddresses();
+            List list;
+            EXPECT_TRUE(Returns(11002, Resolve("unknown.example", "80", list)));
+        });
+    }
+}
+
+TEST(OwnNameWithoutANameServer, HasTheInterfacesAddressesThoughOneIsSetThatIsSilent) {
+    WithResolverSettings(HastySettings, "", "lonely.example", [] {
+        const NameServerPort silent;
+        ExpectInterfacesAddresses();
+    });
+}
+
+TEST(OwnNameWithoutANameServer, HasTheInterfacesAddressesThoughOneIsSetThatRefuses) {
+    WithNameServer(
+        [] {
+            EXPECT_EQ(AddressesOf(Resolved("", "80")),
+                      (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.1 80"}));
+            EXPECT_NE(Winsock::gethostbyname(""), nullptr);
+        },
+        0, "refused.example");
+}
+
+TEST(LocalhostWithANameServer, IsKnownWhateverTheServerSays) {
+    const auto check = [] {
+        EXPECT_EQ(AddressesOf(Resolved("localhost", "80")),
+                  (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.1 80"}));
+        EXPECT_NE(Winsock::gethostbyname("localhost"), nullptr);
+    };
+    WithNameServer(check);
+    WithResolverSettings(HastySettings, "", "here", [&] {
+        const NameServerPort silent;
+        check();
+    });
 }
 
 }  // namespace

@@ -3,15 +3,17 @@
 #include <netdb.h>
 
 #include <cstring>
-#include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "errors/Errors.h"
 #include "names/AddressInfoList.h"
 #include "names/LocalAddresses.h"
 #include "names/NumericHosts.h"
 #include "names/ResolverErrors.h"
+#include "names/ServicePorts.h"
+#include "names/SystemAddresses.h"
 #include "sockets/StartUp.h"
 #include "system/HostName.h"
 
@@ -19,15 +21,10 @@ namespace {
 
 using namespace Posix;
 
-struct SystemListFreer {
-    void operator()(addrinfo* list) const noexcept { ::freeaddrinfo(list); }
-};
-using SystemList = std::unique_ptr<addrinfo, SystemListFreer>;
-
-// What is asked for, in the system's terms; null for a text that is not given.
+// What is asked for, in the system's terms. The port is the same for all addresses.
 struct Question {
     const char* host;
-    const char* service;
+    std::uint16_t port;
     addrinfo hints;
 };
 
@@ -65,77 +62,65 @@ int TextsError(const char* host, const char* service) noexcept {
     return IsStar(host) ? WinsockError::HostNotFound : 0;
 }
 
-bool ParsePortOrNone(const char* service, std::uint16_t& port) noexcept {
-    port = 0;
-    return service == nullptr || *service == '\0' || ParseNumericPort(service, port);
+void Append(const SystemList& found, std::uint16_t port, AddressInfoList& list) {
+    for (const addrinfo* next = found.get(); next != nullptr; next = next->ai_next) {
+        list.Append(WithPort(AddressOf(*next), port));
+    }
+}
+
+// Of an empty list, too.
+bool IsLoopbackOnly(const SystemList& found) noexcept {
+    const addrinfo* next = found.get();
+    while (next != nullptr && IsLoopback(AddressOf(*next)))
+        next = next->ai_next;
+    return next == nullptr;
 }
 
 // Answers what consists of numbers; false when the system has to be asked.
 bool AnswerNumbers(const Question& question, AddressInfoList& list) {
-    std::uint16_t port = 0;
     KernelAddress address = {};
-    if (question.host == nullptr || !ParsePortOrNone(question.service, port)) return false;
     if (!ParseNumericHost(question.host, address)) return false;
     const int family = question.hints.ai_family;
     if (family != AF_UNSPEC && family != address.any.sa_family) return false;
-    list.Append(WithPort(address, port));
+    list.Append(WithPort(address, question.port));
     return true;
 }
 
-int AskSystem(const Question& question, SystemList& found) {
-    return Ask([&] {
-        addrinfo* list = nullptr;
-        const int error = ::getaddrinfo(question.host, question.service, &question.hints, &list);
-        if (error == 0) found.reset(list);
-        return error;
-    });
-}
-
-KernelAddress AddressOf(const addrinfo& info) noexcept {
-    KernelAddress address = {};
-    const bool ipv6 = info.ai_family == AF_INET6;
-    std::memcpy(&address, info.ai_addr, ipv6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in));
-    return address;
-}
-
-// Numbers first, then the system's tables and servers.
-int AnswerHost(const Question& question, AddressInfoList& list) {
-    if (AnswerNumbers(question, list)) return 0;
+// The addresses of no host are those of the loopback interface.
+int AnswerLoopback(const Question& question, AddressInfoList& list) {
     SystemList found;
-    if (const int error = AskSystem(question, found)) return error;
-    for (const addrinfo* next = found.get(); next != nullptr; next = next->ai_next) {
-        list.Append(AddressOf(*next));
-    }
-    return 0;
-}
-
-// The service's port, which is the same for all hosts.
-int FindPort(const Question& question, std::uint16_t& port) {
-    if (ParsePortOrNone(question.service, port)) return 0;
-    SystemList found;
-    Question service = question;
-    service.host = nullptr;
-    const int error = AskSystem(service, found);
-    if (error == 0) port = PortOf(AddressOf(*found));
+    const int error = FindSystemAddresses(nullptr, "0", question.hints, found);
+    Append(found, question.port, list);
     return error;
 }
 
-int AnswerLocalAddresses(const Question& question, AddressInfoList& list) {
-    std::uint16_t port = 0;
-    if (const int error = FindPort(question, port)) return error;
-    for (const KernelAddress& address : LocalAddresses(question.hints.ai_family)) {
-        list.Append(WithPort(address, port));
+// A computer knows itself, though no table and no server may know it, or only by addresses that
+// others cannot reach it at.
+int AnswerLocalHostName(const Question& question, int error, const SystemList& found,
+                        AddressInfoList& list) {
+    if (error != 0 && !MeansUnknown(error, question.host)) return error;
+    std::vector<KernelAddress> own;
+    if (const int failure = FindLocalAddresses(question.hints.ai_family, own)) return failure;
+    if (error == 0 && IsLoopbackOnly(own)) {
+        Append(found, question.port, list);
+        return 0;
     }
+    for (const KernelAddress& address : own)
+        list.Append(WithPort(address, question.port));
     return list.IsEmpty() ? WinsockError::HostNotFound : 0;
 }
 
-// A computer knows itself, though no table and no server may know it. A service that nobody knows
-// stays unknown.
+// Numbers first, then the system's tables and servers.
 int AnswerName(const Question& question, AddressInfoList& list) {
-    const int error = AnswerHost(question, list);
-    HostNameText own;
-    const bool standIn = error != 0 && HostName(own) == 0 && IsLocalHostName(question.host, own);
-    return standIn ? AnswerLocalAddresses(question, list) : error;
+    if (AnswerNumbers(question, list)) return 0;
+    SystemList found;
+    const int error = FindSystemAddresses(question.host, nullptr, question.hints, found);
+    if (IsLoopbackOnly(found) && IsLocalHostName(question.host)) {
+        return AnswerLocalHostName(question, error, found, list);
+    }
+    if (MeansUntold(error) && IsLocalhost(question.host)) return AnswerLoopback(question, list);
+    Append(found, question.port, list);
+    return error;
 }
 
 int AnswerOwnName(Question question, AddressInfoList& list) {
@@ -161,15 +146,16 @@ int AnswerLiteral(Question question, AddressInfoList& list) {
     if (!ParseBrackets(question.host, literal)) return WinsockError::HostNotFound;
     question.host = literal.c_str();
     question.hints.ai_flags = AI_NUMERICHOST;
-    return AnswerHost(question, list);
+    return AnswerName(question, list);
 }
 
 int Answer(const char* host, const char* service, const Winsock::AddressInfo& hints,
            AddressInfoList& list) {
     if (const int error = TextsError(host, service)) return error;
     if (const int error = HintsError(hints)) return error;
-    const Question question = {.host = host, .service = service, .hints = SystemHints(hints)};
-    if (host == nullptr) return AnswerHost(question, list);
+    Question question = {.host = host, .port = 0, .hints = SystemHints(hints)};
+    if (const int error = FindPort(service, question.hints, question.port)) return error;
+    if (host == nullptr) return AnswerLoopback(question, list);
     if (*host == '\0') return AnswerOwnName(question, list);
     return *host == '[' ? AnswerLiteral(question, list) : AnswerName(question, list);
 }

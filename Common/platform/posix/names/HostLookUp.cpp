@@ -5,11 +5,13 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
+#include <string>
 #include <vector>
 
 #include "errors/Errors.h"
 #include "names/HostEntryStorage.h"
 #include "names/LocalAddresses.h"
+#include "names/ResolverErrors.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/StartUp.h"
 #include "system/HostName.h"
@@ -42,7 +44,7 @@ Winsock::HostEntry* LookUp(Query query) {
             Succeed();
             return FillFromHost(*block, host);
         }
-        if (error != ERANGE) return FailLookUp(WinsockFromResolver(resolverError));
+        if (error != ERANGE) return FailLookUp(WinsockFromLookUp(resolverError, error));
     }
     return FailLookUp(WinsockError::NoRecovery);
 }
@@ -71,35 +73,55 @@ Winsock::HostEntry* FillOwn(HostEntryStorage& block, const std::vector<KernelAdd
     return &block.entry;
 }
 
-Winsock::HostEntry* OwnEntry(const HostNameText& name) {
-    const std::vector<KernelAddress> addresses = LocalAddresses(AF_INET);
-    const std::size_t room =
-        (addresses.size() + 2) * sizeof(char*) + addresses.size() * sizeof(in_addr) + sizeof name;
+Winsock::HostEntry* NewEntry(const std::vector<KernelAddress>& addresses, const std::string& name) {
+    const std::size_t room = (addresses.size() + 2) * sizeof(char*) +
+                             addresses.size() * sizeof(in_addr) + name.size() + 1;
     HostEntryStorage* block = HostEntryOfThread(room);
     if (block == nullptr) return FailLookUp(WinsockError::NoRecovery);
     Succeed();
-    return FillOwn(*block, addresses, name.text);
+    return FillOwn(*block, addresses, name.c_str());
 }
 
-// Winsock's calls do not throw.
-Winsock::HostEntry* OwnEntryOrNone(const HostNameText& name) noexcept try {
-    return OwnEntry(name);
-} catch (const std::bad_alloc&) {
-    return FailLookUp(WinsockError::NoRecovery);
+bool IsLoopbackOnly(const Winsock::HostEntry& entry) noexcept {
+    in_addr address = {};
+    for (char** next = entry.addresses; *next != nullptr; ++next) {
+        std::memcpy(&address, *next, sizeof address);
+        if (!IsLoopback(address)) return false;
+    }
+    return true;
 }
 
-// A computer knows itself, though no table and no server may know it.
-Winsock::HostEntry* Host(const char* name) {
-    if (Winsock::HostEntry* entry = LookUpName(name)) return entry;
+// A computer knows itself, though no table and no server may know it, or only by addresses that
+// others cannot reach it at. The entry is what the resolver has found, or null with an error.
+Winsock::HostEntry* LocalHost(Winsock::HostEntry* entry, const char* name) {
+    if (entry == nullptr && !MeansUnknown(lastError, name)) return nullptr;
+    std::vector<KernelAddress> addresses;
+    if (FindLocalAddresses(AF_INET, addresses) != 0) return FailLookUp(WinsockError::NoRecovery);
+    if (entry != nullptr && IsLoopbackOnly(addresses)) return entry;
     HostNameText own;
-    const bool isOwn = HostName(own) == 0 && IsLocalHostName(name, own);
-    return isOwn ? OwnEntryOrNone(own) : nullptr;
+    HostName(own);
+    return NewEntry(addresses, entry != nullptr ? entry->name : own.text);
+}
+
+Winsock::HostEntry* Host(const char* name) {
+    Winsock::HostEntry* entry = LookUpName(name);
+    if (entry != nullptr && !IsLoopbackOnly(*entry)) return entry;
+    if (IsLocalHostName(name)) return LocalHost(entry, name);
+    const bool isUntold = entry == nullptr && MeansUntold(lastError);
+    return isUntold && IsLocalhost(name) ? NewEntry({Ipv4Loopback()}, name) : entry;
 }
 
 Winsock::HostEntry* OwnHost() {
     HostNameText own;
     const int error = HostName(own);
     return error == 0 ? Host(own.text) : FailLookUp(error);
+}
+
+// Winsock's calls do not throw.
+Winsock::HostEntry* HostOrNone(const char* name) try {
+    return name == nullptr || *name == '\0' ? OwnHost() : Host(name);
+} catch (const std::bad_alloc&) {
+    return FailLookUp(WinsockError::NoRecovery);
 }
 
 int AddressQueryError(const char* address, int length, int family) {
@@ -122,7 +144,7 @@ Winsock::HostEntry* LookUpAddress(const char* address, bool ipv6) {
 
 Winsock::HostEntry* Winsock::gethostbyname(const char* name) {
     if (!RequireStarted()) return nullptr;
-    return name == nullptr || *name == '\0' ? OwnHost() : Host(name);
+    return HostOrNone(name);
 }
 
 Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int family) {

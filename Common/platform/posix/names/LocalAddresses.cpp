@@ -2,11 +2,18 @@
 
 #include <ifaddrs.h>
 #include <net/if.h>
-#include <strings.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <memory>
+
+#include "errors/Errors.h"
+#include "names/NameCase.h"
+#include "names/NumericHosts.h"
+#include "names/ResolverErrors.h"
+#include "system/Descriptors.h"
+#include "system/HostName.h"
 
 namespace Posix {
 
@@ -17,9 +24,14 @@ struct InterfaceListFreer {
 };
 using InterfaceList = std::unique_ptr<ifaddrs, InterfaceListFreer>;
 
-InterfaceList Interfaces() noexcept {
+// A system that does not let the process see its interfaces has none for it. The kernel answers at
+// once, and what the C library holds meanwhile would be lost with the thread.
+int ListInterfaces(InterfaceList& interfaces) noexcept {
+    const CancellationGuard whole;
     ifaddrs* list = nullptr;
-    return InterfaceList(::getifaddrs(&list) == 0 ? list : nullptr);
+    const bool listed = ::getifaddrs(&list) == 0;
+    if (listed) interfaces.reset(list);
+    return listed || !IsShortage(errno) ? 0 : WinsockFromErrno(errno);
 }
 
 bool IsUp(const ifaddrs& interface) noexcept {
@@ -45,6 +57,40 @@ void AppendAddresses(const ifaddrs* first, int family, bool loopback,
     }
 }
 
+bool IsNumeric(const char* name) noexcept {
+    KernelAddress address;
+    return ParseNumericHost(name, address);
+}
+
+}  // namespace
+
+bool IsLocalHostName(const char* name) noexcept {
+    if (IsLocalhost(name) || IsNumeric(name)) return false;
+    HostNameText own;
+    if (HostName(own) != 0) return false;
+    const std::string_view whole = own.text;
+    const std::string_view label = whole.substr(0, whole.find('.'));
+    return SameName(name, whole) || (!label.empty() && SameName(name, label));
+}
+
+bool IsLocalhost(const char* name) noexcept {
+    return SameName(name, "localhost");
+}
+
+bool IsLoopback(const in_addr& address) noexcept {
+    return ntohl(address.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
+}
+
+bool IsLoopback(const KernelAddress& address) noexcept {
+    if (address.any.sa_family == AF_INET) return IsLoopback(address.ipv4.sin_addr);
+    return IN6_IS_ADDR_LOOPBACK(&address.ipv6.sin6_addr);
+}
+
+bool IsLoopbackOnly(const std::vector<KernelAddress>& addresses) noexcept {
+    const auto isLoopback = [](const KernelAddress& address) { return IsLoopback(address); };
+    return std::all_of(addresses.begin(), addresses.end(), isLoopback);
+}
+
 KernelAddress Ipv4Loopback() noexcept {
     KernelAddress address = {};
     address.ipv4.sin_family = AF_INET;
@@ -52,24 +98,16 @@ KernelAddress Ipv4Loopback() noexcept {
     return address;
 }
 
-}  // namespace
-
-bool IsLocalHostName(const char* name, HostNameText own) noexcept {
-    if (::strcasecmp(name, own.text) == 0) return true;
-    own.text[std::strcspn(own.text, ".")] = '\0';
-    return own.text[0] != '\0' && ::strcasecmp(name, own.text) == 0;
-}
-
-std::vector<KernelAddress> LocalAddresses(int family) {
-    std::vector<KernelAddress> addresses;
-    const InterfaceList interfaces = Interfaces();
+int FindLocalAddresses(int family, std::vector<KernelAddress>& addresses) {
+    InterfaceList interfaces;
+    if (const int error = ListInterfaces(interfaces)) return error;
     for (const bool loopback : {false, true}) {
         if (!addresses.empty()) break;
         if (family != AF_INET) AppendAddresses(interfaces.get(), AF_INET6, loopback, addresses);
         if (family != AF_INET6) AppendAddresses(interfaces.get(), AF_INET, loopback, addresses);
     }
     if (addresses.empty() && family != AF_INET6) addresses.push_back(Ipv4Loopback());
-    return addresses;
+    return 0;
 }
 
 }  // namespace Posix

@@ -1,6 +1,8 @@
 #include "names/ResolverErrors.h"
 
 #include "errors/Errors.h"
+#include "names/NameServers.h"
+#include "names/SystemTable.h"
 
 namespace Posix {
 
@@ -12,6 +14,11 @@ int WinsockFromResolversErrno() noexcept {
     return error == WinsockError::Invalid ? WinsockError::NoRecovery : error;
 }
 
+// A table that could not be opened or read has no names, as far as the resolver goes.
+int UnlessShortage(int error) noexcept {
+    return IsShortage(errno) ? WinsockFromResolversErrno() : error;
+}
+
 }  // namespace
 
 int WinsockFromNameError(int error) noexcept {
@@ -20,7 +27,7 @@ int WinsockFromNameError(int error) noexcept {
             return 0;
         case EAI_NONAME:
         case EAI_ADDRFAMILY:
-            return WinsockError::HostNotFound;
+            return UnlessShortage(WinsockError::HostNotFound);
         case EAI_NODATA:
             return WinsockError::NoData;
         case EAI_AGAIN:
@@ -28,7 +35,7 @@ int WinsockFromNameError(int error) noexcept {
         case EAI_FAMILY:
             return WinsockError::AddressFamilyNotSupported;
         case EAI_SERVICE:
-            return WinsockError::ServiceNotFound;
+            return UnlessShortage(WinsockError::ServiceNotFound);
         case EAI_SOCKTYPE:
             return WinsockError::SocketTypeNotSupported;
         case EAI_BADFLAGS:
@@ -42,6 +49,34 @@ int WinsockFromNameError(int error) noexcept {
         default:
             return WinsockError::NoRecovery;
     }
+}
+
+int WinsockFromLookUp(int resolverError, int systemError) noexcept {
+    if (resolverError != NETDB_SUCCESS) return WinsockFromResolver(resolverError);
+    return IsShortage(systemError) ? WinsockError::NoRecovery : WinsockError::HostNotFound;
+}
+
+bool IsShortage(int systemError) noexcept {
+    switch (systemError) {
+        case EMFILE:
+        case ENFILE:
+        case ENOMEM:
+        case ENOBUFS:
+        case EIO:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool MeansUntold(int error) noexcept {
+    return error == WinsockError::HostNotFound || error == WinsockError::NoData ||
+           error == WinsockError::TryAgain;
+}
+
+bool MeansUnknown(int error, const char* name) {
+    if (error != WinsockError::TryAgain) return MeansUntold(error);
+    return !IsInHostsFile(name) && !DoesNameServerFail(name);
 }
 
 }  // namespace Posix

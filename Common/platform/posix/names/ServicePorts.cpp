@@ -1,0 +1,43 @@
+#include "names/ServicePorts.h"
+
+#include <string>
+#include <string_view>
+
+#include "errors/Errors.h"
+#include "names/NumericHosts.h"
+#include "names/SystemAddresses.h"
+#include "names/SystemTable.h"
+
+namespace Posix {
+
+namespace {
+
+int AskForPort(const char* service, const addrinfo& hints, std::uint16_t& port) {
+    SystemList found;
+    const int error = FindSystemAddresses(nullptr, service, hints, found);
+    if (error == 0) port = PortOf(AddressOf(*found));
+    return error;
+}
+
+// The system knows a service only as its table spells it.
+int AskForPortAsSpelled(const char* service, const addrinfo& hints, std::uint16_t& port) {
+    int error = WinsockError::ServiceNotFound;
+    SystemTable services("/etc/services");
+    for (std::string_view line; error == WinsockError::ServiceNotFound && services.Next(line);) {
+        const std::string spelling(SpellingIn(line, service));
+        if (!spelling.empty()) error = AskForPort(spelling.c_str(), hints, port);
+    }
+    return error;
+}
+
+}  // namespace
+
+int FindPort(const char* service, const addrinfo& hints, std::uint16_t& port) {
+    port = 0;
+    if (service == nullptr || *service == '\0' || ParseNumericPort(service, port)) return 0;
+    const int error = AskForPort(service, hints, port);
+    if (error != WinsockError::ServiceNotFound) return error;
+    return AskForPortAsSpelled(service, hints, port);
+}
+
+}  // namespace Posix

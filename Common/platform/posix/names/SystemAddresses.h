@@ -1,0 +1,24 @@
+// The lists of addresses that the system's resolver answers with.
+#pragma once
+
+#include <netdb.h>
+
+#include <memory>
+
+#include "sockets/KernelAddress.h"
+
+namespace Posix {
+
+struct SystemListFreer {
+    void operator()(addrinfo* list) const noexcept { ::freeaddrinfo(list); }
+};
+using SystemList = std::unique_ptr<addrinfo, SystemListFreer>;
+
+// Null for a text that is not given. A list that is found has at least one address. The result is a
+// Winsock error or 0.
+int FindSystemAddresses(const char* host, const char* service, const addrinfo& hints,
+                        SystemList& found);
+
+KernelAddress AddressOf(const addrinfo& info) noexcept;
+
+}  // namespace Posix
