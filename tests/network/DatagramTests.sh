@@ -274,6 +274,30 @@ TestADatagramThatARouterCannotPassOnComesBackAsAReset() {
   meet_lost ipv6 2001:db8:ffff::1
 }
 
+# Nothing goes farther than to the router: meet_end_of_hops FAMILY TARGET
+meet_end_of_hops() {
+  bound_socket alpha sender datagram "$1" 7001
+  expect alpha "send-to sender $2 7000 one" "ok 3"
+  expect alpha "send-to sender $2 7000 two" "ok 3"
+  expect alpha "receive-from sender" "$(receive_from_failed 10052)"
+  expect alpha "receive-from sender" "$(receive_from_failed 10052)"
+  expect alpha "timeouts sender 100" ok
+  expect alpha "receive-from sender" "$(receive_from_failed 10060)"
+}
+
+TestADatagramWithTooManyHopsAheadComesBackAsANetworkReset() {
+  add_host alpha
+  add_host beta
+  add_host router
+  route_through alpha router
+  in_host router ip route add 203.0.113.0/24 via "${ipv4[beta]}"
+  in_host router ip route add 2001:db8:ffff::/48 via "${ipv6[beta]}"
+  in_host alpha bash -c 'echo 1 >/proc/sys/net/ipv4/ip_default_ttl
+    echo 1 >/proc/sys/net/ipv6/conf/eth0/hop_limit'
+  meet_end_of_hops ipv4 203.0.113.1
+  meet_end_of_hops ipv6 2001:db8:ffff::1
+}
+
 # One failure for each datagram, however many come back before somebody looks.
 TestEachDatagramThatComesBackIsToldOfOnce() {
   add_host alpha

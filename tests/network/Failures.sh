@@ -10,6 +10,7 @@ declare -A error_text=(
   [10042]="Bad protocol option"
   [10049]="Cannot assign requested address"
   [10051]="Network is unreachable"
+  [10052]="Network dropped connection on reset"
   [10053]="Software caused connection abort"
   [10054]="Connection reset by peer"
   [10056]="Socket is already connected"

@@ -1,11 +1,14 @@
 #include "sockets/ErrorQueue.h"
 
 #include <linux/errqueue.h>
+#include <netinet/icmp6.h>
 #include <netinet/in.h>
+#include <netinet/ip_icmp.h>
 #include <sys/socket.h>
 
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 #include "system/Descriptors.h"
 
@@ -23,23 +26,31 @@ bool IsErrorReport(const cmsghdr& part) noexcept {
            (part.cmsg_level == IPPROTO_IPV6 && part.cmsg_type == IPV6_RECVERR);
 }
 
-// The queue also holds what the own machine found wrong, which the failing call has already told,
-// and what the network says of packet sizes, which is the kernel's business.
-bool IsUnreachable(const sock_extended_err& report) noexcept {
-    const bool network =
-        report.ee_origin == SO_EE_ORIGIN_ICMP || report.ee_origin == SO_EE_ORIGIN_ICMP6;
-    return network && report.ee_errno != EMSGSIZE;
+bool IsEndOfHops(const sock_extended_err& report) noexcept {
+    if (report.ee_origin == SO_EE_ORIGIN_ICMP) {
+        return report.ee_type == ICMP_TIME_EXCEEDED && report.ee_code == ICMP_EXC_TTL;
+    }
+    return report.ee_type == ICMP6_TIME_EXCEEDED && report.ee_code == ICMP6_TIME_EXCEED_TRANSIT;
 }
 
-bool TellsUnreachable(msghdr& message) noexcept {
+// The queue also holds what the own machine found wrong, which the failing call has already told,
+// and what the network says of packet sizes, which is the kernel's business.
+std::optional<Loss> LossFrom(const sock_extended_err& report) noexcept {
+    const bool network =
+        report.ee_origin == SO_EE_ORIGIN_ICMP || report.ee_origin == SO_EE_ORIGIN_ICMP6;
+    if (!network || report.ee_errno == EMSGSIZE) return {};
+    return IsEndOfHops(report) ? Loss::TooManyHops : Loss::Unreachable;
+}
+
+std::optional<Loss> LossFrom(msghdr& message) noexcept {
     for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr;
          part = CMSG_NXTHDR(&message, part)) {
         if (!IsErrorReport(*part)) continue;
         sock_extended_err report = {};
         std::memcpy(&report, CMSG_DATA(part), sizeof report);
-        return IsUnreachable(report);
+        return LossFrom(report);
     }
-    return false;
+    return {};
 }
 
 bool CollectReport(const Socket& socket) {
@@ -49,7 +60,7 @@ bool CollectReport(const Socket& socket) {
     message.msg_controllen = sizeof room.bytes;
     const int flags = MSG_ERRQUEUE | MSG_DONTWAIT;
     if (::recvmsg(socket.descriptor, &message, flags) < 0) return false;
-    if (TellsUnreachable(message)) socket.entry->AddUnreachable();
+    if (const auto loss = LossFrom(message)) socket.entry->AddLoss(*loss);
     return true;
 }
 
@@ -83,12 +94,12 @@ bool CollectReports(const Socket& socket) {
 }
 
 void CollectTold(const Socket& socket) {
-    if (!CollectReports(socket)) socket.entry->AddUnreachable();
+    if (!CollectReports(socket)) socket.entry->AddLoss(Loss::Unreachable);
 }
 
 void CollectAnnounced(const Socket& socket) {
     if (CollectReports(socket)) return;
-    if (MayBeReport(TakePendingError(socket.descriptor))) socket.entry->AddUnreachable();
+    if (MayBeReport(TakePendingError(socket.descriptor))) socket.entry->AddLoss(Loss::Unreachable);
 }
 
 }  // namespace Posix

@@ -57,19 +57,7 @@ Socket SocketAt(int descriptor) noexcept {
     return socket.entry->IsInside(Flag::Live) ? std::move(socket) : Socket();
 }
 
-}  // namespace
-
-void SocketEntry::AddUnreachable() noexcept {
-    const auto count = Atomic(unreachable_);
-    std::uint16_t known = count.load(std::memory_order_relaxed);
-    while (known < std::numeric_limits<std::uint16_t>::max() &&
-           !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known + 1),
-                                        std::memory_order_relaxed)) {
-    }
-}
-
-bool SocketEntry::TakeUnreachable() noexcept {
-    const auto count = Atomic(unreachable_);
+bool TakeOne(std::atomic_ref<std::uint16_t> count) noexcept {
     std::uint16_t known = count.load(std::memory_order_relaxed);
     while (known > 0 && !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known - 1),
                                                      std::memory_order_relaxed)) {
@@ -77,8 +65,25 @@ bool SocketEntry::TakeUnreachable() noexcept {
     return known > 0;
 }
 
+}  // namespace
+
+void SocketEntry::AddLoss(Loss loss) noexcept {
+    const auto count = Atomic(loss == Loss::TooManyHops ? tooManyHops_ : unreachable_);
+    std::uint16_t known = count.load(std::memory_order_relaxed);
+    while (known < std::numeric_limits<std::uint16_t>::max() &&
+           !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known + 1),
+                                        std::memory_order_relaxed)) {
+    }
+}
+
+int SocketEntry::TakeLoss() noexcept {
+    if (TakeOne(Atomic(unreachable_))) return WinsockError::ConnectionReset;
+    return TakeOne(Atomic(tooManyHops_)) ? WinsockError::NetworkReset : 0;
+}
+
 void SocketEntry::Open(std::uint32_t flags) noexcept {
     Atomic(unreachable_).store(0, std::memory_order_relaxed);
+    Atomic(tooManyHops_).store(0, std::memory_order_relaxed);
     Atomic(flags_).store(Flag::WithDirect(flags | Flag::Live), std::memory_order_seq_cst);
 }
 

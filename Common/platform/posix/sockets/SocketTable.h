@@ -72,6 +72,9 @@ constexpr std::uint32_t WithDirect(std::uint32_t flags) noexcept {
 inline constexpr std::uint32_t Inherited = Ipv6 | Bound | ReceiveTimeout | SendTimeout;
 }  // namespace Flag
 
+// How the network reports that a datagram did not reach its peer.
+enum class Loss { Unreachable, TooManyHops };
+
 // Trivial, so that the table is zeroed memory that costs nothing until it is touched. Its size is a
 // power of two, so that finding an entry takes no multiplication.
 class alignas(16) SocketEntry {
@@ -83,11 +86,13 @@ public:
     void Clear(std::uint32_t flags) noexcept { Modify(0, flags); }
     void Change(std::uint32_t flag, bool on) noexcept { Modify(on ? flag : 0, on ? 0 : flag); }
 
-    // Reports that a datagram did not reach its peer, each to be answered by one receive call.
-    void AddUnreachable() noexcept;
-    bool TakeUnreachable() noexcept;
-    bool HasUnreachable() const noexcept {
-        return Atomic(unreachable_).load(std::memory_order_relaxed) > 0;
+    // The network's reports, each to be answered by one receive call.
+    void AddLoss(Loss loss) noexcept;
+    // The error that tells of one of them, or 0.
+    int TakeLoss() noexcept;
+    bool HasLoss() const noexcept {
+        return Atomic(unreachable_).load(std::memory_order_relaxed) > 0 ||
+               Atomic(tooManyHops_).load(std::memory_order_relaxed) > 0;
     }
 
     // A call counts itself in before it asks for the flags: then either it finds that the handle
@@ -132,6 +137,7 @@ private:
     std::int32_t calls_;  // those that run, and Closing when the last one is to close
     std::uint32_t flags_;
     std::uint16_t unreachable_;
+    std::uint16_t tooManyHops_;
 };
 
 // The kernel's usual upper limit for the descriptors of a process.

@@ -98,12 +98,12 @@ ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
 
 // Negative when the call has failed, with the thread's last error.
 ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
-    if (socket.entry->TakeUnreachable()) return Fail(WinsockError::ConnectionReset);
+    if (const int error = socket.entry->TakeLoss()) return Fail(error);
     ssize_t received = ReceiveMessage(socket, message);
     while (received < 0) {
         if (!MayBeReport(errno)) return FailDatagram(socket);
         CollectTold(socket);
-        if (socket.entry->TakeUnreachable()) return Fail(WinsockError::ConnectionReset);
+        if (const int error = socket.entry->TakeLoss()) return Fail(error);
         received = ReceiveMessage(socket, message);
     }
     return received;

@@ -8,10 +8,10 @@
 
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
+#include "sockets/ErrorQueue.h"
 #include "sockets/SocketTable.h"
 #include "sockets/StartUp.h"
 #include "system/Waiting.h"
-#include "sockets/ErrorQueue.h"
 
 namespace {
 
@@ -34,7 +34,7 @@ short EventsOf(Interest interest) {
 bool IsReadyAlready(const Socket& socket, Interest interest) {
     switch (interest) {
         case Interest::Read:
-            return socket.entry->HasUnreachable();
+            return socket.entry->HasLoss();
         case Interest::Except:
             return socket.Has(Flag::ConnectFailed);
         default:

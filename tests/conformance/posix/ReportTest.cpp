@@ -1,0 +1,140 @@
+// What becomes of the network's reports that datagrams did not arrive.
+#include <linux/errqueue.h>
+#include <netinet/icmp6.h>
+#include <netinet/in.h>
+#include <netinet/ip_icmp.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+#include <deque>
+#include <ostream>
+#include <utility>
+
+#include "conformance/DatagramScene.h"
+#include "conformance/SelectScene.h"
+#include "support/posix/SystemCallFaults.h"
+
+namespace Conformance {
+namespace {
+
+using namespace SystemCalls;
+
+struct Report {
+    const char* name;
+    int origin;
+    int type;
+    int code;
+    int error;
+    int answer;  // to a receive call, or 0
+
+    friend void PrintTo(const Report& report, std::ostream* stream) { *stream << report.name; }
+};
+
+constexpr int V4 = SO_EE_ORIGIN_ICMP;
+constexpr int V6 = SO_EE_ORIGIN_ICMP6;
+constexpr int Own = SO_EE_ORIGIN_LOCAL;
+
+constexpr Report Reports[] = {
+    {"no port", V4, ICMP_DEST_UNREACH, ICMP_PORT_UNREACH, ECONNREFUSED, 10054},
+    {"no network", V4, ICMP_DEST_UNREACH, ICMP_NET_UNREACH, ENETUNREACH, 10054},
+    {"no host", V4, ICMP_DEST_UNREACH, ICMP_HOST_UNREACH, EHOSTUNREACH, 10054},
+    {"too many hops", V4, ICMP_TIME_EXCEEDED, ICMP_EXC_TTL, EHOSTUNREACH, 10052},
+    {"missing parts", V4, ICMP_TIME_EXCEEDED, ICMP_EXC_FRAGTIME, EHOSTUNREACH, 10054},
+    {"too long for a link", V4, ICMP_DEST_UNREACH, ICMP_FRAG_NEEDED, EMSGSIZE, 0},
+    {"no port of IPv6", V6, ICMP6_DST_UNREACH, ICMP6_DST_UNREACH_NOPORT, ECONNREFUSED, 10054},
+    {"too many hops of IPv6", V6, ICMP6_TIME_EXCEEDED, ICMP6_TIME_EXCEED_TRANSIT, EHOSTUNREACH,
+     10052},
+    {"missing parts of IPv6", V6, ICMP6_TIME_EXCEEDED, ICMP6_TIME_EXCEED_REASSEMBLY, EHOSTUNREACH,
+     10054},
+    {"too long for a link of IPv6", V6, ICMP6_PACKET_TOO_BIG, 0, EMSGSIZE, 0},
+    {"own machine", Own, 0, 0, EMSGSIZE, 0},
+    {"own machine, with numbers of nobody", Own, ICMP_TIME_EXCEEDED, ICMP_EXC_TTL, EHOSTUNREACH, 0},
+};
+
+bool IsFromQueue(const Call& call) {
+    return (call.Argument(2) & MSG_ERRQUEUE) != 0;
+}
+
+void Write(const Report& report, msghdr& message) {
+    cmsghdr* const part = CMSG_FIRSTHDR(&message);
+    part->cmsg_level = report.origin == V6 ? IPPROTO_IPV6 : IPPROTO_IP;
+    part->cmsg_type = report.origin == V6 ? IPV6_RECVERR : IP_RECVERR;
+    part->cmsg_len = CMSG_LEN(sizeof(sock_extended_err));
+    sock_extended_err error = {};
+    error.ee_errno = static_cast<std::uint32_t>(report.error);
+    error.ee_origin = static_cast<std::uint8_t>(report.origin);
+    error.ee_type = static_cast<std::uint8_t>(report.type);
+    error.ee_code = static_cast<std::uint8_t>(report.code);
+    std::memcpy(CMSG_DATA(part), &error, sizeof error);
+    message.msg_controllen = part->cmsg_len;
+}
+
+// While it lives, the system has the reports to tell: the first fails a receive call, and all are
+// in the queue.
+class ToldReports {
+public:
+    explicit ToldReports(std::deque<Report> reports) : left_(std::move(reports)) {}
+
+private:
+    Word Answer(const Call& call) {
+        if (IsFromQueue(call)) return Take(call);
+        if (std::exchange(told_, true) || left_.empty()) return call.Make();
+        return call.Fail(left_.front().error);
+    }
+    Word Take(const Call& call) {
+        if (left_.empty()) return call.Fail(EAGAIN);
+        Write(left_.front(), *call.Pointer<msghdr>(1));
+        left_.pop_front();
+        return 0;
+    }
+
+    std::deque<Report> left_;
+    bool told_ = false;
+    const HookedCall hook_{SystemCall::Recvmsg, [this](const Call& call) { return Answer(call); }};
+};
+
+OwnedSocket NewReceiver() {
+    OwnedSocket socket = NewBoundDatagram();
+    SetNonBlocking(socket);
+    return socket;
+}
+
+class NetworkReport : public Started, public testing::WithParamInterface<Report> {};
+
+TEST_P(NetworkReport, HasTheAnswerOfItsKind) {
+    const OwnedSocket socket = NewReceiver();
+    const ToldReports reports({GetParam()});
+    if (GetParam().answer != 0) {
+        EXPECT_TRUE(FailsWith(GetParam().answer, TryReceive(socket)));
+    }
+    EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, NetworkReport, testing::ValuesIn(Reports));
+
+using NetworkReports = Started;
+
+TEST_F(NetworkReports, AreToldOnceEachAndByKind) {
+    const OwnedSocket socket = NewReceiver();
+    const Report& noPort = Reports[0];
+    const Report& hops = Reports[3];
+    const ToldReports reports({hops, noPort, hops, noPort, noPort});
+    for (const int answer : {10054, 10054, 10054, 10052, 10052}) {
+        EXPECT_TRUE(FailsWith(answer, TryReceive(socket)));
+    }
+    EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+}
+
+TEST_F(NetworkReports, AreReadableWhateverTheirKind) {
+    const OwnedSocket socket = NewReceiver();
+    const ToldReports reports({Reports[3], Reports[3]});
+    EXPECT_EQ(ReadyFor(socket), "w");
+    EXPECT_TRUE(FailsWith(10052, TryReceive(socket)));
+    EXPECT_EQ(ReadyFor(socket), "rw");
+    EXPECT_TRUE(FailsWith(10052, TryReceive(socket)));
+    EXPECT_EQ(ReadyFor(socket), "w");
+}
+
+}  // namespace
+}  // namespace Conformance
