@@ -346,7 +346,17 @@ TestAHostThatARouterForbidsIsUnreachable() {
   add_host router
   route_through alpha router
   in_host router ip route add prohibit 203.0.113.0/24
+  in_host router ip route add prohibit 2001:db8:ffff::/64
   meet_unreachable ipv4 203.0.113.1 10065
+  meet_unreachable ipv6 2001:db8:ffff::1 10065
+}
+
+TestAHostThatIsForbiddenHereIsNotPermitted() {
+  add_host alpha
+  in_host alpha ip route add prohibit 203.0.113.0/24
+  in_host alpha ip route add prohibit 2001:db8:ffff::/64
+  meet_unreachable ipv4 203.0.113.1 10013
+  meet_unreachable ipv6 2001:db8:ffff::1 10013
 }
 
 TestAHostThatDoesNotAnswerIsGivenUp() {

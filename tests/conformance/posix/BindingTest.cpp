@@ -4,15 +4,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <functional>
 #include <utility>
 #include <vector>
 
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 namespace {
+
+using namespace SystemCalls;
 
 // Takes a socket's descriptor away for its lifetime.
 class Absence {
@@ -163,6 +167,28 @@ TEST_F(AnotherProcessesPort, IsFreeIfItsServerHasGoneAndOnlyItsConnectionsGoOn) 
     });
     EXPECT_TRUE(Succeeds(Bind(NewStream(), Loopback(other.Port()))));
     EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
+}
+
+using ReuseFault = Started;
+
+// What is left of the connection keeps its port, but nothing else fails.
+TEST_F(ReuseFault, OfAClientThatIsClosedOrOfANewcomerKeepsThePortTaken) {
+    for (const bool closing : {true, false}) {
+        const OwnedSocket listener = NewListener();
+        OwnedSocket client = NewStream();
+        ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+        const Winsock::AddressIpv4 address = LocalAddress(client);
+        const OwnedSocket server = Accept(listener);
+        {
+            const FailingCall fails(SystemCall::Setsockopt, ENOMEM,
+                                    {.count = closing ? 1U : 0U, .option = SO_REUSEADDR});
+            EXPECT_TRUE(Succeeds(Winsock::closesocket(client.Take())));
+        }
+        EXPECT_EQ(TryReceive(server), 0);
+        const FailingCall fails(SystemCall::Setsockopt, ENOMEM,
+                                {.count = closing ? 0U : 1U, .option = SO_REUSEADDR});
+        EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), Loopback(PortOf(address)))));
+    }
 }
 
 using LastCleanUp = Started;

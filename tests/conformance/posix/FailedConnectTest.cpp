@@ -3,9 +3,12 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
+#include <atomic>
 #include <cerrno>
 #include <fstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
@@ -75,6 +78,31 @@ TEST_F(OutcomeTaken, ByAnotherDuringABlockingCallIsARefusal) {
     EXPECT_EQ(taken, ECONNREFUSED);
 }
 
+TEST_F(OutcomeTaken, ByOneOfManyThreadsIsEverybodys) {
+    const unsigned int nobodysPort = LocalPort(NewBoundStream());
+    for (int round = 0; round < 50; ++round) {
+        const OwnedSocket socket = NewBoundStream();
+        const unsigned int port = LocalPort(socket);
+        SetNonBlocking(socket);
+        std::atomic<bool> isOver = false;
+        std::vector<std::thread> threads(4);
+        for (std::thread& thread : threads) {
+            thread = std::thread([&] {
+                while (!isOver)
+                    EXPECT_TRUE(FailsWith(10057, TryReceive(socket)));
+            });
+        }
+        EXPECT_TRUE(FailsWith(10035, Connect(socket, Loopback(nobodysPort))));
+        Winsock::HandleSet failed = SetOf({socket.Get()});
+        EXPECT_TRUE(Succeeds(Winsock::select(0, nullptr, nullptr, &failed, &Minute), 1));
+        isOver = true;
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(LocalPort(socket), port);
+        EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), Loopback(port))));
+    }
+}
+
 using ResetDuringConnect = Started;
 
 TEST_F(ResetDuringConnect, IsAResetOfTheConnection) {
@@ -99,6 +127,23 @@ TEST_F(FailedWait, LeavesTheConnectCallUnfinished) {
         EXPECT_TRUE(FailsWith(10055, Connect(socket, Loopback(listener.Port()))));
     }
     EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
+}
+
+// The connection is there, but the system does not tell.
+TEST_F(FailedWait, ForTheStateLeavesTheConnectCallUnfinished) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    {
+        const FailingCall untold(SystemCall::Getsockopt, ENOBUFS, {.option = TCP_INFO});
+        const HookedCall interrupted(SystemCall::Connect, [](const Call& call) {
+            call.Make();
+            return call.Fail(EINTR);
+        });
+        EXPECT_TRUE(FailsWith(10055, Connect(socket, LocalAddress(listener))));
+        EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
+        EXPECT_TRUE(FailsWith(10037, Connect(socket, LocalAddress(listener))));
+    }
+    EXPECT_TRUE(Succeeds(Send(socket, "x"), 1));
 }
 
 using TakenPort = Started;
@@ -156,6 +201,15 @@ TEST_F(Patience, OfAConnectCallIsThatOfWinsock) {
     const OwnedSocket client = NewStream();
     ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
     EXPECT_LE(Repetitions(client), 3);
+}
+
+TEST_F(Patience, ThatCannotBeAskedForOrSetIsTheSystems) {
+    const OwnedSocket listener = NewListener();
+    for (const SystemCall call : {SystemCall::Getsockopt, SystemCall::Setsockopt}) {
+        const FailingCall fails(call, EPERM, {.level = IPPROTO_TCP, .option = TCP_SYNCNT});
+        EXPECT_TRUE(Succeeds(Connect(NewStream(), LocalAddress(listener))));
+        EXPECT_EQ(fails.Seen(), 1U);
+    }
 }
 
 TEST_F(Patience, OfTheHostCountsWhereItIsLess) {

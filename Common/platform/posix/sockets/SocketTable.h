@@ -48,7 +48,7 @@ inline constexpr std::uint32_t ConnectFailed = 1U << 13;
 inline constexpr std::uint32_t Accepted = 1U << 14;
 // A datagram socket's queue may hold what others sent before the socket had its peer.
 inline constexpr std::uint32_t Strangers = 1U << 15;
-// A thread is about to notice what has become of an unfinished connect call.
+// A thread is just asking what has become of an unfinished connect call.
 inline constexpr std::uint32_t Concluding = 1U << 16;
 // The listener's time-outs have been set since it began to listen.
 inline constexpr std::uint32_t NewTimeouts = 1U << 17;

@@ -4,6 +4,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sched.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -43,24 +44,21 @@ int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
     return error == ECONNABORTED ? ConnectOnce(socket, peer) : error;
 }
 
-// What has become of a connect call with which the kernel goes on: 0 if there is a peer,
-// EINPROGRESS, or why there is none.
+// What has become of a connect call with which the kernel goes on: 0 if there is a peer, why there
+// is none, or EINPROGRESS, with errno if the kernel does not tell.
 int OutcomeOf(const Socket& socket) {
     const int state = TcpState(socket.descriptor);
-    if (state < 0) return errno;
-    if (state == TCP_SYN_SENT || state == TCP_SYN_RECV) return EINPROGRESS;
+    if (state < 0 || state == TCP_SYN_SENT || state == TCP_SYN_RECV) return EINPROGRESS;
     if (state != TCP_CLOSE) return 0;
     const int error = TakePendingError(socket.descriptor);
     // The kernel tells it once, and may have told somebody else.
     return error != 0 ? error : ECONNREFUSED;
 }
 
-// EINPROGRESS with errno if the system cannot wait.
+// The same later; EINPROGRESS with errno if the system cannot wait.
 int AwaitOutcome(const Socket& socket) {
-    int error = EINPROGRESS;
-    while (error == EINPROGRESS && WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit))
-        error = OutcomeOf(socket);
-    return error;
+    const bool ready = WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit);
+    return ready ? OutcomeOf(socket) : EINPROGRESS;
 }
 
 // Whether a stream without a peer has a port in the end. The kernel refuses to bind what is bound.
@@ -97,19 +95,26 @@ void ConcludeUnfinished(const Socket& socket) {
     socket.entry->Clear(Flag::Connecting);
 }
 
-// Whether this machine has an address from which there is a way to the peer, which is all that a
-// datagram socket needs.
-bool HasWayTo(const Socket& socket, const KernelAddress& peer) {
+// What stands in the way to the peer on this machine already, as the system's error number: nothing
+// is sent when a datagram socket connects, but the way is looked for, and the own address.
+int ObstacleHere(const Socket& socket, const KernelAddress& peer) {
     const Descriptor probe(::socket(peer.any.sa_family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const auto length = static_cast<socklen_t>(AddressLength(socket));
-    return ::connect(probe.Number(), &peer.any, length) == 0 || errno != EADDRNOTAVAIL;
+    return ::connect(probe.Number(), &peer.any, length) == 0 ? 0 : errno;
 }
 
+// Some of the kernel's numbers have reasons to which Winsock gives different ones.
 int ConnectError(const Socket& socket, const KernelAddress& peer, int error) {
-    // The peer's address lacks its scope, or cannot be reached from the own one.
-    if (error == EINVAL) return WinsockError::AddressNotAvailable;
-    // What there is none of may be ports as well.
-    if (error == EADDRNOTAVAIL && HasWayTo(socket, peer)) return WinsockError::AddressInUse;
+    switch (error) {
+        case EINVAL:  // the address lacks its scope, or cannot be reached from the own one
+            return WinsockError::AddressNotAvailable;
+        case EADDRNOTAVAIL:  // no own address leads there, or there is no port left
+            if (ObstacleHere(socket, peer) != error) return WinsockError::AddressInUse;
+            break;
+        case EACCES:  // forbidden here, or by a router
+            if (ObstacleHere(socket, peer) != error) return WinsockError::HostUnreachable;
+            break;
+    }
     return WinsockFromErrno(error);
 }
 
@@ -147,11 +152,12 @@ int Posix::ConnectStream(const Socket& socket, const KernelAddress& peer) {
     return StartConnect(socket, peer);
 }
 
-// Of several threads one does it; the others find nothing new.
+// The kernel tells the reason of a failure once, so of several threads one asks. The others wait for
+// what it finds, which takes it a few system calls.
 void Posix::NoticeOutcome(const Socket& socket) noexcept {
     const CancellationGuard whole;
-    const std::uint32_t before = socket.entry->Set(Flag::Concluding);
-    if ((before & Flag::Concluding) != 0) return;
-    if ((before & Flag::Connecting) != 0) ConcludeUnfinished(socket);
+    while ((socket.entry->Set(Flag::Concluding) & Flag::Concluding) != 0)
+        ::sched_yield();
+    if (socket.Has(Flag::Connecting)) ConcludeUnfinished(socket);
     socket.entry->Clear(Flag::Concluding);
 }
