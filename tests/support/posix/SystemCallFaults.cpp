@@ -31,11 +31,14 @@ public:
 
 constinit std::atomic<int> hookCount = 0;
 
-// The object whose calls are meant: the module by its file's name, or the program.
+// The module where the program has loaded it, and otherwise the program, which comes first.
 const link_map* ObjectUnderTest() noexcept {
-    static constexpr std::string_view name = VELSOCK_OBJECT_UNDER_TEST;
-    void* const handle = ::dlopen(name.empty() ? nullptr : name.data(), RTLD_LAZY | RTLD_NOLOAD);
-    return static_cast<const link_map*>(handle);
+    constexpr std::string_view module = "/libvelsock.so";
+    const auto* const program = static_cast<const link_map*>(::dlopen(nullptr, RTLD_LAZY));
+    for (const link_map* object = program; object != nullptr; object = object->l_next) {
+        if (std::string_view(object->l_name).find(module) != std::string_view::npos) return object;
+    }
+    return program;
 }
 
 bool IsUnderTest(const void* caller) noexcept {

@@ -1,0 +1,158 @@
+// What an error of the resolver becomes in each of Winsock's name calls.
+#include <netdb.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "conformance/NameScene.h"
+#include "conformance/Scene.h"
+#include "support/posix/SystemCallFaults.h"
+
+namespace Conformance {
+namespace {
+
+using namespace SystemCalls;
+
+struct Row {
+    int system;
+    int winsock;
+};
+
+// Numbers of getaddrinfo and getnameinfo; errors of the system behind EAI_SYSTEM.
+constexpr Row AddressInfoRows[] = {
+    {EAI_AGAIN, 11002},  {EAI_BADFLAGS, 10022}, {EAI_FAIL, 11003},    {EAI_FAMILY, 10047},
+    {EAI_MEMORY, 8},     {EAI_NODATA, 11004},   {EAI_SERVICE, 10109}, {EAI_SOCKTYPE, 10044},
+    {EAI_OVERFLOW, 122}, {EAI_CANCELED, 11003}, {EMFILE, 10024},      {ENFILE, 10024},
+    {EACCES, 10013},     {EPERM, 10013},        {ENOMEM, 10055},      {ENOBUFS, 10055},
+    {ETIMEDOUT, 10060},  {ECONNREFUSED, 10061}, {ENETUNREACH, 10051}, {EIO, 11003},
+    {ENOENT, 11003},     {EINVAL, 11003},
+};
+
+// Numbers of the resolver; errors of the system behind NETDB_INTERNAL.
+constexpr Row HostRows[] = {
+    {TRY_AGAIN, 11002}, {NO_RECOVERY, 11003}, {NO_DATA, 11004},
+    {ENOMEM, 11003},    {EMFILE, 11003},      {EIO, 11003},
+};
+
+using ResolverError = Started;
+
+TEST_F(ResolverError, OfAListIsItsNumberAndNoList) {
+    const auto expect = [](const Row& row) {
+        const FailingCall fails(SystemCall::Getaddrinfo, row.system);
+        List list = Resolved("10.1.2.3", "80");
+        EXPECT_TRUE(Returns(row.winsock, Resolve("some.example", "80", list))) << row.system;
+        EXPECT_EQ(list, nullptr);
+        EXPECT_EQ(fails.Seen(), 1U);
+    };
+    for (const Row& row : AddressInfoRows)
+        expect(row);
+    expect({EAI_NONAME, 11001});
+    expect({EAI_ADDRFAMILY, 11001});
+}
+
+TEST_F(ResolverError, OfAServiceIsItsNumber) {
+    const FailingCall fails(SystemCall::Getaddrinfo, EAI_AGAIN);
+    List list;
+    EXPECT_TRUE(Returns(11002, Resolve(nullptr, "some-service", list)));
+    EXPECT_TRUE(Returns(11002, Resolve("10.1.2.3", "some-service", list)));
+}
+
+TEST_F(ResolverError, OfASignalIsNone) {
+    const FailingCall lists(SystemCall::Getaddrinfo, EINTR, {.count = 3});
+    EXPECT_NE(Resolved("localhost", "80"), nullptr);
+    EXPECT_EQ(lists.Seen(), 4U);
+    const FailingCall texts(SystemCall::Getnameinfo, EINTR, {.count = 3});
+    const Winsock::AddressIpv4 address = Loopback(80);
+    char service[100];
+    EXPECT_TRUE(Returns(
+        0, Winsock::getnameinfo(&address, sizeof address, nullptr, 0, service, sizeof service, 0)));
+    EXPECT_EQ(texts.Seen(), 4U);
+}
+
+int TextsOf(char (&host)[100], char (&service)[100], int flags) {
+    const Winsock::AddressIpv4 address = Loopback(80);
+    return Winsock::getnameinfo(&address, sizeof address, host, sizeof host, service,
+                                sizeof service, flags);
+}
+
+TEST_F(ResolverError, OfAnAddresssTextsIsItsNumber) {
+    char host[100];
+    char service[100];
+    for (const Row& row : AddressInfoRows) {
+        const FailingCall fails(SystemCall::Getnameinfo, row.system);
+        EXPECT_TRUE(Returns(row.winsock, TextsOf(host, service, 0))) << row.system;
+        EXPECT_TRUE(Returns(row.winsock, TextsOf(host, service, Winsock::NumericHost)));
+        EXPECT_TRUE(Returns(row.winsock, TextsOf(host, service, Winsock::NumericService)));
+    }
+}
+
+TEST_F(ResolverError, OfNumbersIsNone) {
+    const FailingCall texts(SystemCall::Getnameinfo, EAI_FAIL);
+    const FailingCall lists(SystemCall::Getaddrinfo, EAI_FAIL);
+    char host[100];
+    char service[100];
+    EXPECT_TRUE(Returns(0, TextsOf(host, service, Winsock::NumericHost | Winsock::NumericService)));
+    EXPECT_STREQ(host, "127.0.0.1");
+    EXPECT_EQ(AddressesOf(Resolved("10.1.2.3", "80")), Texts{"10.1.2.3 80"});
+}
+
+TEST_F(ResolverError, ThatKnowsNoNameLeavesTheHostANumber) {
+    const FailingCall fails(SystemCall::Getnameinfo, EAI_NONAME);
+    char host[100];
+    char service[100];
+    EXPECT_TRUE(Returns(0, TextsOf(host, service, Winsock::NumericService)));
+    EXPECT_STREQ(host, "127.0.0.1");
+}
+
+TEST_F(ResolverError, OfAHostIsItsNumber) {
+    const auto expect = [](const Row& row) {
+        const FailingCall fails(SystemCall::Gethostbyname, row.system);
+        EXPECT_TRUE(FailsWith(row.winsock, Winsock::gethostbyname("some.example"))) << row.system;
+        EXPECT_EQ(fails.Seen(), 1U);
+    };
+    for (const Row& row : HostRows)
+        expect(row);
+    expect({HOST_NOT_FOUND, 11001});
+}
+
+// An address without a name is a host without data.
+TEST_F(ResolverError, OfAnAddressIsItsNumber) {
+    constexpr char address[] = {10, 1, 2, 3};
+    const auto expect = [&address](const Row& row) {
+        const FailingCall fails(SystemCall::Gethostbyaddr, row.system);
+        EXPECT_TRUE(FailsWith(row.winsock, Winsock::gethostbyaddr(address, 4, 2))) << row.system;
+        EXPECT_EQ(fails.Seen(), 1U);
+    };
+    for (const Row& row : HostRows)
+        expect(row);
+    expect({HOST_NOT_FOUND, 11004});
+}
+
+TEST_F(ResolverError, ThatWantsMoreRoomGetsIt) {
+    std::vector<Word> rooms;
+    const HookedCall wants(SystemCall::Gethostbyname, [&rooms](const Call& call) {
+        rooms.push_back(call.Argument(4));
+        return rooms.size() < 4 ? call.Fail(ERANGE) : call.Make();
+    });
+    const Winsock::HostEntry* const entry = Winsock::gethostbyname("10.1.2.3");
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(std::string(entry->addresses[0], 4), (std::string{10, 1, 2, 3}));
+    ASSERT_EQ(rooms.size(), 4U);
+    for (std::size_t index = 1; index < rooms.size(); ++index)
+        EXPECT_GT(rooms[index], rooms[index - 1]);
+}
+
+TEST_F(ResolverError, ThatNeverHasRoomEnoughIsOneAtLast) {
+    const FailingCall names(SystemCall::Gethostbyname, ERANGE, {.count = 1000});
+    EXPECT_TRUE(FailsWith(11003, Winsock::gethostbyname("some.example")));
+    EXPECT_LT(names.Seen(), 1000U);
+    const FailingCall addresses(SystemCall::Gethostbyaddr, ERANGE, {.count = 1000});
+    EXPECT_TRUE(FailsWith(11003, Winsock::gethostbyaddr("\x0A\1\2\3", 4, 2)));
+    EXPECT_LT(addresses.Seen(), 1000U);
+}
+
+}  // namespace
+}  // namespace Conformance
