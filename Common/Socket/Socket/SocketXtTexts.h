@@ -4,7 +4,6 @@
 #include <Platform/Winsock.h>
 #include <Socket/TraceRecords.h>
 #include <VelBase/ReturnString.h>
-#include <VelBase/TextRoom.h>
 #include <VelNet/SocketXt.h>
 
 #include <string>
@@ -22,11 +21,10 @@ VelBase::ReturnString NarrowComputerName();
 // "<host>:<port>"
 std::string JoinEndpoint(const std::string& host, const std::string& port);
 
-// Room for the numeric texts of a peer. Made before the system is asked for anything that must not
-// be lost for want of memory.
+// The numeric texts of a peer.
 struct PeerTexts {
-    VelBase::TextRoom host{SocketXt::MAXHOST};
-    VelBase::TextRoom port{SocketXt::MAXPORT};
+    char host[SocketXt::MAXHOST] = "";
+    char port[SocketXt::MAXPORT] = "";
 };
 
 // The flags go to getnameinfo beside those for numeric texts. False, with the system's last error
