@@ -192,6 +192,16 @@ TEST_F(UnfinishedConnect, HasALocalName) {
     EXPECT_NE(LocalPort(socket_), 0U);
 }
 
+TEST_F(UnfinishedConnect, TellsWhomItIsFor) {
+    Winsock::AddressIpv4 peer = {};
+    int length = sizeof peer;
+    ASSERT_TRUE(Succeeds(Winsock::getpeername(socket_.Get(), &peer, &length), 0,
+                         "the peer of an unfinished connect"));
+    if (RunsOnWine()) return;
+    EXPECT_EQ(PortOf(peer), listener_->Port());
+    EXPECT_EQ(length, static_cast<int>(sizeof peer));
+}
+
 TEST_F(UnfinishedConnect, IsConnectedOnceThePeerHasAccepted) {
     listener_->Drain();
     EXPECT_TRUE(FailsWith(10056, RepeatWhile(10037, [this] { return ConnectAgain(); })));

@@ -24,6 +24,16 @@ TEST_F(Timeout, OfReceivingFromASilentPeer) {
     ExpectTimeout([&] { return TryReceive(pair.client); });
 }
 
+TEST_F(Timeout, OfReceivingNoBytes) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, Limit)));
+    ExpectTimeout([&] { return TryReceive(pair.client, 0); });
+    ASSERT_TRUE(Succeeds(Send(pair.server, "x"), 1));
+    AwaitReadable(pair.client.Get());
+    EXPECT_TRUE(Succeeds(TryReceive(pair.client, 0), 0));
+    EXPECT_EQ(Receive(pair.client), "x");
+}
+
 TEST_F(Timeout, OfReceivingADatagram) {
     const OwnedSocket socket = NewBoundDatagram();
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, Limit)));

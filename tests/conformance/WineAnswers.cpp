@@ -75,6 +75,7 @@ constexpr WineAnswer Answers[] = {
     {"sending a datagram without a peer", -1, 10022},
     {"sending to a closed peer", -1, 10054},
     {"sending without a connection", -1, 10054},
+    {"the peer of an unfinished connect", -1, 10057},
     {"the handle of a file", -1, 10022},
     {"the text of a short address", -1, 10047},
     {"the text of a short address", 0, 0},

@@ -6,7 +6,16 @@
 #include "sockets/KernelAddress.h"
 #include "sockets/SocketTable.h"
 
+namespace {
+
 using namespace Posix;
+
+// Whom the socket is connected to, or is connecting to.
+bool FindPeer(const Socket& socket, KernelAddress& peer) {
+    return IsConnected(socket) ? PeerAddress(socket, peer) : IntendedPeer(socket, peer);
+}
+
+}  // namespace
 
 int Winsock::getsockname(Handle handle, void* address, int* length) {
     const Socket socket = FindSocket(handle);
@@ -22,10 +31,12 @@ int Winsock::getsockname(Handle handle, void* address, int* length) {
 int Winsock::getpeername(Handle handle, void* address, int* length) {
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
-    if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
+    if (!IsConnected(socket) && !socket.Has(Flag::Connecting)) {
+        return Fail(WinsockError::NotConnected);
+    }
     if (!HasRoomForAddress(socket, address, length)) return Fail(WinsockError::Fault);
     KernelAddress peer = {};
-    if (!PeerAddress(socket, peer)) return FailFromErrno();
+    if (!FindPeer(socket, peer)) return FailFromErrno();
     WinsockFromKernel(socket, peer, address, length);
     return Succeed();
 }

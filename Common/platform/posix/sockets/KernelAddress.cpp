@@ -89,6 +89,11 @@ bool PeerAddress(const Socket& socket, KernelAddress& address) noexcept {
     return ::getpeername(socket.descriptor, &address.any, &length) == 0;
 }
 
+bool IntendedPeer(const Socket& socket, KernelAddress& address) noexcept {
+    auto length = static_cast<socklen_t>(AddressLength(socket));
+    return ::getsockopt(socket.descriptor, SOL_SOCKET, SO_PEERNAME, &address.any, &length) == 0;
+}
+
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept {
     const auto length = static_cast<socklen_t>(AddressLength(socket));
     return ::bind(socket.descriptor, &address.any, length) == 0;

@@ -39,6 +39,8 @@ bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept;
 // The addresses of the socket's two ends; false with errno when the kernel does not tell.
 bool LocalAddress(const Socket& socket, KernelAddress& address) noexcept;
 bool PeerAddress(const Socket& socket, KernelAddress& address) noexcept;
+// The same of a stream that is still connecting.
+bool IntendedPeer(const Socket& socket, KernelAddress& address) noexcept;
 
 // The kernel's own calls; false with errno when it refuses.
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept;

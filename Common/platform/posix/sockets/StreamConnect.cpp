@@ -152,8 +152,8 @@ int Posix::ConnectStream(const Socket& socket, const KernelAddress& peer) {
     return StartConnect(socket, peer);
 }
 
-// The kernel tells the reason of a failure once, so of several threads one asks. The others wait for
-// what it finds, which takes it a few system calls.
+// The kernel tells the reason of a failure once, so of several threads one asks. The others wait
+// for what it finds, which takes it a few system calls.
 void Posix::NoticeOutcome(const Socket& socket) noexcept {
     const CancellationGuard whole;
     while ((socket.entry->Set(Flag::Concluding) & Flag::Concluding) != 0)

@@ -1,6 +1,7 @@
 // The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
 // whatever needs more thought is out of line.
 #include <Platform/Winsock.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -49,13 +50,21 @@ int SendStream(const Socket& socket, const char* buffer, int length) {
     return cutShort ? Fail(WinsockError::Interrupted) : Succeed(static_cast<int>(sent));
 }
 
+// The kernel waits for bytes though none are wanted, and answers alike when they came and when the
+// time was over.
+bool WaitedInVain(const Socket& socket, int length) {
+    pollfd wait = {socket.descriptor, POLLIN, 0};
+    return length == 0 && socket.Has(Flag::ReceiveTimeout) && ::poll(&wait, 1, 0) == 0;
+}
+
 int ReceiveStream(const Socket& socket, char* buffer, int length) {
     TransferDeadline deadline(socket, Receiving);
     const ssize_t received = RepeatInterrupted(deadline, [&](int attemptFlags) {
         return ::recv(socket.descriptor, buffer, Size(length), attemptFlags);
     });
     if (received < 0) return Fail(StreamError(socket));
-    return received == 0 ? FinishWithNothing(socket) : Succeed(static_cast<int>(received));
+    if (received > 0) return Succeed(static_cast<int>(received));
+    return WaitedInVain(socket, length) ? Fail(WinsockError::TimedOut) : FinishWithNothing(socket);
 }
 
 [[gnu::cold, gnu::noinline]] int SendOtherwise(Winsock::Handle handle, const char* buffer,
