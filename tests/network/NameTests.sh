@@ -308,4 +308,6 @@ TestAnAddressHasTheNameThatTheServerKnows() {
   with_names alpha "--host-record=known.test,${ipv4[beta]}" --local=/2.0.192.in-addr.arpa/
   expect alpha "reverse ${ipv4[beta]}" "ok known.test"
   expect alpha "reverse 192.0.2.99" "$(reverse_failed 192.0.2.99 11004)"
+  filter names drop
+  expect alpha "reverse ${ipv4[beta]}" "$(reverse_failed "${ipv4[beta]}" 11002)"
 }

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -104,18 +105,26 @@ public:
     NameServer& operator=(const NameServer&) = delete;
 
 private:
+    // A signal may meet this thread, too.
     void Serve() const {
+        ssize_t count = -1;
+        while (count != 0) {
+            count = ServeOne();
+            if (count < 0 && errno != EINTR) return;
+        }
+    }
+    // The length of the question.
+    ssize_t ServeOne() const {
         char query[512];
         sockaddr_in peer = {};
         socklen_t length = sizeof peer;
         auto* const from = static_cast<sockaddr*>(static_cast<void*>(&peer));
-        ssize_t count = 0;
-        while ((count = ::recvfrom(port_.Descriptor(), query, sizeof query, 0, from, &length)) >
-               0) {
-            std::this_thread::sleep_for(pause_);
-            const std::string reply = Answer({query, static_cast<std::size_t>(count)});
-            ::sendto(port_.Descriptor(), reply.data(), reply.size(), 0, from, length);
-        }
+        const ssize_t count = ::recvfrom(port_.Descriptor(), query, sizeof query, 0, from, &length);
+        if (count <= 0) return count;
+        std::this_thread::sleep_for(pause_);
+        const std::string reply = Answer({query, static_cast<std::size_t>(count)});
+        ::sendto(port_.Descriptor(), reply.data(), reply.size(), 0, from, length);
+        return count;
     }
 
     NameServerPort port_;

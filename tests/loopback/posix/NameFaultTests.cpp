@@ -203,6 +203,13 @@ private:
                                               static_cast<Word>(call.Pointer<open_how>(3)->flags));
                               },
                               {.option = SYS_openat2, .inAnyThread = true}};
+    const HookedCall fopen_{SystemCall::Fopen,
+                            [this](const Call& call) {
+                                const std::string_view mode = call.Pointer<const char>(1);
+                                const bool writes = mode.find_first_of("wa+") != mode.npos;
+                                return Look(call, writes ? O_RDWR : O_RDONLY);
+                            },
+                            {.inAnyThread = true}};
 };
 
 void AskForAllNames() {
@@ -214,6 +221,7 @@ void AskForAllNames() {
         VelNet::CreateSocketXt(VelNet::Socket::SOCKET_STREAM, VelNet::Socket::PROTOCOL_TCP);
     socket->Bind(VelNet::SPECIAL_LOOPBACK, "0");
     FailureOf([&socket] { socket->Connect("no..such", "http"); });
+    FailureOf([&socket] { socket->Connect("127.0.0.1", "no-such-service"); });
 }
 
 TEST_F(SettingsFault, OrNotNoVariableIsReadAndNoFileWritten) {

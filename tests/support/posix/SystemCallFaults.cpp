@@ -203,6 +203,7 @@ Word Call::Fail(int error) const noexcept {
         case SystemCall::Gethostbyaddr:
             return FailLookUp(6, error);
         case SystemCall::Fdopendir:
+        case SystemCall::Fopen:
         case SystemCall::Getenv:
         case SystemCall::Readdir:
             errno = error;

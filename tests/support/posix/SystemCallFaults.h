@@ -39,6 +39,7 @@ enum class SystemCall {
     Connect,
     Fcntl,
     Fdopendir,
+    Fopen,
     Fstat,
     Fstatat,
     Getaddrinfo,

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 
 #include "support/posix/Interception.h"
@@ -145,6 +146,10 @@ int fstatat(int folder, const char* path, struct stat* status, int flags) noexce
 
 DIR* fdopendir(int descriptor) {
     return Intercept<"fdopendir", decltype(::fdopendir)>(SystemCall::Fdopendir, descriptor);
+}
+
+std::FILE* fopen(const char* path, const char* mode) {
+    return Intercept<"fopen", decltype(::fopen)>(SystemCall::Fopen, path, mode);
 }
 
 dirent* readdir(DIR* folder) {
