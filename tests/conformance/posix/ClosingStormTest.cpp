@@ -61,12 +61,13 @@ std::uint64_t BeginLife(Storm& storm) {
     OwnedSocket socket = NewBoundDatagram();
     const Winsock::AddressIpv4 own = LocalAddress(socket);
     const std::uint64_t number = storm.count++;
-    if (number >= MostSockets || Connect(socket, own) != 0) std::abort();
+    if (number >= MostSockets) std::abort();
     Life& life = storm.lives[number];
     life.handle = static_cast<std::uint32_t>(socket.Get());
     life.port = static_cast<std::uint16_t>(PortOf(own));
     for (int index = 0; index < DatagramsOfASocket; ++index) {
-        Winsock::send(socket.Get(), reinterpret_cast<const char*>(&number), sizeof number, 0);
+        Winsock::sendto(socket.Get(), reinterpret_cast<const char*>(&number), sizeof number, 0,
+                        &own, sizeof own);
     }
     socket.Take();
     return number;
