@@ -41,6 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
         HostRow{"[::1]", "80", "0:0:0:0:0:0:0:1%0 80"},
         HostRow{"[::1]", nullptr, "0:0:0:0:0:0:0:1%0 0"},
         HostRow{"[::1]:80", nullptr, "0:0:0:0:0:0:0:1%0 0"},
+        HostRow{"[::1]:8", nullptr, "0:0:0:0:0:0:0:1%0 0"},
         HostRow{"[::1]:80", "90", "0:0:0:0:0:0:0:1%0 90"}));
 
 struct HintRow {

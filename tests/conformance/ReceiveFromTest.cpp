@@ -129,6 +129,8 @@ TEST_F(ReceivingFrom, RefusesNegativeLengthsAndNullBuffersAndKeepsTheDatagram) {
         FailsWith(10014, Winsock::recvfrom(receiver.Get(), buffer, -1, 0, nullptr, nullptr)));
     EXPECT_TRUE(
         FailsWith(10014, Winsock::recvfrom(receiver.Get(), nullptr, 8, 0, nullptr, nullptr)));
+    EXPECT_TRUE(
+        FailsWith(10014, Winsock::recvfrom(receiver.Get(), nullptr, 1, 0, nullptr, nullptr)));
     EXPECT_TRUE(FailsWith(10014, Winsock::recv(receiver.Get(), nullptr, 8, 0)));
     EXPECT_EQ(Receive(receiver), "kept");
 }

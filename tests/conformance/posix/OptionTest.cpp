@@ -17,6 +17,20 @@ TEST_F(SystemOption, OfAKnownProtocolsLevelIsRefusedAsAnOption) {
     }
 }
 
+TEST_F(SystemOption, OfAnotherLevelIsNoneOfTheSocketsWithItsNumber) {
+    const OwnedSocket stream = NewStream();
+    const OwnedSocket datagram = NewDatagram(Winsock::FamilyIpv6);
+    for (const int level : {Winsock::LevelIpv4, Winsock::LevelIpv6, Winsock::ProtocolTcp}) {
+        for (const int option : {Winsock::OptionReuseAddress, Winsock::OptionBroadcast,
+                                 Winsock::OptionSendTimeout, Winsock::OptionReceiveTimeout}) {
+            EXPECT_TRUE(
+                FailsWith(10042, Winsock::setsockopt(stream.Get(), level, option, Value, 4)));
+            EXPECT_TRUE(
+                FailsWith(10042, Winsock::setsockopt(datagram.Get(), level, option, Value, 4)));
+        }
+    }
+}
+
 // What joins and leaves groups here goes by other numbers on Windows.
 TEST_F(SystemOption, OfGroupsIsRefusedUnderItsOwnNumber) {
     const OwnedSocket ipv4 = NewDatagram();

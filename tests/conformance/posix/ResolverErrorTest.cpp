@@ -89,6 +89,17 @@ TEST_F(ResolverError, OfAnAddresssTextsIsItsNumber) {
     }
 }
 
+TEST_F(ResolverError, OfHintsIsToldWithoutAskingTheResolver) {
+    const CountedCall asked(SystemCall::Getaddrinfo);
+    List list;
+    for (const int flags : {1, 2, 4, 0x400}) {
+        Winsock::AddressInfo hints = Hints(0);
+        hints.flags = flags;
+        EXPECT_TRUE(Returns(10022, Resolve("some.example", "80", list, &hints))) << flags;
+    }
+    EXPECT_EQ(asked.Seen(), 0U);
+}
+
 TEST_F(ResolverError, OfNumbersIsNone) {
     const FailingCall texts(SystemCall::Getnameinfo, EAI_FAIL);
     const FailingCall lists(SystemCall::Getaddrinfo, EAI_FAIL);

@@ -1,4 +1,5 @@
 // Waits that fail themselves, or whose time-out comes when they have begun.
+#include <Platform/System.h>
 #include <sys/time.h>
 
 #include <cerrno>
@@ -78,6 +79,10 @@ private:
     static inline std::vector<std::function<void()>>* actions_ = nullptr;
     static inline std::size_t next_ = 0;
 };
+
+TEST(Sleeping, OfOneMillisecondTakesIt) {
+    EXPECT_GE(TimeOf([] { System::Sleep(1); }), Milliseconds(1));
+}
 
 using TimeoutSetDuringAWait = Started;
 
