@@ -153,8 +153,8 @@ TEST_F(Closing, EndsASendThatWaitsWithATimeout) {
     const std::string much(32U << 20U, 'x');
     const Winsock::Handle handle = pair.client.Get();
     EXPECT_TRUE(Answers(Interrupted, ErrorWhenClosed(pair.client, [&] {
-                            return Winsock::send(handle, much.data(),
-                                                 static_cast<int>(much.size()), 0);
+                            return Winsock::send(handle, much.data(), static_cast<int>(much.size()),
+                                                 0);
                         })));
 }
 

@@ -18,8 +18,8 @@ namespace Posix {
 // Winsock's option. False with errno when the kernel refuses.
 bool SetPortSharing(const Socket& socket, bool on) noexcept;
 
-// The kernel's bind and listen for streams, to which ended connections are nothing. False with errno
-// when the kernel refuses.
+// The kernel's bind and listen for streams, to which ended connections are nothing. False with
+// errno when the kernel refuses.
 bool BindOverEndedConnections(const Socket& socket, const KernelAddress& address) noexcept;
 bool ListenOverEndedConnections(const Socket& socket, int backlog) noexcept;
 
