@@ -9,19 +9,25 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/system/TrustedLinks.cpp
   platform/posix/system/Utf8.cpp
   platform/posix/system/Waiting.cpp
+  platform/posix/sockets/AuxiliarySockets.cpp
   platform/posix/sockets/Binding.cpp
+  platform/posix/sockets/Broadcasts.cpp
   platform/posix/sockets/Closing.cpp
   platform/posix/sockets/Connection.cpp
   platform/posix/sockets/Creation.cpp
+  platform/posix/sockets/DatagramFilter.cpp
   platform/posix/sockets/DatagramPeer.cpp
   platform/posix/sockets/DatagramPorts.cpp
   platform/posix/sockets/EndpointAddresses.cpp
   platform/posix/sockets/ErrorQueue.cpp
+  platform/posix/sockets/GroupRequest.cpp
   platform/posix/sockets/KernelAddress.cpp
   platform/posix/sockets/Listening.cpp
   platform/posix/sockets/Memberships.cpp
+  platform/posix/sockets/MergedQueue.cpp
   platform/posix/sockets/Options.cpp
   platform/posix/sockets/PortReuse.cpp
+  platform/posix/sockets/Reception.cpp
   platform/posix/sockets/SocketTable.cpp
   platform/posix/sockets/StartUp.cpp
   platform/posix/sockets/StreamConnect.cpp

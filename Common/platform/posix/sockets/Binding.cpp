@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "errors/Errors.h"
+#include "sockets/AuxiliarySockets.h"
 #include "sockets/DatagramPorts.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/PortReuse.h"
@@ -32,6 +33,13 @@ bool BindAsWinsock(const Socket& socket, const KernelAddress& address) {
                                       : BindOverEndedConnections(socket, address);
 }
 
+int BindWithAuxiliaries(const Socket& socket, const KernelAddress& address) {
+    AuxiliarySockets auxiliaries;
+    if (const int error = OpenAuxiliaries(socket, address, auxiliaries)) return error;
+    if (!BindAsWinsock(socket, address)) return BindError(socket, address);
+    return BindAuxiliaries(socket, address, auxiliaries);
+}
+
 }  // namespace
 
 int Winsock::bind(Handle handle, const void* address, int length) {
@@ -41,7 +49,7 @@ int Winsock::bind(Handle handle, const void* address, int length) {
     if (const int error = KernelFromWinsock(socket, address, length, local)) return Fail(error);
     if (socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
     if (IsUnbindable(local)) return Fail(WinsockError::AddressNotAvailable);
-    if (!BindAsWinsock(socket, local)) return Fail(BindError(socket, local));
+    if (const int error = BindWithAuxiliaries(socket, local)) return Fail(error);
     socket.entry->Set(Flag::Bound);
     return Succeed();
 }

@@ -1,3 +1,5 @@
+#include "sockets/Creation.h"
+
 #include <Platform/Winsock.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -70,16 +72,14 @@ bool GiveDefaults(int descriptor, bool ipv6, bool datagram) {
     });
 }
 
-// Negative with errno when there is no such socket: one without a default would answer otherwise
-// than Winsock's, and nobody would know.
-int MakeDescriptor(bool ipv6, bool datagram) {
+}  // namespace
+
+int Posix::MakeDescriptor(bool ipv6, bool datagram) {
     Descriptor made(::socket(ipv6 ? AF_INET6 : AF_INET,
                              (datagram ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0));
     if (!made || !GiveDefaults(made.Number(), ipv6, datagram)) return -1;
     return made.Take();
 }
-
-}  // namespace
 
 Winsock::Handle Winsock::socket(int family, int type, int protocol) {
     if (!RequireStarted()) return InvalidSocket;

@@ -5,8 +5,10 @@
 #include <cerrno>
 
 #include "errors/Errors.h"
+#include "sockets/AuxiliarySockets.h"
 #include "sockets/DatagramPorts.h"
 #include "sockets/ErrorQueue.h"
+#include "sockets/MergedQueue.h"
 
 namespace Posix {
 
@@ -15,7 +17,7 @@ namespace {
 // The sender of the datagram that is next; false with errno when there is none.
 bool NextSender(const Socket& socket, KernelAddress& sender) {
     socklen_t length = sizeof sender;
-    return ::recvfrom(socket.descriptor, nullptr, 0, MSG_PEEK | MSG_DONTWAIT, &sender.any,
+    return ::recvfrom(FirstToRead(socket), nullptr, 0, MSG_PEEK | MSG_DONTWAIT, &sender.any,
                       &length) >= 0;
 }
 
@@ -33,7 +35,7 @@ bool SameEndpoint(const KernelAddress& left, const KernelAddress& right) {
 }
 
 void DiscardNext(const Socket& socket) {
-    ::recv(socket.descriptor, nullptr, 0, MSG_DONTWAIT);
+    ::recv(FirstToRead(socket), nullptr, 0, MSG_DONTWAIT);
 }
 
 // The kernel lets go of the link with the peer, even of the one that the own address needs.
@@ -62,7 +64,7 @@ bool TakePeerAway(const Socket& socket) {
     nobody.any.sa_family = AF_UNSPEC;
     if (!LocalAddress(socket, former) || !ConnectTo(socket, nobody)) return false;
     socket.entry->Clear(Flag::Connected | Flag::Strangers);
-    if (KeepBinding(socket, former)) return true;
+    if (KeepBinding(socket, former)) return FollowPeer(socket, nullptr) == 0;
     socket.entry->Clear(Flag::Bound);
     return false;
 }
@@ -99,8 +101,9 @@ int ReplacePeer(const Socket& socket, const KernelAddress& peer) {
     // A port that the kernel's connect chooses might be one that others share.
     if (socket.Has(Flag::Reuse) && !HavePort(socket)) return FailFromErrno();
     if (!ConnectTo(socket, peer)) return FailToConnect(socket);
+    const int error = FollowPeer(socket, &peer);
     MarkConnected(socket);
-    return Succeed();
+    return error == 0 ? Succeed() : Fail(error);
 }
 
 }  // namespace

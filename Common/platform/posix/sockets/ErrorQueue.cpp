@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <optional>
 
 #include "system/Descriptors.h"
@@ -16,9 +17,11 @@ namespace Posix {
 
 namespace {
 
-// Room for the extended error and the address of the router that reported it.
+// Room for the extended error and the address of the router that reported it, and for the stamp of
+// a socket whose datagrams have one.
 struct ReportRoom {
-    alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(sock_extended_err) + sizeof(sockaddr_in6))];
+    alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(timespec)) +
+                                CMSG_SPACE(sizeof(sock_extended_err) + sizeof(sockaddr_in6))];
 };
 
 bool IsErrorReport(const cmsghdr& part) noexcept {

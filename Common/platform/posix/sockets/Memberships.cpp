@@ -1,24 +1,18 @@
 #include "sockets/Memberships.h"
 
 #include <Platform/Winsock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <mutex>
+#include <new>
 
 #include "errors/Errors.h"
+#include "sockets/AuxiliarySockets.h"
+#include "sockets/GroupRequest.h"
 
 namespace Posix {
-
-static_assert(sizeof(Winsock::MembershipIpv4) == sizeof(ip_mreq));
-static_assert(offsetof(Winsock::MembershipIpv4, group) == offsetof(ip_mreq, imr_multiaddr));
-static_assert(offsetof(Winsock::MembershipIpv4, interfaceAddress) ==
-              offsetof(ip_mreq, imr_interface));
-static_assert(sizeof(Winsock::MembershipIpv6) == sizeof(ipv6_mreq));
-static_assert(offsetof(Winsock::MembershipIpv6, group) == offsetof(ipv6_mreq, ipv6mr_multiaddr));
-static_assert(offsetof(Winsock::MembershipIpv6, interfaceIndex) ==
-              offsetof(ipv6_mreq, ipv6mr_interface));
 
 namespace {
 
@@ -33,20 +27,57 @@ int MembershipError(const Socket& socket, int level, int length) {
     return length < LengthOfRequest(level) ? WinsockError::Fault : 0;
 }
 
-// The options' numbers mean something else to the kernel.
-int KernelOption(int level, bool join) {
-    if (level == Winsock::LevelIpv6) return join ? IPV6_JOIN_GROUP : IPV6_LEAVE_GROUP;
-    return join ? IP_ADD_MEMBERSHIP : IP_DROP_MEMBERSHIP;
+// The levels have the protocols' numbers, on both systems.
+GroupRequest RequestFromWinsock(int level, const char* value) {
+    GroupRequest request = {level};
+    std::memcpy(request.bytes.data(), value, static_cast<std::size_t>(LengthOfRequest(level)));
+    return request;
 }
 
-// A group that is joined already is no address to join once more; one that is not cannot be left,
-// even where no interface could have it.
-int ErrorOfJoining(int error) {
-    return error == EADDRINUSE ? WinsockError::AddressNotAvailable : WinsockFromErrno(error);
+// Whether what is sent elsewhere than to the socket's address comes by auxiliaries.
+bool IsOnOneAddress(const Socket& socket) {
+    return socket.Has(Flag::OwnAddress | Flag::Connected);
 }
-int ErrorOfLeaving(int error) {
-    const bool notJoined = error == EADDRNOTAVAIL || error == ENODEV;
-    return notJoined ? WinsockError::Invalid : WinsockFromErrno(error);
+
+// What auxiliaries have joined stays theirs, even when their socket is on all addresses again.
+bool HasJoinedByAuxiliary(const Reception& reception, const GroupRequest& request) {
+    return std::any_of(
+        reception.auxiliaries.begin(), reception.auxiliaries.end(),
+        [&](const AuxiliarySocket& each) { return IsMember(each.descriptor.Number(), request); });
+}
+
+int JoinItself(const Socket& socket, Reception& reception, const GroupRequest& request) {
+    if (HasJoinedByAuxiliary(reception, request)) return WinsockError::AddressNotAvailable;
+    reception.joinedItself.reserve(reception.joinedItself.size() + 1);
+    if (const int error = JoinGroup(socket.descriptor, request)) return error;
+    std::erase(reception.joinedItself, request);
+    reception.joinedItself.push_back(request);
+    return 0;
+}
+
+int Join(const Socket& socket, const GroupRequest& request) try {
+    const std::lock_guard guard(receptionLock);
+    Reception& reception = ReceptionOf(socket);
+    return IsOnOneAddress(socket) ? JoinByAuxiliary(socket, reception, request)
+                                  : JoinItself(socket, reception, request);
+} catch (const std::bad_alloc&) {
+    return WinsockError::NoBuffers;
+}
+
+bool HasLeftByAuxiliary(const Reception& reception, const GroupRequest& request) {
+    return std::any_of(reception.auxiliaries.begin(), reception.auxiliaries.end(),
+                       [&](const AuxiliarySocket& each) {
+                           return LeaveGroup(each.descriptor.Number(), request) == 0;
+                       });
+}
+
+int Leave(const Socket& socket, const GroupRequest& request) {
+    const std::lock_guard guard(receptionLock);
+    Reception* const reception = FindReception(socket);
+    if (reception != nullptr && HasLeftByAuxiliary(*reception, request)) return 0;
+    const int error = LeaveGroup(socket.descriptor, request);
+    if (error == 0 && reception != nullptr) std::erase(reception->joinedItself, request);
+    return error;
 }
 
 }  // namespace
@@ -59,13 +90,10 @@ bool IsMembershipOption(int level, int option) noexcept {
 
 int SetMembership(const Socket& socket, int level, int option, const char* value, int length) {
     if (const int error = MembershipError(socket, level, length)) return Fail(error);
+    const GroupRequest request = RequestFromWinsock(level, value);
     const bool join = option == Winsock::OptionAddMembership;
-    const auto size = static_cast<socklen_t>(LengthOfRequest(level));
-    // The levels have the protocols' numbers, on both systems.
-    if (::setsockopt(socket.descriptor, level, KernelOption(level, join), value, size) == 0) {
-        return Succeed();
-    }
-    return Fail(join ? ErrorOfJoining(errno) : ErrorOfLeaving(errno));
+    const int error = join ? Join(socket, request) : Leave(socket, request);
+    return error == 0 ? Succeed() : Fail(error);
 }
 
 }  // namespace Posix

@@ -12,6 +12,7 @@
 #include "sockets/BooleanOption.h"
 #include "sockets/Connection.h"
 #include "sockets/Memberships.h"
+#include "sockets/MergedQueue.h"
 #include "sockets/PortReuse.h"
 #include "sockets/SocketTable.h"
 
@@ -93,7 +94,7 @@ int CountBytes(const Socket& socket, unsigned int& count) {
     int available = 0;
     // The kernel refuses to answer for a listener, whose count is 0 as any unconnected stream's.
     const bool ask = socket.Has(Flag::Datagram) || IsConnected(socket);
-    if (ask && ::ioctl(socket.descriptor, FIONREAD, &available) < 0) return FailFromErrno();
+    if (ask && ::ioctl(FirstToRead(socket), FIONREAD, &available) < 0) return FailFromErrno();
     count = static_cast<unsigned int>(available);
     return Succeed();
 }

@@ -7,6 +7,7 @@
 
 #include "errors/Errors.h"
 #include "sockets/PortReuse.h"
+#include "sockets/Reception.h"
 #include "sockets/StartUp.h"
 #include "system/Descriptors.h"
 #include "system/Waiting.h"
@@ -107,9 +108,11 @@ void SocketEntry::CloseOnceLeft() noexcept {
 int SocketEntry::CloseIfLeft(int result) noexcept {
     std::int32_t none = Closing;
     if (!Atomic(calls_).compare_exchange_strong(none, 0)) return result;
+    const int descriptor = static_cast<int>(this - socketTable);
+    if (Has(Flag::Reception)) CloseReception(descriptor);
     // The entry goes first: once the kernel has the number back, it may give it to anybody.
     Atomic(flags_).store(0, std::memory_order_relaxed);
-    CloseDescriptor(static_cast<int>(this - socketTable));
+    CloseDescriptor(descriptor);
     return result;
 }
 

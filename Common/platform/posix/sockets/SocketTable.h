@@ -52,6 +52,10 @@ inline constexpr std::uint32_t Strangers = 1U << 15;
 inline constexpr std::uint32_t Concluding = 1U << 16;
 // The listener's time-outs have been set since it began to listen.
 inline constexpr std::uint32_t NewTimeouts = 1U << 17;
+// A datagram socket was bound to one address, see AuxiliarySockets.h.
+inline constexpr std::uint32_t OwnAddress = 1U << 18;
+// More is known of what a datagram socket receives than is in its entry.
+inline constexpr std::uint32_t Reception = 1U << 19;
 
 // Whether a transfer of that direction may go straight to the kernel: the socket is a connected
 // stream, nothing has ended and no time is limited. Follows from the other flags and changes with

@@ -10,6 +10,7 @@
 #include "sockets/DatagramPeer.h"
 #include "sockets/DatagramPorts.h"
 #include "sockets/ErrorQueue.h"
+#include "sockets/MergedQueue.h"
 #include "transfer/Transfer.h"
 #include "transfer/TransferDeadline.h"
 
@@ -91,9 +92,8 @@ int ReceiveError(const Socket& socket, const char* buffer, int length, const voi
 
 ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
     TransferDeadline deadline(socket, Receiving);
-    return RepeatInterrupted(deadline, [&](int attemptFlags) {
-        return ::recvmsg(socket.descriptor, &message, attemptFlags);
-    });
+    return RepeatInterrupted(
+        deadline, [&](int attemptFlags) { return ReceiveFirst(socket, message, attemptFlags); });
 }
 
 // Negative when the call has failed, with the thread's last error.

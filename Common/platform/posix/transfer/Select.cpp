@@ -9,6 +9,7 @@
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
 #include "sockets/ErrorQueue.h"
+#include "sockets/MergedQueue.h"
 #include "sockets/SocketTable.h"
 #include "sockets/StartUp.h"
 #include "system/Waiting.h"
@@ -30,6 +31,10 @@ short EventsOf(Interest interest) {
     }
 }
 
+int DescriptorFor(const Socket& socket, Interest interest) {
+    return interest == Interest::Read ? DescriptorToWatch(socket) : socket.descriptor;
+}
+
 // What is ready before the kernel is asked.
 bool IsReadyAlready(const Socket& socket, Interest interest) {
     switch (interest) {
@@ -45,6 +50,7 @@ bool IsReadyAlready(const Socket& socket, Interest interest) {
 // An error of a datagram socket is one of the network's reports, or of the own machine's, which is
 // none to wake anybody for.
 bool IsReadyDatagram(const Socket& socket, Interest interest, short events) {
+    if (interest == Interest::Read) events = EventsToRead(socket, events);
     if ((events & POLLERR) != 0) CollectAnnounced(socket);
     return (events & EventsOf(interest)) != 0 || IsReadyAlready(socket, interest);
 }
@@ -116,7 +122,7 @@ bool Selection::Holds(const Socket& socket, int first) const {
 
 void Selection::Watch(Socket socket, Interest interest) {
     const bool ready = IsReadyAlready(socket, interest);
-    waits_[count_] = {ready ? -1 : socket.descriptor, EventsOf(interest), 0};
+    waits_[count_] = {ready ? -1 : DescriptorFor(socket, interest), EventsOf(interest), 0};
     entries_[count_] = {std::move(socket), interest, ready};
     ++count_;
     if (ready) ++ready_;

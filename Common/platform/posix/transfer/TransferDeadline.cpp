@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "sockets/MergedQueue.h"
 #include "system/Waiting.h"
 
 namespace Posix {
@@ -21,7 +22,9 @@ TransferDeadline::TransferDeadline(const Socket& socket, const Direction& direct
 bool TransferDeadline::AllowsAnother() {
     if ((errno != EINTR && errno != EAGAIN) || !socket_.IsOpen()) return false;
     if (socket_.Has(Flag::NonBlocking)) return errno == EINTR;
-    if (!WaitUntilReady(socket_.descriptor, direction_.readyEvent, Deadline())) return false;
+    const bool toRead = direction_.readyEvent == POLLIN;
+    const int descriptor = toRead ? DescriptorToWatch(socket_) : socket_.descriptor;
+    if (!WaitUntilReady(descriptor, direction_.readyEvent, Deadline())) return false;
     // Readiness may be gone again; the wait that counts the time is the one above.
     attemptFlags_ = MSG_DONTWAIT;
     return true;

@@ -1,0 +1,212 @@
+#include "sockets/AuxiliarySockets.h"
+
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+#include <utility>
+
+#include "errors/Errors.h"
+#include "sockets/BooleanOption.h"
+#include "sockets/Creation.h"
+#include "sockets/DatagramFilter.h"
+
+namespace Posix {
+
+namespace {
+
+// --- The poll set
+
+// What arrives is stamped, so that the queues can be read in the order of arrival.
+bool Merge(const Descriptor& pollSet, int descriptor) {
+    if (!SetBooleanOption(descriptor, SOL_SOCKET, SO_TIMESTAMPNS, true)) return false;
+    epoll_event event = {.events = EPOLLIN, .data = {.fd = descriptor}};
+    return ::epoll_ctl(pollSet.Number(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+}
+
+bool HavePollSet(const Socket& socket, Reception& reception) {
+    if (reception.pollSet) return true;
+    Descriptor made(MoveAboveStandardStreams(::epoll_create1(EPOLL_CLOEXEC)));
+    if (!made || !Merge(made, socket.descriptor)) return false;
+    reception.pollSetNumber.store(made.Number(), std::memory_order_release);
+    reception.pollSet = std::move(made);
+    return true;
+}
+
+// --- Opening
+
+// None with errno when it cannot be had.
+Descriptor OpenAuxiliary(const Socket& socket, Reception& reception) {
+    if (!HavePollSet(socket, reception)) return {};
+    Descriptor made(MoveAboveStandardStreams(MakeDescriptor(socket.Has(Flag::Ipv6), true)));
+    const bool complete = made && SetBooleanOption(made.Number(), SOL_SOCKET, SO_REUSEADDR, true) &&
+                          Merge(reception.pollSet, made.Number());
+    return complete ? std::move(made) : Descriptor();
+}
+
+// Has room for it made where it goes when it is bound, too.
+void Keep(Reception& reception, AuxiliarySocket opened, AuxiliarySockets& all) {
+    reception.auxiliaries.reserve(reception.auxiliaries.size() + all.size() + 1);
+    all.push_back(std::move(opened));
+}
+
+int OpenForBroadcast(const Socket& socket, Reception& reception, const Destination& broadcast,
+                     AuxiliarySockets& opened) {
+    Descriptor made = OpenAuxiliary(socket, reception);
+    if (!made) return WinsockFromErrno(errno);
+    Keep(reception, {broadcast, std::move(made)}, opened);
+    return 0;
+}
+
+// An IPv6 group is joined on one interface, but the kernel would deliver what comes by any.
+Destination JoinedDestination(int descriptor, const GroupRequest& request) {
+    Destination group = {GroupOf(request), 0};
+    if (request.level == IPPROTO_IP) return group;
+    group.interface = InterfaceOfGroup(descriptor, group.address);
+    group.address.ipv6.sin6_scope_id = group.interface;
+    return group;
+}
+
+const AuxiliarySocket* FindAuxiliary(const AuxiliarySockets& auxiliaries,
+                                     const Destination& destination) {
+    const auto found =
+        std::find_if(auxiliaries.begin(), auxiliaries.end(), [&](const AuxiliarySocket& each) {
+            return SameHost(each.destination.address, destination.address);
+        });
+    return found == auxiliaries.end() ? nullptr : &*found;
+}
+
+// A group that has an auxiliary already is joined by that one.
+int OpenForGroup(const Socket& socket, Reception& reception, const GroupRequest& request,
+                 AuxiliarySockets& opened) {
+    Descriptor made = OpenAuxiliary(socket, reception);
+    if (!made) return WinsockFromErrno(errno);
+    if (const int error = JoinGroup(made.Number(), request)) return error;
+    const Destination group = JoinedDestination(made.Number(), request);
+    const AuxiliarySocket* known = FindAuxiliary(reception.auxiliaries, group);
+    if (known == nullptr) known = FindAuxiliary(opened, group);
+    if (known != nullptr) return JoinGroup(known->descriptor.Number(), request);
+    Keep(reception, {group, std::move(made)}, opened);
+    return 0;
+}
+
+int OpenForGroups(const Socket& socket, Reception& reception, AuxiliarySockets& opened) {
+    for (const GroupRequest& request : reception.joinedItself) {
+        if (!IsMember(socket.descriptor, request)) continue;
+        if (const int error = OpenForGroup(socket, reception, request, opened)) return error;
+    }
+    return 0;
+}
+
+// --- Binding
+
+bool IsBroadcast(const Destination& destination) {
+    const KernelAddress& address = destination.address;
+    return address.any.sa_family == AF_INET && !IN_MULTICAST(ntohl(address.ipv4.sin_addr.s_addr));
+}
+
+bool Filter(const AuxiliarySocket& auxiliary, const KernelAddress* peer) {
+    return FilterDatagrams(auxiliary.descriptor.Number(), auxiliary.destination.interface, peer);
+}
+
+bool BindTo(const AuxiliarySocket& auxiliary, std::uint16_t port) {
+    const KernelAddress address = WithPort(auxiliary.destination.address, port);
+    const bool ipv6 = address.any.sa_family == AF_INET6;
+    const socklen_t length = ipv6 ? sizeof address.ipv6 : sizeof address.ipv4;
+    return ::bind(auxiliary.descriptor.Number(), &address.any, length) == 0;
+}
+
+// A program that keeps a broadcast address to itself does not keep others from their own address.
+int BindAuxiliary(Reception& reception, AuxiliarySocket& auxiliary, std::uint16_t port,
+                  const KernelAddress* peer) {
+    if (!Filter(auxiliary, peer)) return WinsockFromErrno(errno);
+    if (!BindTo(auxiliary, port)) {
+        return IsBroadcast(auxiliary.destination) ? 0 : WinsockFromErrno(errno);
+    }
+    reception.auxiliaries.push_back(std::move(auxiliary));
+    return 0;
+}
+
+int BindAll(const Socket& socket, Reception& reception, AuxiliarySockets& opened,
+            const KernelAddress* peer) {
+    KernelAddress local = {};
+    if (!LocalAddress(socket, local)) return WinsockFromErrno(errno);
+    for (AuxiliarySocket& auxiliary : opened) {
+        if (const int error = BindAuxiliary(reception, auxiliary, PortOf(local), peer))
+            return error;
+    }
+    return 0;
+}
+
+// The auxiliaries have joined what the socket had.
+void LeaveAllItself(const Socket& socket, Reception& reception) {
+    for (const GroupRequest& request : reception.joinedItself)
+        LeaveGroup(socket.descriptor, request);
+    reception.joinedItself.clear();
+}
+
+// A socket that was bound to all addresses has one of its own as long as it has a peer.
+int MoveGroups(const Socket& socket, Reception& reception, const KernelAddress& peer) {
+    AuxiliarySockets opened;
+    if (const int error = OpenForGroups(socket, reception, opened)) return error;
+    if (const int error = BindAll(socket, reception, opened, &peer)) return error;
+    LeaveAllItself(socket, reception);
+    return 0;
+}
+
+// Whether a socket that is bound to the address receives everything itself.
+bool NeedsNoAuxiliaries(const Socket& socket, const KernelAddress& address) {
+    return !socket.Has(Flag::Datagram) || IsWildcard(address);
+}
+
+}  // namespace
+
+int OpenAuxiliaries(const Socket& socket, const KernelAddress& address,
+                    AuxiliarySockets& opened) try {
+    if (NeedsNoAuxiliaries(socket, address)) return 0;
+    const std::lock_guard guard(receptionLock);
+    for (const Destination& broadcast : BroadcastsAt(socket.descriptor, address)) {
+        const int error = OpenForBroadcast(socket, ReceptionOf(socket), broadcast, opened);
+        if (error != 0) return error;
+    }
+    Reception* const reception = FindReception(socket);
+    return reception == nullptr ? 0 : OpenForGroups(socket, *reception, opened);
+} catch (const std::bad_alloc&) {
+    return WinsockError::NoBuffers;
+}
+
+int BindAuxiliaries(const Socket& socket, const KernelAddress& address, AuxiliarySockets& opened) {
+    if (NeedsNoAuxiliaries(socket, address)) return 0;
+    socket.entry->Set(Flag::OwnAddress);
+    const std::lock_guard guard(receptionLock);
+    Reception* const reception = FindReception(socket);
+    if (reception == nullptr) return 0;
+    if (const int error = BindAll(socket, *reception, opened, nullptr)) return error;
+    LeaveAllItself(socket, *reception);
+    return 0;
+}
+
+int JoinByAuxiliary(const Socket& socket, Reception& reception, const GroupRequest& request) {
+    KernelAddress peer = {};
+    const bool connected = socket.Has(Flag::Connected);
+    if (connected && !PeerAddress(socket, peer)) return WinsockFromErrno(errno);
+    AuxiliarySockets opened;
+    if (const int error = OpenForGroup(socket, reception, request, opened)) return error;
+    return BindAll(socket, reception, opened, connected ? &peer : nullptr);
+}
+
+int FollowPeer(const Socket& socket, const KernelAddress* peer) try {
+    if (!socket.Has(Flag::Reception)) return 0;
+    const std::lock_guard guard(receptionLock);
+    Reception& reception = ReceptionOf(socket);
+    for (const AuxiliarySocket& auxiliary : reception.auxiliaries) {
+        if (!Filter(auxiliary, peer)) return WinsockFromErrno(errno);
+    }
+    return peer == nullptr ? 0 : MoveGroups(socket, reception, *peer);
+} catch (const std::bad_alloc&) {
+    return WinsockError::NoBuffers;
+}
+
+}  // namespace Posix
