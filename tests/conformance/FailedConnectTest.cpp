@@ -7,18 +7,16 @@
 namespace Conformance {
 namespace {
 
-unsigned int NobodysPort() {
-    return LocalPort(NewBoundStream());
-}
-
 void ConnectInVain(const OwnedSocket& socket) {
-    ASSERT_TRUE(FailsWith(10061, Connect(socket, Loopback(NobodysPort()))));
+    const OwnedSocket nobody = NewBoundStream();
+    ASSERT_TRUE(FailsWith(10061, Connect(socket, LocalAddress(nobody))));
 }
 
 // The outcome shows in the set of exceptions.
 void ConnectInVainWithoutBlocking(const OwnedSocket& socket) {
     SetNonBlocking(socket);
-    ASSERT_TRUE(FailsWith(10035, Connect(socket, Loopback(NobodysPort()))));
+    const OwnedSocket nobody = NewBoundStream();
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(nobody))));
     Winsock::HandleSet failed = SetOf({socket.Get()});
     ASSERT_EQ(Winsock::select(0, nullptr, nullptr, &failed, &Minute), 1);
     SetNonBlocking(socket, false);

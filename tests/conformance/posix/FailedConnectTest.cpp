@@ -55,7 +55,8 @@ TEST_F(OutcomeTaken, ByAnotherIsAFailureThatIsToldStill) {
     const OwnedSocket target = NewListener();
     const OwnedSocket socket = NewStream();
     SetNonBlocking(socket);
-    ASSERT_TRUE(FailsWith(10035, Connect(socket, Loopback(LocalPort(NewBoundStream())))));
+    const OwnedSocket nobody = NewBoundStream();
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(nobody))));
     AwaitEnd(socket.Get());
     ASSERT_EQ(TakeReport(Number(socket)), ECONNREFUSED);
     Winsock::HandleSet failed = SetOf({socket.Get()});
@@ -79,7 +80,7 @@ TEST_F(OutcomeTaken, ByAnotherDuringABlockingCallIsARefusal) {
 }
 
 TEST_F(OutcomeTaken, ByOneOfManyThreadsIsEverybodys) {
-    const unsigned int nobodysPort = LocalPort(NewBoundStream());
+    const OwnedSocket nobody = NewBoundStream();
     for (int round = 0; round < 50; ++round) {
         const OwnedSocket socket = NewBoundStream();
         const unsigned int port = LocalPort(socket);
@@ -92,7 +93,7 @@ TEST_F(OutcomeTaken, ByOneOfManyThreadsIsEverybodys) {
                     EXPECT_TRUE(FailsWith(10057, TryReceive(socket)));
             });
         }
-        EXPECT_TRUE(FailsWith(10035, Connect(socket, Loopback(nobodysPort))));
+        EXPECT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(nobody))));
         Winsock::HandleSet failed = SetOf({socket.Get()});
         EXPECT_TRUE(Succeeds(Winsock::select(0, nullptr, nullptr, &failed, &Minute), 1));
         isOver = true;
@@ -152,10 +153,10 @@ using TakenPort = Started;
 TEST_F(TakenPort, IsReplacedByAnotherSoThatTheNameIsTrue) {
     const OwnedSocket socket = NewBoundStream();
     const unsigned int port = LocalPort(socket);
-    const unsigned int nobodysPort = LocalPort(NewBoundStream());
+    const OwnedSocket nobody = NewBoundStream();
     {
         const FailingCall taken(SystemCall::Bind, EADDRINUSE, {.count = 1});
-        EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(nobodysPort))));
+        EXPECT_TRUE(FailsWith(10061, Connect(socket, LocalAddress(nobody))));
     }
     EXPECT_NE(LocalPort(socket), port);
     ASSERT_TRUE(Succeeds(Winsock::listen(socket.Get(), 5)));
