@@ -1,23 +1,32 @@
 #include <Platform/System.h>
 
-#include <atomic>
+#include <condition_variable>
+#include <mutex>
 
 namespace {
 
-std::atomic_ref<unsigned char> StateOf(System::Lock& lock) {
-    return std::atomic_ref(lock.storage[0]);
+// Of all locks. Waiting on the lock's own byte, as atomics offer it, sleeps for ever on systems
+// without the means for it below: the library there looks at the byte and goes to sleep in two
+// steps.
+std::mutex mutex;
+std::condition_variable released;
+
+bool IsHeld(const System::Lock& lock) {
+    return lock.storage[0] != 0;
 }
 
 }  // namespace
 
 void System::AcquireLock(Lock& lock) noexcept {
-    while (StateOf(lock).exchange(1, std::memory_order_acquire) != 0)
-        StateOf(lock).wait(1);
+    std::unique_lock guard(mutex);
+    released.wait(guard, [&] { return !IsHeld(lock); });
+    lock.storage[0] = 1;
 }
 
-// Notifying first asks whether anybody waits. After a mere release that question may pass the store
-// by, and who begins to wait in between sleeps for ever.
 void System::ReleaseLock(Lock& lock) noexcept {
-    StateOf(lock).store(0, std::memory_order_seq_cst);
-    StateOf(lock).notify_one();
+    {
+        const std::lock_guard guard(mutex);
+        lock.storage[0] = 0;
+    }
+    released.notify_all();
 }
