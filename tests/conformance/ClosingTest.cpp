@@ -28,6 +28,19 @@ private:
     Support::WaitingCall<int> call_;
 };
 
+// What waits, as the list of Wine's answers names it.
+constexpr char WaitingAccept[] = "an accept whose socket is closed";
+constexpr char WaitingReceive[] = "a receive whose socket is closed";
+constexpr char WaitingConnect[] = "a connect whose socket is closed";
+constexpr char WaitingSelect[] = "a select whose socket is closed";
+constexpr char ExceptionalSelect[] = "a select for exceptions whose socket is closed";
+
+testing::AssertionResult IsInterrupted(int error, std::string_view wineSituation) {
+    if (IsWinesAnswer(wineSituation, error == 0 ? 0 : -1, error))
+        return testing::AssertionSuccess() << "as Wine does";
+    return Answers(Interrupted, error);
+}
+
 class Closing : public Started {
 protected:
     // Closes the socket under the call that waits on it.
@@ -35,6 +48,11 @@ protected:
         WaitingCall waiting(call);
         EXPECT_TRUE(Succeeds(Winsock::closesocket(socket.Take())));
         return waiting.Error();
+    }
+
+    static testing::AssertionResult Interrupts(OwnedSocket& socket, std::string_view wineSituation,
+                                               const std::function<int()>& call) {
+        return IsInterrupted(ErrorWhenClosed(socket, call), wineSituation);
     }
 };
 
@@ -65,17 +83,20 @@ int SelectExceptional(Winsock::Handle handle) {
 TEST_F(Closing, EndsAnAcceptThatWaits) {
     OwnedSocket listener = NewListener();
     const Winsock::Handle handle = listener.Get();
-    EXPECT_TRUE(Answers(Interrupted, ErrorWhenClosed(listener, [=] { return AcceptOn(handle); })));
+    EXPECT_TRUE(Interrupts(listener, WaitingAccept, [=] { return AcceptOn(handle); }));
 }
 
 TEST_F(Closing, EndsAnAcceptWhoseListenerHasAReceiveTimeout) {
     OwnedSocket listener = NewListener();
     SetOption(listener, Winsock::OptionReceiveTimeout, 1);
     const Winsock::Handle handle = listener.Get();
-    EXPECT_TRUE(Answers(Interrupted, ErrorWhenClosed(listener, [=] { return AcceptOn(handle); })));
+    EXPECT_TRUE(Interrupts(listener, WaitingAccept, [=] { return AcceptOn(handle); }));
 }
 
 TEST_F(Closing, FreesTheListenersPortAtOnce) {
+    if (WineGivesNoAnswer("the port of a closed listener")) {
+        GTEST_SKIP() << "Wine gives no answer";
+    }
     OwnedSocket listener = NewListener();
     const unsigned int port = LocalPort(listener);
     const Winsock::Handle handle = listener.Get();
@@ -89,8 +110,7 @@ TEST_F(Closing, FreesTheListenersPortAtOnce) {
 TEST_F(Closing, EndsAReceiveThatWaits) {
     Pair pair = NewConnectedPair();
     const Winsock::Handle handle = pair.client.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(pair.client, [=] { return ReceiveOn(handle); })));
+    EXPECT_TRUE(Interrupts(pair.client, WaitingReceive, [=] { return ReceiveOn(handle); }));
     EXPECT_EQ(Receive(pair.server), "");
 }
 
@@ -98,8 +118,7 @@ TEST_F(Closing, EndsAReceiveThatWaitsWithATimeout) {
     Pair pair = NewConnectedPair();
     SetOption(pair.client, Winsock::OptionReceiveTimeout, 60'000);
     const Winsock::Handle handle = pair.client.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(pair.client, [=] { return ReceiveOn(handle); })));
+    EXPECT_TRUE(Interrupts(pair.client, WaitingReceive, [=] { return ReceiveOn(handle); }));
 }
 
 TEST_F(Closing, EndsEveryReceiveThatWaits) {
@@ -109,24 +128,22 @@ TEST_F(Closing, EndsEveryReceiveThatWaits) {
     WaitingCall second([=] { return ReceiveOn(handle); });
     WaitingCall third([=] { return SelectReadable(handle); });
     ASSERT_TRUE(Succeeds(Winsock::closesocket(pair.client.Take())));
-    EXPECT_TRUE(Answers(Interrupted, first.Error()));
-    EXPECT_TRUE(Answers(Interrupted, second.Error()));
-    EXPECT_TRUE(Answers(Interrupted, third.Error()));
+    EXPECT_TRUE(IsInterrupted(first.Error(), WaitingReceive));
+    EXPECT_TRUE(IsInterrupted(second.Error(), WaitingReceive));
+    EXPECT_TRUE(IsInterrupted(third.Error(), WaitingSelect));
 }
 
 TEST_F(Closing, EndsAReceiveOfDatagramsThatWaits) {
     OwnedSocket socket = NewBoundDatagram();
     const Winsock::Handle handle = socket.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(socket, [=] { return ReceiveFromOn(handle); })));
+    EXPECT_TRUE(Interrupts(socket, WaitingReceive, [=] { return ReceiveFromOn(handle); }));
 }
 
 TEST_F(Closing, EndsAReceiveOfDatagramsThatWaitsWithATimeout) {
     OwnedSocket socket = NewBoundDatagram();
     SetOption(socket, Winsock::OptionReceiveTimeout, 60'000);
     const Winsock::Handle handle = socket.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(socket, [=] { return ReceiveFromOn(handle); })));
+    EXPECT_TRUE(Interrupts(socket, WaitingReceive, [=] { return ReceiveFromOn(handle); }));
 }
 
 TEST_F(Closing, EndsAReceiveOfAConnectedDatagramSocketThatWaits) {
@@ -134,10 +151,13 @@ TEST_F(Closing, EndsAReceiveOfAConnectedDatagramSocketThatWaits) {
     OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
     const Winsock::Handle handle = socket.Get();
-    EXPECT_TRUE(Answers(Interrupted, ErrorWhenClosed(socket, [=] { return ReceiveOn(handle); })));
+    EXPECT_TRUE(Interrupts(socket, WaitingReceive, [=] { return ReceiveOn(handle); }));
 }
 
 TEST_F(Closing, EndsASendThatWaits) {
+    if (WineGivesNoAnswer("a send whose socket is closed")) {
+        GTEST_SKIP() << "Wine gives no answer";
+    }
     Pair pair = NewConnectedPair();
     const std::string much(32U << 20U, 'x');
     const Winsock::Handle handle = pair.client.Get();
@@ -163,45 +183,40 @@ TEST_F(Closing, EndsAConnectThatWaits) {
     OwnedSocket socket = NewStream();
     const Winsock::Handle handle = socket.Get();
     const Winsock::AddressIpv4 address = Loopback(full.Port());
-    EXPECT_TRUE(Answers(Interrupted, ErrorWhenClosed(socket, [=] {
-                            return Winsock::connect(handle, &address, sizeof address);
-                        })));
+    EXPECT_TRUE(Interrupts(socket, WaitingConnect,
+                           [=] { return Winsock::connect(handle, &address, sizeof address); }));
 }
 
 TEST_F(Closing, EndsASelectOverAConnection) {
     Pair pair = NewConnectedPair();
     const Winsock::Handle handle = pair.client.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(pair.client, [=] { return SelectReadable(handle); })));
+    EXPECT_TRUE(Interrupts(pair.client, WaitingSelect, [=] { return SelectReadable(handle); }));
 }
 
 TEST_F(Closing, EndsASelectForExceptionsOfAConnection) {
     Pair pair = NewConnectedPair();
     const Winsock::Handle handle = pair.client.Get();
-    EXPECT_TRUE(Answers(Interrupted,
-                        ErrorWhenClosed(pair.client, [=] { return SelectExceptional(handle); })));
+    EXPECT_TRUE(
+        Interrupts(pair.client, ExceptionalSelect, [=] { return SelectExceptional(handle); }));
 }
 
 TEST_F(Closing, EndsASelectOverAListener) {
     OwnedSocket listener = NewListener();
     const Winsock::Handle handle = listener.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(listener, [=] { return SelectReadable(handle); })));
+    EXPECT_TRUE(Interrupts(listener, WaitingSelect, [=] { return SelectReadable(handle); }));
 }
 
 TEST_F(Closing, EndsASelectOverADatagramSocket) {
     OwnedSocket socket = NewBoundDatagram();
     const Winsock::Handle handle = socket.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(socket, [=] { return SelectReadable(handle); })));
+    EXPECT_TRUE(Interrupts(socket, WaitingSelect, [=] { return SelectReadable(handle); }));
 }
 
 // The system has nothing to tell of such a stream, ever.
 TEST_F(Closing, EndsASelectOverAStreamWithoutConnection) {
     OwnedSocket socket = NewStream();
     const Winsock::Handle handle = socket.Get();
-    EXPECT_TRUE(
-        Answers(Interrupted, ErrorWhenClosed(socket, [=] { return SelectReadable(handle); })));
+    EXPECT_TRUE(Interrupts(socket, WaitingSelect, [=] { return SelectReadable(handle); }));
 }
 
 TEST_F(Closing, EndsASelectOverManySockets) {
@@ -214,7 +229,7 @@ TEST_F(Closing, EndsASelectOverManySockets) {
     WaitingCall waiting(
         [=]() mutable { return Winsock::select(0, &set, nullptr, nullptr, nullptr); });
     ASSERT_TRUE(Succeeds(Winsock::closesocket(sockets[31].Take())));
-    EXPECT_TRUE(Answers(Interrupted, waiting.Error()));
+    EXPECT_TRUE(IsInterrupted(waiting.Error(), WaitingSelect));
 }
 
 TEST_F(Closing, DeliversWhatWasSentBefore) {

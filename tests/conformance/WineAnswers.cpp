@@ -25,9 +25,11 @@ constexpr WineAnswer Answers[] = {
     {"a host by too short an address", -1, 10047},
     {"a host by too short an address", -1, 11001},
     {"a time-out of negative length", 0, 0},
+    {"an accept whose socket is closed", -1, 995},
     {"an address of the other family", -1, -9},
     {"an IPv4 address for an IPv6 socket", -1, 10022},
     {"a datagram from before connecting", 5, 0},
+    {"a connect whose socket is closed", -1, 995},
     {"a datagram to a peer that was taken away", 9, 0},
     {"a datagram to a peer without a port", 1, 0},
     {"a datagram to a peer without an address", 1, 0},
@@ -44,6 +46,9 @@ constexpr WineAnswer Answers[] = {
     {"a part of a membership request", -1, 10055},
     {"a peer without a port", 0, 0},
     {"a peer without an address", 0, 0},
+    {"a receive whose socket is closed", -1, 10022},
+    {"a select for exceptions whose socket is closed", -1, 10038},
+    {"a select whose socket is closed", 0, 0},
     {"a service in another case", -1, 10109},
     {"a stream that broadcasts", 0, 0},
     {"binding to a group", 0, 0},
@@ -91,6 +96,7 @@ constexpr std::string_view Unanswered[] = {
     "a clean-up while a call waits",                 // waits
     "a list without a type",                         // has an entry for each type
     "a part of a large buffer",                      // times out as a whole
+    "a send whose socket is closed",                 // waits
     "accepting with too little room",                // takes the connection
     "an unreachable datagram peer",                  // is never told
     "connecting to null",                            // crashes
@@ -99,6 +105,7 @@ constexpr std::string_view Unanswered[] = {
     "the name of a socket for null",                 // crashes
     "the outcome of a connect that was begun anew",  // is another attempt
     "the port of a client that nobody bound",        // is everybody's
+    "the port of a closed listener",                 // stays taken
     "the scope of an interface",                     // is its name
     "the whole access list of a file",               // adds the system's own user
     "transfer on a listener",                        // waits
