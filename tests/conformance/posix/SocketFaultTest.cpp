@@ -175,7 +175,8 @@ struct Waiting {
 
 TEST_F(AcceptFault, OfAConnectionThatIsGoneIsTheNextOnesMatter) {
     const Waiting waiting;
-    for (const int error : {ECONNABORTED, EPROTO, EINTR}) {
+    for (const int error : {ECONNABORTED, EPROTO, ENETDOWN, ENOPROTOOPT, EHOSTDOWN, ENONET,
+                            EHOSTUNREACH, EOPNOTSUPP, ENETUNREACH, EINTR}) {
         const OwnedSocket client = NewStream();
         ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(waiting.listener))));
         const FailingCall fails(SystemCall::Accept4, error, {.count = 3});
