@@ -28,7 +28,7 @@ void LineFreer::operator()(char* line) const noexcept {
     std::free(line);
 }
 
-SystemTable::SystemTable(const char* path) : file_(std::fopen(path, "re")) {}
+SystemTable::SystemTable(const char* path) : file_(std::fopen(path, "rce")) {}
 
 bool SystemTable::Next(std::string_view& line) {
     char* read = line_.release();
