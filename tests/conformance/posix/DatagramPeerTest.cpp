@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <string>
 
@@ -14,6 +15,7 @@
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
 #include "conformance/SelectScene.h"
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 namespace {
@@ -213,6 +215,24 @@ TEST_F(DatagramSource, ThatBindWasGivenStaysOnItsLink) {
         for (const unsigned int port : {0U, 4711U}) {
             ExpectToStay(Ipv6(LinkBytes, port), Ipv6(LinkBytes, 9), Ipv6({}, 0));
         }
+    });
+}
+
+TEST_F(DatagramSource, ThatCannotStayOnItsLinkIsToldOf) {
+    InOwnNetwork([] {
+        ASSERT_TRUE(AddAddress(LinkBytes));
+        const OwnedSocket socket = NewDatagram(Winsock::FamilyIpv6);
+        ASSERT_TRUE(Succeeds(Bind(socket, Ipv6(LinkBytes, 4711))));
+        ASSERT_TRUE(Succeeds(Connect(socket, Ipv6(LinkBytes, 9))));
+        {
+            const SystemCalls::FailingCall fails(SystemCalls::SystemCall::Setsockopt, EPERM);
+            EXPECT_TRUE(FailsWith(10013, Connect(socket, Ipv6({}, 0))));
+            EXPECT_EQ(fails.Seen(), 1U);
+        }
+        Winsock::AddressIpv6 address = Ipv6(LinkBytes, 4711);
+        address.scope = 0;
+        EXPECT_TRUE(IsAt(socket, address));
+        EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
     });
 }
 

@@ -50,29 +50,27 @@ bool KeepLink(const Socket& socket, const KernelAddress& former, const KernelAdd
 bool KeepBinding(const Socket& socket, const KernelAddress& former) {
     KernelAddress local = {};
     if (!LocalAddress(socket, local)) return false;
-    if (IsWildcard(local)) {
-        const std::uint16_t port = PortOf(former);
-        return PortOf(local) == port || BindTo(socket, WithPort(local, port));
-    }
-    return PortOf(local) == 0 ? BindTo(socket, former) : KeepLink(socket, former, local);
+    const std::uint16_t port = PortOf(former);
+    const bool anyAddress = IsWildcard(local);
+    if (PortOf(local) != port) return BindTo(socket, anyAddress ? WithPort(local, port) : former);
+    return anyAddress || KeepLink(socket, former, local);
 }
 
-// False with errno when the kernel refuses; then the socket may have lost its port.
-bool TakePeerAway(const Socket& socket) {
-    KernelAddress former = {};
-    KernelAddress nobody = {};
-    nobody.any.sa_family = AF_UNSPEC;
-    if (!LocalAddress(socket, former) || !ConnectTo(socket, nobody)) return false;
-    socket.entry->Clear(Flag::Connected | Flag::Strangers);
-    if (KeepBinding(socket, former)) return FollowPeer(socket, nullptr) == 0;
-    socket.entry->Clear(Flag::Bound);
-    return false;
-}
-
-// What the kernel refuses to connect may have got its port nevertheless.
 void NotePort(const Socket& socket) {
     KernelAddress local = {};
-    if (LocalAddress(socket, local) && PortOf(local) != 0) socket.entry->Set(Flag::Bound);
+    const bool has = LocalAddress(socket, local) && PortOf(local) != 0;
+    socket.entry->Change(Flag::Bound, has);
+}
+
+// A Winsock error or 0, as of all below.
+int TakePeerAway(const Socket& socket) {
+    KernelAddress former = {};
+    if (!LocalAddress(socket, former) || !ConnectToNobody(socket)) return WinsockFromErrno(errno);
+    socket.entry->Clear(Flag::Connected | Flag::Strangers);
+    if (KeepBinding(socket, former)) return FollowPeer(socket, nullptr);
+    const int error = WinsockFromErrno(errno);
+    NotePort(socket);
+    return error;
 }
 
 // The kernel would try again later when there is no port, and finds no fault with the address when
@@ -82,10 +80,11 @@ int ConnectError(int error) {
     return error == EINVAL ? WinsockError::AddressNotAvailable : WinsockFromErrno(error);
 }
 
-int FailToConnect(const Socket& socket) {
+// The port that the kernel has given the socket nevertheless stays.
+int FailureToConnect(const Socket& socket) {
     const int error = ConnectError(errno);
-    NotePort(socket);
-    return Fail(error);
+    if (!socket.Has(Flag::Bound)) NotePort(socket);
+    return error;
 }
 
 // Where the socket is known already, there may be strangers.
@@ -95,26 +94,42 @@ void MarkConnected(const Socket& socket) {
     if (known) DiscardStrangers(socket);
 }
 
+// The kernel's connect gives the socket a port of its own choice, which might be one that others
+// share.
+bool CanConnect(const Socket& socket) {
+    return !socket.Has(Flag::Reuse) || HavePort(socket);
+}
+
+int FindWay(const Socket& socket, const KernelAddress& peer) {
+    if (!CanConnect(socket)) return WinsockFromErrno(errno);
+    if (!ConnectTo(socket, peer)) return FailureToConnect(socket);
+    const int error = FollowPeer(socket, &peer);
+    if (error != 0) TakePeerAway(socket);
+    return error;
+}
+
 // The kernel keeps the way to the former peer, unless that is taken away first.
 int ReplacePeer(const Socket& socket, const KernelAddress& peer) {
-    if (socket.Has(Flag::Connected) && !TakePeerAway(socket)) return FailFromErrno();
-    // A port that the kernel's connect chooses might be one that others share.
-    if (socket.Has(Flag::Reuse) && !HavePort(socket)) return FailFromErrno();
-    if (!ConnectTo(socket, peer)) return FailToConnect(socket);
-    const int error = FollowPeer(socket, &peer);
-    MarkConnected(socket);
-    return error == 0 ? Succeed() : Fail(error);
+    int error = socket.Has(Flag::Connected) ? TakePeerAway(socket) : 0;
+    if (error == 0) error = FindWay(socket, peer);
+    if (error == 0) MarkConnected(socket);
+    return error;
+}
+
+int ChangePeer(const Socket& socket, const KernelAddress& peer) {
+    const bool anywhere = IsWildcard(peer);
+    const bool anyPort = PortOf(peer) == 0;
+    if (anywhere && anyPort) return TakePeerAway(socket);
+    // The kernel would take the one for this machine, and the other for a peer.
+    if (anywhere || anyPort) return WinsockError::AddressNotAvailable;
+    return ReplacePeer(socket, peer);
 }
 
 }  // namespace
 
 int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
-    const bool anywhere = IsWildcard(peer);
-    const bool anyPort = PortOf(peer) == 0;
-    if (!anywhere && !anyPort) return ReplacePeer(socket, peer);
-    // The kernel would take the one for this machine, and the other for a peer.
-    if (anywhere != anyPort) return Fail(WinsockError::AddressNotAvailable);
-    return TakePeerAway(socket) ? Succeed() : FailFromErrno();
+    const int error = ChangePeer(socket, peer);
+    return error == 0 ? Succeed() : Fail(error);
 }
 
 void DiscardStrangers(const Socket& socket) {

@@ -104,4 +104,10 @@ bool ConnectTo(const Socket& socket, const KernelAddress& peer) {
     return ::connect(socket.descriptor, &peer.any, length) == 0;
 }
 
+bool ConnectToNobody(const Socket& socket) {
+    KernelAddress nobody = {};
+    nobody.any.sa_family = AF_UNSPEC;
+    return ConnectTo(socket, nobody);
+}
+
 }  // namespace Posix

@@ -45,5 +45,7 @@ bool IntendedPeer(const Socket& socket, KernelAddress& address) noexcept;
 // The kernel's own calls; false with errno when it refuses.
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept;
 bool ConnectTo(const Socket& socket, const KernelAddress& peer);
+// Takes the peer away, and with it what the kernel has chosen for the way to it.
+bool ConnectToNobody(const Socket& socket);
 
 }  // namespace Posix

@@ -71,9 +71,7 @@ bool HasPort(const Socket& socket, const KernelAddress& local) {
 // takes back a port that it has chosen itself, though it goes on telling its number, and forgets
 // which address it has chosen only when it is told so.
 void KeepName(const Socket& socket) {
-    KernelAddress none = {};
-    none.any.sa_family = AF_UNSPEC;
-    ConnectTo(socket, none);
+    ConnectToNobody(socket);
     KernelAddress local = {};
     if (LocalAddress(socket, local) && HasPort(socket, local)) socket.entry->Set(Flag::Bound);
 }

@@ -1,0 +1,180 @@
+// Peers of datagram sockets that the system refuses, and what the sockets are then.
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
+#include "conformance/DatagramScene.h"
+#include "conformance/Provocation.h"
+#include "conformance/Scene.h"
+#include "support/posix/SystemCallFaults.h"
+
+namespace Conformance {
+namespace {
+
+using namespace SystemCalls;
+
+// A socket with a peer, and somebody else.
+struct Change {
+    OwnedSocket former = NewBoundDatagram();
+    OwnedSocket next = NewBoundDatagram();
+    OwnedSocket socket = NewDatagram();
+
+    Change() { EXPECT_EQ(Connect(socket, LocalAddress(former)), 0); }
+    int TakeNext() const { return Connect(socket, LocalAddress(next)); }
+
+    void ExpectPeer(const OwnedSocket& peer) const {
+        EXPECT_TRUE(Succeeds(Send(socket, "hello"), 5));
+        EXPECT_EQ(Receive(peer), "hello");
+    }
+    void ExpectNobody() const {
+        EXPECT_TRUE(FailsWith(10057, Send(socket, "hello")));
+        EXPECT_TRUE(Succeeds(TakeNext()));
+        ExpectPeer(next);
+    }
+};
+
+using ChangeOfPeer = Started;
+
+TEST_F(ChangeOfPeer, ThatFailsBeforeItHasBegunLeavesTheFormerOne) {
+    const Change change;
+    {
+        const FailingCall fails(SystemCall::Getsockname, ENOBUFS, {.count = 1});
+        const Winsock::AddressIpv4 next = Loopback(9);
+        EXPECT_TRUE(FailsWith(10055, Connect(change.socket, next)));
+    }
+    change.ExpectPeer(change.former);
+    {
+        const FailingCall fails(SystemCall::Connect, ENOMEM, {.count = 1});
+        EXPECT_TRUE(FailsWith(10055, change.TakeNext()));
+    }
+    change.ExpectPeer(change.former);
+}
+
+TEST_F(ChangeOfPeer, ThatFailsInTheMiddleLeavesNone) {
+    const Change change;
+    const unsigned int port = LocalPort(change.socket);
+    {
+        const FailingCall fails(SystemCall::Connect, ENETUNREACH, {.first = 2});
+        EXPECT_TRUE(FailsWith(10051, change.TakeNext()));
+    }
+    EXPECT_EQ(LocalPort(change.socket), port);
+    change.ExpectNobody();
+    EXPECT_EQ(LocalPort(change.socket), port);
+}
+
+TEST_F(ChangeOfPeer, ThatCostsThePortLeavesTheSocketUnbound) {
+    for (const SystemCall call : {SystemCall::Bind, SystemCall::Getsockname}) {
+        const Change change;
+        {
+            const Winsock::AddressIpv4 next = LocalAddress(change.next);
+            const unsigned int which = call == SystemCall::Bind ? 1 : 2;
+            const FailingCall fails(call, EADDRINUSE, {.first = which});
+            EXPECT_TRUE(FailsWith(10048, Connect(change.socket, next)));
+        }
+        EXPECT_TRUE(FailsWith(10022, TryReceive(change.socket)));
+        change.ExpectNobody();
+    }
+}
+
+TEST_F(ChangeOfPeer, ToNobodyIsToldWhenItFails) {
+    const Change change;
+    {
+        const FailingCall fails(SystemCall::Connect, ENOMEM);
+        EXPECT_TRUE(FailsWith(10055, Connect(change.socket, Ipv4(0, 0, 0, 0, 0))));
+    }
+    change.ExpectPeer(change.former);
+}
+
+using FirstPeer = Started;
+
+TEST_F(FirstPeer, ThatFailsLeavesThePortThatTheSystemGave) {
+    const OwnedSocket socket = NewDatagram();
+    const FailingCall fails(SystemCall::Connect, ENETUNREACH);
+    EXPECT_TRUE(FailsWith(10051, Connect(socket, Loopback(9))));
+    EXPECT_TRUE(FailsWith(10022, TryReceive(socket)));
+    EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
+    const OwnedSocket bound = NewDatagram();
+    const HookedCall gives(SystemCall::Connect, [](const Call& call) {
+        sockaddr_in any = {};
+        any.sin_family = AF_INET;
+        EXPECT_EQ(::bind(static_cast<int>(call.Argument(0)), reinterpret_cast<sockaddr*>(&any),
+                         sizeof any),
+                  0);
+        return call.Fail(ENETUNREACH);
+    });
+    EXPECT_TRUE(FailsWith(10051, Connect(bound, Loopback(9))));
+    EXPECT_NE(LocalPort(bound), 0U);
+}
+
+TEST_F(FirstPeer, HasWinsocksNumbersForWantOfAPortAndOfAWay) {
+    const OwnedSocket socket = NewDatagram();
+    const FailingCall noWay(SystemCall::Connect, EINVAL);
+    EXPECT_TRUE(FailsWith(10049, Connect(socket, Loopback(9))));
+    const FailingCall noPort(SystemCall::Connect, EAGAIN);
+    EXPECT_TRUE(FailsWith(10048, Connect(socket, Loopback(9))));
+    SetNonBlocking(socket);
+    EXPECT_TRUE(FailsWith(10048, Connect(socket, Loopback(9))));
+}
+
+TEST_F(FirstPeer, TakesOneCallOfTheSystem) {
+    const OwnedSocket socket = NewDatagram();
+    const CountedCall connects(SystemCall::Connect);
+    const CountedCall looks(SystemCall::Recvfrom);
+    const CountedCall names(SystemCall::Getpeername);
+    const CountedCall ownNames(SystemCall::Getsockname);
+    const CountedCall binds(SystemCall::Bind);
+    EXPECT_TRUE(Succeeds(Connect(socket, Loopback(9))));
+    EXPECT_EQ(connects.Seen(), 1U);
+    EXPECT_EQ(looks.Seen() + names.Seen() + ownNames.Seen() + binds.Seen(), 0U);
+}
+
+using Strangers = Started;
+
+TEST_F(Strangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
+    const OwnedSocket socket = NewBoundDatagram();
+    const OwnedSocket peer = NewBoundDatagram();
+    const OwnedSocket stranger = NewBoundDatagram();
+    for (const OwnedSocket* sender : {&stranger, &peer, &stranger})
+        ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
+    ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
+    EXPECT_EQ(Receive(socket), "x");
+    ASSERT_TRUE(Succeeds(SendTo(peer, "y", LocalAddress(socket)), 1));
+    const CountedCall looks(SystemCall::Recvfrom);
+    const CountedCall names(SystemCall::Getpeername);
+    EXPECT_EQ(Receive(socket), "y");
+    EXPECT_EQ(looks.Seen() + names.Seen(), 0U);
+}
+
+// As long as the system does not tell who is next, nobody is let go.
+TEST_F(Strangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
+    const OwnedSocket socket = NewBoundDatagram();
+    const OwnedSocket peer = NewBoundDatagram();
+    const OwnedSocket stranger = NewBoundDatagram();
+    for (const OwnedSocket* sender : {&peer, &stranger, &peer})
+        ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
+    for (const SystemCall call : {SystemCall::Recvfrom, SystemCall::Getpeername}) {
+        const FailingCall fails(call, ENOMEM);
+        ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
+        EXPECT_EQ(fails.Seen(), 1U);
+    }
+    SetNonBlocking(socket);
+    EXPECT_EQ(Receive(socket), "x");
+    EXPECT_EQ(Receive(socket), "x");
+    EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+}
+
+using SharedPort = Started;
+
+TEST_F(SharedPort, IsNotGivenWhereSharingCannotBeStopped) {
+    const OwnedSocket socket = NewDatagram();
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
+    const FailingCall fails(SystemCall::Setsockopt, ENOMEM, {.option = SO_REUSEADDR});
+    EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(0))));
+    EXPECT_TRUE(FailsWith(10055, SendTo(socket, "x", Loopback(9))));
+    EXPECT_TRUE(FailsWith(10055, Connect(socket, Loopback(9))));
+    EXPECT_TRUE(FailsWith(10022, TryReceive(socket)));
+}
+
+}  // namespace
+}  // namespace Conformance
