@@ -47,6 +47,7 @@ TEST_F(DatagramPeer, ChangesWhileThePortStays) {
     for (const OwnedSocket* socket : {&bound, &unbound}) {
         ASSERT_TRUE(Succeeds(Connect(*socket, LocalAddress(first))));
         const unsigned int port = LocalPort(*socket);
+        ASSERT_EQ(SetOption(*socket, Winsock::OptionReceiveTimeout, 20'000), 0);
         for (const OwnedSocket* peer : {&second, &first}) {
             EXPECT_TRUE(Succeeds(Connect(*socket, LocalAddress(*peer))));
             EXPECT_EQ(LocalPort(*socket), port);
@@ -61,6 +62,7 @@ TEST_F(DatagramPeer, ChangesOverIpv6WhileThePortStays) {
     const OwnedSocket first = NewBoundIpv6Datagram();
     const OwnedSocket second = NewBoundIpv6Datagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalIpv6Address(first))));
+    ASSERT_EQ(SetOption(socket, Winsock::OptionReceiveTimeout, 20'000), 0);
     const Winsock::AddressIpv6 local = LocalIpv6Address(socket);
     ASSERT_TRUE(Succeeds(SendTo(first, "early", local), 5));
     AwaitReadable(socket.Get());

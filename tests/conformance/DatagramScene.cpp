@@ -33,4 +33,10 @@ OwnedSocket NewBoundIpv6Datagram() {
     return socket;
 }
 
+OwnedSocket NewLimitedDatagram() {
+    OwnedSocket socket = NewBoundDatagram();
+    EXPECT_EQ(SetOption(socket, Winsock::OptionReceiveTimeout, 20'000), 0);
+    return socket;
+}
+
 }  // namespace Conformance

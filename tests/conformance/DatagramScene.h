@@ -38,6 +38,9 @@ Received<Address> ReceiveFrom(const OwnedSocket& socket, int room = 100) {
 Winsock::AddressIpv6 LocalIpv6Address(const OwnedSocket& socket);
 OwnedSocket NewBoundIpv6Datagram();
 
+// With a limit to its waiting: what never comes is a failed test, and not one that never ends.
+OwnedSocket NewLimitedDatagram();
+
 inline constexpr int Join = Winsock::OptionAddMembership;
 inline constexpr int Leave = Winsock::OptionDropMembership;
 

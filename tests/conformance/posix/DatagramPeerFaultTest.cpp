@@ -16,11 +16,14 @@ using namespace SystemCalls;
 
 // A socket with a peer, and somebody else.
 struct Change {
-    OwnedSocket former = NewBoundDatagram();
-    OwnedSocket next = NewBoundDatagram();
+    OwnedSocket former = NewLimitedDatagram();
+    OwnedSocket next = NewLimitedDatagram();
     OwnedSocket socket = NewDatagram();
 
-    Change() { EXPECT_EQ(Connect(socket, LocalAddress(former)), 0); }
+    Change() {
+        SetNonBlocking(socket);
+        EXPECT_EQ(Connect(socket, LocalAddress(former)), 0);
+    }
     int TakeNext() const { return Connect(socket, LocalAddress(next)); }
 
     void ExpectPeer(const OwnedSocket& peer) const {
@@ -90,6 +93,7 @@ using FirstPeer = Started;
 
 TEST_F(FirstPeer, ThatFailsLeavesThePortThatTheSystemGave) {
     const OwnedSocket socket = NewDatagram();
+    SetNonBlocking(socket);
     const FailingCall fails(SystemCall::Connect, ENETUNREACH);
     EXPECT_TRUE(FailsWith(10051, Connect(socket, Loopback(9))));
     EXPECT_TRUE(FailsWith(10022, TryReceive(socket)));
@@ -118,23 +122,36 @@ TEST_F(FirstPeer, HasWinsocksNumbersForWantOfAPortAndOfAWay) {
 }
 
 TEST_F(FirstPeer, TakesOneCallOfTheSystem) {
+    const OwnedSocket peer = NewLimitedDatagram();
+    const Winsock::AddressIpv4 address = LocalAddress(peer);
     const OwnedSocket socket = NewDatagram();
     const CountedCall connects(SystemCall::Connect);
     const CountedCall looks(SystemCall::Recvfrom);
     const CountedCall names(SystemCall::Getpeername);
     const CountedCall ownNames(SystemCall::Getsockname);
     const CountedCall binds(SystemCall::Bind);
-    EXPECT_TRUE(Succeeds(Connect(socket, Loopback(9))));
+    EXPECT_TRUE(Succeeds(Connect(socket, address)));
     EXPECT_EQ(connects.Seen(), 1U);
     EXPECT_EQ(looks.Seen() + names.Seen() + ownNames.Seen() + binds.Seen(), 0U);
+}
+
+TEST_F(FirstPeer, OfASocketThatNobodyKnewMakesReceivingNoDearer) {
+    const OwnedSocket peer = NewLimitedDatagram();
+    const OwnedSocket socket = NewDatagram();
+    ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
+    ASSERT_TRUE(Succeeds(SendTo(peer, "x", LocalAddress(socket)), 1));
+    AwaitReadable(socket.Get());
+    const CountedCall questions(SystemCall::Getpeername);
+    EXPECT_EQ(Receive(socket), "x");
+    EXPECT_EQ(questions.Seen(), 0U);
 }
 
 using Strangers = Started;
 
 TEST_F(Strangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
-    const OwnedSocket socket = NewBoundDatagram();
-    const OwnedSocket peer = NewBoundDatagram();
-    const OwnedSocket stranger = NewBoundDatagram();
+    const OwnedSocket socket = NewLimitedDatagram();
+    const OwnedSocket peer = NewLimitedDatagram();
+    const OwnedSocket stranger = NewLimitedDatagram();
     for (const OwnedSocket* sender : {&stranger, &peer, &stranger})
         ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
@@ -148,12 +165,12 @@ TEST_F(Strangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
 
 // As long as the system does not tell who is next, nobody is let go.
 TEST_F(Strangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
-    const OwnedSocket socket = NewBoundDatagram();
-    const OwnedSocket peer = NewBoundDatagram();
-    const OwnedSocket stranger = NewBoundDatagram();
+    const OwnedSocket socket = NewLimitedDatagram();
+    const OwnedSocket peer = NewLimitedDatagram();
+    const OwnedSocket stranger = NewLimitedDatagram();
     for (const OwnedSocket* sender : {&peer, &stranger, &peer})
         ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
-    for (const SystemCall call : {SystemCall::Recvfrom, SystemCall::Getpeername}) {
+    for (const SystemCall call : {SystemCall::Getpeername, SystemCall::Recvfrom}) {
         const FailingCall fails(call, ENOMEM);
         ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
         EXPECT_EQ(fails.Seen(), 1U);
@@ -164,16 +181,30 @@ TEST_F(Strangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
 }
 
-using SharedPort = Started;
+using ChosenPort = Started;
 
-TEST_F(SharedPort, IsNotGivenWhereSharingCannotBeStopped) {
+TEST_F(ChosenPort, IsNoneWhereSharingCannotBeStopped) {
     const OwnedSocket socket = NewDatagram();
+    SetNonBlocking(socket);
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
     const FailingCall fails(SystemCall::Setsockopt, ENOMEM, {.option = SO_REUSEADDR});
     EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(0))));
     EXPECT_TRUE(FailsWith(10055, SendTo(socket, "x", Loopback(9))));
     EXPECT_TRUE(FailsWith(10055, Connect(socket, Loopback(9))));
     EXPECT_TRUE(FailsWith(10022, TryReceive(socket)));
+}
+
+// Another thread may have sent first.
+TEST_F(ChosenPort, ThatTheSocketHasGotMeanwhileIsAsGood) {
+    const OwnedSocket receiver = NewLimitedDatagram();
+    const OwnedSocket sender = NewDatagram();
+    const HookedCall binds(SystemCall::Bind, [](const Call& call) {
+        EXPECT_EQ(call.Make(), 0);
+        return call.Fail(EINVAL);
+    });
+    EXPECT_TRUE(Succeeds(SendTo(sender, "x", LocalAddress(receiver)), 1));
+    EXPECT_EQ(Receive(receiver), "x");
+    EXPECT_EQ(binds.Seen(), 1U);
 }
 
 }  // namespace

@@ -53,6 +53,16 @@ TEST_F(DatagramQueue, KeepsWhatThePeerSentBeforeItWasOne) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(crowd.socket)));
 }
 
+TEST_F(DatagramQueue, IsClearedOfThePeersNamesakes) {
+    const Crowd crowd;
+    const OwnedSocket samePort = NewDatagram();
+    ASSERT_TRUE(Succeeds(Bind(samePort, Ipv4(127, 0, 0, 2, LocalPort(crowd.peer)))));
+    crowd.Hear(samePort, "strange");
+    crowd.Hear(crowd.peer, "one");
+    ASSERT_TRUE(Succeeds(Connect(crowd.socket, LocalAddress(crowd.peer))));
+    EXPECT_EQ(Receive(crowd.socket), "one");
+}
+
 TEST_F(DatagramQueue, IsClearedOfEmptyAndLongDatagrams) {
     const Crowd crowd;
     crowd.Hear(crowd.peer, "long");
@@ -72,9 +82,11 @@ TEST_F(DatagramQueue, IsForEverybodyAgainWhenThePeerIsTakenAway) {
     crowd.Hear(crowd.peer, "two");
     ASSERT_TRUE(Succeeds(Connect(crowd.socket, LocalAddress(crowd.peer))));
     ASSERT_TRUE(Succeeds(Connect(crowd.socket, Ipv4(0, 0, 0, 0, 0))));
+    const SystemCalls::CountedCall questions(SystemCalls::SystemCall::Getpeername);
     EXPECT_EQ(Receive(crowd.socket), "one");
     EXPECT_EQ(Receive(crowd.socket), "strange");
     EXPECT_EQ(Receive(crowd.socket), "two");
+    EXPECT_EQ(questions.Seen(), 0U);
 }
 
 // Of the kernel's reports, too, none is lost.
@@ -94,7 +106,7 @@ TEST_F(DatagramQueue, IsClearedBehindReports) {
 using FormerPeer = Started;
 
 TEST_F(FormerPeer, StaysWhenTheNewOneCannotBe) {
-    const OwnedSocket peer = NewBoundDatagram();
+    const OwnedSocket peer = NewLimitedDatagram();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
     ASSERT_TRUE(FailsWith(10049, Connect(socket, Loopback(0))));
@@ -104,7 +116,7 @@ TEST_F(FormerPeer, StaysWhenTheNewOneCannotBe) {
 }
 
 TEST_F(FormerPeer, IsGoneWhenThereIsNoWayToTheNewOne) {
-    const OwnedSocket peer = NewBoundDatagram();
+    const OwnedSocket peer = NewLimitedDatagram();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
     const unsigned int port = LocalPort(socket);

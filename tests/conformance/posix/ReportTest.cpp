@@ -94,7 +94,7 @@ private:
     const HookedCall hook_{SystemCall::Recvmsg, [this](const Call& call) { return Answer(call); }};
 };
 
-OwnedSocket NewReceiver() {
+OwnedSocket NewNonBlocking() {
     OwnedSocket socket = NewBoundDatagram();
     SetNonBlocking(socket);
     return socket;
@@ -103,7 +103,7 @@ OwnedSocket NewReceiver() {
 class NetworkReport : public Started, public testing::WithParamInterface<Report> {};
 
 TEST_P(NetworkReport, HasTheAnswerOfItsKind) {
-    const OwnedSocket socket = NewReceiver();
+    const OwnedSocket socket = NewNonBlocking();
     const ToldReports reports({GetParam()});
     if (GetParam().answer != 0) {
         EXPECT_TRUE(FailsWith(GetParam().answer, TryReceive(socket)));
@@ -116,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, NetworkReport, testing::ValuesIn(Reports));
 using NetworkReports = Started;
 
 TEST_F(NetworkReports, AreToldOnceEachAndByKind) {
-    const OwnedSocket socket = NewReceiver();
+    const OwnedSocket socket = NewNonBlocking();
     const Report& noPort = Reports[0];
     const Report& hops = Reports[3];
     const ToldReports reports({hops, noPort, hops, noPort, noPort});
@@ -127,13 +127,30 @@ TEST_F(NetworkReports, AreToldOnceEachAndByKind) {
 }
 
 TEST_F(NetworkReports, AreReadableWhateverTheirKind) {
-    const OwnedSocket socket = NewReceiver();
+    const OwnedSocket socket = NewNonBlocking();
     const ToldReports reports({Reports[3], Reports[3]});
     EXPECT_EQ(ReadyFor(socket), "w");
     EXPECT_TRUE(FailsWith(10052, TryReceive(socket)));
     EXPECT_EQ(ReadyFor(socket), "rw");
     EXPECT_TRUE(FailsWith(10052, TryReceive(socket)));
     EXPECT_EQ(ReadyFor(socket), "w");
+}
+
+TEST_F(NetworkReports, AreNotForTheNextSocketOfThatNumber) {
+    for (const Report* report : {&Reports[0], &Reports[3]}) {
+        OwnedSocket former = NewNonBlocking();
+        const Winsock::Handle number = former.Get();
+        {
+            const ToldReports reports({*report, *report});
+            EXPECT_TRUE(FailsWith(report->answer, TryReceive(former)));
+        }
+        EXPECT_EQ(ReadyFor(former), "rw");
+        former.Close();
+        const OwnedSocket socket = NewNonBlocking();
+        ASSERT_EQ(socket.Get(), number);
+        EXPECT_EQ(ReadyFor(socket), "w");
+        EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+    }
 }
 
 }  // namespace
