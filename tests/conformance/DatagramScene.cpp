@@ -33,7 +33,7 @@ OwnedSocket NewBoundIpv6Datagram() {
     return socket;
 }
 
-OwnedSocket NewLimitedDatagram() {
+OwnedSocket NewReceiver() {
     OwnedSocket socket = NewBoundDatagram();
     EXPECT_EQ(SetOption(socket, Winsock::OptionReceiveTimeout, 20'000), 0);
     return socket;

@@ -39,7 +39,7 @@ Winsock::AddressIpv6 LocalIpv6Address(const OwnedSocket& socket);
 OwnedSocket NewBoundIpv6Datagram();
 
 // With a limit to its waiting: what never comes is a failed test, and not one that never ends.
-OwnedSocket NewLimitedDatagram();
+OwnedSocket NewReceiver();
 
 inline constexpr int Join = Winsock::OptionAddMembership;
 inline constexpr int Leave = Winsock::OptionDropMembership;

@@ -11,13 +11,6 @@ namespace Conformance {
 inline constexpr Winsock::MembershipIpv4 Group = {{239, 1, 2, 3}, {127, 0, 0, 1}};
 inline constexpr Winsock::MembershipIpv4 OtherGroup = {{239, 1, 2, 4}, {127, 0, 0, 1}};
 
-// What never comes is a failed test, and not one that waits for ever.
-inline OwnedSocket NewReceiver() {
-    OwnedSocket socket = NewBoundDatagram();
-    EXPECT_EQ(SetOption(socket, Winsock::OptionReceiveTimeout, 20'000), 0);
-    return socket;
-}
-
 class BoundGroup : public Started {
 protected:
     void SetUp() override {

@@ -16,8 +16,8 @@ using namespace SystemCalls;
 
 // A socket with a peer, and somebody else.
 struct Change {
-    OwnedSocket former = NewLimitedDatagram();
-    OwnedSocket next = NewLimitedDatagram();
+    OwnedSocket former = NewReceiver();
+    OwnedSocket next = NewReceiver();
     OwnedSocket socket = NewDatagram();
 
     Change() {
@@ -89,6 +89,27 @@ TEST_F(ChangeOfPeer, ToNobodyIsToldWhenItFails) {
     change.ExpectPeer(change.former);
 }
 
+// The socket's groups must not be heard beside its peer.
+TEST_F(ChangeOfPeer, ThatTheGroupsCannotFollowLeavesNone) {
+    const OwnedSocket socket = NewReceiver();
+    const OwnedSocket peer = NewReceiver();
+    ASSERT_TRUE(Succeeds(SetMembership(socket, Join, {{239, 1, 2, 3}, {127, 0, 0, 1}})));
+    for (const bool hadPeer : {false, true}) {
+        if (hadPeer) {
+            ASSERT_TRUE(Succeeds(Connect(socket, Loopback(9))));
+        }
+        const FailingCall fails(SystemCall::Setsockopt, ENOMEM, {.option = SO_ATTACH_FILTER});
+        EXPECT_TRUE(FailsWith(10055, Connect(socket, LocalAddress(peer))));
+        EXPECT_GE(fails.Seen(), 1U);
+        EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
+        EXPECT_TRUE(Succeeds(SendTo(NewDatagram(), "to anybody", LocalAddress(socket)), 10));
+        EXPECT_EQ(Receive(socket), "to anybody");
+    }
+    ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
+    EXPECT_TRUE(Succeeds(Send(socket, "x"), 1));
+    EXPECT_EQ(Receive(peer), "x");
+}
+
 using FirstPeer = Started;
 
 TEST_F(FirstPeer, ThatFailsLeavesThePortThatTheSystemGave) {
@@ -122,7 +143,7 @@ TEST_F(FirstPeer, HasWinsocksNumbersForWantOfAPortAndOfAWay) {
 }
 
 TEST_F(FirstPeer, TakesOneCallOfTheSystem) {
-    const OwnedSocket peer = NewLimitedDatagram();
+    const OwnedSocket peer = NewReceiver();
     const Winsock::AddressIpv4 address = LocalAddress(peer);
     const OwnedSocket socket = NewDatagram();
     const CountedCall connects(SystemCall::Connect);
@@ -136,7 +157,7 @@ TEST_F(FirstPeer, TakesOneCallOfTheSystem) {
 }
 
 TEST_F(FirstPeer, OfASocketThatNobodyKnewMakesReceivingNoDearer) {
-    const OwnedSocket peer = NewLimitedDatagram();
+    const OwnedSocket peer = NewReceiver();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
     ASSERT_TRUE(Succeeds(SendTo(peer, "x", LocalAddress(socket)), 1));
@@ -149,9 +170,9 @@ TEST_F(FirstPeer, OfASocketThatNobodyKnewMakesReceivingNoDearer) {
 using Strangers = Started;
 
 TEST_F(Strangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
-    const OwnedSocket socket = NewLimitedDatagram();
-    const OwnedSocket peer = NewLimitedDatagram();
-    const OwnedSocket stranger = NewLimitedDatagram();
+    const OwnedSocket socket = NewReceiver();
+    const OwnedSocket peer = NewReceiver();
+    const OwnedSocket stranger = NewReceiver();
     for (const OwnedSocket* sender : {&stranger, &peer, &stranger})
         ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
@@ -165,9 +186,9 @@ TEST_F(Strangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
 
 // As long as the system does not tell who is next, nobody is let go.
 TEST_F(Strangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
-    const OwnedSocket socket = NewLimitedDatagram();
-    const OwnedSocket peer = NewLimitedDatagram();
-    const OwnedSocket stranger = NewLimitedDatagram();
+    const OwnedSocket socket = NewReceiver();
+    const OwnedSocket peer = NewReceiver();
+    const OwnedSocket stranger = NewReceiver();
     for (const OwnedSocket* sender : {&peer, &stranger, &peer})
         ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
     for (const SystemCall call : {SystemCall::Getpeername, SystemCall::Recvfrom}) {
@@ -196,7 +217,7 @@ TEST_F(ChosenPort, IsNoneWhereSharingCannotBeStopped) {
 
 // Another thread may have sent first.
 TEST_F(ChosenPort, ThatTheSocketHasGotMeanwhileIsAsGood) {
-    const OwnedSocket receiver = NewLimitedDatagram();
+    const OwnedSocket receiver = NewReceiver();
     const OwnedSocket sender = NewDatagram();
     const HookedCall binds(SystemCall::Bind, [](const Call& call) {
         EXPECT_EQ(call.Make(), 0);

@@ -106,7 +106,7 @@ TEST_F(DatagramQueue, IsClearedBehindReports) {
 using FormerPeer = Started;
 
 TEST_F(FormerPeer, StaysWhenTheNewOneCannotBe) {
-    const OwnedSocket peer = NewLimitedDatagram();
+    const OwnedSocket peer = NewReceiver();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
     ASSERT_TRUE(FailsWith(10049, Connect(socket, Loopback(0))));
@@ -116,7 +116,7 @@ TEST_F(FormerPeer, StaysWhenTheNewOneCannotBe) {
 }
 
 TEST_F(FormerPeer, IsGoneWhenThereIsNoWayToTheNewOne) {
-    const OwnedSocket peer = NewLimitedDatagram();
+    const OwnedSocket peer = NewReceiver();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
     const unsigned int port = LocalPort(socket);
