@@ -168,6 +168,9 @@ TEST_F(Closing, EndsASendThatWaits) {
 }
 
 TEST_F(Closing, EndsASendThatWaitsWithATimeout) {
+    if (WineGivesNoAnswer("a send whose socket is closed")) {
+        GTEST_SKIP() << "Wine gives no answer";
+    }
     Pair pair = NewConnectedPair();
     SetOption(pair.client, Winsock::OptionSendTimeout, 60'000);
     const std::string much(32U << 20U, 'x');
