@@ -100,6 +100,37 @@ TEST_F(Datagram, WithoutAPeerNothingCanBeSent) {
     EXPECT_TRUE(code == 10057 || (RawPeer::IsWine() && code == 10022)) << code;
 }
 
+TEST_F(Datagram, APeerWithoutAPortIsRefusedAndNothingIsConnected) {
+    EnableAllRouters();
+    const SocketPtr socket = DatagramSocket();
+    const Failure failure = FailureOf([&] { socket->Connect(LocalHost(), 0); });
+    // Wine connects, and fails only when it is asked for the peer.
+    if (RawPeer::IsWine() && failure.code == 10057) return;
+    EXPECT_EQ(failure, SystemFailure(u"VelNet::SocketImpl::Connect() - FAIL. Cannot connect to a "
+                                     u"socket: 127.0.0.1:0",
+                                     10049, u"Cannot assign requested address"));
+    EXPECT_EQ(Sink().Take(), (Records{{Error, failure.text}}));
+    EXPECT_EQ(socket->GetStatus(), VelNet::STATUS_NONE);
+    EXPECT_EQ(FailureOf([&] { socket->GetRemoteAddress(); }).code, 10057);
+    EXPECT_EQ(FailureOf([&] { socket->Send("x", 1); }).code, 10057);
+    const SocketPtr peer = Bound(DatagramSocket());
+    socket->Connect(LocalHost(), PortOf(*peer));
+    EXPECT_EQ(socket->Send("question", 8), 8);
+    EXPECT_EQ(ReceiveSome(*peer), "question");
+}
+
+TEST_F(Datagram, AnotherPeerTakesThePlaceOfTheFirst) {
+    const Connection pair = DatagramPair();
+    const SocketPtr other = Bound(DatagramSocket());
+    const unsigned short port = PortOf(*pair.client);
+    other->Connect(LocalHost(), port);
+    pair.client->Connect(LocalHost(), PortOf(*other));
+    EXPECT_EQ(PortOf(*pair.client), port);
+    EXPECT_EQ(pair.client->GetRemoteAddress().GetPort(), PortOf(*other));
+    pair.server->Send("from the first", 14);
+    ExpectExchange(*pair.client, *other);
+}
+
 TEST_F(Datagram, StatusTellsOfWaitingOnes) {
     const Connection pair = DatagramPair();
     EXPECT_EQ(pair.server->GetStatus(), VelNet::STATUS_IDLE);
