@@ -11,6 +11,7 @@ set(VELSOCK_SUPPORT_BASE_SOURCES
   support/VelBase/SystemFailure.cpp
   support/VelBase/SystemQueries.cpp
   support/VelBase/TextConversions.cpp
+  support/VelBase/TextRoom.cpp
   support/VelBase/WideText.cpp
   support/VelRegistry/Key.cpp
   support/VelRegistry/KeyException.cpp

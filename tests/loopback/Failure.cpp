@@ -9,6 +9,12 @@ void PrintTo(const Failure& failure, std::ostream* stream) {
     *stream << testing::PrintToString(failure.text) << ", code " << failure.code;
 }
 
+void ExpectEmptyBase(const VelBase::Message& base) {
+    EXPECT_EQ(base.GetDomain(), VelBase::MESSAGE_DOMAIN_UNKNOWN);
+    EXPECT_EQ(base.GetID(), 0);
+    EXPECT_EQ(Text(base.GetMessage()), u"");
+}
+
 Failure SystemFailure(std::u16string text, int number, std::u16string_view description) {
     return {text + ErrorTail(number, description), number};
 }

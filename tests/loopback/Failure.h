@@ -27,12 +27,16 @@ Failure ConnectionClosed();
 // What a receiver meets when the system reports an error.
 Failure ReceiveFailed(int number, std::u16string_view description);
 
+// Everything stands in the exception itself.
+void ExpectEmptyBase(const VelBase::Message& base);
+
 // What the operation throws. An operation that throws nothing gives a text that no failure has.
 template <class Operation>
 Failure FailureOf(Operation operation) {
     try {
         operation();
     } catch (const VelNet::Exception& exception) {
+        ExpectEmptyBase(exception);
         return {Text(exception.GetMessage()), exception.GetErrorCode()};
     }
     return {u"(nothing was thrown)", 0};

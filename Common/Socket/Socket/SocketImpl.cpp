@@ -8,8 +8,6 @@
 #include <VelBase/TextConversions.h>
 #include <VelBase/WideLiteral.h>
 
-#include <new>
-
 namespace VelNet {
 
 using VelBase::operator""_wide;
@@ -44,12 +42,6 @@ private:
     int remotePort_;
 };
 
-SocketImpl* MakeSocket(HandleOwner& handle, SocketState state) {
-    auto* const socket = new SocketImpl(handle.Get(), state);
-    handle.HandOver();
-    return socket;
-}
-
 // The failure of an operation that was given an endpoint, which its text shows.
 [[noreturn]] void ThrowEndpointFailure(const unsigned short* label,
                                        const unsigned short* description, const Octets& address,
@@ -74,7 +66,9 @@ VelBase::ReturnPtrI<Socket> CreateSocket(Socket::SOCKET_TYPE type,
         ThrowSystemFailure("VelNet::CreateSocket() - FAIL."_wide, "The ::socket failed"_wide,
                            error);
     }
-    return {MakeSocket(handle, STATE_CREATED)};
+    auto* const socket = new SocketImpl(handle.Get(), STATE_CREATED);
+    handle.HandOver();
+    return {socket};
 }
 
 SocketImpl::SocketImpl() : SocketImpl(Winsock::InvalidSocket, STATE_CLOSED) {}
@@ -136,10 +130,12 @@ void SocketImpl::Connect(Octets address, unsigned short port) {
 }
 
 VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
+    // Made before the system is asked: what it gives must not be lost for want of memory.
+    const VelBase::InterfaceHolder<SocketImpl> accepted(new SocketImpl);
     Winsock::AddressIpv4 address = {};
     int length = sizeof address;
-    HandleOwner handle(Winsock::accept(handle_, &address, &length));
-    if (handle.IsEmpty()) {
+    const Winsock::Handle handle = Winsock::accept(handle_, &address, &length);
+    if (handle == Winsock::InvalidSocket) {
         const int error = Winsock::WSAGetLastError();
         if (error == Winsock::ErrorWouldBlock || error == ErrorTryAgain) return {};
         // Required: the label names SocketAPI.
@@ -147,7 +143,8 @@ VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
                            "Cannot accept a connection"_wide, error);
     }
 
-    const VelBase::InterfaceHolder<SocketImpl> accepted(MakeSocket(handle, STATE_CONNECTED));
+    accepted->handle_ = handle;
+    accepted->state_ = STATE_CONNECTED;
     remote = SocketAddressFrom(address);
     // Required: the listener's own address, not the one that the connection came in on.
     accepted->local_ = GetLocalAddress();
@@ -183,7 +180,8 @@ void SocketImpl::Close() noexcept {
     handle_ = Winsock::InvalidSocket;
     state_ = STATE_CLOSED;
     TraceConnection(DisconnectedFormat);
-    TryForgetAddresses();
+    local_ = nobody_;
+    remote_ = nobody_;
 }
 
 int SocketImpl::Receive(char* buffer, int length) {
@@ -269,15 +267,6 @@ void SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
                                int count) const noexcept {
     TryWriteTransferRecords(formats, data, count,
                             [this] { return ClassicEndpoints(local_, remote_); });
-}
-
-void SocketImpl::TryForgetAddresses() noexcept {
-    try {
-        local_ = SocketAddress();
-        remote_ = SocketAddress();
-    } catch (const std::bad_alloc&) {
-        return;
-    }
 }
 
 }  // namespace VelNet

@@ -56,14 +56,12 @@ private:
     void TraceConnection(LogFormat format) const noexcept;
     void TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 
-    // For Close, which never throws. With memory exhausted a second Close would show the old
-    // addresses.
-    void TryForgetAddresses() noexcept;
-
     Winsock::Handle handle_;
     SocketState state_;
     SocketAddress local_;
     SocketAddress remote_;
+    // What both become in Close, which cannot fail and so must find it made.
+    const SocketAddress nobody_;
 };
 
 }  // namespace VelNet

@@ -26,13 +26,6 @@ SocketXt::ADDR_FAMILY FamilyFrom(int systemFamily) noexcept {
     }
 }
 
-SocketXtImpl* MakeSocket(HandleOwner& handle, SocketState state, int type, int protocol,
-                         SocketXt::ADDR_FAMILY family) {
-    auto* const socket = new SocketXtImpl(handle.Get(), state, type, protocol, family);
-    handle.HandOver();
-    return socket;
-}
-
 }  // namespace
 
 VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
@@ -58,7 +51,10 @@ VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
         ThrowSocketXtError({function, description, "::socket", walk.ErrorOrLast()});
 
     HandleOwner handle(made);
-    return {MakeSocket(handle, STATE_CREATED, systemType, systemProtocol, family)};
+    auto* const socket =
+        new SocketXtImpl(handle.Get(), STATE_CREATED, systemType, systemProtocol, family);
+    handle.HandOver();
+    return {socket};
 }
 
 SocketXtImpl::SocketXtImpl(Winsock::Handle handle, SocketState state, int socketType, int protocol,
@@ -218,19 +214,24 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
                                                     VelBase::ReturnString& port) {
     constexpr const char* function = "VelNet::SocketXtImpl::Accept";
     const WinsockScope scope(function);
+    // All memory is taken before the system is asked: what it gives must not be lost for want of
+    // any. Required: the new socket knows no texts of its addresses.
+    const VelBase::InterfaceHolder<SocketXtImpl> accepted(
+        new SocketXtImpl(Winsock::InvalidSocket, STATE_CLOSED, socketType_, protocol_, family_));
+    PeerTexts peer;
+    MakeRoomForPeer();
+
     Winsock::AddressStorage storage = {};
     int length = sizeof storage;
-    HandleOwner handle(Winsock::accept(handle_, &storage, &length));
-    if (handle.IsEmpty()) {
+    const Winsock::Handle handle = Winsock::accept(handle_, &storage, &length);
+    if (handle == Winsock::InvalidSocket) {
         const int error = Winsock::WSAGetLastError();
         ThrowSocketXtError({function, "cannot accept on local socket from remote address",
                             "::accept", error, localHost_.c_str(), localPort_.c_str()});
     }
 
-    // Required: the new socket knows no texts of its addresses.
-    const VelBase::InterfaceHolder<SocketXt> accepted(
-        MakeSocket(handle, STATE_CONNECTED, socketType_, protocol_, family_));
-    PeerTexts peer;
+    accepted->handle_ = handle;
+    accepted->state_ = STATE_CONNECTED;
     if (TellPeer(storage, 0, peer)) {
         RememberPeer(peer, host, port);
         TraceConnection(ConnectedFormat);
@@ -282,17 +283,17 @@ Winsock::AddressInfo SocketXtImpl::Hints() const noexcept {
     return AddressHints(socketType_, protocol_);
 }
 
-void SocketXtImpl::RememberPeer(const PeerTexts& peer, VelBase::ReturnString& host,
+void SocketXtImpl::MakeRoomForPeer() {
+    remoteHost_.reserve(MAXHOST);
+    remotePort_.reserve(MAXPORT);
+}
+
+void SocketXtImpl::RememberPeer(PeerTexts& peer, VelBase::ReturnString& host,
                                 VelBase::ReturnString& port) {
-    VelBase::ReturnString newHost(peer.host);
-    VelBase::ReturnString newPort(peer.port);
-    std::string newRemoteHost(peer.host);
-    std::string newRemotePort(peer.port);
-    // From here on nothing fails: all four change, or none.
-    host = std::move(newHost);
-    port = std::move(newPort);
-    remoteHost_ = std::move(newRemoteHost);
-    remotePort_ = std::move(newRemotePort);
+    remoteHost_ = peer.host.Begin();
+    remotePort_ = peer.port.Begin();
+    host = peer.host.HandOver();
+    port = peer.port.HandOver();
 }
 
 void SocketXtImpl::TraceConnection(LogFormat format) const noexcept {

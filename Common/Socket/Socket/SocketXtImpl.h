@@ -69,9 +69,9 @@ private:
     // For addresses that the socket can use.
     Winsock::AddressInfo Hints() const noexcept;
 
-    // Stores the peer's texts here and where the caller wants them.
-    void RememberPeer(const PeerTexts& peer, VelBase::ReturnString& host,
-                      VelBase::ReturnString& port);
+    // Stores the peer's texts here, where room was made, and where the caller wants them.
+    void MakeRoomForPeer();
+    void RememberPeer(PeerTexts& peer, VelBase::ReturnString& host, VelBase::ReturnString& port);
 
     // Out of the way of the transfers that succeed.
     int FailedSend() const;

@@ -4,6 +4,7 @@
 #include <Platform/Winsock.h>
 #include <Socket/TraceRecords.h>
 #include <VelBase/ReturnString.h>
+#include <VelBase/TextRoom.h>
 #include <VelNet/SocketXt.h>
 
 #include <string>
@@ -21,10 +22,11 @@ VelBase::ReturnString NarrowComputerName();
 // "<host>:<port>"
 std::string JoinEndpoint(const std::string& host, const std::string& port);
 
-// The numeric texts of a peer.
+// Room for the numeric texts of a peer. Made before the system is asked for anything that must not
+// be lost for want of memory.
 struct PeerTexts {
-    char host[SocketXt::MAXHOST] = "";
-    char port[SocketXt::MAXPORT] = "";
+    VelBase::TextRoom host{SocketXt::MAXHOST};
+    VelBase::TextRoom port{SocketXt::MAXPORT};
 };
 
 // The flags go to getnameinfo beside those for numeric texts. False, with the system's last error

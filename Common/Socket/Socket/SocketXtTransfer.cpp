@@ -72,6 +72,7 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
                            VelBase::ReturnString& port) {
     constexpr const char* function = "VelNet::SocketXtImpl::RecvFrom";
     const WinsockScope scope(function);
+    PeerTexts peer;
     Winsock::AddressStorage storage = {};
     int addressLength = sizeof storage;
     const int received = Winsock::recvfrom(handle_, buffer, length, 0, &storage, &addressLength);
@@ -81,13 +82,10 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
                             error, NoHost, NoPort});
     }
 
-    PeerTexts peer;
     if (TellPeer(storage, socketType_ == Winsock::TypeDatagram ? Winsock::DatagramService : 0,
                  peer)) {
-        VelBase::ReturnString newHost(peer.host);
-        VelBase::ReturnString newPort(peer.port);
-        host = std::move(newHost);
-        port = std::move(newPort);
+        host = peer.host.HandOver();
+        port = peer.port.HandOver();
     } else {
         const int error = Winsock::WSAGetLastError();
         ReportSocketXtError(

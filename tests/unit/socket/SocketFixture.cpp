@@ -87,6 +87,12 @@ void PrintTo(const Caught& caught, std::ostream* stream) {
         *stream << "nothing";
 }
 
+void ExpectEmptyBase(const VelBase::Message& base) {
+    EXPECT_EQ(base.GetDomain(), VelBase::MESSAGE_DOMAIN_UNKNOWN);
+    EXPECT_EQ(base.GetID(), 0);
+    EXPECT_EQ(Text(base.GetMessage()), u"");
+}
+
 std::u16string FailureText(std::string_view labelAndDescription, int error) {
     const std::u16string head = Widened(labelAndDescription) + u", errno = ";
     const auto unit = static_cast<char16_t>(error);

@@ -83,11 +83,15 @@ struct Caught {
 };
 void PrintTo(const Caught& caught, std::ostream* stream);
 
+// Whoever is thrown holds everything itself.
+void ExpectEmptyBase(const VelBase::Message& base);
+
 template <class Operation>
 Caught Catch(Operation operation) {
     try {
         operation();
     } catch (const Exception& exception) {
+        ExpectEmptyBase(exception);
         return {true, Text(exception.GetMessage()), exception.GetErrorCode()};
     }
     return {};

@@ -253,8 +253,9 @@ TEST_F(XtRecvFrom, LogThatThrowsOnAFailureLeavesNothingOpen) {
     EXPECT_EQ(CountOf("WSACleanup"), 1);
 }
 
-// Both of the caller's texts change, or none.
-TEST_F(XtRecvFrom, ExhaustedMemoryLeavesTheTextsTogether) {
+// All memory is taken before the datagram is, which else stays with the system; for want of memory
+// afterwards the records alone are lost.
+TEST_F(XtRecvFrom, ExhaustedMemoryTakesNoDatagram) {
     const auto socket = MakeReceiver();
     int recordsLost = 0;
     const std::size_t failed = FailEveryAllocation([&](std::size_t n) {
@@ -266,6 +267,7 @@ TEST_F(XtRecvFrom, ExhaustedMemoryLeavesTheTextsTogether) {
         int count = 0;
         const Starved starved = Starve(n, [&] { count = ReceiveOn(*socket); });
         ForgetAnswers();
+        EXPECT_EQ(CountOf("recvfrom"), starved.outOfMemory ? 0 : 1);
         EXPECT_EQ(count, starved.outOfMemory ? 0 : 3);
         EXPECT_STREQ(host_.c_str(), starved.outOfMemory ? "earlier host" : "10.0.0.9");
         EXPECT_STREQ(port_.c_str(), starved.outOfMemory ? "earlier port" : "4711");

@@ -86,7 +86,8 @@ public:
     // "Connected" record. The new socket is blocking or not as this one is. Empty, with remote
     // untouched and nothing logged, when this socket is non-blocking and no connection is pending.
     // Throws SOCKET_ERR_INVAL for a socket that does not listen, SOCKET_ERR_MFILE when no more
-    // sockets can be had.
+    // sockets can be had. Memory is taken before the connection is, which std::bad_alloc leaves
+    // pending, save what its two addresses need: when there is none for these, it is closed.
     // Required: the new socket records this socket's own local address, 0.0.0.0 for a listener on
     // all addresses.
     virtual VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) = 0;
@@ -101,9 +102,9 @@ public:
     // not thrown.
     virtual void SetReuseAddress() = 0;
 
-    // Closes the socket and writes the "Disconnected" record. Never throws: a failure is logged,
-    // and the socket is closed all the same. Closing a closed socket logs a failure and writes
-    // another record.
+    // Closes the socket, writes the "Disconnected" record and forgets both addresses. Never throws:
+    // a failure is logged, and the socket is closed all the same. Closing a closed socket logs a
+    // failure and writes another record.
     //
     // An operation that waits on the socket in another thread ends: it throws SOCKET_ERR_INTR with
     // its own failure text. This is how a thread that waits for connections is stopped. The peer
@@ -120,6 +121,8 @@ public:
     // longer than length throws SOCKET_ERR_MSGSIZE with the buffer filled. Throws
     // SOCKET_ERR_CONNRESET or SOCKET_ERR_CONNABORTED when the connection was lost,
     // SOCKET_ERR_NOTCONN when there is none, SOCKET_ERR_TIMEDOUT after the receive time-out.
+    // Where there is no memory for a failure's text, std::bad_alloc stands for it: what was empty
+    // or too long is gone all the same.
     // Required: unlike Send, a non-blocking socket with nothing to receive throws
     // SOCKET_ERR_WOULDBLOCK.
     virtual int Receive(char* buffer, int length) = 0;

@@ -91,7 +91,8 @@ public:
     // socket. host and port become the peer's numeric texts; when the system cannot tell them they
     // stay as they were, which is logged and not thrown. The new socket knows no address texts: its
     // records show empty ones. A non-blocking socket without a pending connection throws
-    // SOCKET_ERR_WOULDBLOCK, unlike Socket::Accept.
+    // SOCKET_ERR_WOULDBLOCK, unlike Socket::Accept. Memory is taken before the connection is, which
+    // std::bad_alloc leaves pending.
     virtual VelBase::ReturnPtrI<SocketXt>& Accept(VelBase::ReturnPtrI<SocketXt>& socket,
                                                   VelBase::ReturnString& host,
                                                   VelBase::ReturnString& port) = 0;
@@ -133,6 +134,8 @@ public:
     // that is longer than length, SOCKET_ERR_INVAL on a socket that is not bound,
     // SOCKET_ERR_CONNRESET when a datagram sent before did not arrive, SOCKET_ERR_TIMEDOUT after
     // the receive time-out, SOCKET_ERR_WOULDBLOCK when nothing is waiting on a non-blocking socket.
+    // Memory is taken before the datagram is, which std::bad_alloc leaves waiting; but where there
+    // is none for a failure's text it stands for that, and what was too long is gone all the same.
     virtual int RecvFrom(char* buffer, int length, VelBase::ReturnString& host,
                          VelBase::ReturnString& port) = 0;
 

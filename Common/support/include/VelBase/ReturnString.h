@@ -27,6 +27,8 @@ public:
     const char* c_str() const noexcept;
 
 private:
+    friend class TextRoom;
+
     char* text_ = nullptr;
 };
 
