@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Answers.h"
+#include "Provocation.h"
 #include "WineAnswers.h"
 
 namespace Conformance {
@@ -234,6 +235,15 @@ int RepeatWhile(int error, const std::function<int()>& call) {
         result = call();
     }
     return result;
+}
+
+void InSignalStorm(int leastSignals, const std::function<void()>& scene, int milliseconds) {
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        const SignalStorm storm({}, milliseconds);
+        scene();
+        if (SignalStorm::SignalCount() >= leastSignals) return;
+    }
+    ADD_FAILURE() << "the signals do not come";
 }
 
 }  // namespace Conformance

@@ -43,17 +43,13 @@ TEST_F(Timeout, OfReceivingADatagram) {
 TEST_F(Timeout, OfReceivingIsNeitherCutShortNorProlongedBySignals) {
     const Pair pair = NewConnectedPair();
     ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, Limit)));
-    const SignalStorm storm;
-    ExpectTimeout([&] { return TryReceive(pair.client); });
-    EXPECT_GE(SignalStorm::SignalCount(), 10);
+    InSignalStorm(10, [&] { ExpectTimeout([&] { return TryReceive(pair.client); }); });
 }
 
 TEST_F(Timeout, OfReceivingADatagramIsNeitherCutShortNorProlongedBySignals) {
     const OwnedSocket socket = NewBoundDatagram();
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, Limit)));
-    const SignalStorm storm;
-    ExpectTimeout([&] { return TryReceive(socket); });
-    EXPECT_GE(SignalStorm::SignalCount(), 10);
+    InSignalStorm(10, [&] { ExpectTimeout([&] { return TryReceive(socket); }); });
 }
 
 TEST_F(Timeout, DoesNotHideDataThatComesInTime) {
@@ -122,10 +118,11 @@ protected:
     static constexpr Milliseconds Bound{1800};
 
     static void ExpectTimeInTime(const std::function<int()>& call) {
-        const SignalStorm storm({}, SignalEvery);
-        const Milliseconds time = TimeOf([&] { EXPECT_TRUE(FailsWith(10060, call())); });
-        EXPECT_GE(SignalStorm::SignalCount(), 1);
-        EXPECT_LT(time, Bound);
+        const auto scene = [&] {
+            const Milliseconds time = TimeOf([&] { EXPECT_TRUE(FailsWith(10060, call())); });
+            EXPECT_LT(time, Bound);
+        };
+        InSignalStorm(1, scene, SignalEvery);
     }
 };
 
