@@ -1,8 +1,8 @@
-#include <VelNet/Address.h>
+#include "VelNet/Address.h"
 
-#include <Socket/ClearForGood.h>
-#include <VelNet/Exception.h>
-#include <VelNet/SocketAddress.h>
+#include "Socket/ClearForGood.h"
+#include "VelNet/Exception.h"
+#include "VelNet/SocketAddress.h"
 
 #include <memory>
 #include <string>

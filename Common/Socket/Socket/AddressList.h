@@ -1,7 +1,7 @@
 // The addresses of a host and port text, tried one after the other.
 #pragma once
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
 
 namespace VelNet {
 

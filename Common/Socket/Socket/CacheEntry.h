@@ -1,8 +1,8 @@
 // One answer that an address cache remembers.
 #pragma once
 
-#include <VelNet/Octets.h>
-#include <VelSynch/ReferenceCountedImpl.h>
+#include "VelNet/Octets.h"
+#include "VelSynch/ReferenceCountedImpl.h"
 
 #include <string>
 

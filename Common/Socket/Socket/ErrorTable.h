@@ -1,8 +1,8 @@
 // The fixed table of the library's errors.
 #pragma once
 
-#include <VelBase/WideLiteral.h>
-#include <VelNet/SocketError.h>
+#include "VelBase/WideLiteral.h"
+#include "VelNet/SocketError.h"
 
 namespace VelNet {
 

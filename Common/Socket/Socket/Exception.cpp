@@ -1,6 +1,6 @@
-#include <VelNet/Exception.h>
+#include "VelNet/Exception.h"
 
-#include <Socket/ErrorTable.h>
+#include "Socket/ErrorTable.h"
 
 namespace VelNet {
 

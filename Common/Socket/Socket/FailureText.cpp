@@ -1,7 +1,7 @@
-#include <Socket/FailureText.h>
+#include "Socket/FailureText.h"
 
-#include <VelBase/WideLiteral.h>
-#include <VelLog/LogMessage.h>
+#include "VelBase/WideLiteral.h"
+#include "VelLog/LogMessage.h"
 
 namespace VelNet {
 

@@ -4,11 +4,11 @@
 // passes it on.
 #pragma once
 
-#include <Socket/LogFormat.h>
-#include <Socket/SocketLayerState.h>
-#include <VelBase/ReturnWString.h>
-#include <VelBase/WideText.h>
-#include <VelNet/Exception.h>
+#include "Socket/LogFormat.h"
+#include "Socket/SocketLayerState.h"
+#include "VelBase/ReturnWString.h"
+#include "VelBase/WideText.h"
+#include "VelNet/Exception.h"
 
 #include <cstddef>
 

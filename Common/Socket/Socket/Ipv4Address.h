@@ -1,8 +1,8 @@
 // Between the library's IPv4 endpoints and the system's.
 #pragma once
 
-#include <Platform/Winsock.h>
-#include <VelNet/SocketAddress.h>
+#include "Platform/Winsock.h"
+#include "VelNet/SocketAddress.h"
 
 namespace VelNet {
 

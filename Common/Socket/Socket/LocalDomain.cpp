@@ -1,11 +1,11 @@
 // What the machine's settings say about its DNS domain and servers.
-#include <Platform/System.h>
-#include <Socket/FailureText.h>
-#include <VelBase/TextConversions.h>
-#include <VelBase/WideLiteral.h>
-#include <VelNet/SocketAddress.h>
-#include <VelRegistry/Key.h>
-#include <VelRegistry/KeyException.h>
+#include "Platform/System.h"
+#include "Socket/FailureText.h"
+#include "VelBase/TextConversions.h"
+#include "VelBase/WideLiteral.h"
+#include "VelNet/SocketAddress.h"
+#include "VelRegistry/Key.h"
+#include "VelRegistry/KeyException.h"
 
 #include <memory>
 #include <string>

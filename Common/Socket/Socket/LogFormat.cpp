@@ -1,6 +1,6 @@
-#include <Socket/LogFormat.h>
+#include "Socket/LogFormat.h"
 
-#include <VelLog/LogMessage.h>
+#include "VelLog/LogMessage.h"
 
 namespace VelNet {
 

@@ -1,8 +1,8 @@
 // Message formats as the logging library takes them, and the one way to write a record.
 #pragma once
 
-#include <VelLog/Router.h>
-#include <VelResource/MessageFormatter.h>
+#include "VelLog/Router.h"
+#include "VelResource/MessageFormatter.h"
 
 #include <cstddef>
 

@@ -1,6 +1,6 @@
-#include <VelNet/Octets.h>
+#include "VelNet/Octets.h"
 
-#include <Socket/ClearForGood.h>
+#include "Socket/ClearForGood.h"
 
 #include <cstdio>
 #include <cstring>

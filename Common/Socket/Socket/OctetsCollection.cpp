@@ -1,7 +1,7 @@
-#include <VelNet/OctetsCollection.h>
+#include "VelNet/OctetsCollection.h"
 
-#include <Socket/OctetsCollectionImpl.h>
-#include <VelBase/LengthLimit.h>
+#include "Socket/OctetsCollectionImpl.h"
+#include "VelBase/LengthLimit.h"
 
 namespace VelNet {
 

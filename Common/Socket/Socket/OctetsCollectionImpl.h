@@ -1,8 +1,8 @@
 // The list of addresses behind OctetsCollection.
 #pragma once
 
-#include <VelNet/OctetsCollection.h>
-#include <VelSynch/ReferenceCountedImpl.h>
+#include "VelNet/OctetsCollection.h"
+#include "VelSynch/ReferenceCountedImpl.h"
 
 #include <vector>
 

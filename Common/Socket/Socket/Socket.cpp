@@ -1,4 +1,4 @@
-#include <VelNet/Socket.h>
+#include "VelNet/Socket.h"
 
 namespace VelNet {
 

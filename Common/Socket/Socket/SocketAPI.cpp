@@ -1,8 +1,8 @@
-#include <Socket/SocketAPI.h>
+#include "Socket/SocketAPI.h"
 
-#include <Platform/Winsock.h>
-#include <Socket/FailureText.h>
-#include <VelBase/WideLiteral.h>
+#include "Platform/Winsock.h"
+#include "Socket/FailureText.h"
+#include "VelBase/WideLiteral.h"
 
 #include <memory>
 

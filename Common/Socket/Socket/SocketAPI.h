@@ -1,7 +1,7 @@
 // Starting and stopping the system's sockets together with what the library needs around them.
 #pragma once
 
-#include <Socket/SocketLayerState.h>
+#include "Socket/SocketLayerState.h"
 
 namespace VelNet::SocketAPI {
 

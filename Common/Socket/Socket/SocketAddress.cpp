@@ -1,11 +1,11 @@
-#include <VelNet/SocketAddress.h>
+#include "VelNet/SocketAddress.h"
 
-#include <Platform/Winsock.h>
-#include <Socket/ClearForGood.h>
-#include <Socket/FailureText.h>
-#include <VelBase/LengthLimit.h>
-#include <VelBase/TextConversions.h>
-#include <VelBase/WideLiteral.h>
+#include "Platform/Winsock.h"
+#include "Socket/ClearForGood.h"
+#include "Socket/FailureText.h"
+#include "VelBase/LengthLimit.h"
+#include "VelBase/TextConversions.h"
+#include "VelBase/WideLiteral.h"
 
 #include <cstring>
 #include <string>

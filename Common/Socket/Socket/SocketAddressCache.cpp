@@ -1,4 +1,4 @@
-#include <VelNet/SocketAddressCache.h>
+#include "VelNet/SocketAddressCache.h"
 
 namespace VelNet {
 

@@ -1,7 +1,7 @@
-#include <Socket/SocketAddressCacheImpl.h>
+#include "Socket/SocketAddressCacheImpl.h"
 
-#include <Socket/NarrowText.h>
-#include <VelNet/SocketAddress.h>
+#include "Socket/NarrowText.h"
+#include "VelNet/SocketAddress.h"
 
 #include <algorithm>
 #include <new>

@@ -1,10 +1,10 @@
 // The two lists behind SocketAddressCache.
 #pragma once
 
-#include <Socket/CacheEntry.h>
-#include <VelBase/ReturnPtrI.h>
-#include <VelNet/SocketAddressCache.h>
-#include <VelSynch/ReferenceCountedImpl.h>
+#include "Socket/CacheEntry.h"
+#include "VelBase/ReturnPtrI.h"
+#include "VelNet/SocketAddressCache.h"
+#include "VelSynch/ReferenceCountedImpl.h"
 
 #include <utility>
 #include <vector>

@@ -1,4 +1,4 @@
-#include <VelNet/SocketCollection.h>
+#include "VelNet/SocketCollection.h"
 
 namespace VelNet {
 

@@ -1,11 +1,11 @@
-#include <Socket/SocketCollectionImpl.h>
+#include "Socket/SocketCollectionImpl.h"
 
-#include <Socket/FailureText.h>
-#include <Socket/SystemSocket.h>
-#include <Socket/WatchedSockets.h>
-#include <VelBase/LengthLimit.h>
-#include <VelBase/SystemQueries.h>
-#include <VelBase/WideLiteral.h>
+#include "Socket/FailureText.h"
+#include "Socket/SystemSocket.h"
+#include "Socket/WatchedSockets.h"
+#include "VelBase/LengthLimit.h"
+#include "VelBase/SystemQueries.h"
+#include "VelBase/WideLiteral.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,8 @@
 // The list of sockets behind SocketCollection.
 #pragma once
 
-#include <VelBase/InterfaceHolder.h>
-#include <VelNet/SocketCollection.h>
+#include "VelBase/InterfaceHolder.h"
+#include "VelNet/SocketCollection.h"
 
 #include <list>
 

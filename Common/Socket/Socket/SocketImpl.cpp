@@ -1,12 +1,12 @@
-#include <Socket/SocketImpl.h>
+#include "Socket/SocketImpl.h"
 
-#include <Socket/FailureText.h>
-#include <Socket/Ipv4Address.h>
-#include <Socket/SocketLayerState.h>
-#include <Socket/SystemSocket.h>
-#include <VelBase/InterfaceHolder.h>
-#include <VelBase/TextConversions.h>
-#include <VelBase/WideLiteral.h>
+#include "Socket/FailureText.h"
+#include "Socket/Ipv4Address.h"
+#include "Socket/SocketLayerState.h"
+#include "Socket/SystemSocket.h"
+#include "VelBase/InterfaceHolder.h"
+#include "VelBase/TextConversions.h"
+#include "VelBase/WideLiteral.h"
 
 namespace VelNet {
 

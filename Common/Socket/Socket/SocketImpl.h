@@ -1,12 +1,12 @@
 // The IPv4 socket behind Socket.
 #pragma once
 
-#include <Platform/Winsock.h>
-#include <Socket/LogFormat.h>
-#include <Socket/SocketState.h>
-#include <Socket/TraceRecords.h>
-#include <VelNet/Socket.h>
-#include <VelSynch/ReferenceCountedImpl.h>
+#include "Platform/Winsock.h"
+#include "Socket/LogFormat.h"
+#include "Socket/SocketState.h"
+#include "Socket/TraceRecords.h"
+#include "VelNet/Socket.h"
+#include "VelSynch/ReferenceCountedImpl.h"
 
 namespace VelNet {
 

@@ -1,7 +1,7 @@
-#include <VelNet/SocketInitialization.h>
+#include "VelNet/SocketInitialization.h"
 
-#include <Socket/SocketAPI.h>
-#include <Socket/StartUpLock.h>
+#include "Socket/SocketAPI.h"
+#include "Socket/StartUpLock.h"
 
 #include <memory>
 #include <new>

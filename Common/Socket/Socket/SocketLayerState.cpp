@@ -1,4 +1,4 @@
-#include <Socket/SocketLayerState.h>
+#include "Socket/SocketLayerState.h"
 
 namespace VelNet {
 

@@ -1,11 +1,11 @@
 // What the socket layer holds while it is up.
 #pragma once
 
-#include <VelBase/InterfaceHolder.h>
-#include <VelLog/Initializer.h>
-#include <VelLog/Router.h>
-#include <VelRegistry/Initializer.h>
-#include <VelSynch/Initializer.h>
+#include "VelBase/InterfaceHolder.h"
+#include "VelLog/Initializer.h"
+#include "VelLog/Router.h"
+#include "VelRegistry/Initializer.h"
+#include "VelSynch/Initializer.h"
 
 #include <atomic>
 

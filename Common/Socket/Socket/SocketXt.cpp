@@ -1,9 +1,9 @@
-#include <VelNet/SocketXt.h>
+#include "VelNet/SocketXt.h"
 
-#include <Socket/SocketLayerState.h>
-#include <VelBase/Message.h>
-#include <VelBase/WideLiteral.h>
-#include <VelRegistry/Key.h>
+#include "Socket/SocketLayerState.h"
+#include "VelBase/Message.h"
+#include "VelBase/WideLiteral.h"
+#include "VelRegistry/Key.h"
 
 #include <atomic>
 

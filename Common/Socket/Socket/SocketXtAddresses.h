@@ -1,9 +1,9 @@
 // The addresses that an operation of the extended socket goes to.
 #pragma once
 
-#include <Socket/AddressList.h>
-#include <Socket/NarrowText.h>
-#include <Socket/SocketXtFailure.h>
+#include "Socket/AddressList.h"
+#include "Socket/NarrowText.h"
+#include "Socket/SocketXtFailure.h"
 
 namespace VelNet {
 

@@ -1,8 +1,8 @@
-#include <Socket/SocketXtFailure.h>
+#include "Socket/SocketXtFailure.h"
 
-#include <Socket/FailureText.h>
-#include <VelBase/TextConversions.h>
-#include <VelBase/WideLiteral.h>
+#include "Socket/FailureText.h"
+#include "VelBase/TextConversions.h"
+#include "VelBase/WideLiteral.h"
 
 namespace VelNet {
 

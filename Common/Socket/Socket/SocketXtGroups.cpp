@@ -1,8 +1,8 @@
 // The extended socket's traffic from one to many.
-#include <Socket/AddressList.h>
-#include <Socket/SocketXtFailure.h>
-#include <Socket/SocketXtImpl.h>
-#include <Socket/SystemSocket.h>
+#include "Socket/AddressList.h"
+#include "Socket/SocketXtFailure.h"
+#include "Socket/SocketXtImpl.h"
+#include "Socket/SystemSocket.h"
 
 #include <cstring>
 

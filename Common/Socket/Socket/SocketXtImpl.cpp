@@ -1,10 +1,10 @@
-#include <Socket/SocketXtImpl.h>
+#include "Socket/SocketXtImpl.h"
 
-#include <Socket/SocketXtAddresses.h>
-#include <Socket/SocketXtTexts.h>
-#include <Socket/SystemSocket.h>
-#include <Socket/WinsockScope.h>
-#include <VelBase/InterfaceHolder.h>
+#include "Socket/SocketXtAddresses.h"
+#include "Socket/SocketXtTexts.h"
+#include "Socket/SystemSocket.h"
+#include "Socket/WinsockScope.h"
+#include "VelBase/InterfaceHolder.h"
 
 #include <utility>
 

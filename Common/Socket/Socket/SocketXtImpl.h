@@ -1,12 +1,12 @@
 // The socket of either IP version behind SocketXt.
 #pragma once
 
-#include <Platform/Winsock.h>
-#include <Socket/LogFormat.h>
-#include <Socket/SocketState.h>
-#include <Socket/SocketXtTexts.h>
-#include <VelNet/SocketXt.h>
-#include <VelSynch/ReferenceCountedImpl.h>
+#include "Platform/Winsock.h"
+#include "Socket/LogFormat.h"
+#include "Socket/SocketState.h"
+#include "Socket/SocketXtTexts.h"
+#include "VelNet/SocketXt.h"
+#include "VelSynch/ReferenceCountedImpl.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
-#include <Socket/SocketXtTexts.h>
+#include "Socket/SocketXtTexts.h"
 
-#include <VelBase/SystemQueries.h>
-#include <VelBase/TextConversions.h>
+#include "VelBase/SystemQueries.h"
+#include "VelBase/TextConversions.h"
 
 namespace VelNet {
 

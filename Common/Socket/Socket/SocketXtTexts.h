@@ -1,11 +1,11 @@
 // The texts that the extended socket has for addresses.
 #pragma once
 
-#include <Platform/Winsock.h>
-#include <Socket/TraceRecords.h>
-#include <VelBase/ReturnString.h>
-#include <VelBase/TextRoom.h>
-#include <VelNet/SocketXt.h>
+#include "Platform/Winsock.h"
+#include "Socket/TraceRecords.h"
+#include "VelBase/ReturnString.h"
+#include "VelBase/TextRoom.h"
+#include "VelNet/SocketXt.h"
 
 #include <string>
 #include <utility>

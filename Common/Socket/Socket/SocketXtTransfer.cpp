@@ -1,9 +1,9 @@
 // The extended socket's transfers.
-#include <Socket/SocketLayerState.h>
-#include <Socket/SocketXtAddresses.h>
-#include <Socket/SocketXtImpl.h>
-#include <Socket/SocketXtTexts.h>
-#include <Socket/WinsockScope.h>
+#include "Socket/SocketLayerState.h"
+#include "Socket/SocketXtAddresses.h"
+#include "Socket/SocketXtImpl.h"
+#include "Socket/SocketXtTexts.h"
+#include "Socket/WinsockScope.h"
 
 #include <utility>
 

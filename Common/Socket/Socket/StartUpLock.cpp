@@ -1,6 +1,6 @@
-#include <Socket/StartUpLock.h>
+#include "Socket/StartUpLock.h"
 
-#include <Platform/System.h>
+#include "Platform/System.h"
 
 namespace VelNet {
 

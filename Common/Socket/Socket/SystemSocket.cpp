@@ -1,7 +1,7 @@
-#include <Socket/SystemSocket.h>
+#include "Socket/SystemSocket.h"
 
-#include <Socket/SocketImpl.h>
-#include <Socket/SocketXtImpl.h>
+#include "Socket/SocketImpl.h"
+#include "Socket/SocketXtImpl.h"
 
 #include <cstring>
 

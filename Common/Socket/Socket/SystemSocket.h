@@ -1,9 +1,9 @@
 // What every family of sockets does alike with its system handle.
 #pragma once
 
-#include <Platform/Winsock.h>
-#include <Socket/SocketState.h>
-#include <VelNet/Socket.h>
+#include "Platform/Winsock.h"
+#include "Socket/SocketState.h"
+#include "VelNet/Socket.h"
 
 namespace VelNet {
 

@@ -1,6 +1,6 @@
-#include <Socket/TraceRecords.h>
+#include "Socket/TraceRecords.h"
 
-#include <VelLog/LogMessage.h>
+#include "VelLog/LogMessage.h"
 
 #include <cstdio>
 #include <string>

@@ -1,11 +1,11 @@
 // The records of traffic: their texts, and when each is written.
 #pragma once
 
-#include <Socket/LogFormat.h>
-#include <Socket/SocketLayerState.h>
-#include <VelBase/ReturnString.h>
-#include <VelLog/Router.h>
-#include <VelResource/MessageFormatter.h>
+#include "Socket/LogFormat.h"
+#include "Socket/SocketLayerState.h"
+#include "VelBase/ReturnString.h"
+#include "VelLog/Router.h"
+#include "VelResource/MessageFormatter.h"
 
 namespace VelNet {
 

@@ -1,6 +1,6 @@
-#include <Socket/WatchedSockets.h>
+#include "Socket/WatchedSockets.h"
 
-#include <VelNet/SocketCollection.h>
+#include "VelNet/SocketCollection.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 // The handles of one wait.
 #pragma once
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
 
 namespace VelNet {
 

@@ -1,11 +1,11 @@
-#include <Socket/WinsockScope.h>
+#include "Socket/WinsockScope.h"
 
-#include <Platform/Winsock.h>
-#include <VelBase/ExceptionImpl.h>
-#include <VelBase/SystemQueries.h>
-#include <VelBase/TextConversions.h>
-#include <VelBase/WideLiteral.h>
-#include <VelBase/WideText.h>
+#include "Platform/Winsock.h"
+#include "VelBase/ExceptionImpl.h"
+#include "VelBase/SystemQueries.h"
+#include "VelBase/TextConversions.h"
+#include "VelBase/WideLiteral.h"
+#include "VelBase/WideText.h"
 
 #include <string>
 

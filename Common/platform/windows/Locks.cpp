@@ -1,6 +1,6 @@
+#include "Platform/System.h"
+
 #include <windows.h>
-// Behind it.
-#include <Platform/System.h>
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include <windows.h>
+#include "Platform/System.h"
 
-#include <Platform/System.h>
+#include <windows.h>
 
 #include <algorithm>
 

@@ -1,12 +1,12 @@
 // The Windows registry.
-#include <windows.h>
+#include "Platform/Registry.h"
 
-#include <Platform/Registry.h>
+#include "WideTexts.h"
+
+#include <windows.h>
 
 #include <memory>
 #include <string>
-
-#include "WideTexts.h"
 
 struct Registry::Key {
     HKEY handle;

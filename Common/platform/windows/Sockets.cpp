@@ -1,11 +1,9 @@
 // Winsock's calls, handed on as they are.
 
-// winsock2.h comes before everything that may include windows.h.
-#include <winsock2.h>
-// Behind it.
-#include <ws2tcpip.h>
+#include "Platform/Winsock.h"
 
-#include <Platform/Winsock.h>
+#include <winsock2.h>
+#include <ws2tcpip.h>
 
 #include <cstddef>
 

@@ -1,9 +1,8 @@
-// winsock2.h comes before everything that may include windows.h.
-#include <winsock2.h>
-// Behind it.
-#include <windows.h>
+#include "Platform/System.h"
+#include "WideTexts.h"
 
-#include <Platform/System.h>
+#include <winsock2.h>
+#include <windows.h>
 
 #include <cerrno>
 #include <climits>
@@ -11,8 +10,6 @@
 #include <memory>
 #include <new>
 #include <string>
-
-#include "WideTexts.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // wide.
 #pragma once
 
-#include <Platform/System.h>
+#include "Platform/System.h"
 
 #include <cstddef>
 #include <string>

@@ -1,4 +1,4 @@
-#include <VelBase/ExceptionImpl.h>
+#include "VelBase/ExceptionImpl.h"
 
 namespace VelBase {
 

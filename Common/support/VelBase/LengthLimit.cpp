@@ -1,4 +1,4 @@
-#include <VelBase/LengthLimit.h>
+#include "VelBase/LengthLimit.h"
 
 #include <stdexcept>
 

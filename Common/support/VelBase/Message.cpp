@@ -1,4 +1,4 @@
-#include <VelBase/Message.h>
+#include "VelBase/Message.h"
 
 namespace VelBase {
 

@@ -1,4 +1,4 @@
-#include <VelBase/ReferenceCounted.h>
+#include "VelBase/ReferenceCounted.h"
 
 namespace VelBase {
 

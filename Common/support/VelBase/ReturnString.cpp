@@ -1,4 +1,4 @@
-#include <VelBase/ReturnString.h>
+#include "VelBase/ReturnString.h"
 
 #include "OwnedText.h"
 

@@ -1,4 +1,4 @@
-#include <VelBase/ReturnWString.h>
+#include "VelBase/ReturnWString.h"
 
 #include "OwnedText.h"
 

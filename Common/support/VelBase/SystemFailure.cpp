@@ -1,7 +1,7 @@
-#include <VelBase/SystemFailure.h>
+#include "VelBase/SystemFailure.h"
 
-#include <VelBase/SystemQueries.h>
-#include <VelBase/WideLiteral.h>
+#include "VelBase/SystemQueries.h"
+#include "VelBase/WideLiteral.h"
 
 namespace VelBase {
 

@@ -1,6 +1,7 @@
-#include <Platform/System.h>
-#include <VelBase/SystemQueries.h>
-#include <VelBase/WideText.h>
+#include "VelBase/SystemQueries.h"
+
+#include "Platform/System.h"
+#include "VelBase/WideText.h"
 
 namespace VelBase {
 

@@ -1,11 +1,11 @@
-#include <Platform/System.h>
-#include <VelBase/TextConversions.h>
-#include <VelBase/WideText.h>
+#include "VelBase/TextConversions.h"
+
+#include "CodePoints.h"
+#include "Platform/System.h"
+#include "VelBase/WideText.h"
 
 #include <charconv>
 #include <limits>
-
-#include "CodePoints.h"
 
 namespace VelBase {
 namespace {

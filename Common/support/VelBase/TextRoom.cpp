@@ -1,4 +1,4 @@
-#include <VelBase/TextRoom.h>
+#include "VelBase/TextRoom.h"
 
 #include <new>
 #include <utility>

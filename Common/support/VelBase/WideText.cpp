@@ -1,7 +1,7 @@
-#include <VelBase/LengthLimit.h>
-#include <VelBase/WideText.h>
+#include "VelBase/WideText.h"
 
 #include "CodePoints.h"
+#include "VelBase/LengthLimit.h"
 
 namespace VelBase {
 

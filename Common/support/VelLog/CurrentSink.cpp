@@ -1,11 +1,10 @@
 #include "CurrentSink.h"
 
-#include <VelLog/LogControl.h>
+#include "VelLog/LogControl.h"
+#include "VelSynch/StaticMutex.h"
 
 #include <atomic>
 #include <mutex>
-
-#include <VelSynch/StaticMutex.h>
 
 namespace VelLog {
 namespace {

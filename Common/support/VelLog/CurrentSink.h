@@ -1,7 +1,7 @@
 // The sink that the host has set.
 #pragma once
 
-#include <VelLog/LogSink.h>
+#include "VelLog/LogSink.h"
 
 namespace VelLog {
 

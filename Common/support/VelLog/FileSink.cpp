@@ -1,9 +1,9 @@
-#include <VelBase/ExceptionImpl.h>
-#include <VelBase/WideLiteral.h>
-#include <VelLog/FileSink.h>
+#include "VelLog/FileSink.h"
 
-#include <VelBase/SystemFailure.h>
 #include "LogLine.h"
+#include "VelBase/ExceptionImpl.h"
+#include "VelBase/SystemFailure.h"
+#include "VelBase/WideLiteral.h"
 
 namespace VelLog {
 namespace {

@@ -1,4 +1,4 @@
-#include <VelLog/Initializer.h>
+#include "VelLog/Initializer.h"
 
 namespace VelLog {
 

@@ -1,6 +1,6 @@
 #include "LogLine.h"
 
-#include <VelBase/TextConversions.h>
+#include "VelBase/TextConversions.h"
 
 #include <chrono>
 #include <cstdio>

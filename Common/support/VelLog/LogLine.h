@@ -1,8 +1,8 @@
 // How the ready-made sinks write a record.
 #pragma once
 
-#include <Platform/System.h>
-#include <VelLog/LogSink.h>
+#include "Platform/System.h"
+#include "VelLog/LogSink.h"
 
 namespace VelLog {
 

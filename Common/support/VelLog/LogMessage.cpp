@@ -1,10 +1,10 @@
-#include <Platform/System.h>
-#include <VelLog/LogMessage.h>
-
-#include <chrono>
+#include "VelLog/LogMessage.h"
 
 #include "CurrentSink.h"
+#include "Platform/System.h"
 #include "VisibleText.h"
+
+#include <chrono>
 
 namespace VelLog {
 namespace {

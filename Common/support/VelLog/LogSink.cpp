@@ -1,4 +1,4 @@
-#include <VelLog/LogSink.h>
+#include "VelLog/LogSink.h"
 
 namespace VelLog {
 

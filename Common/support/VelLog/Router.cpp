@@ -1,10 +1,10 @@
-#include <VelLog/LogControl.h>
-#include <VelLog/Router.h>
+#include "VelLog/Router.h"
+
+#include "VelLog/LogControl.h"
+#include "VelSynch/StaticMutex.h"
 
 #include <cstring>
 #include <mutex>
-
-#include <VelSynch/StaticMutex.h>
 
 namespace VelLog {
 namespace {

@@ -1,4 +1,4 @@
-#include <VelLog/StandardErrorSink.h>
+#include "VelLog/StandardErrorSink.h"
 
 #include "LogLine.h"
 

@@ -1,6 +1,6 @@
 #include "VisibleText.h"
 
-#include <VelBase/WideLiteral.h>
+#include "VelBase/WideLiteral.h"
 
 namespace VelLog {
 namespace {

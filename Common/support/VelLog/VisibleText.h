@@ -1,7 +1,7 @@
 // Record texts that cannot pretend to be more than one record.
 #pragma once
 
-#include <VelBase/WideText.h>
+#include "VelBase/WideText.h"
 
 namespace VelLog {
 

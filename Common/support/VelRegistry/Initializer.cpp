@@ -1,4 +1,4 @@
-#include <VelRegistry/Initializer.h>
+#include "VelRegistry/Initializer.h"
 
 namespace VelRegistry {
 

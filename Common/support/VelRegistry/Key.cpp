@@ -1,12 +1,12 @@
-#include <Platform/Registry.h>
-#include <VelBase/WideLiteral.h>
-#include <VelBase/WideText.h>
-#include <VelRegistry/Key.h>
-#include <VelRegistry/KeyException.h>
+#include "VelRegistry/Key.h"
+
+#include "Platform/Registry.h"
+#include "VelBase/SystemFailure.h"
+#include "VelBase/WideLiteral.h"
+#include "VelBase/WideText.h"
+#include "VelRegistry/KeyException.h"
 
 #include <utility>
-
-#include <VelBase/SystemFailure.h>
 
 namespace VelRegistry {
 namespace {

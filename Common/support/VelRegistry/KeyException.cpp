@@ -1,4 +1,4 @@
-#include <VelRegistry/KeyException.h>
+#include "VelRegistry/KeyException.h"
 
 namespace VelRegistry {
 

@@ -1,4 +1,4 @@
-#include <VelRegistry/KeyList.h>
+#include "VelRegistry/KeyList.h"
 
 #include <utility>
 

@@ -1,5 +1,6 @@
-#include <VelBase/TextConversions.h>
-#include <VelResource/MessageFormatter.h>
+#include "VelResource/MessageFormatter.h"
+
+#include "VelBase/TextConversions.h"
 
 #include <algorithm>
 #include <string_view>

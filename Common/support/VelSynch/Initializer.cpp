@@ -1,4 +1,4 @@
-#include <VelSynch/Initializer.h>
+#include "VelSynch/Initializer.h"
 
 namespace VelSynch {
 

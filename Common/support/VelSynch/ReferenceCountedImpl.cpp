@@ -1,4 +1,4 @@
-#include <VelSynch/ReferenceCountedImpl.h>
+#include "VelSynch/ReferenceCountedImpl.h"
 
 namespace VelSynch {
 

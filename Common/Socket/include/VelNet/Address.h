@@ -1,9 +1,9 @@
 // An IPv4 endpoint with its names.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReturnString.h>
-#include <VelNet/Octets.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReturnString.h"
+#include "VelNet/Octets.h"
 
 namespace VelNet {
 

@@ -1,9 +1,9 @@
 // The one exception class of the socket library.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/Message.h>
-#include <VelNet/SocketError.h>
+#include "VelBase/Export.h"
+#include "VelBase/Message.h"
+#include "VelNet/SocketError.h"
 
 // windows.h turns GetMessage into a macro; see VelBase/Message.h.
 #pragma push_macro("GetMessage")

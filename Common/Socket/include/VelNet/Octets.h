@@ -1,8 +1,8 @@
 // An IPv4 address.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReturnString.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReturnString.h"
 
 namespace VelNet {
 

@@ -1,9 +1,9 @@
 // A growable list of IPv4 addresses.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReferenceCounted.h>
-#include <VelNet/Octets.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReferenceCounted.h"
+#include "VelNet/Octets.h"
 
 namespace VelNet {
 

@@ -1,11 +1,11 @@
 // The IPv4 socket.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReferenceCounted.h>
-#include <VelBase/ReturnPtrI.h>
-#include <VelNet/Octets.h>
-#include <VelNet/SocketAddress.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReferenceCounted.h"
+#include "VelBase/ReturnPtrI.h"
+#include "VelNet/Octets.h"
+#include "VelNet/SocketAddress.h"
 
 namespace VelNet {
 

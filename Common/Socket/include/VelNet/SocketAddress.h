@@ -1,11 +1,11 @@
 // An IPv4 endpoint, and the plain resolution of host names.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReturnPtrI.h>
-#include <VelBase/ReturnString.h>
-#include <VelNet/Octets.h>
-#include <VelNet/OctetsCollection.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReturnPtrI.h"
+#include "VelBase/ReturnString.h"
+#include "VelNet/Octets.h"
+#include "VelNet/OctetsCollection.h"
 
 namespace VelNet {
 

@@ -1,10 +1,10 @@
 // Host names and addresses that are looked up once.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReferenceCounted.h>
-#include <VelBase/ReturnString.h>
-#include <VelNet/Octets.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReferenceCounted.h"
+#include "VelBase/ReturnString.h"
+#include "VelNet/Octets.h"
 
 namespace VelNet {
 

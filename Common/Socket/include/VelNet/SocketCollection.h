@@ -1,9 +1,9 @@
 // Sockets that are waited on together.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReturnPtrI.h>
-#include <VelNet/Socket.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReturnPtrI.h"
+#include "VelNet/Socket.h"
 
 namespace VelNet {
 

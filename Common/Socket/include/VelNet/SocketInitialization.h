@@ -1,7 +1,7 @@
 // Brings the socket layer up and down.
 #pragma once
 
-#include <VelBase/Export.h>
+#include "VelBase/Export.h"
 
 namespace VelNet {
 

@@ -1,10 +1,10 @@
 // The socket that speaks IPv4 or IPv6, by host and port text.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReturnPtrI.h>
-#include <VelBase/ReturnString.h>
-#include <VelNet/Socket.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReturnPtrI.h"
+#include "VelBase/ReturnString.h"
+#include "VelNet/Socket.h"
 
 namespace VelNet {
 

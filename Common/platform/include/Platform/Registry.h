@@ -6,7 +6,7 @@
 // error, and 0 there when the thing asked for is simply not there.
 #pragma once
 
-#include <Platform/System.h>
+#include "Platform/System.h"
 
 #include <vector>
 

@@ -1,8 +1,7 @@
 // The thread's last Winsock error, and the ways from the system's error numbers to Winsock's.
 #pragma once
 
-#include <Platform/Winsock.h>
-
+#include "Platform/Winsock.h"
 #include "errors/WinsockError.h"
 
 namespace Posix {

@@ -1,12 +1,5 @@
 // From host and service texts to lists of addresses.
-#include <Platform/Winsock.h>
-#include <netdb.h>
-
-#include <cstring>
-#include <new>
-#include <string>
-#include <vector>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "names/AddressInfoList.h"
 #include "names/LocalAddresses.h"
@@ -16,6 +9,13 @@
 #include "names/SystemAddresses.h"
 #include "sockets/StartUp.h"
 #include "system/HostName.h"
+
+#include <netdb.h>
+
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
 
 namespace {
 

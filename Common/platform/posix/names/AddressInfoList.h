@@ -2,8 +2,7 @@
 // and belong to its allocator, so these are made anew.
 #pragma once
 
-#include <Platform/Winsock.h>
-
+#include "Platform/Winsock.h"
 #include "sockets/KernelAddress.h"
 
 namespace Posix {

@@ -1,8 +1,8 @@
 #include "names/HostEntryStorage.h"
 
 #include <pthread.h>
-
 #include <sys/socket.h>
+
 #include <atomic>
 #include <cstdlib>
 

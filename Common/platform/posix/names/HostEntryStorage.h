@@ -2,7 +2,8 @@
 // overwrites.
 #pragma once
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+
 #include <netdb.h>
 
 #include <cstddef>

@@ -1,4 +1,12 @@
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "names/HostEntryStorage.h"
+#include "names/LocalAddresses.h"
+#include "names/ResolverErrors.h"
+#include "sockets/KernelAddress.h"
+#include "sockets/StartUp.h"
+#include "system/HostName.h"
+
 #include <arpa/inet.h>
 #include <netdb.h>
 
@@ -7,14 +15,6 @@
 #include <new>
 #include <string>
 #include <vector>
-
-#include "errors/Errors.h"
-#include "names/HostEntryStorage.h"
-#include "names/LocalAddresses.h"
-#include "names/ResolverErrors.h"
-#include "sockets/KernelAddress.h"
-#include "sockets/StartUp.h"
-#include "system/HostName.h"
 
 namespace {
 

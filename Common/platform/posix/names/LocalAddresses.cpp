@@ -1,5 +1,12 @@
 #include "names/LocalAddresses.h"
 
+#include "errors/Errors.h"
+#include "names/NameCase.h"
+#include "names/NumericHosts.h"
+#include "names/ResolverErrors.h"
+#include "system/Descriptors.h"
+#include "system/HostName.h"
+
 #include <ifaddrs.h>
 #include <net/if.h>
 
@@ -7,13 +14,6 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
-
-#include "errors/Errors.h"
-#include "names/NameCase.h"
-#include "names/NumericHosts.h"
-#include "names/ResolverErrors.h"
-#include "system/Descriptors.h"
-#include "system/HostName.h"
 
 namespace Posix {
 

@@ -1,9 +1,9 @@
 // What this computer is called and which addresses its interfaces have.
 #pragma once
 
-#include <vector>
-
 #include "sockets/KernelAddress.h"
+
+#include <vector>
 
 namespace Posix {
 

@@ -1,15 +1,15 @@
 // From addresses to host and service texts.
-#include <Platform/Winsock.h>
-#include <netdb.h>
-
-#include <cstring>
-#include <string_view>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "names/NumericHosts.h"
 #include "names/ResolverErrors.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/StartUp.h"
+
+#include <netdb.h>
+
+#include <cstring>
+#include <string_view>
 
 namespace {
 

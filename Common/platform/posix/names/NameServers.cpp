@@ -1,5 +1,7 @@
 #include "names/NameServers.h"
 
+#include "names/ResolverErrors.h"
+
 #include <arpa/nameser.h>
 #include <netinet/in.h>
 #include <resolv.h>
@@ -8,8 +10,6 @@
 #include <cerrno>
 #include <iterator>
 #include <type_traits>
-
-#include "names/ResolverErrors.h"
 
 namespace Posix {
 

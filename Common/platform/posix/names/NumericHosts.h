@@ -2,11 +2,11 @@
 // resolver knows these, too, but takes longer.
 #pragma once
 
+#include "sockets/KernelAddress.h"
+
 #include <arpa/inet.h>
 
 #include <cstdint>
-
-#include "sockets/KernelAddress.h"
 
 namespace Posix {
 

@@ -1,12 +1,12 @@
 #include "names/ServicePorts.h"
 
-#include <string>
-#include <string_view>
-
 #include "errors/Errors.h"
 #include "names/NumericHosts.h"
 #include "names/SystemAddresses.h"
 #include "names/SystemTable.h"
+
+#include <string>
+#include <string_view>
 
 namespace Posix {
 

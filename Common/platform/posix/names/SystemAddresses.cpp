@@ -1,8 +1,8 @@
 #include "names/SystemAddresses.h"
 
-#include <cstring>
-
 #include "names/ResolverErrors.h"
+
+#include <cstring>
 
 namespace Posix {
 

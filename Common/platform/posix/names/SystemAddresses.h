@@ -1,11 +1,11 @@
 // The lists of addresses that the system's resolver answers with.
 #pragma once
 
+#include "sockets/KernelAddress.h"
+
 #include <netdb.h>
 
 #include <memory>
-
-#include "sockets/KernelAddress.h"
 
 namespace Posix {
 

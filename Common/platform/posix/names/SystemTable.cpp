@@ -1,9 +1,9 @@
 #include "names/SystemTable.h"
 
+#include "names/NameCase.h"
+
 #include <algorithm>
 #include <cstdlib>
-
-#include "names/NameCase.h"
 
 namespace Posix {
 

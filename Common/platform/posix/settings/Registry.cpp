@@ -3,7 +3,7 @@
 //
 // A request to cancel the thread waits for the end of each operation: none takes long, and a
 // descriptor that a cancelled call had just made would be lost.
-#include <Platform/Registry.h>
+#include "Platform/Registry.h"
 
 #include "settings/RegistryKey.h"
 #include "settings/ResolverKeys.h"

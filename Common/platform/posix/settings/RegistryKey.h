@@ -1,7 +1,7 @@
 // A key of the settings, whatever its contents come from, and how keys and values are named.
 #pragma once
 
-#include <Platform/Registry.h>
+#include "Platform/Registry.h"
 
 #include <algorithm>
 #include <memory>

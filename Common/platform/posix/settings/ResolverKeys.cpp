@@ -1,9 +1,9 @@
 #include "settings/ResolverKeys.h"
 
-#include <iterator>
-
 #include "settings/ResolverSettings.h"
 #include "system/Utf8.h"
+
+#include <iterator>
 
 namespace Posix {
 

@@ -2,9 +2,9 @@
 // with one interface below them.
 #pragma once
 
-#include <optional>
-
 #include "settings/RegistryKey.h"
+
+#include <optional>
 
 namespace Posix {
 

@@ -2,14 +2,14 @@
 // file. What a line means is what it means there.
 #include "settings/ResolverSettings.h"
 
+#include "settings/ResolverFiles.h"
+#include "settings/SettingsFiles.h"
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 
 #include <optional>
 #include <string_view>
-
-#include "settings/ResolverFiles.h"
-#include "settings/SettingsFiles.h"
 
 namespace Posix {
 

@@ -1,11 +1,11 @@
 // The files that settings are read from.
 #pragma once
 
+#include "system/Descriptors.h"
+
 #include <fcntl.h>
 
 #include <string>
-
-#include "system/Descriptors.h"
 
 namespace Posix {
 

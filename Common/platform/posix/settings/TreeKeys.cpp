@@ -3,16 +3,16 @@
 // are how a mounted Kubernetes ConfigMap is built.
 #include "settings/TreeKeys.h"
 
+#include "settings/RegistryRoot.h"
+#include "settings/SettingsFiles.h"
+#include "settings/TreePlace.h"
+#include "system/Utf8.h"
+
 #include <fcntl.h>
 
 #include <cerrno>
 #include <optional>
 #include <string>
-
-#include "settings/RegistryRoot.h"
-#include "settings/SettingsFiles.h"
-#include "settings/TreePlace.h"
-#include "system/Utf8.h"
 
 namespace Posix {
 

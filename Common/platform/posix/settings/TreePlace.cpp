@@ -1,13 +1,13 @@
 #include "settings/TreePlace.h"
 
+#include "settings/SettingsFiles.h"
+
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
-
-#include "settings/SettingsFiles.h"
 
 namespace Posix {
 

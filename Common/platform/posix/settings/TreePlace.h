@@ -1,12 +1,12 @@
 // A place in the settings tree, and what lies there.
 #pragma once
 
+#include "system/Descriptors.h"
+
 #include <dirent.h>
 
 #include <memory>
 #include <string>
-
-#include "system/Descriptors.h"
 
 namespace Posix {
 

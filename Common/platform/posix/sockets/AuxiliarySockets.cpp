@@ -1,5 +1,10 @@
 #include "sockets/AuxiliarySockets.h"
 
+#include "errors/Errors.h"
+#include "sockets/BooleanOption.h"
+#include "sockets/Creation.h"
+#include "sockets/DatagramFilter.h"
+
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
@@ -7,11 +12,6 @@
 #include <cerrno>
 #include <new>
 #include <utility>
-
-#include "errors/Errors.h"
-#include "sockets/BooleanOption.h"
-#include "sockets/Creation.h"
-#include "sockets/DatagramFilter.h"
 
 namespace Posix {
 

@@ -1,15 +1,15 @@
-#include <Platform/Winsock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
-#include <cerrno>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/AuxiliarySockets.h"
 #include "sockets/DatagramPorts.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/PortReuse.h"
 #include "sockets/SocketTable.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cerrno>
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Which broadcasts concern an address.
 #pragma once
 
-#include <vector>
-
 #include "sockets/KernelAddress.h"
+
+#include <vector>
 
 namespace Posix {
 

@@ -1,9 +1,8 @@
-#include <Platform/Winsock.h>
-
-#include <utility>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/SocketTable.h"
+
+#include <utility>
 
 using namespace Posix;
 

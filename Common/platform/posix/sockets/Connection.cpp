@@ -1,7 +1,6 @@
 #include "sockets/Connection.h"
 
-#include <Platform/Winsock.h>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/DatagramPeer.h"
 #include "sockets/KernelAddress.h"

@@ -1,16 +1,16 @@
 #include "sockets/Creation.h"
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "sockets/SocketTable.h"
+#include "sockets/StartUp.h"
+#include "system/Descriptors.h"
+
 #include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <iterator>
-
-#include "errors/Errors.h"
-#include "sockets/SocketTable.h"
-#include "sockets/StartUp.h"
-#include "system/Descriptors.h"
 
 namespace {
 

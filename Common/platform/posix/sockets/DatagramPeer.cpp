@@ -1,14 +1,14 @@
 #include "sockets/DatagramPeer.h"
 
-#include <sys/socket.h>
-
-#include <cerrno>
-
 #include "errors/Errors.h"
 #include "sockets/AuxiliarySockets.h"
 #include "sockets/DatagramPorts.h"
 #include "sockets/ErrorQueue.h"
 #include "sockets/MergedQueue.h"
+
+#include <sys/socket.h>
+
+#include <cerrno>
 
 namespace Posix {
 

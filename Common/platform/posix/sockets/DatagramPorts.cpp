@@ -1,8 +1,8 @@
 #include "sockets/DatagramPorts.h"
 
-#include <cerrno>
-
 #include "sockets/PortReuse.h"
+
+#include <cerrno>
 
 namespace Posix {
 

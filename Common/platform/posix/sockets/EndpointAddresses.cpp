@@ -1,6 +1,5 @@
 // The addresses of a socket's two ends.
-#include <Platform/Winsock.h>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
 #include "sockets/KernelAddress.h"

@@ -1,5 +1,7 @@
 #include "sockets/ErrorQueue.h"
 
+#include "system/Descriptors.h"
+
 #include <linux/errqueue.h>
 #include <netinet/icmp6.h>
 #include <netinet/in.h>
@@ -10,8 +12,6 @@
 #include <cstring>
 #include <ctime>
 #include <optional>
-
-#include "system/Descriptors.h"
 
 namespace Posix {
 

@@ -1,6 +1,9 @@
 #include "sockets/GroupRequest.h"
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "system/Descriptors.h"
+
 #include <net/if.h>
 #include <sys/socket.h>
 
@@ -8,9 +11,6 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
-
-#include "errors/Errors.h"
-#include "system/Descriptors.h"
 
 namespace Posix {
 

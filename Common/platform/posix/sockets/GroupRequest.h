@@ -1,11 +1,11 @@
 // Requests to join a group or to leave it, and the kernel's answers to them.
 #pragma once
 
+#include "sockets/KernelAddress.h"
+
 #include <netinet/in.h>
 
 #include <array>
-
-#include "sockets/KernelAddress.h"
 
 namespace Posix {
 

@@ -1,11 +1,10 @@
 #include "sockets/KernelAddress.h"
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
 
 #include <cstddef>
 #include <cstring>
-
-#include "errors/Errors.h"
 
 namespace Posix {
 

@@ -2,10 +2,10 @@
 // numbers of the families only.
 #pragma once
 
+#include "sockets/SocketTable.h"
+
 #include <netinet/in.h>
 #include <sys/socket.h>
-
-#include "sockets/SocketTable.h"
 
 namespace Posix {
 

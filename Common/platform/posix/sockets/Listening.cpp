@@ -1,11 +1,5 @@
 // Sockets that wait for connections, and the connections that they accept.
-#include <Platform/Winsock.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/time.h>
-
-#include <cerrno>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
 #include "sockets/KernelAddress.h"
@@ -13,6 +7,12 @@
 #include "sockets/SocketTable.h"
 #include "system/Descriptors.h"
 #include "system/Waiting.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <cerrno>
 
 namespace {
 

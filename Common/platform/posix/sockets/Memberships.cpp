@@ -1,16 +1,15 @@
 #include "sockets/Memberships.h"
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "sockets/AuxiliarySockets.h"
+#include "sockets/GroupRequest.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <mutex>
 #include <new>
-
-#include "errors/Errors.h"
-#include "sockets/AuxiliarySockets.h"
-#include "sockets/GroupRequest.h"
 
 namespace Posix {
 

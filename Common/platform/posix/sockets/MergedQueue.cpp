@@ -1,5 +1,9 @@
 #include "sockets/MergedQueue.h"
 
+#include "sockets/ErrorQueue.h"
+#include "sockets/Reception.h"
+#include "system/Descriptors.h"
+
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -11,10 +15,6 @@
 #include <ctime>
 #include <iterator>
 #include <limits>
-
-#include "sockets/ErrorQueue.h"
-#include "sockets/Reception.h"
-#include "system/Descriptors.h"
 
 namespace Posix {
 

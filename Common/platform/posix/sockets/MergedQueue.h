@@ -2,9 +2,9 @@
 // auxiliaries that is its own, and asking takes no call of the system.
 #pragma once
 
-#include <sys/socket.h>
-
 #include "sockets/SocketTable.h"
+
+#include <sys/socket.h>
 
 namespace Posix {
 

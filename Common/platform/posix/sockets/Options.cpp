@@ -1,4 +1,12 @@
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "sockets/BooleanOption.h"
+#include "sockets/Connection.h"
+#include "sockets/Memberships.h"
+#include "sockets/MergedQueue.h"
+#include "sockets/PortReuse.h"
+#include "sockets/SocketTable.h"
+
 #include <netinet/in.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -7,14 +15,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-
-#include "errors/Errors.h"
-#include "sockets/BooleanOption.h"
-#include "sockets/Connection.h"
-#include "sockets/Memberships.h"
-#include "sockets/MergedQueue.h"
-#include "sockets/PortReuse.h"
-#include "sockets/SocketTable.h"
 
 namespace {
 

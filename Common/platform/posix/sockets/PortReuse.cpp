@@ -1,8 +1,8 @@
 #include "sockets/PortReuse.h"
 
-#include <cerrno>
-
 #include "sockets/BooleanOption.h"
+
+#include <cerrno>
 
 namespace Posix {
 

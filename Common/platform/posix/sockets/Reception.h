@@ -2,14 +2,14 @@
 // few of which that has to be known.
 #pragma once
 
-#include <atomic>
-#include <mutex>
-#include <vector>
-
 #include "sockets/Broadcasts.h"
 #include "sockets/GroupRequest.h"
 #include "sockets/SocketTable.h"
 #include "system/Descriptors.h"
+
+#include <atomic>
+#include <mutex>
+#include <vector>
 
 namespace Posix {
 

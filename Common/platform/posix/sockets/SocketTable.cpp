@@ -1,16 +1,16 @@
 #include "sockets/SocketTable.h"
 
-#include <pthread.h>
-#include <sys/socket.h>
-
-#include <ctime>
-
 #include "errors/Errors.h"
 #include "sockets/PortReuse.h"
 #include "sockets/Reception.h"
 #include "sockets/StartUp.h"
 #include "system/Descriptors.h"
 #include "system/Waiting.h"
+
+#include <pthread.h>
+#include <sys/socket.h>
+
+#include <ctime>
 
 namespace Posix {
 

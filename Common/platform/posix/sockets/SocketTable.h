@@ -14,14 +14,13 @@
 // its next system call. What that costs a call is two atomic additions.
 #pragma once
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
 
 #include <atomic>
 #include <cstdint>
 #include <limits>
 #include <utility>
-
-#include "errors/Errors.h"
 
 namespace Posix {
 

@@ -1,14 +1,13 @@
 #include "sockets/StartUp.h"
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "sockets/SocketTable.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <mutex>
-
-#include "errors/Errors.h"
-#include "sockets/SocketTable.h"
 
 namespace {
 

@@ -1,6 +1,12 @@
 #include "sockets/StreamConnect.h"
 
-#include <Platform/Winsock.h>
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "sockets/Connection.h"
+#include "sockets/TcpState.h"
+#include "system/Descriptors.h"
+#include "system/Waiting.h"
+
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -8,12 +14,6 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-
-#include "errors/Errors.h"
-#include "sockets/Connection.h"
-#include "sockets/TcpState.h"
-#include "system/Descriptors.h"
-#include "system/Waiting.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "system/HostName.h"
 
+#include "errors/Errors.h"
+
 #include <unistd.h>
 
 #include <cerrno>
-
-#include "errors/Errors.h"
 
 namespace Posix {
 

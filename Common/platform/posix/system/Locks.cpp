@@ -1,4 +1,5 @@
-#include <Platform/System.h>
+#include "Platform/System.h"
+
 #include <pthread.h>
 
 namespace {

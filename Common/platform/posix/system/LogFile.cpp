@@ -1,4 +1,8 @@
-#include <Platform/System.h>
+#include "Platform/System.h"
+#include "system/Descriptors.h"
+#include "system/TrustedLinks.h"
+#include "system/Waiting.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -7,10 +11,6 @@
 #include <csignal>
 #include <cstdio>
 #include <ctime>
-
-#include "system/Descriptors.h"
-#include "system/TrustedLinks.h"
-#include "system/Waiting.h"
 
 namespace {
 

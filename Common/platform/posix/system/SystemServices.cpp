@@ -1,4 +1,9 @@
-#include <Platform/System.h>
+#include "Platform/System.h"
+#include "errors/Errors.h"
+#include "system/HostName.h"
+#include "system/Utf8.h"
+#include "system/Waiting.h"
+
 #include <pthread.h>
 #include <sched.h>
 #include <unistd.h>
@@ -9,11 +14,6 @@
 #include <ctime>
 #include <string>
 #include <string_view>
-
-#include "errors/Errors.h"
-#include "system/HostName.h"
-#include "system/Utf8.h"
-#include "system/Waiting.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include "system/TrustedLinks.h"
 
+#include "system/Descriptors.h"
+
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
@@ -9,8 +11,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
-
-#include "system/Descriptors.h"
 
 namespace Posix {
 

@@ -2,7 +2,7 @@
 // U+FFFD.
 #pragma once
 
-#include <Platform/System.h>
+#include "Platform/System.h"
 
 #include <string_view>
 

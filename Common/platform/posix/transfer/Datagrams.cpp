@@ -1,11 +1,6 @@
 #include "transfer/Datagrams.h"
 
-#include <Platform/Winsock.h>
-#include <sys/socket.h>
-#include <sys/uio.h>
-
-#include <cerrno>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/DatagramPeer.h"
 #include "sockets/DatagramPorts.h"
@@ -13,6 +8,11 @@
 #include "sockets/MergedQueue.h"
 #include "transfer/Transfer.h"
 #include "transfer/TransferDeadline.h"
+
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <cerrno>
 
 namespace {
 

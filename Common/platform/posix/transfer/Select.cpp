@@ -1,11 +1,5 @@
 // The wait for many sockets at once. It is the system's poll, which knows no highest descriptor.
-#include <Platform/Winsock.h>
-#include <poll.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <utility>
-
+#include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
 #include "sockets/ErrorQueue.h"
@@ -13,6 +7,12 @@
 #include "sockets/SocketTable.h"
 #include "sockets/StartUp.h"
 #include "system/Waiting.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
 
 namespace {
 

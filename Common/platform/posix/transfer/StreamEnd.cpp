@@ -1,5 +1,11 @@
 #include "transfer/StreamEnd.h"
 
+#include "errors/Errors.h"
+#include "sockets/BooleanOption.h"
+#include "sockets/ErrorQueue.h"
+#include "sockets/TcpState.h"
+#include "system/Descriptors.h"
+
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/ioctl.h>
@@ -7,12 +13,6 @@
 
 #include <cerrno>
 #include <cstring>
-
-#include "errors/Errors.h"
-#include "sockets/BooleanOption.h"
-#include "sockets/ErrorQueue.h"
-#include "sockets/TcpState.h"
-#include "system/Descriptors.h"
 
 namespace Posix {
 

@@ -1,6 +1,15 @@
 // The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
 // whatever needs more thought is out of line.
-#include <Platform/Winsock.h>
+#include "transfer/Transfer.h"
+
+#include "Platform/Winsock.h"
+#include "errors/Errors.h"
+#include "sockets/Connection.h"
+#include "sockets/SocketTable.h"
+#include "transfer/Datagrams.h"
+#include "transfer/StreamEnd.h"
+#include "transfer/TransferDeadline.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -8,14 +17,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <utility>
-
-#include "errors/Errors.h"
-#include "sockets/Connection.h"
-#include "sockets/SocketTable.h"
-#include "transfer/Datagrams.h"
-#include "transfer/StreamEnd.h"
-#include "transfer/Transfer.h"
-#include "transfer/TransferDeadline.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // What the calls that move bytes have in common.
 #pragma once
 
-#include <cstddef>
-
 #include "errors/WinsockError.h"
+
+#include <cstddef>
 
 namespace Posix {
 

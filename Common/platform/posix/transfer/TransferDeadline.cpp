@@ -1,13 +1,13 @@
 #include "transfer/TransferDeadline.h"
 
+#include "sockets/MergedQueue.h"
+#include "system/Waiting.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 
 #include <cerrno>
-
-#include "sockets/MergedQueue.h"
-#include "system/Waiting.h"
 
 namespace Posix {
 

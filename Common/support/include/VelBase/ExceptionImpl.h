@@ -1,8 +1,8 @@
 // The exception of the support libraries: a value that is thrown.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/Message.h>
+#include "VelBase/Export.h"
+#include "VelBase/Message.h"
 
 namespace VelBase {
 

@@ -1,8 +1,8 @@
 // A message with its origin: the base of everything that the module throws.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReturnWString.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReturnWString.h"
 
 // windows.h turns GetMessage into a macro. The class keeps the plain name whatever was included
 // before, and answers to both names that the macro can make of it.

@@ -1,7 +1,7 @@
 // The interface of every object whose life ends with its last reference.
 #pragma once
 
-#include <VelBase/Export.h>
+#include "VelBase/Export.h"
 
 namespace VelBase {
 

@@ -1,7 +1,7 @@
 // The owner in which a narrow text is handed across the module's boundary.
 #pragma once
 
-#include <VelBase/Export.h>
+#include "VelBase/Export.h"
 
 namespace VelBase {
 

@@ -1,9 +1,9 @@
 // Conversions between narrow and wide texts.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReturnString.h>
-#include <VelBase/ReturnWString.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReturnString.h"
+#include "VelBase/ReturnWString.h"
 
 namespace VelBase {
 

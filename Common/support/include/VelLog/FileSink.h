@@ -1,7 +1,7 @@
 // A sink that appends to a file.
 #pragma once
 
-#include <VelLog/LogSink.h>
+#include "VelLog/LogSink.h"
 
 namespace VelLog {
 

@@ -1,8 +1,8 @@
 // The host's hold on the library's log: which routers write, and where to.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelLog/LogSink.h>
+#include "VelBase/Export.h"
+#include "VelLog/LogSink.h"
 
 namespace VelLog {
 

@@ -1,7 +1,7 @@
 // Where records go.
 #pragma once
 
-#include <VelBase/Export.h>
+#include "VelBase/Export.h"
 
 namespace VelLog {
 

@@ -1,7 +1,7 @@
 // A sink that writes to the process's standard error.
 #pragma once
 
-#include <VelLog/LogSink.h>
+#include "VelLog/LogSink.h"
 
 namespace VelLog {
 

@@ -1,8 +1,8 @@
 // The counting half of a reference-counted object.
 #pragma once
 
-#include <VelBase/Export.h>
-#include <VelBase/ReferenceCounted.h>
+#include "VelBase/Export.h"
+#include "VelBase/ReferenceCounted.h"
 
 namespace VelSynch {
 

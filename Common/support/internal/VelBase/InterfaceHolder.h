@@ -1,7 +1,7 @@
 // The owner in which the library itself keeps a counted object.
 #pragma once
 
-#include <VelBase/ReturnPtrI.h>
+#include "VelBase/ReturnPtrI.h"
 
 namespace VelBase {
 

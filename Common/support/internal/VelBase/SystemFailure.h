@@ -1,8 +1,8 @@
 // Messages for what the operating system refused.
 #pragma once
 
-#include <VelBase/Message.h>
-#include <VelBase/WideText.h>
+#include "VelBase/Message.h"
+#include "VelBase/WideText.h"
 
 namespace VelBase {
 

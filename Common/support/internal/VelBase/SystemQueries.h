@@ -1,7 +1,7 @@
 // The few questions that the library asks of the machine.
 #pragma once
 
-#include <VelBase/ReturnWString.h>
+#include "VelBase/ReturnWString.h"
 
 namespace VelBase {
 

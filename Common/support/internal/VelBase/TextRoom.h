@@ -1,7 +1,7 @@
 // Room for a narrow text that is yet to come.
 #pragma once
 
-#include <VelBase/ReturnString.h>
+#include "VelBase/ReturnString.h"
 
 #include <cstddef>
 

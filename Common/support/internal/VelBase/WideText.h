@@ -1,7 +1,7 @@
 // The one builder of wide texts.
 #pragma once
 
-#include <VelBase/ReturnWString.h>
+#include "VelBase/ReturnWString.h"
 
 #include <cstddef>
 #include <string_view>

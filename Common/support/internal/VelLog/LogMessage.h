@@ -1,8 +1,8 @@
 // Writes one record.
 #pragma once
 
-#include <VelLog/Router.h>
-#include <VelResource/MessageFormatter.h>
+#include "VelLog/Router.h"
+#include "VelResource/MessageFormatter.h"
 
 namespace VelLog {
 

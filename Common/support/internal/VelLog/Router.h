@@ -1,9 +1,9 @@
 // A log router: the switch and the name under which a group of records is written.
 #pragma once
 
-#include <VelBase/ReturnPtrI.h>
-#include <VelSynch/LockStackCategory.h>
-#include <VelSynch/ReferenceCountedImpl.h>
+#include "VelBase/ReturnPtrI.h"
+#include "VelSynch/LockStackCategory.h"
+#include "VelSynch/ReferenceCountedImpl.h"
 
 #include <atomic>
 

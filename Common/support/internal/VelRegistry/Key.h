@@ -1,8 +1,8 @@
 // The machine's settings, read key by key.
 #pragma once
 
-#include <VelBase/ReturnWString.h>
-#include <VelRegistry/KeyList.h>
+#include "VelBase/ReturnWString.h"
+#include "VelRegistry/KeyList.h"
 
 #include <memory>
 

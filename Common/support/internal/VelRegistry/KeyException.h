@@ -1,7 +1,7 @@
 // The failure of a registry operation.
 #pragma once
 
-#include <VelBase/ExceptionImpl.h>
+#include "VelBase/ExceptionImpl.h"
 
 namespace VelRegistry {
 

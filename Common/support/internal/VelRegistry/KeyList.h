@@ -1,7 +1,7 @@
 // The names of a key's sub-keys.
 #pragma once
 
-#include <VelBase/ReturnWString.h>
+#include "VelBase/ReturnWString.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // Puts arguments into the places of a message format.
 #pragma once
 
-#include <VelBase/WideText.h>
+#include "VelBase/WideText.h"
 
 namespace VelResource {
 

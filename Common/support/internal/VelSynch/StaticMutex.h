@@ -1,7 +1,7 @@
 // A mutex for static storage.
 #pragma once
 
-#include <Platform/System.h>
+#include "Platform/System.h"
 
 namespace VelSynch {
 
