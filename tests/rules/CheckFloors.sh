@@ -56,13 +56,14 @@ may_include() {
     return
   fi
   case $file in
+    Common/text/*) [[ $header == Text/* ]] ;;
     Common/platform/include/*) [[ $header == Platform/* ]] ;;
     Common/platform/posix/*)
-      [[ $header == Platform/* ]] || posix_room_may_include "$file" "$header" ;;
+      [[ $header =~ ^(Text|Platform)/ ]] || posix_room_may_include "$file" "$header" ;;
     Common/platform/*) [[ $header != Vel* && $header != Socket/* ]] ;;
-    Common/support/*) [[ $header =~ ^(Platform|VelBase|VelSynch|VelResource|VelLog|VelRegistry)/ ]] ;;
+    Common/support/*) [[ $header =~ ^(Text|Platform|VelBase|VelSynch|VelResource|VelLog|VelRegistry)/ ]] ;;
     Common/Socket/include/*) is_public "$header" ;;
-    Common/Socket/Socket/*) [[ $header =~ ^(Platform|Socket|VelBase|VelSynch|VelResource|VelLog|VelRegistry|VelNet)/ ]] ;;
+    Common/Socket/Socket/*) [[ $header =~ ^(Text|Platform|Socket|VelBase|VelSynch|VelResource|VelLog|VelRegistry|VelNet)/ ]] ;;
     tools/* | examples/*) is_public "$header" ;;
     tests/loopback/* | tests/abi/*)
       is_public "$header" || is_of_test_framework "$header" || [[ $header =~ ^(loopback|abi|support)/ ]] ;;

@@ -7,7 +7,6 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/system/LogFile.cpp
   platform/posix/system/SystemServices.cpp
   platform/posix/system/TrustedLinks.cpp
-  platform/posix/system/Utf8.cpp
   platform/posix/system/Waiting.cpp
   platform/posix/sockets/AuxiliarySockets.cpp
   platform/posix/sockets/Binding.cpp

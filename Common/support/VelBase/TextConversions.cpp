@@ -1,7 +1,7 @@
 #include "VelBase/TextConversions.h"
 
-#include "CodePoints.h"
 #include "Platform/System.h"
+#include "Text/CodePoints.h"
 #include "VelBase/WideText.h"
 
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "VelBase/WideText.h"
 
-#include "CodePoints.h"
+#include "Text/CodePoints.h"
 #include "VelBase/LengthLimit.h"
 
 namespace VelBase {

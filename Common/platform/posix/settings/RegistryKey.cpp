@@ -1,6 +1,6 @@
 #include "settings/RegistryKey.h"
 
-#include "system/Utf8.h"
+#include "Text/Utf8.h"
 
 namespace Posix {
 

@@ -1,7 +1,7 @@
 #include "settings/ResolverKeys.h"
 
+#include "Text/Utf8.h"
 #include "settings/ResolverSettings.h"
-#include "system/Utf8.h"
 
 #include <iterator>
 

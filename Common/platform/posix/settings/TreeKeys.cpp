@@ -3,10 +3,10 @@
 // are how a mounted Kubernetes ConfigMap is built.
 #include "settings/TreeKeys.h"
 
+#include "Text/Utf8.h"
 #include "settings/RegistryRoot.h"
 #include "settings/SettingsFiles.h"
 #include "settings/TreePlace.h"
-#include "system/Utf8.h"
 
 #include <fcntl.h>
 

@@ -1,7 +1,7 @@
 #include "Platform/System.h"
+#include "Text/Utf8.h"
 #include "errors/Errors.h"
 #include "system/HostName.h"
-#include "system/Utf8.h"
 #include "system/Waiting.h"
 
 #include <pthread.h>

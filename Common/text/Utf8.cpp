@@ -1,4 +1,4 @@
-#include "system/Utf8.h"
+#include "Text/Utf8.h"
 
 namespace Posix {
 
@@ -46,7 +46,7 @@ char32_t TakeCharacter(std::string_view& text) {
     return sequence.value;
 }
 
-void AppendUtf16(System::WideUnits& units, char32_t character) {
+void AppendUtf16(std::vector<unsigned short>& units, char32_t character) {
     if (character < 0x10000) {
         units.push_back(static_cast<unsigned short>(character));
         return;
@@ -91,8 +91,8 @@ void AppendUtf8(std::string& text, char32_t character) {
 
 }  // namespace
 
-System::WideUnits WideFromUtf8(std::string_view text) {
-    System::WideUnits units;
+std::vector<unsigned short> WideFromUtf8(std::string_view text) {
+    std::vector<unsigned short> units;
     units.reserve(text.size());
     while (!text.empty())
         AppendUtf16(units, TakeCharacter(text));

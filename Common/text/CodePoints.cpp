@@ -1,4 +1,4 @@
-#include "CodePoints.h"
+#include "Text/CodePoints.h"
 
 #include <optional>
 

@@ -2,13 +2,14 @@
 // U+FFFD.
 #pragma once
 
-#include "Platform/System.h"
-
+#include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace Posix {
 
-System::WideUnits WideFromUtf8(std::string_view text);
+std::vector<unsigned short> WideFromUtf8(std::string_view text);
 std::string Utf8FromWide(const unsigned short* units, std::size_t count);
 
 }  // namespace Posix
