@@ -3,6 +3,7 @@
 
 #include "Platform/Winsock.h"
 #include "Socket/LogFormat.h"
+#include "Socket/OwnSocket.h"
 #include "Socket/SocketState.h"
 #include "Socket/TraceRecords.h"
 #include "VelNet/Socket.h"
@@ -12,7 +13,7 @@ namespace VelNet {
 
 // Wraps one system handle. Remembers both addresses as they were last learnt, for the records; what
 // GetLocalAddress and GetRemoteAddress answer is asked of the system each time.
-class SocketImpl : public Socket, public VelSynch::ReferenceCountedImpl<int> {
+class SocketImpl : public Socket, public VelSynch::ReferenceCountedImpl<int>, public OwnSocket {
 public:
     SocketImpl();
     // Takes the handle over.
@@ -40,7 +41,7 @@ public:
     SocketAddress GetRemoteAddress() const override;
     int GetStatus() const override;
 
-    Winsock::Handle Handle() const noexcept { return handle_; }
+    Winsock::Handle Handle() const noexcept final { return handle_; }
 
 private:
     using AddressQuery = int (*)(Winsock::Handle handle, void* address, int* length);

@@ -3,6 +3,7 @@
 
 #include "Platform/Winsock.h"
 #include "Socket/LogFormat.h"
+#include "Socket/OwnSocket.h"
 #include "Socket/SocketState.h"
 #include "Socket/SocketXtTexts.h"
 #include "VelNet/SocketXt.h"
@@ -14,7 +15,7 @@ namespace VelNet {
 
 // Wraps one system handle. Keeps the texts that it was given for its addresses, for the records and
 // the failure texts, and no addresses.
-class SocketXtImpl : public SocketXt, public VelSynch::ReferenceCountedImpl<int> {
+class SocketXtImpl : public SocketXt, public VelSynch::ReferenceCountedImpl<int>, public OwnSocket {
 public:
     // Takes the handle over.
     SocketXtImpl(Winsock::Handle handle, SocketState state, int socketType, int protocol,
@@ -61,6 +62,8 @@ public:
     SOCKET_HANDLE GetHandle() const override;
     VelBase::ReturnString GetSpecialAddress(SpecialAddressKind kind,
                                             ADDR_FAMILY family) const override;
+
+    Winsock::Handle Handle() const noexcept final { return handle_; }
 
 private:
     void SetOption(int option, unsigned int value, const char* function,

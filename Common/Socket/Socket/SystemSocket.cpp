@@ -1,7 +1,6 @@
 #include "Socket/SystemSocket.h"
 
-#include "Socket/SocketImpl.h"
-#include "Socket/SocketXtImpl.h"
+#include "Socket/OwnSocket.h"
 
 #include <cstring>
 
@@ -56,11 +55,8 @@ int StatusOf(const Socket& socket, SocketState state) {
 }
 
 Winsock::Handle HandleOf(const Socket& socket) noexcept {
-    if (const auto* const classic = dynamic_cast<const SocketImpl*>(&socket))
-        return classic->Handle();
-    if (const auto* const extended = dynamic_cast<const SocketXtImpl*>(&socket))
-        return extended->SocketXtImpl::GetHandle();
-    return Winsock::InvalidSocket;
+    const auto* const own = dynamic_cast<const OwnSocket*>(&socket);
+    return own != nullptr ? own->Handle() : Winsock::InvalidSocket;
 }
 
 HandleOwner::~HandleOwner() {

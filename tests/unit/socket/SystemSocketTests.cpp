@@ -1,3 +1,4 @@
+#include <Socket/SocketXtImpl.h>
 #include <Socket/SystemSocket.h>
 
 #include <climits>
@@ -105,6 +106,22 @@ TEST_F(SystemSocket, HandleOfAClassicSocketIsItsOwn) {
     EXPECT_EQ(HandleOf(*socket), 1001U);
     socket->Close();
     EXPECT_EQ(HandleOf(*socket), Winsock::InvalidSocket);
+}
+
+// One that answers callers with another handle than it has.
+class DisguisedSocket : public SocketXtImpl {
+public:
+    using SocketXtImpl::SocketXtImpl;
+    SOCKET_HANDLE GetHandle() const override { return 5; }
+};
+
+TEST_F(SystemSocket, HandleOfAnExtendedSocketIsItsOwnWhateverItAnswers) {
+    const Winsock::Handle open = OpenHandle();
+    DisguisedSocket socket(open, STATE_CREATED, 1, 6, SocketXt::FAMILY_IPV4);
+    EXPECT_EQ(socket.GetHandle(), 5U);
+    EXPECT_EQ(HandleOf(socket), open);
+    socket.Close();
+    EXPECT_EQ(HandleOf(socket), Winsock::InvalidSocket);
 }
 
 TEST_F(SystemSocket, OwnerClosesItsHandleAtTheEndOfTheScope) {
