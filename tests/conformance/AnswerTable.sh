@@ -15,8 +15,22 @@ situations() {
       name = tolower(name)
       gsub(/ipv4/, "IPv4", name)
       gsub(/ipv6/, "IPv6", name)
-      gsub(/winsocks/, "Winsock\047s", name)
-      return name
+      gsub(/winsock/, "Winsock", name)
+      gsub(/port0/, "port 0", name)
+      return with_apostrophes(name)
+    }
+    # A test\047s name has no apostrophes: these are the owners that it may speak of.
+    function with_apostrophes(name, owners, plain, i, count) {
+      count = split("a client\047s|the client\047s|the listener\047s|the peer\047s|the system\047s|" \
+                    "each thread\047s|the other side\047s|the socket\047s|other sockets\047|in Winsock\047s|" \
+                    "has Winsock\047s", owners, "|")
+      name = " " name " "
+      for (i = 1; i <= count; i++) {
+        plain = owners[i]
+        sub(/\047/, "", plain)
+        gsub(" " plain " ", " " owners[i] " ", name)
+      }
+      return substr(name, 2, length(name) - 2)
     }
     function situation(suite, test, parameter) {
       sub(/.*\//, "", suite)
@@ -50,10 +64,10 @@ when the tests ran there. No column was measured on Windows itself.
 
 A number from 10000 is a Winsock error number, a smaller one the result of a call that succeeded. The calls for lists
 and texts of addresses return their error numbers; theirs are the system's where they are small. A negative number is
-the code of a crash, or one that only Wine has. Where a test asks several calls, their answers stand in order; calls in a row to which Windows
-gives the same answer stand once, with all that they came to. A situation whose answer is no number *holds*.
-*No answer* means that Wine waits for ever or crashes there, or cannot be brought into the situation; the tests leave
-it out. `tests/conformance/WineAnswers.cpp` lists how Wine differs. Tests of one system's own means
+the code of a crash, or one that only Wine has. Where a test asks several calls, their answers stand in order; calls in
+a row to which Windows gives the same answer stand once, with all that they came to. A situation whose answer is no
+number *holds*. *No answer* means that Wine waits for ever or crashes there, or cannot be brought into the situation;
+the tests leave it out. `tests/conformance/WineAnswers.cpp` lists how Wine differs. Tests of one system's own means
 (`tests/conformance/posix`, `tests/conformance/windows`) have no row.
 
 What the Linux side does not imitate stands in [linux.md](linux.md#what-is-not-imitated), with the reasons.
