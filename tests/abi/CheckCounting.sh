@@ -24,7 +24,7 @@ interlocked='^(lock|xacquire|xrelease|xadd|cmpxchg|xchg.*\()|mfence'
 
 add_ref=$(code_of 6AddRefEv)
 release=$(code_of 7ReleaseEv)
-[ -n "$add_ref" ] && [ -n "$release" ] || fail "The functions were not found in the module"
+[[ -n $add_ref && -n $release ]] || fail "The functions were not found in the module"
 for code in "$add_ref" "$release"; do
   if grep -E "$interlocked" <<<"$code"; then fail "A reference is counted with an interlocked instruction"; fi
 done

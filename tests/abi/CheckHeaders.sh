@@ -96,7 +96,7 @@ names_collide() {
   [ -n "$macros" ] || { echo "the system headers define no macros"; exit 1; }
   colliding=$(comm -12 <(names_in_headers | sort -u) <(grep -vxF "$known_macros" <<<"$macros"))
   [ -n "$colliding" ] || return 0
-  echo "the system has macros of these names:" $colliding
+  echo "the system has macros of these names: ${colliding//$'\n'/ }"
   exit 1
 }
 

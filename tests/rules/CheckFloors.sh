@@ -48,6 +48,20 @@ posix_room_may_include() {
   [[ " $room $below " == *" ${2%%/*} "* ]]
 }
 
+# The same of the support floor.
+support_room_may_include() {
+  local room=${1#Common/support/} below
+  room=${room#include/}
+  room=${room#internal/}
+  case ${room%%/*} in
+    VelBase) below="" ;;
+    VelSynch | VelResource | VelRegistry) below="VelBase" ;;
+    VelLog) below="VelBase VelSynch VelResource" ;;
+    *) return 1 ;;
+  esac
+  [[ " ${room%%/*} $below " == *" ${2%%/*} "* ]]
+}
+
 may_include() {
   local file=$1 header=$2
   is_standard "$header" || is_neighbour "$file" "$header" && return 0
@@ -61,7 +75,7 @@ may_include() {
     Common/platform/posix/*)
       [[ $header =~ ^(Text|Platform)/ ]] || posix_room_may_include "$file" "$header" ;;
     Common/platform/*) [[ $header != Vel* && $header != Socket/* ]] ;;
-    Common/support/*) [[ $header =~ ^(Text|Platform|VelBase|VelSynch|VelResource|VelLog|VelRegistry)/ ]] ;;
+    Common/support/*) [[ $header =~ ^(Text|Platform)/ ]] || support_room_may_include "$file" "$header" ;;
     Common/Socket/include/*) is_public "$header" ;;
     Common/Socket/Socket/*) [[ $header =~ ^(Text|Platform|Socket|VelBase|VelSynch|VelResource|VelLog|VelRegistry|VelNet)/ ]] ;;
     tools/* | examples/*) is_public "$header" ;;

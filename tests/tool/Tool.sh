@@ -1,11 +1,13 @@
 # What the scripts that test a tool have in common; they source it. Each runs one test, in a folder of its own.
 # shellcheck shell=bash
+# program, velsock_cat, script and its arguments are the sourcing script's, which reads what is set here.
+# shellcheck disable=SC2034,SC2154
 
 # CTest counts a test that ends so as not run.
 not_run=77
 
 folder=$(mktemp -d)
-cd "$folder"
+cd "$folder" || exit
 
 peer=""
 tidy_up() {

@@ -182,6 +182,7 @@ expect_query() {
 }
 
 TestWhatMustNotStandInJsonIsEscaped() {
+  # shellcheck disable=SC1003  # a text may end in a backslash
   expect_query '"1 \"\\\"\\"' '1 "\"\'
   expect_query '"1 \u000A\u0009\u001B[31m\u007F/"' $'1 \n\t\e[31m\x7f/'
   expect_query '"1 é€😀"' '1 é€😀'

@@ -1,7 +1,8 @@
 # shellcheck shell=bash
 # What the parts of the demo have in common; they source it.
 #
-# Expects bin, the folder of the programs.
+# Expects bin, the folder of the programs; the sourcing script reads what is set here.
+# shellcheck disable=SC2034,SC2154
 
 cat_program=$bin/velsock-cat
 

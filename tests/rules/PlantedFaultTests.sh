@@ -1,0 +1,96 @@
+#!/usr/bin/env bash
+# Each rule passes a small project that keeps to it, and fails the same project with a fault planted.
+# shellcheck disable=SC2016  # the scripts that are planted must not be expanded here
+set -euo pipefail
+
+rules=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+project=$(mktemp -d)
+trap 'rm -rf "$project"' EXIT
+faults=0
+
+fail() {
+  echo "$1" >&2
+  exit 1
+}
+
+# A project that keeps to every rule.
+make_project() {
+  rm -rf "${project:?}"/*
+  mkdir -p "$project"/{tools/cat,examples,tests/unit,bench,Common/support/{VelBase,VelLog},Common/support/include/VelBase} \
+    "$project"/Common/platform/posix/{errors,names}
+  put Common/support/include/VelBase/Text.h '#pragma once' '' 'int Length(const char* text);'
+  put Common/support/VelBase/Text.cpp '#include <VelBase/Text.h>' '' '#include <cstring>' '' \
+    'int Length(const char* text) {' '    return static_cast<int>(std::strlen(text));' '}'
+  put Common/platform/posix/errors/Errors.h '#pragma once'
+  put Common/platform/posix/names/Names.cpp '#include <errors/Errors.h>'
+  put run '#!/usr/bin/env bash' 'echo "$1"'
+  chmod +x "$project/run"
+  put README.md '# A project'
+}
+
+# put FILE LINE...
+put() { printf '%s\n' "${@:2}" >"$project/$1"; }
+
+# lines COUNT LINE
+lines() { for ((count = 0; count < $1; count++)); do echo "$2"; done; }
+
+check() { echo VelBase/Text.h | "$rules/$1" "$project" 2>&1; }
+
+expect_pass() {
+  local said
+  said=$(check "$1") || fail "$1 does not pass a project without fault: $said"
+}
+
+# expect_fault RULE MESSAGE: the project as it is fails, for that reason; then it is made again.
+expect_fault() {
+  local said
+  if said=$(check "$1"); then fail "$1 does not notice: $2"; fi
+  [[ $said == *"$2"* ]] || fail "$1 fails, but for another reason than '$2': $said"
+  faults=$((faults + 1))
+  make_project
+}
+
+make_project
+for rule in CheckFloors.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh; do expect_pass "$rule"; done
+
+put Common/platform/posix/errors/Errors.h '#include <names/Names.h>'
+expect_fault CheckFloors.sh 'errors/Errors.h must not include names/Names.h'
+put Common/support/VelBase/Text.cpp '#include <VelLog/Router.h>'
+expect_fault CheckFloors.sh 'VelBase/Text.cpp must not include VelLog/Router.h'
+put Common/support/VelBase/Text.cpp '#include <sys/socket.h>'
+expect_fault CheckFloors.sh 'VelBase/Text.cpp must not include sys/socket.h'
+put tools/cat/main.cpp '#ifdef _WIN32'
+expect_fault CheckFloors.sh 'tools/cat/main.cpp must not hold a conditional'
+put examples/Client.cpp '#define PORT 4000'
+expect_fault CheckFloors.sh 'examples/Client.cpp must not hold a macro'
+put Common/support/VelLog/Line.cpp '[[gnu::noinline]] void Write();'
+expect_fault CheckFloors.sh 'VelLog/Line.cpp must not hold a compiler extension'
+
+put tools/cat/main.cpp "$(lines 321 '//')"
+expect_fault CheckSizes.sh 'tools/cat/main.cpp: a file of 321 lines; 320 are allowed'
+put tools/cat/Cat.h "$(lines 221 '//')"
+expect_fault CheckSizes.sh 'tools/cat/Cat.h: a file of 221 lines; 220 are allowed'
+put tests/unit/Tests.cpp "$(lines 401 '//')"
+expect_fault CheckSizes.sh 'tests/unit/Tests.cpp: a file of 401 lines; 400 are allowed'
+put tools/cat/main.cpp 'namespace {' 'struct Cat {' '    void Purr() const noexcept {' "$(lines 39 'f();')" '    }' '};' '}'
+expect_fault CheckSizes.sh 'tools/cat/main.cpp:3: a function of 41 lines; 40 are allowed'
+put tools/cat/main.cpp 'Cat::Cat(int age)' '    : age_{age}, names_({"{"}) {' "$(lines 38 '{}')" '}'
+expect_fault CheckSizes.sh 'tools/cat/main.cpp:1: a function of 41 lines; 40 are allowed'
+put tests/unit/Tests.cpp 'TEST(Cat, Purrs) {' "$(lines 49 'f();')" '}'
+expect_fault CheckSizes.sh 'tests/unit/Tests.cpp:1: a function of 51 lines; 50 are allowed'
+put tools/cat/Help.cpp 'const char* Help() {' 'return R"(' "$(lines 90 '}')" ')";' '}'
+expect_pass CheckSizes.sh
+
+put run '#!/usr/bin/env bash' 'rm $1'
+expect_fault CheckScripts.sh 'SC2086'
+put tests/unit/Scene.sh '# shellcheck shell=bash' 'cd "$1"'
+expect_fault CheckScripts.sh 'SC2164'
+
+put README.md "$(lines 25 'words' | xargs)"
+expect_fault CheckMarkdown.sh 'README.md:1: longer than 120 characters'
+put README.md 'words '
+expect_fault CheckMarkdown.sh 'README.md:1: a blank at the end'
+put README.md "| $(lines 25 'words' | xargs) |"
+expect_pass CheckMarkdown.sh
+
+echo "$faults planted faults are noticed"
