@@ -19,7 +19,7 @@ make_project() {
   mkdir -p "$project"/{tools/cat,examples,tests/unit,bench,Common/support/{VelBase,VelLog},Common/support/include/VelBase} \
     "$project"/Common/platform/posix/{errors,names}
   put Common/support/include/VelBase/Text.h '#pragma once' '' 'int Length(const char* text);'
-  put Common/support/VelBase/Text.cpp '#include <VelBase/Text.h>' '' '#include <cstring>' '' \
+  put Common/support/VelBase/Text.cpp '#include "VelBase/Text.h"' '' '#include <cstring>' '' \
     'int Length(const char* text) {' '    return static_cast<int>(std::strlen(text));' '}'
   put Common/platform/posix/errors/Errors.h '#pragma once'
   put Common/platform/posix/names/Names.cpp '#include <errors/Errors.h>'
@@ -51,7 +51,7 @@ expect_fault() {
 }
 
 make_project
-for rule in CheckFloors.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh; do expect_pass "$rule"; done
+for rule in CheckFloors.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh; do expect_pass "$rule"; done
 
 put Common/platform/posix/errors/Errors.h '#include <names/Names.h>'
 expect_fault CheckFloors.sh 'errors/Errors.h must not include names/Names.h'
@@ -65,6 +65,14 @@ put examples/Client.cpp '#define PORT 4000'
 expect_fault CheckFloors.sh 'examples/Client.cpp must not hold a macro'
 put Common/support/VelLog/Line.cpp '[[gnu::noinline]] void Write();'
 expect_fault CheckFloors.sh 'VelLog/Line.cpp must not hold a compiler extension'
+
+put Common/support/VelBase/Text.cpp '#include <cstring>' '#include "VelBase/Text.h"'
+expect_fault CheckIncludes.sh 'VelBase/Text.cpp must include its own header first'
+put Common/support/VelBase/Text.cpp '#include <VelBase/Text.h>'
+expect_fault CheckIncludes.sh 'VelBase/Text.cpp must include its own header first'
+put tools/cat/Cat.h '#pragma once'
+put tools/cat/Cat.cpp '// Includes nothing.'
+expect_fault CheckIncludes.sh 'tools/cat/Cat.cpp must include its own header first'
 
 put tools/cat/main.cpp "$(lines 321 '//')"
 expect_fault CheckSizes.sh 'tools/cat/main.cpp: a file of 321 lines; 320 are allowed'
