@@ -99,7 +99,8 @@ TEST_F(Creation, ClosingWithUnreadDataResetsThePeer) {
     ASSERT_TRUE(Succeeds(Send(pair.client, "unread"), 6));
     AwaitReadable(pair.server.Get());
     pair.server.Close();
-    EXPECT_TRUE(FailsWith(10054, TryReceive(pair.client), "receiving after a reset"));
+    EXPECT_TRUE(FailsWith(10054, TryReceive(pair.client),
+                          "receiving from a peer that closed with unread data"));
 }
 
 }  // namespace

@@ -31,11 +31,15 @@ bool IsErrorOfSuccess(int error) {
     return error == 0 || LeavesLastErrorAfterSuccess();
 }
 
+void NoteOutcome(long long expected, long long told, std::string_view wineSituation) {
+    if (!NotesVaryingAnswers(wineSituation)) NoteAnswer(expected, told);
+}
+
 // The outcome of a call that has to fail with an error.
 testing::AssertionResult ToldFailure(bool failed, int expected, long long result,
                                      std::string_view wineSituation) {
     const int error = TakeLastError();
-    NoteAnswer(expected, failed ? error : result);
+    NoteOutcome(expected, failed ? error : result, wineSituation);
     const bool right = failed && error == expected;
     return Told(right || IsWinesAnswer(wineSituation, result, error), result, error);
 }
@@ -54,7 +58,7 @@ testing::AssertionResult IsMade(Winsock::Handle handle) {
 
 testing::AssertionResult Succeeds(int result, int expected, std::string_view wineSituation) {
     const int error = TakeLastError();
-    NoteAnswer(expected, result == Winsock::SocketError ? error : result);
+    NoteOutcome(expected, result == Winsock::SocketError ? error : result, wineSituation);
     const bool right = result == expected && IsErrorOfSuccess(error);
     return Told(right || IsWinesAnswer(wineSituation, result, error), result, error);
 }

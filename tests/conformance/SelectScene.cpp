@@ -22,12 +22,14 @@ std::vector<Winsock::Handle> Handles(std::initializer_list<const OwnedSocket*> s
     return handles;
 }
 
-std::string ReadyFor(const OwnedSocket& socket, Winsock::TimeValue time) {
+std::string ReadyFor(const OwnedSocket& socket, Winsock::TimeValue time,
+                     std::string_view wineSituation) {
     HandleSet read = SetOf({socket.Get()});
     HandleSet write = read;
     HandleSet except = read;
     const int count = Winsock::select(0, &read, &write, &except, &time);
-    EXPECT_TRUE(Succeeds(count, static_cast<int>(read.count + write.count + except.count)));
+    EXPECT_TRUE(
+        Succeeds(count, static_cast<int>(read.count + write.count + except.count), wineSituation));
     std::string ready;
     if (read.count > 0) ready += "r";
     if (write.count > 0) ready += "w";

@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Scene.h"
@@ -17,7 +18,8 @@ std::vector<Winsock::Handle> HandlesIn(const Winsock::HandleSet& set);
 std::vector<Winsock::Handle> Handles(std::initializer_list<const OwnedSocket*> sockets);
 
 // What the socket is ready for, a letter for each of the three sets. Waits at most for the time.
-std::string ReadyFor(const OwnedSocket& socket, Winsock::TimeValue time = AtOnce);
+std::string ReadyFor(const OwnedSocket& socket, Winsock::TimeValue time = AtOnce,
+                     std::string_view wineSituation = {});
 
 bool IsReadable(const OwnedSocket& socket, Winsock::TimeValue time = Minute);
 

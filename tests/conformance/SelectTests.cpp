@@ -365,8 +365,9 @@ TEST_F(SelectingConnect, ThatWasRefusedFindsItInTheLastSet) {
     SetNonBlocking(socket);
     const OwnedSocket bound = NewBoundStream();
     ASSERT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(bound))));
-    const std::string ready = ReadyFor(socket, Minute);
-    if (ready != "re" || !IsWinesAnswer("selecting a connect that was refused", 2, 0)) {
+    constexpr std::string_view Situation = "selecting a connect that was refused";
+    const std::string ready = ReadyFor(socket, Minute, Situation);
+    if (ready != "re" || !IsWinesAnswer(Situation, 2, 0)) {
         EXPECT_EQ(ready, "e");
     }
 }

@@ -72,6 +72,7 @@ constexpr WineAnswer Answers[] = {
     {"receiving after a refused connect", 0, 0},
     {"receiving after a refused send", 0, 0},
     {"receiving after a reset", 0, 0},
+    {"receiving from a peer that closed with unread data", 0, 0},
     {"receiving on an unbound socket", -1, 10035},
     {"room for a part of a text", -1, -12},
     {"select before start-up", -1, 10022},
@@ -115,6 +116,17 @@ constexpr std::string_view Unanswered[] = {
     "waiting for a datagram on an unbound socket",   // waits
 };
 
+// A listed situation that Wine at times answers as Windows does, with Windows' answer.
+struct VaryingAnswer {
+    std::string_view situation;
+    long long windows;
+};
+
+constexpr VaryingAnswer Varying[] = {
+    {"receiving from a peer that closed with unread data", 10054},
+    {"selecting a connect that was refused", 1},
+};
+
 std::mutex mutex;
 
 std::set<std::string_view>& Met() {
@@ -125,6 +137,12 @@ std::set<std::string_view>& Met() {
 bool IsListed(std::string_view situation) {
     const auto isIt = [&](const WineAnswer& answer) { return answer.situation == situation; };
     return std::any_of(std::begin(Answers), std::end(Answers), isIt);
+}
+
+const VaryingAnswer* FindVarying(std::string_view situation) {
+    const auto isIt = [&](const VaryingAnswer& answer) { return answer.situation == situation; };
+    const auto found = std::find_if(std::begin(Varying), std::end(Varying), isIt);
+    return found != std::end(Varying) ? found : nullptr;
 }
 
 void Note(std::string_view situation) {
@@ -163,6 +181,17 @@ bool IsWinesAnswer(std::string_view situation, long long result, int error) {
     const bool known = std::any_of(std::begin(Answers), std::end(Answers), isIt);
     if (known) Note(situation);
     return known;
+}
+
+bool NotesVaryingAnswers(std::string_view situation) {
+    const VaryingAnswer* const varying = RunsOnWine() ? FindVarying(situation) : nullptr;
+    if (varying == nullptr) return false;
+    NoteAnswer(varying->windows, varying->windows);
+    for (const WineAnswer& answer : Answers) {
+        if (answer.situation == situation)
+            NoteAnswer(varying->windows, answer.result == -1 ? answer.error : answer.result);
+    }
+    return true;
 }
 
 bool WineGivesNoAnswer(std::string_view situation) {

@@ -20,6 +20,11 @@ struct WineAnswer {
 // listed at all is a mistake of the test and reported as a failure.
 bool IsWinesAnswer(std::string_view situation, long long result, int error);
 
+// Notes what Windows answers and each listed answer where Wine gives now one, now the other, as
+// time has it: what came this time would make another table each time. False in all other
+// situations.
+bool NotesVaryingAnswers(std::string_view situation);
+
 // Whether this is Wine, and Wine waits for ever or crashes in the situation, or cannot bring it
 // about: what follows is left out there.
 bool WineGivesNoAnswer(std::string_view situation);
