@@ -13,8 +13,8 @@ namespace VelSockCat {
 VelSockTools::Failure TransferFailure(const VelNet::Exception& exception,
                                       const std::string& remark = "");
 
-// Whether a Receive failed because the system had no byte: the peer of a stream has closed the
-// connection, or a datagram was empty.
+// Whether a Receive into a buffer that is not empty failed only because no byte came: the peer of a
+// stream has closed the connection in an orderly way, or a datagram was empty. See Socket::Receive.
 bool IsNothingReceived(const VelNet::Exception& exception);
 
 }  // namespace VelSockCat

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <climits>
 
+#include "ReceiveErrors.h"
 #include "SocketTrials.h"
 
 namespace SocketTests {
@@ -151,6 +152,16 @@ TEST_F(Receive, PlainRecordCostsTheSameForAnyNumberOfBytes) {
     const Allocations::Mark many;
     ReceiveInto(*socket);
     EXPECT_EQ(many.Bytes(), bytesForFew);
+}
+
+TEST_F(Receive, TheCodeOfTheOrderlyEndIsThatOfNoFailure) {
+    const auto socket = MakeConnectedSocket();
+    for (const int number : ReceiveErrors) {
+        On::Recv().Fails(number);
+        EXPECT_EQ(Catch([&] { ReceiveInto(*socket); }).code, number);
+    }
+    On::Recv().Returns(0);
+    EXPECT_EQ(Catch([&] { ReceiveInto(*socket); }).code, SOCKET_ERR_UNKNOWN);
 }
 
 // A call that would block (10035) among them, unlike in Send.

@@ -1,6 +1,7 @@
 // SocketXt::Send and SocketXt::Receive.
 #include <climits>
 
+#include "ReceiveErrors.h"
 #include "XtFixture.h"
 
 namespace SocketTests {
@@ -222,6 +223,17 @@ TEST_F(XtReceive, WithTheRoutersOffNeedsNoMemory) {
     socket->Receive(buffer, 8);
     EXPECT_EQ(mark.Requests(), 0U);
     EXPECT_EQ(FormatterRequests(), 0);
+}
+
+TEST_F(XtReceive, TheCodeOfTheOrderlyEndIsThatOfNoFailure) {
+    const auto socket = MakeXt();
+    char buffer[8];
+    for (const int number : ReceiveErrors) {
+        On::Recv().Fails(number);
+        EXPECT_EQ(Catch([&] { socket->Receive(buffer, 8); }).code, number);
+    }
+    On::Recv().Returns(0);
+    EXPECT_EQ(Catch([&] { socket->Receive(buffer, 8); }).code, SOCKET_ERR_UNKNOWN);
 }
 
 TEST_F(XtReceive, ClosedConnectionIsToldWithTheLocalTextsAlone) {

@@ -9,35 +9,38 @@
 
 namespace VelNet {
 
-// What Socket::GetStatus answers.
+// What Socket::GetStatus returns.
 enum SOCKET_STATUS : int {
     STATUS_NONE = 0,          // created, bound or closed
     STATUS_LISTENING = 1,     // listening
     STATUS_DATA_PENDING = 2,  // connected, with bytes to receive
-    STATUS_IDLE = 3,          // connected, without
+    STATUS_IDLE = 3,          // connected, without bytes to receive
 };
 
-// One IPv4 stream or datagram socket, made by CreateSocket or by Accept. What is said here holds
-// for these; SocketXt.h tells where an extended socket, which is a Socket too, differs. Reference
-// counted; a
-// socket whose last reference goes while it is open closes itself. A socket and its references are
-// used by one thread at a time, except that one thread may send while another receives, and that
-// Close may be called while other threads are inside Accept, Connect, Receive or Send.
+// One IPv4 stream or datagram socket, created by CreateSocket or by Accept. SocketXt derives from
+// this class; SocketXt.h says where an extended socket behaves differently.
 //
-// Every operation goes to the system as it stands: none looks at what was called before, and the
-// system's answer decides. Failures throw Exception with the code that the system's error number
-// maps to (Exception::GetSocketError), after the text was logged under "Error"; a failure leaves
-// the socket as it was. Where an operation reports differently, it says so. All ports are in host
-// byte order.
+// Lifetime: reference counted. A socket that is still open when its last reference is released
+// closes itself.
 //
-// Every operation that reaches the system throws SOCKET_ERR_NOTSOCK on a closed socket and
-// SOCKET_ERR_NOTINITIALISED when the socket layer is down (SocketInitialization keeps it up); those
-// that make an object or a failure text throw std::bad_alloc. A record that cannot be written is
-// lost.
+// Threads: a socket and its references belong to one thread at a time, with two exceptions. One
+// thread may send while another receives, and Close may be called while other threads are inside
+// Accept, Connect, Receive or Send.
+//
+// State: no operation checks what was called before; each one is passed to the system, whose answer
+// decides. An operation that fails leaves the socket unchanged.
+//
+// Failures: unless an operation says otherwise, it logs its failure under "Error" and then throws
+// Exception, with the code for the system's error number (Exception::GetSocketError). What each
+// "Throws" lists comes on top of these:
+//   SOCKET_ERR_NOTSOCK         the socket is closed
+//   SOCKET_ERR_NOTINITIALISED  the socket layer is down (see SocketInitialization)
+//   std::bad_alloc             no memory for a returned object or for the failure's text
+// A trace record that cannot be written is lost; the operation succeeds all the same.
 class VELSOCK_EXPORT Socket : public virtual VelBase::ReferenceCounted {
 public:
-    // Any value may be passed to CreateSocket; what is not named here becomes 0 and is left to the
-    // system.
+    // For CreateSocket. Any value may be passed; one that has no name here is passed to the system
+    // as 0.
     enum SOCKET_TYPE : int { SOCKET_STREAM = 0, SOCKET_DATAGRAM = 1 };
     enum SOCKET_PROTOCOL : int { PROTOCOL_TCP = 0, PROTOCOL_UDP = 1 };
 
@@ -47,107 +50,147 @@ public:
     Socket& operator=(const Socket& other);
     ~Socket() override;
 
-    // True when both objects hold the same system handle. All closed sockets are the same, and a
-    // socket of another implementation counts as closed.
+    // Returns whether both objects hold the same system handle. All closed sockets are the same,
+    // and a socket of a class that is not the library's counts as closed.
     virtual bool IsSameSocket(const Socket& other) const = 0;
 
-    // Makes the socket non-blocking, for good: there is no way back. True when the system accepted
-    // that; a failure is neither logged nor thrown.
+    // Makes the socket non-blocking; it cannot be made blocking again. Returns whether the system
+    // accepted that. Does not throw and does not log.
     virtual bool SetNonBlocking() = 0;
 
-    // True from creation until Close.
+    // Returns true from creation until Close.
     virtual bool IsValid() const = 0;
 
-    // Takes the local address and port; port 0 lets the system choose. Throws SOCKET_ERR_ADDRINUSE
-    // for a taken port (SOCKET_ERR_ACCES when only this socket reuses addresses, or the port needs
-    // a privilege), SOCKET_ERR_ADDRNOTAVAIL for an address that is not this machine's,
-    // SOCKET_ERR_INVAL for a bound socket.
+    // Binds the socket to a local address and port; port 0 lets the system choose one. The port is
+    // in host byte order.
+    //
+    // Throws: SOCKET_ERR_ADDRINUSE     the port is taken
+    //         SOCKET_ERR_ACCES         the port is taken and only this socket has SetReuseAddress,
+    //                                  or the port needs a privilege
+    //         SOCKET_ERR_ADDRNOTAVAIL  the address does not belong to the local host
+    //         SOCKET_ERR_INVAL         the socket is bound already
     virtual void Bind(Octets address, unsigned short port) = 0;
 
-    // Makes the socket wait for connections and returns 0. Two may be pending at a time; what the
-    // system does with a third is its own affair. Throws SOCKET_ERR_INVAL for a socket that is not
-    // bound, SOCKET_ERR_ISCONN for a connected one, SOCKET_ERR_OPNOTSUPP for a datagram socket.
+    // Lets the socket accept connections, with a backlog of two, and returns 0. The system decides
+    // what happens to a third pending connection.
+    //
+    // Throws: SOCKET_ERR_INVAL      the socket is not bound
+    //         SOCKET_ERR_ISCONN     the socket is connected
+    //         SOCKET_ERR_OPNOTSUPP  the socket is a datagram socket
     virtual int Listen() = 0;
 
-    // Connects, learns both addresses from the system and writes the "Connected" record. When the
-    // system made the connection but cannot tell an address, the failure of GetLocalAddress or
-    // GetRemoteAddress passes out and the socket stays connected. Throws SOCKET_ERR_CONNREFUSED,
-    // SOCKET_ERR_TIMEDOUT, SOCKET_ERR_NETUNREACH or SOCKET_ERR_HOSTUNREACH when the peer cannot be
-    // reached, SOCKET_ERR_ADDRNOTAVAIL for 0.0.0.0 and port 0, SOCKET_ERR_ISCONN for a connected
-    // socket, SOCKET_ERR_INVAL for a listening one.
+    // Connects to a remote address and port (host byte order), asks the system for both addresses
+    // and writes the "Connected" record. If the connection is established but the system does not
+    // report an address, throws like GetLocalAddress; the socket stays connected then.
     //
-    // A non-blocking socket whose connection is not made at once throws SOCKET_ERR_WOULDBLOCK. The
-    // system goes on connecting; the socket can send and receive once it is connected, which a
-    // further Connect tells by SOCKET_ERR_ISCONN (SOCKET_ERR_ALREADY until then). GetStatus and the
-    // records do not learn of it: they show an unconnected socket and no addresses.
+    // Non-blocking: throws SOCKET_ERR_WOULDBLOCK unless the connection is established at once, and
+    // the system continues to connect. Call Connect again to learn the outcome: it throws
+    // SOCKET_ERR_ALREADY while the attempt lasts and SOCKET_ERR_ISCONN once the socket is connected
+    // and can send and receive. GetStatus and the trace records are not updated: they keep showing
+    // an unconnected socket without addresses.
+    //
+    // Throws: SOCKET_ERR_CONNREFUSED   nobody listens there
+    //         SOCKET_ERR_TIMEDOUT      no answer
+    //         SOCKET_ERR_NETUNREACH, SOCKET_ERR_HOSTUNREACH  no route
+    //         SOCKET_ERR_ADDRNOTAVAIL  the address is 0.0.0.0, or the port 0
+    //         SOCKET_ERR_ISCONN        the socket is connected
+    //         SOCKET_ERR_INVAL         the socket listens
     virtual void Connect(Octets address, unsigned short port) = 0;
 
-    // Takes the next pending connection, stores the peer's address in remote and writes the
-    // "Connected" record. The new socket is blocking or not as this one is. Empty, with remote
-    // untouched and nothing logged, when this socket is non-blocking and no connection is pending.
-    // Throws SOCKET_ERR_INVAL for a socket that does not listen, SOCKET_ERR_MFILE when no more
-    // sockets can be had. Memory is taken before the connection is, which std::bad_alloc leaves
-    // pending, save what its two addresses need: when there is none for these, it is closed.
-    // Required: the new socket records this socket's own local address, 0.0.0.0 for a listener on
-    // all addresses.
+    // Accepts the next pending connection, stores the peer's address in remote and writes the
+    // "Connected" record. The new socket is blocking or non-blocking like this one. Returns an
+    // empty owner, leaves remote unchanged and logs nothing if this socket is non-blocking and no
+    // connection is pending.
+    //
+    // Required: the new socket's local address, in trace records, is the one that this socket
+    // listens on: 0.0.0.0 for a listener on all addresses.
+    //
+    // Throws: SOCKET_ERR_INVAL  the socket does not listen
+    //         SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
+    //         std::bad_alloc    the connection stays pending; only if it is the memory for the
+    //                           new socket's addresses that is lacking is it closed
     virtual VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) = 0;
 
-    // Limits how long Receive and Send block; milliseconds, 0 and 4294967295 for no limit. A
-    // transfer that takes longer throws SOCKET_ERR_TIMEDOUT. Required: a failure to set these is
-    // logged and not thrown, and the text for the send time-out names SetReceiveTimeout.
+    // Set how long Receive and Send may block, in milliseconds; 0 and 4294967295 mean no limit. A
+    // transfer that takes longer throws SOCKET_ERR_TIMEDOUT.
+    //
+    // Required: a failure is logged and not thrown, and the text for the send timeout names
+    // SetReceiveTimeout.
     virtual void SetReceiveTimeout(unsigned int milliseconds) = 0;
     virtual void SetSendTimeout(unsigned int milliseconds) = 0;
 
-    // Allows to bind to an address that is in use. There is no way back. A failure is logged and
-    // not thrown.
+    // Lets Bind take an address that is in use (Winsock's SO_REUSEADDR); it cannot be revoked. A
+    // failure is logged and not thrown.
     virtual void SetReuseAddress() = 0;
 
-    // Closes the socket, writes the "Disconnected" record and forgets both addresses. Never throws:
-    // a failure is logged, and the socket is closed all the same. Closing a closed socket logs a
+    // Closes the socket, writes the "Disconnected" record and clears both addresses. Does not
+    // throw: a failure is logged, and the socket counts as closed. Closing a closed socket logs a
     // failure and writes another record.
     //
-    // An operation that waits on the socket in another thread ends: it throws SOCKET_ERR_INTR with
-    // its own failure text. This is how a thread that waits for connections is stopped. The peer
-    // sees no more of it than of any close. When Close returns, the port is free and the other
-    // threads have left the system, but they may still be on their way out of their operations: do
-    // not take or release references before they have come back. An operation that completes at the
-    // very moment of Close may, while packet records are switched on, read the addresses that Close
-    // resets: with these records, end the threads that transfer before the socket is closed.
+    // Other threads: an operation that is blocked on this socket in another thread throws
+    // SOCKET_ERR_INTR, with its own failure text; this is how to stop a thread that waits in
+    // Accept. To the peer it is a close like any other. When Close returns, the port is free and
+    // those threads have left the system's calls, but they may not have returned from their
+    // operations yet: neither copy nor release references to the socket before they have. While
+    // packet records are switched on, an operation that completes during Close may read the
+    // addresses that Close clears: with these records, stop the threads that send and receive
+    // before closing.
     virtual void Close() = 0;
 
-    // Receives once, up to length bytes, and returns their number, at least 1. Throws
-    // SOCKET_ERR_UNKNOWN when the system received no byte: the peer of a stream has closed the
-    // connection, a datagram was empty, or length is 0. The socket stays open. A datagram that is
-    // longer than length throws SOCKET_ERR_MSGSIZE with the buffer filled. Throws
-    // SOCKET_ERR_CONNRESET or SOCKET_ERR_CONNABORTED when the connection was lost,
-    // SOCKET_ERR_NOTCONN when there is none, SOCKET_ERR_TIMEDOUT after the receive time-out.
-    // Where there is no memory for a failure's text, std::bad_alloc stands for it: what was empty
-    // or too long is gone all the same.
-    // Required: unlike Send, a non-blocking socket with nothing to receive throws
-    // SOCKET_ERR_WOULDBLOCK.
+    // Receives once, up to length bytes, and returns how many there were: at least 1.
+    //
+    // The peer's orderly end of a stream is SOCKET_ERR_UNKNOWN. With a length above 0 that code
+    // means nothing else on a stream socket: all errors that the system's recv is documented to
+    // report have codes of their own. After any failure the socket remains open.
+    //
+    // Required: unlike Send, throws SOCKET_ERR_WOULDBLOCK when the call would block.
+    //
+    // Throws: SOCKET_ERR_UNKNOWN      no byte was received: the peer has closed the stream, or shut
+    //                                 down its sending side, and everything it sent has been read;
+    //                                 the datagram was empty; or length is 0
+    //         SOCKET_ERR_WOULDBLOCK   nothing to receive, and the socket is non-blocking
+    //         SOCKET_ERR_TIMEDOUT     nothing came within the receive timeout
+    //         SOCKET_ERR_MSGSIZE      the datagram is longer than length; the buffer holds its
+    //                                 beginning, the rest is lost
+    //         SOCKET_ERR_CONNRESET, SOCKET_ERR_CONNABORTED  the connection was lost
+    //         SOCKET_ERR_NOTCONN      the stream socket is not connected
+    //         std::bad_alloc          in place of a failure whose text has no memory; the empty or
+    //                                 too long datagram has been taken nevertheless
     virtual int Receive(char* buffer, int length) = 0;
 
-    // Sends once and returns how many bytes the system took, which may be fewer than length: the
-    // caller sends the rest. Returns 0, with nothing logged, when the socket is non-blocking and
-    // the call would block.
+    // Sends once and returns how many bytes the system accepted; if fewer than length, the caller
+    // sends the rest. Returns 0 and logs nothing if the socket is non-blocking and the call would
+    // block.
+    //
+    // Throws: SOCKET_ERR_TIMEDOUT  the system accepted nothing within the send timeout
+    //         SOCKET_ERR_CONNRESET, SOCKET_ERR_CONNABORTED  the connection was lost
+    //         SOCKET_ERR_NOTCONN   the socket is not connected
     virtual int Send(const char* buffer, int length) = 0;
 
-    // True when bytes are waiting. A failure counts as none; it is neither logged nor thrown.
+    // Returns whether there are bytes to receive; false if the system cannot tell. Does not throw
+    // and does not log.
     virtual bool IsDataAvailable() const = 0;
 
-    // The addresses as the system tells them at this moment. Required: their failure texts carry
-    // the label of Send.
+    // Ask the system for the socket's own address, and for the peer's.
+    //
+    // Required: the failure texts of both begin with the label of Send.
+    //
+    // Throws: SOCKET_ERR_INVAL    GetLocalAddress: the socket is not bound
+    //         SOCKET_ERR_NOTCONN  GetRemoteAddress: the socket is not connected
     virtual SocketAddress GetLocalAddress() const = 0;
     virtual SocketAddress GetRemoteAddress() const = 0;
 
-    // A SOCKET_STATUS. A connected socket is asked for waiting bytes (IsDataAvailable).
+    // Returns a SOCKET_STATUS. A connected socket is asked for bytes to receive (IsDataAvailable).
     virtual int GetStatus() const = 0;
 };
 
-// Makes a blocking IPv4 socket without any option set. The pair of type and protocol is not
-// checked: the system decides, and refuses a pair that does not fit with a number that is not in
-// the table of errors (SOCKET_ERR_UNKNOWN). Throws SOCKET_ERR_MFILE when no more sockets can be
-// had; std::bad_alloc.
+// Creates a blocking IPv4 socket with the system's default options.
+//
+// Type and protocol are not checked for whether they fit each other: the system refuses a pair that
+// does not, with SOCKET_ERR_UNKNOWN, since the table of errors lacks its number.
+//
+// Throws: SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
+//         std::bad_alloc
 VELSOCK_EXPORT VelBase::ReturnPtrI<Socket> CreateSocket(Socket::SOCKET_TYPE type,
                                                         Socket::SOCKET_PROTOCOL protocol);
 
