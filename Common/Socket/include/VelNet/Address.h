@@ -7,42 +7,50 @@
 
 namespace VelNet {
 
-// A host, by its octets, dotted form and name, and a port: a value that owns its record and is
-// copied deeply. The names are resolved when an object is made, which may block; nothing is
-// resolved later. Each object is used by one thread at a time. The socket layer must be up
-// (SocketInitialization) for every constructor that resolves. All ports are in host byte order; all
-// texts are UTF-8. Constructors, assignment and operations that return texts or octets throw
-// std::bad_alloc.
+// An IPv4 address with its dotted form, a host name and a port: a value that owns its data. Copies
+// are deep.
+//
+// The names are resolved when the object is constructed, which may block, and never later. The
+// socket layer must be up (SocketInitialization) for the constructors that resolve.
+//
+// Each object belongs to one thread at a time. Ports are in host byte order, strings are UTF-8.
+// Constructors, assignment and the operations that return strings or octets throw std::bad_alloc.
 class VELSOCK_EXPORT Address {
 public:
-    // Addresses by their meaning. Any value may be passed; one without a name gives 0.0.0.0.
+    // Addresses that are chosen by meaning. Any value may be passed; one that has no name here
+    // stands for 0.0.0.0.
     enum SpecialAddress : int {
         LOOPBACK = 0,      // 127.0.0.1
         ANY = 1,           // 0.0.0.0
-        THIS_MACHINE = 2,  // the first address of the local machine's name
+        THIS_MACHINE = 2,  // the first address of the local host's name
     };
 
-    // 0.0.0.0, port 0 and empty texts; not initialized. Resolves nothing.
+    // 0.0.0.0, port 0 and empty strings; not initialized. Resolves nothing.
     Address();
 
-    // Asks for the host name of the octets; where none is found, the dotted form stands in for it,
+    // Looks up the host name of the octets. If there is none, the dotted form is used in its place,
     // and nothing is logged.
     Address(Octets octets, unsigned short port);
 
-    // Takes the first address of the host, then as above. Throws what
-    // SocketAddress::GetOctetsFromMachineName throws.
+    // Resolves the host and uses its first address, then as above.
+    //
+    // Throws: what SocketAddress::GetOctetsFromMachineName throws
     Address(const char* host, unsigned short port);
 
-    // Takes the octets of the special address, then as above. THIS_MACHINE throws what
-    // SocketAddress::GetLocalMachineName and GetOctetsFromMachineName throw.
+    // Uses the special address, then as above.
+    //
+    // Throws: for THIS_MACHINE what SocketAddress::GetLocalMachineName and GetOctetsFromMachineName
+    //         throw
     Address(SpecialAddress special, unsigned short port);
 
-    // Copies resolve nothing. Required: a copy counts as initialized, whatever it was copied from.
+    // Copies resolve nothing.
+    //
+    // Required: a copy counts as initialized, even if the original does not.
     Address(const Address& other);
     const Address& operator=(const Address& other);
     ~Address();
 
-    // Whether ports and dotted forms are equal; names take no part.
+    // Equal if ports and dotted forms are equal; host names are not compared.
     bool operator==(const Address& other) const;
     bool operator!=(const Address& other) const;
 
@@ -51,7 +59,7 @@ public:
     Octets GetOctets() const;
     unsigned short GetPort() const noexcept;
 
-    // False for an object that was made without an address and never assigned.
+    // Returns false for an object that was constructed without an address and never assigned to.
     bool IsInitialized() const noexcept;
 
 private:

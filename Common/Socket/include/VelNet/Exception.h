@@ -11,40 +11,42 @@
 
 namespace VelNet {
 
-// Thrown by value for every failure of the socket layer, save the one that SocketXt.h names: a wide
-// text and a code. The text is held
-// in the object itself, so copying one while the stack unwinds allocates nothing. A handler for
-// VelBase::Message& catches it as well, but sees only the base, which this library leaves empty. A
-// plain value: each object is used by one thread at a time.
+// A failure of the socket layer: a wide string and a code. Thrown by value for every failure except
+// the one that SocketXt.h names.
+//
+// The text is stored inside the object, so that copying one during stack unwinding allocates
+// nothing. A handler for VelBase::Message& catches it too, but sees only the base class, which this
+// library leaves empty. Each object belongs to one thread at a time.
 class VELSOCK_EXPORT Exception : public VelBase::Message {
 public:
-    // Keeps the first 2999 units of the zero-terminated text; the rest is cut without notice. A
-    // null text leaves both text and code unwritten: never pass one.
+    // Copies up to 2999 units of the zero-terminated text and cuts off the rest. The text must not
+    // be null: then neither text nor code is initialized.
     Exception(const unsigned short* text, SOCKET_ERR code);
 
-    // Copies the whole text buffer, what follows the terminator included, and the code.
+    // Copies the code and the whole text buffer, including what follows the terminator.
     Exception(const Exception& other);
     Exception& operator=(const Exception& other);
 
     virtual ~Exception();
 
-    // The failure text, inside this object and valid as long as it lives.
+    // Returns the failure text. It is part of this object and is valid as long as the object lives.
     //
-    // The number of the system error stands in it as one unit with that value (10061 as U+274D),
-    // not as digits. A number whose low 16 bits are zero thus ends the text early.
+    // The system's error number stands in it as one unit with that value (10061 as U+274D), not as
+    // digits. If the low 16 bits of the number are zero, the text ends there.
     virtual const unsigned short* GetMessage() const;
 
-    // The code that it was made with.
+    // Returns the code that was passed to the constructor.
     SOCKET_ERR GetErrorCode() const noexcept;
 
-    // The code for a Windows Sockets error number, as WSAGetLastError and WSAStartup give it;
-    // SOCKET_ERR_UNKNOWN for a number that is not in the table of errors. Three numbers stand in
-    // that table without their usual offset: 43, 44 and 92 are known, 10043, 10044 and 10092 are
-    // not; success is 10000, not 0.
+    // Returns the code for a Windows Sockets error number, as WSAGetLastError and WSAStartup return
+    // it, and SOCKET_ERR_UNKNOWN for a number that is not in the table of errors.
+    //
+    // Three numbers stand in that table without the usual offset of 10000: 43, 44 and 92 are known,
+    // 10043, 10044 and 10092 are not. Success is 10000, not 0.
     static SOCKET_ERR GetSocketError(int error) noexcept;
 
-    // The English text for the same numbers, "Unknown error" for all others. Static storage; never
-    // null.
+    // Returns the English text for the same numbers, and "Unknown error" for all others. The string
+    // is static and never null.
     static const unsigned short* GetErrorString(int error) noexcept;
 
     // GetMessage under the names that windows.h gives it.

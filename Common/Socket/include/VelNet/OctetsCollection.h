@@ -7,34 +7,41 @@
 
 namespace VelNet {
 
-// A reference-counted list, as the resolvers return it. Duplicates are kept. Used by one thread at
-// a time, its references included.
+// A reference-counted list of addresses, as the resolvers return it. Duplicates are kept. The list
+// and its references belong to one thread at a time.
 class VELSOCK_EXPORT OctetsCollection : public virtual VelBase::ReferenceCounted {
 public:
     OctetsCollection();
     OctetsCollection(const OctetsCollection& other);
-    // Does nothing and returns the object: a list is filled with Add and AddCollection only.
+    // Does nothing and returns the object: only Add and AddCollection fill a list.
     OctetsCollection& operator=(const OctetsCollection& other);
     ~OctetsCollection() override;
 
-    // Appends a copy of every element of the other list, in order. The other list is asked for its
-    // count again after every element, so a list must not be added to itself: that never ends.
-    // Throws as Add.
+    // Appends a copy of each element of the other list, in order. Do not add a list to itself: the
+    // other list's count is read again after each element, so that this never ends.
+    //
+    // Throws: what Add throws
     virtual void AddCollection(const OctetsCollection& other) = 0;
 
-    // Appends a copy. Throws std::bad_alloc, and std::length_error "vector<T> too long" past the
-    // longest possible list.
+    // Appends a copy of the address.
+    //
+    // Throws: std::bad_alloc
+    //         std::length_error  "vector<T> too long": the list cannot be any longer
     virtual void Add(Octets octets) = 0;
 
     virtual unsigned int GetCount() const = 0;
 
-    // A copy of the element at the index, counted from 0. The index is not checked: one at or past
-    // GetCount() is the caller's error. Throws std::bad_alloc.
+    // Returns a copy of the element at an index from 0 to GetCount() - 1. The index is not checked;
+    // any other is undefined behaviour.
+    //
+    // Throws: std::bad_alloc
     virtual Octets GetOctets(unsigned int index) const = 0;
 };
 
-// Makes an empty list with the reference count 0; the caller takes the first reference, normally by
-// putting the list into a VelBase::ReturnPtrI. Throws std::bad_alloc.
+// Creates an empty list with the reference count 0. The caller takes the first reference, normally
+// by putting the list into a VelBase::ReturnPtrI.
+//
+// Throws: std::bad_alloc
 VELSOCK_EXPORT OctetsCollection* CreateOctetsCollection();
 
 }  // namespace VelNet

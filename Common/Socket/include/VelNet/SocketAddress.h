@@ -1,4 +1,4 @@
-// An IPv4 endpoint, and the plain resolution of host names.
+// An IPv4 endpoint, and the resolution of host names.
 #pragma once
 
 #include "VelBase/Export.h"
@@ -9,74 +9,91 @@
 
 namespace VelNet {
 
-// An address and a port: a value that owns its record and is copied deeply. Every constructor
-// throws std::bad_alloc when there is no memory for it. Each object is used by one thread at a
-// time.
+// An IPv4 address and a port: a value that owns its data. Copies are deep. Every constructor throws
+// std::bad_alloc. Each object belongs to one thread at a time.
 //
-// The static operations are the library's resolvers over the system's IPv4 name functions, and two
-// that read the machine's DNS settings. They keep no state and may run on any thread; the socket
-// layer must be up (SocketInitialization). They block as long as the system's resolver does. Names
-// are UTF-8. A failure is logged under "Error" before it is thrown, except where it says otherwise,
-// and leaves nothing allocated.
+// The static operations resolve names with the system's IPv4 functions, and two of them read the
+// host's DNS settings. They keep no state, may be called from any thread, and block as long as the
+// system's resolver does. The socket layer must be up (SocketInitialization). Names are UTF-8.
+//
+// Failures: unless an operation says otherwise, it logs its failure under "Error" and then throws
+// Exception with the codes that its "Throws" lists. On top of these come
+//   SOCKET_ERR_NOTINITIALISED  the socket layer is down (operations that resolve, or ask for the
+//                              local host's name)
+//   std::bad_alloc             no memory
 class VELSOCK_EXPORT SocketAddress {
 public:
     // 0.0.0.0 and port 0
     SocketAddress();
 
-    // The port in host byte order; only its low 16 bits are kept.
+    // The port is in host byte order; only its low 16 bits are used.
     SocketAddress(Octets octets, unsigned int port);
 
     SocketAddress(const SocketAddress& other);
-    // Copies into this object's own record; allocates nothing.
+    // Copies the value; does not allocate.
     SocketAddress& operator=(const SocketAddress& other) noexcept;
     ~SocketAddress();
 
-    // A copy of the address. Throws std::bad_alloc.
+    // Returns a copy of the address. Throws std::bad_alloc.
     Octets GetOctets() const;
 
-    // The port in host byte order.
+    // Returns the port in host byte order.
     unsigned short GetPort() const noexcept;
 
-    // Every IPv4 address of the host, in the resolver's order, duplicates included; at least one. A
-    // dotted name stands for that address, a null or empty one for this machine. Required: any name
-    // that begins with the nine letters of "localhost" is looked up as "localhost".
+    // Returns all IPv4 addresses of a host, in the resolver's order and with duplicates; at least
+    // one. A dotted name stands for that address, a null or empty one for the local host.
     //
-    // Throws Exception with SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY
-    // or SOCKET_ERR_NO_DATA when the name does not resolve, with SOCKET_ERR_NOTINITIALISED when the
-    // layer is down, and with SOCKET_ERR_UNKNOWN when the host has no address; std::bad_alloc, and
-    // std::length_error "string too long" for a name that no text can hold.
+    // Required: any name that begins with the nine letters of "localhost" is looked up as
+    // "localhost".
+    //
+    // Throws: SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY,
+    //         SOCKET_ERR_NO_DATA  the name does not resolve
+    //         SOCKET_ERR_UNKNOWN  the host has no address
+    //         std::length_error   "string too long": no string can hold the name
     static VelBase::ReturnPtrI<OctetsCollection> GetOctetsFromMachineName(const char* name);
 
-    // The official name of the host with this address. Throws Exception with the same codes as
-    // above when there is none, most often SOCKET_ERR_NO_DATA or SOCKET_ERR_HOST_NOT_FOUND; this
-    // failure alone is not logged. Throws std::bad_alloc.
+    // Returns the official name of the host with this address. A failure is not logged.
+    //
+    // Throws: SOCKET_ERR_NO_DATA, SOCKET_ERR_HOST_NOT_FOUND  there is none
+    //         SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY   the resolver cannot tell
     static VelBase::ReturnString GetMachineNameFromOctets(Octets octets);
 
-    // The address that a dotted text stands for, in all forms that the system's inet_addr takes:
-    // one to four numbers, decimal, octal or hexadecimal, and whatever stands behind a blank
-    // ("1.2.3.4 and more", "1", " "). Throws Exception with SOCKET_ERR_UNKNOWN for any other text,
-    // null included; std::bad_alloc. Required: 255.255.255.255 is rejected as well, because
-    // inet_addr answers it with the value that stands for a failure.
+    // Returns the address that a dotted string stands for, in all forms that the system's inet_addr
+    // accepts: one to four numbers, decimal, octal or hexadecimal, with anything after a space
+    // ("1.2.3.4 and more", "1", " ").
+    //
+    // Required: 255.255.255.255 is rejected, because inet_addr returns its failure value for it.
+    //
+    // Throws: SOCKET_ERR_UNKNOWN  any other string, or null
     static Octets ConvertDottedStringToOctets(const char* text);
 
-    // The local host's name, of at most 199 characters. Throws Exception with SOCKET_ERR_FAULT for
-    // a longer one and SOCKET_ERR_NOTINITIALISED when the layer is down; std::bad_alloc.
+    // Returns the local host's name.
+    //
+    // Throws: SOCKET_ERR_FAULT  the name is longer than 199 characters
     static VelBase::ReturnString GetLocalMachineName();
 
-    // The DNS domain that the machine is set up with: that of the first network interface that has
-    // one, of which what the network gave (DHCP) comes first; the local host's name when there is
-    // none. Required: an interface that has the value ends the search even when the value is empty,
-    // and the host's name stands in. Read anew on every call from the machine's TCP/IP settings: on
-    // Windows from the registry, elsewhere from the settings tree or the system's resolver
-    // settings. Throws Exception with SOCKET_ERR_UNKNOWN when the settings cannot be read, and what
-    // GetLocalMachineName throws; std::bad_alloc.
+    // Returns the DNS domain that the local host is configured with: that of the first network
+    // interface that has one, where the domain that the network assigned (DHCP) has precedence. If
+    // there is none, returns the local host's name.
+    //
+    // The TCP/IP settings are read on every call: on Windows from the registry, elsewhere from the
+    // settings tree or the system's resolver settings.
+    //
+    // Required: an interface that has the value ends the search even if the value is empty; the
+    // result is the local host's name then.
+    //
+    // Throws: SOCKET_ERR_UNKNOWN  the settings cannot be read
+    //         and what GetLocalMachineName throws
     static VelBase::ReturnString GetLocalMachineDomain();
 
-    // The IPv4 addresses of the DNS servers that the machine is set up with, in their order,
-    // duplicates included; at least one. Read like the domain. Required: here the last interface
-    // comes first, and empty values are passed over. Throws Exception with SOCKET_ERR_UNKNOWN when
-    // the settings cannot be read, name no server, or name one that is no dotted address;
-    // std::bad_alloc.
+    // Returns the IPv4 addresses of the DNS servers that the local host is configured with, in
+    // their order and with duplicates; at least one. Reads the same settings as
+    // GetLocalMachineDomain.
+    //
+    // Required: here the last interface comes first, and empty values are skipped.
+    //
+    // Throws: SOCKET_ERR_UNKNOWN  the settings cannot be read, or name no server, or name one that
+    //                             is not a dotted address
     static VelBase::ReturnPtrI<OctetsCollection> GetLocalMachineDomainNameServer();
 
 private:

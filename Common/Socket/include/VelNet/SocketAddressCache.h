@@ -1,4 +1,4 @@
-// Host names and addresses that are looked up once.
+// A cache of resolved host names and addresses.
 #pragma once
 
 #include "VelBase/Export.h"
@@ -8,13 +8,13 @@
 
 namespace VelNet {
 
-// Resolves like SocketAddress and remembers every answer until it ends: nothing expires, nothing is
-// forgotten, however the host's addresses change. Meant for few hosts: each look-up walks what is
-// remembered. Failures are not remembered. Names and addresses are remembered apart: what one
-// operation has learnt the other does not know.
+// Resolves like SocketAddress and remembers each result for as long as the cache lives: entries
+// never expire, even if a host's addresses change. Failures are not remembered. Names and addresses
+// are cached separately: neither operation uses what the other has resolved. A look-up walks all
+// entries, so the cache suits few hosts.
 //
-// Made by CreateSocketAddressCache. Reference counted. A cache and its references are used by one
-// thread at a time; it blocks as long as the resolver does.
+// Created by CreateSocketAddressCache. Reference counted. A cache and its references belong to one
+// thread at a time. Look-ups block as long as the resolver does.
 class VELSOCK_EXPORT SocketAddressCache : public virtual VelBase::ReferenceCounted {
 public:
     SocketAddressCache();
@@ -22,15 +22,18 @@ public:
     SocketAddressCache& operator=(const SocketAddressCache& other);
     ~SocketAddressCache() override;
 
-    // The first address of the host. Names are told apart byte by byte, upper and lower case too.
-    // Throws what SocketAddress::GetOctetsFromMachineName throws.
+    // Returns the first address of the host. Names are compared byte by byte, case included.
+    //
+    // Throws: what SocketAddress::GetOctetsFromMachineName throws
     virtual Octets GetOctetsFromMachineName(const char* name) = 0;
 
-    // The name of the host. Throws what SocketAddress::GetMachineNameFromOctets throws.
+    // Returns the name of the host.
+    //
+    // Throws: what SocketAddress::GetMachineNameFromOctets throws
     virtual VelBase::ReturnString GetMachineNameFromOctets(Octets address) = 0;
 };
 
-// An empty cache with the reference count 0, or null when there is no memory for one.
+// Creates an empty cache with the reference count 0; returns null if there is no memory.
 VELSOCK_EXPORT SocketAddressCache* CreateSocketAddressCache();
 
 }  // namespace VelNet

@@ -1,4 +1,4 @@
-// Sockets that are waited on together.
+// A set of sockets to wait on.
 #pragma once
 
 #include "VelBase/Export.h"
@@ -11,19 +11,23 @@ namespace VelNet {
 enum SOCKET_EVENT : int {
     EVENT_ACCEPT = 0,  // a connection is pending on a listening socket
     EVENT_READ = 1,    // bytes are waiting on a connected socket
-    EVENT_WRITE = 2,   // the system takes bytes
+    EVENT_WRITE = 2,   // the socket can send
     EVENT_CLOSE = 3,   // the peer has closed the connection, and all its bytes have been read
 };
 
-// A list of sockets, meant for classic ones, each entry with the event that it waits for. The same
-// socket may stand in several entries. Entries match by system handle: two objects that share one
-// are the same socket, and so are all closed sockets.
+// A list of sockets, each with the event that it waits for; meant for sockets of class Socket, not
+// SocketXt. A socket may have several entries. Entries are compared by system handle: two objects
+// with the same handle are the same socket, and so are all closed sockets.
 //
-// Made by CreateSocketCollection or by Select; not reference counted: whoever got it ends it with
-// Destroy. It holds a reference to each entry's socket, which stays open while it is registered. A
-// collection is used by one thread at a time, the thread that uses its sockets.
+// Lifetime: created by CreateSocketCollection or by Select, and not reference counted: the caller
+// destroys it with Destroy. It holds a reference to each entry's socket, so that a registered
+// socket stays open.
 //
-// Required: the class declares no destructor. Only Destroy may end a collection.
+// Threads: a collection belongs to one thread at a time, the one that uses its sockets.
+//
+// Sockets that are passed in must not be null.
+//
+// Required: the class declares no destructor. Only Destroy may destroy a collection.
 class VELSOCK_EXPORT SocketCollection {
 public:
     SocketCollection();
@@ -32,40 +36,49 @@ public:
     SocketCollection& operator=(const SocketCollection& other);
     SocketCollection& operator=(SocketCollection&& other) noexcept;
 
-    // Appends an entry. No socket here or below may be null. Any event may be passed: one that is
-    // no SOCKET_EVENT is never waited for. Throws std::bad_alloc, and std::length_error "list<T>
-    // too long" when no entry more can be had; the collection is as before then.
+    // Appends an entry. Any event may be passed; one that is not a SOCKET_EVENT is never waited
+    // for. A failure leaves the collection unchanged.
+    //
+    // Throws: std::bad_alloc
+    //         std::length_error  "list<T> too long": the list cannot be any longer
     virtual void Add(Socket* socket, int event) = 0;
 
-    // Takes out every entry of that socket and event; none is no failure.
+    // Removes every entry of that socket and event, if there is any.
     virtual void Remove(Socket* socket, int event) = 0;
 
     virtual unsigned int GetCount() const = 0;
 
-    // The entry at an index from 0, the oldest, to GetCount() - 1. The index is not checked.
+    // Return the socket and the event of the entry at an index from 0, the oldest, to GetCount()
+    // - 1. The index is not checked.
     virtual VelBase::ReturnPtrI<Socket> GetSocket(unsigned int index) const = 0;
     virtual int GetEvent(unsigned int index) const = 0;
 
-    // The index of the first entry of that socket and event; 0xFFFFFFFF when there is none.
+    // Returns the index of the first entry of that socket and event, or 0xFFFFFFFF if there is
+    // none.
     virtual unsigned int Find(Socket* socket, int event) const = 0;
 
-    // Waits at most so many seconds, 0 for not at all, until an entry's event has come. Returns the
-    // entries whose events have come, in their order, as a collection that the caller ends, or null
-    // when the time was over first. The result may be empty: a socket is ready, but not for what it
-    // is registered for. With nothing to wait for it sleeps the whole time.
+    // Waits until the event of at least one entry has occurred, at most for the given number of
+    // seconds; 0 polls. Returns the entries whose events have occurred, in their order, as a new
+    // collection that the caller destroys, or null if the time elapsed first. The result can be
+    // empty: then a socket is ready, but not for the event that it is registered for. Sleeps for
+    // the whole time if there is nothing to wait for.
     //
-    // At most 64 different sockets are waited for to read (accept, read and close together) and as
-    // many to write; further ones are never found ready. Throws Exception when the system cannot
-    // wait, as for a closed socket (SOCKET_ERR_NOTSOCK) or one that another thread closes meanwhile
-    // (SOCKET_ERR_INTR), logged under "Error"; the collection is as before then. Throws
-    // std::bad_alloc.
+    // At most 64 different sockets are waited on for reading (accept, read and close together) and
+    // 64 for writing. Further ones are never reported.
+    //
+    // A failure is logged under "Error" and leaves the collection unchanged.
+    //
+    // Throws: SOCKET_ERR_NOTSOCK  a socket is closed
+    //         SOCKET_ERR_INTR     another thread closed a socket during the wait
+    //         any other code of Exception with which the system fails to wait
+    //         std::bad_alloc
     virtual SocketCollection* Select(unsigned int seconds) = 0;
 
-    // Ends the collection and releases its sockets.
+    // Destroys the collection and releases its references to the sockets.
     virtual void Destroy() = 0;
 };
 
-// An empty collection. Throws std::bad_alloc.
+// Creates an empty collection. Throws std::bad_alloc.
 VELSOCK_EXPORT SocketCollection* CreateSocketCollection();
 
 }  // namespace VelNet

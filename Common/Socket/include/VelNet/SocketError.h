@@ -3,10 +3,10 @@
 
 namespace VelNet {
 
-// What went wrong, as Exception::GetErrorCode tells it: the numbers of Windows Sockets on every
-// system, five conditions that have none there, and -1 for everything else. These are all the
-// values that the library produces; SOCKET_ERR_NOT_PERMITTED to SOCKET_ERR_NOT_DIRECTORY stand in
-// the table of errors, yet only the first of them is ever given for a number (-2).
+// The code of a failure, as Exception::GetErrorCode returns it: the Windows Sockets numbers on
+// every system, five conditions that have none there, and -1 for everything else. The library uses
+// no other values. SOCKET_ERR_NOT_PERMITTED to SOCKET_ERR_NOT_DIRECTORY are rows of the table of
+// errors, but only the first is ever returned for a number (-2).
 enum SOCKET_ERR : int {
     SOCKET_ERR_UNKNOWN = -1,
     SOCKET_ERR_NOT_PERMITTED = 1,

@@ -1,30 +1,34 @@
-// Brings the socket layer up and down.
+// Starts and stops the socket layer.
 #pragma once
 
 #include "VelBase/Export.h"
 
 namespace VelNet {
 
-// A host process keeps one object alive around all its use of the library. The first one in the
-// process brings the layer up (support libraries, log routers, Winsock 2.2), further ones only
-// count, and the end of the last one brings it down. Objects may be made and ended on any thread at
-// the same time.
+// Keeps the socket layer up while it exists. A process keeps one object alive around all its use of
+// the library. The first object in the process starts the layer (support libraries, log routers,
+// Winsock 2.2), further ones only count, and destroying the last one stops it. Objects may be
+// created and destroyed on any thread at the same time.
 //
-// Ending the layer while sockets are open closes them below the library: end them first.
+// Close all sockets before the last object is destroyed: stopping the layer closes the system's
+// sockets under those that are still open.
 class VELSOCK_EXPORT SocketInitialization {
 public:
-    // Throws Exception when the system's sockets cannot be started, with the code of the number
-    // that WSAStartup returned or, when another version than 2.2 came back, with
-    // SOCKET_ERR_UNKNOWN; passes on what the support libraries throw (std::bad_alloc). The layer
-    // then stays down and the next object tries again.
+    // Starts the layer, or counts one more user. If that throws, the layer stays down, and the next
+    // object tries again.
     //
-    // Required: when there is no memory for the layer's own state, nothing is thrown, the object
-    // counts, and the layer stays down until the last object has ended: operations that need it
-    // then fail, most with SOCKET_ERR_NOTINITIALISED.
+    // Required: if there is no memory for the layer's own state, nothing is thrown, the object
+    // counts, and the layer stays down until the last object is destroyed. Operations that need it
+    // fail until then, most with SOCKET_ERR_NOTINITIALISED.
+    //
+    // Throws: Exception       the system's sockets cannot be started; the code is that of the
+    //                         number that WSAStartup returned, or SOCKET_ERR_UNKNOWN if the system
+    //                         offers another version than 2.2
+    //         std::bad_alloc  the support libraries have no memory
     SocketInitialization();
 
-    // Never throws; a failure to stop the system's sockets is logged. Each object ends once: the
-    // count is not kept from going below zero.
+    // Never throws; a failure to stop the system's sockets is logged. The count is not protected
+    // against dropping below zero: each object is to be destroyed once.
     ~SocketInitialization();
 
     SocketInitialization(const SocketInitialization&) = delete;

@@ -1,4 +1,4 @@
-// The socket that speaks IPv4 or IPv6, by host and port text.
+// The extended socket: IPv4 or IPv6, addressed by host and port strings.
 #pragma once
 
 #include "VelBase/Export.h"
@@ -8,64 +8,81 @@
 
 namespace VelNet {
 
-// Addresses that have no text of their own. The numbers are this header's: Address::SpecialAddress
-// counts differently. Any value may be passed; one without a name stands for the empty text.
+// Addresses that are chosen by meaning instead of by a host string. The numbers differ from those
+// of Address::SpecialAddress. Any value may be passed; one that has no name here stands for the
+// empty string.
 enum SpecialAddressKind : int {
-    SPECIAL_ANY = 1,           // every address of this machine
-    SPECIAL_LOOPBACK = 2,      // this machine, by itself only
-    SPECIAL_THIS_MACHINE = 3,  // this computer's name
-    SPECIAL_BROADCAST = 4,     // IPv4's broadcast address, IPv6's group of all nodes
+    SPECIAL_ANY = 1,           // all addresses of the local host: "0.0.0.0" or "::0"
+    SPECIAL_LOOPBACK = 2,      // the loopback address: "127.0.0.1" or "::1"
+    SPECIAL_THIS_MACHINE = 3,  // the local host's name
+    SPECIAL_BROADCAST = 4,     // "255.255.255.255", or "ff02::1", the IPv6 group of all nodes
 };
 
-// A system handle as numbers go: all ones for none.
+// A handle of the system as a number; all bits are set if there is none.
 using SOCKET_HANDLE = unsigned long long;
 
-// One stream or datagram socket of either IP version, made by CreateSocketXt or by Accept.
-// Reference counted; a socket whose last reference goes while it is open closes itself, and what
-// fails then is logged and dropped. A socket and its references are used by one thread at a time,
-// except that one thread may send while another receives, and that Close ends what other threads
-// wait in (see Socket::Close), SendTo and RecvFrom included.
+// One IPv4 or IPv6 socket, for streams or datagrams, created by CreateSocketXt or by Accept.
 //
-// Hosts are names, numeric addresses, or empty for this machine; ports are numbers or names of
-// services. Both are texts in the system's code page (UTF-8 on Linux), resolved anew on every call
-// with the socket's type and protocol; the addresses are tried in the resolver's order until the
-// system accepts one. An operation that is given a null text passes it to the resolver, which takes
-// it for a missing one.
+// Lifetime: reference counted. A socket that is still open when its last reference is released
+// closes itself; a failure of that is logged and not thrown.
 //
-// Every operation goes to the system as it stands: none looks at what was called before. Failures
-// are logged under "Error", then thrown as Exception with the code that the system's error number
-// maps to (Exception::GetSocketError); a failure leaves the socket as it was, save where it says
-// otherwise. The resolver's failures are SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN,
-// SOCKET_ERR_NO_RECOVERY, SOCKET_ERR_NO_DATA and SOCKET_ERR_UNKNOWN (an unknown service). An
-// address of the other IP version is refused with SOCKET_ERR_AFNOSUPPORT by an IPv4 socket and with
-// SOCKET_ERR_FAULT by an IPv6 one.
+// Threads: a socket and its references belong to one thread at a time, with two exceptions. One
+// thread may send while another receives, and Close may be called while other threads are blocked
+// in an operation, SendTo and RecvFrom included (see Socket::Close).
 //
-// Bind, Connect, Accept, SendTo and RecvFrom start Winsock for themselves while they run; when that
-// fails they throw VelBase::ExceptionImpl<VelBase::Message> with the number as its identifier,
-// which is not logged. The layer must be up all the time (SocketInitialization): without it a
-// socket ends with the call that made it. All operations throw std::bad_alloc. A record that cannot
-// be written is lost.
+// Hosts and ports are strings in the system's code page (UTF-8 on Linux). A host is a name, a
+// numeric address, or empty for the local host; a port is a number or the name of a service. They
+// are resolved on every call, for the socket's type and protocol, and the addresses are tried in
+// the resolver's order until the system accepts one. A null pointer is passed to the resolver,
+// which treats it as an omitted host or port.
 //
-// Of the operations of Socket, Bind and Connect by Octets do nothing, Accept by SocketAddress
-// returns an empty owner and leaves its argument alone, and GetLocalAddress and GetRemoteAddress
-// return 0.0.0.0 and port 0: this socket keeps texts, not addresses. Others differ
-// from Socket's: Close and the option setters throw when they fail, Receive's text for a closed
-// connection names the local address, and a bound datagram socket counts as connected for
-// GetStatus.
+// State: no operation checks what was called before; each one is passed to the system. An operation
+// that fails leaves the socket unchanged unless it says otherwise.
+//
+// Failures: an operation logs its failure under "Error" and then throws Exception, with the code
+// for the system's error number (Exception::GetSocketError). What each "Throws" lists comes on top
+// of these:
+//   SOCKET_ERR_NOTSOCK         the socket is closed
+//   SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY, SOCKET_ERR_NO_DATA
+//                              the host does not resolve
+//   SOCKET_ERR_UNKNOWN         the service is unknown
+//   SOCKET_ERR_AFNOSUPPORT     an IPv4 socket was given an IPv6 address
+//   SOCKET_ERR_FAULT           an IPv6 socket was given an IPv4 address
+//   std::bad_alloc             no memory
+//   VelBase::ExceptionImpl<VelBase::Message>
+//                              Bind, Connect, Accept, SendTo and RecvFrom, which start Winsock for
+//                              themselves: that failed. Not logged; the message's identifier is the
+//                              number that WSAStartup returned.
+// A trace record that cannot be written is lost; the operation succeeds all the same. The socket
+// layer must be up for as long as the socket is used (SocketInitialization): if it is not, the
+// operation that creates the socket also closes it.
+//
+// Differences from Socket:
+// - Bind and Connect by Octets do nothing. Accept by SocketAddress returns an empty owner and
+//   leaves its argument unchanged. GetLocalAddress and GetRemoteAddress return 0.0.0.0 and port 0:
+//   this socket keeps strings, not addresses.
+// - Close, the timeout setters and SetReuseAddress throw when they fail.
+// - Receive's text for a closed connection names the local address. Its codes are Socket's: the
+//   orderly end is SOCKET_ERR_UNKNOWN.
+// - GetStatus treats a bound datagram socket as connected.
 class VELSOCK_EXPORT SocketXt : public Socket {
 public:
-    // An IP version, or an address family that is neither.
+    // An IP version; FAMILY_UNKNOWN for every other address family.
     enum ADDR_FAMILY : int { FAMILY_UNKNOWN = 0, FAMILY_IPV4 = 1, FAMILY_IPV6 = 2 };
 
-    // The room that texts of hosts and ports need at most, in bytes, with their terminators.
+    // The buffer sizes, in bytes and with the terminator, that hold any host and any port string.
     static const unsigned int MAXHOST = 1025;
     static const unsigned int MAXPORT = 32;
 
-    // The IP version that the installation is set to: FAMILY_IPV6 when the value "IPVersion" of the
-    // key SOFTWARE\Corvane\Orrin Server in the local machine's settings is exactly "6", FAMILY_IPV4
-    // in every other case, unreadable settings included. Read once while the socket layer is up and
-    // remembered until it goes down; read on every call while it is down. May be called from any
-    // thread. The library itself does not go by it. Throws std::bad_alloc.
+    // Returns the IP version that the installation is configured for: FAMILY_IPV6 if the value
+    // "IPVersion" of the key SOFTWARE\Corvane\Orrin Server in the local-machine settings is exactly
+    // "6", FAMILY_IPV4 otherwise, also if the settings cannot be read. The library itself does not
+    // use it.
+    //
+    // While the socket layer is up the value is read once and cached until the layer goes down;
+    // otherwise it is read on every call. May be called from any thread.
+    //
+    // Throws: std::bad_alloc
     static ADDR_FAMILY GetIpVersion();
 
     // An interface without data: copying copies nothing.
@@ -80,77 +97,103 @@ public:
     using Socket::Bind;
     using Socket::Connect;
 
-    // Takes the local address and port; port "0" lets the system choose. The special address is one
-    // of the socket's own IP version. Throws SOCKET_ERR_ADDRINUSE, SOCKET_ERR_ACCES,
-    // SOCKET_ERR_ADDRNOTAVAIL or SOCKET_ERR_INVAL like Socket::Bind, with the number for the last
-    // address tried.
+    // Bind the socket to a local address and port; port "0" lets the system choose one. A special
+    // address is one of the socket's own IP version.
+    //
+    // Throws: what Socket::Bind throws, for the last address that was tried
     virtual void Bind(SpecialAddressKind address, const char* port) = 0;
     virtual void Bind(const char* host, const char* port) = 0;
 
-    // Takes the next pending connection into socket, after releasing what that held, and returns
-    // socket. host and port become the peer's numeric texts; when the system cannot tell them they
-    // stay as they were, which is logged and not thrown. The new socket knows no address texts: its
-    // records show empty ones. A non-blocking socket without a pending connection throws
-    // SOCKET_ERR_WOULDBLOCK, unlike Socket::Accept. Memory is taken before the connection is, which
-    // std::bad_alloc leaves pending.
+    // Accepts the next pending connection. Releases what socket holds, stores the new socket there
+    // and returns it; host and port receive the peer's address in numeric form. If the system does
+    // not report that, they stay unchanged, which is logged and not thrown. The new socket has no
+    // address strings: its trace records show empty ones.
+    //
+    // Throws: SOCKET_ERR_WOULDBLOCK  no connection is pending, and the socket is non-blocking;
+    //                                unlike Socket::Accept
+    //         SOCKET_ERR_INVAL       the socket does not listen
+    //         SOCKET_ERR_MFILE       the process, or the system, cannot open another socket
+    //         std::bad_alloc         the connection stays pending
     virtual VelBase::ReturnPtrI<SocketXt>& Accept(VelBase::ReturnPtrI<SocketXt>& socket,
                                                   VelBase::ReturnString& host,
                                                   VelBase::ReturnString& port) = 0;
 
-    // Connects and writes the "Connected" record. Required: from the first step on, the records
-    // show this computer's name and port "0" as the local address, also when the connect fails.
-    // Throws like Socket::Connect, with the number for the last address tried: on a non-blocking
-    // socket, which goes on to the next address when one does not answer at once, that need not be
-    // SOCKET_ERR_WOULDBLOCK.
+    // Connect to a host and port and write the "Connected" record.
+    //
+    // Non-blocking: an address that does not connect at once is skipped for the next one, so that
+    // the failure thrown need not be SOCKET_ERR_WOULDBLOCK.
+    //
+    // Required: from the start of the call, the trace records show the local host's name and port
+    // "0" as the local address, also if the call fails.
+    //
+    // Throws: what Socket::Connect throws, for the last address that was tried
     virtual void Connect(SpecialAddressKind address, const char* port) = 0;
     virtual void Connect(const char* host, const char* port) = 0;
 
-    // The family of the addresses that the socket was made for.
+    // Returns the IP version that the socket was created for.
     virtual ADDR_FAMILY GetAddressFamily() const = 0;
 
-    // Allows sending to broadcast addresses. There is no way back. Throws
-    // SOCKET_ERR_NOPROTOOPT for a stream socket.
+    // Allows the socket to send to broadcast addresses (SO_BROADCAST); it cannot be revoked.
+    //
+    // Throws: SOCKET_ERR_NOPROTOOPT  the socket is a stream socket
     virtual void SetSocketForBroadcast() = 0;
 
-    // Joins (mode 0) or leaves (mode 1) a multicast group on the system's default interface; every
-    // other mode throws SOCKET_ERR_NOPROTOOPT. Throws SOCKET_ERR_ADDRNOTAVAIL for a group that was
-    // joined before or when no interface can be had, SOCKET_ERR_INVAL for one that was never
-    // joined, for an address that is no group or of the other IP version, and for a stream socket.
-    // Each call keeps the memory of the addresses that it resolved.
+    // Join (mode 0) or leave (mode 1) a multicast group on the system's default interface. Each
+    // call leaks the list of addresses that the group resolved to.
+    //
+    // Throws: SOCKET_ERR_NOPROTOOPT    the mode is neither 0 nor 1
+    //         SOCKET_ERR_ADDRNOTAVAIL  the socket is a member already, or there is no interface
+    //         SOCKET_ERR_INVAL         the socket is not a member; the address is not a group or of
+    //                                  the other IP version; the socket is a stream socket
     virtual void SetSocketForMulticast(SpecialAddressKind group, int mode) = 0;
     virtual void SetSocketForMulticast(const char* group, int mode) = 0;
 
-    // Sends one datagram of length bytes to the first address of the host that the system accepts
-    // and returns the number of bytes sent. Throws SOCKET_ERR_MSGSIZE for one that is too long,
-    // SOCKET_ERR_ACCES for a broadcast address without SetSocketForBroadcast,
-    // SOCKET_ERR_WOULDBLOCK on a non-blocking socket whose buffer is full.
+    // Send one datagram of length bytes to the first of the host's addresses that the system
+    // accepts, and return the number of bytes sent.
+    //
+    // Throws: SOCKET_ERR_MSGSIZE     the datagram is too long
+    //         SOCKET_ERR_ACCES       a broadcast address, without SetSocketForBroadcast
+    //         SOCKET_ERR_WOULDBLOCK  the send buffer is full, and the socket is non-blocking
     virtual int SendTo(const char* buffer, int length, SpecialAddressKind address,
                        const char* port) = 0;
     virtual int SendTo(const char* buffer, int length, const char* host, const char* port) = 0;
 
-    // Receives one datagram and returns its number of bytes, 0 for an empty one. host and port
-    // become the sender's numeric texts; when the system cannot tell them they stay as they were,
-    // which is logged and not thrown. Throws SOCKET_ERR_MSGSIZE, with the buffer filled, for one
-    // that is longer than length, SOCKET_ERR_INVAL on a socket that is not bound,
-    // SOCKET_ERR_CONNRESET when a datagram sent before did not arrive, SOCKET_ERR_TIMEDOUT after
-    // the receive time-out, SOCKET_ERR_WOULDBLOCK when nothing is waiting on a non-blocking socket.
-    // Memory is taken before the datagram is, which std::bad_alloc leaves waiting; but where there
-    // is none for a failure's text it stands for that, and what was too long is gone all the same.
+    // Receives one datagram and returns its length in bytes, 0 for an empty one. host and port
+    // receive the sender's address in numeric form; if the system does not report that, they stay
+    // unchanged, which is logged and not thrown.
+    //
+    // Throws: SOCKET_ERR_MSGSIZE     the datagram is longer than length; the buffer holds its
+    //                                beginning, the rest is lost
+    //         SOCKET_ERR_INVAL       the socket is not bound
+    //         SOCKET_ERR_CONNRESET   a datagram that this socket sent earlier did not arrive
+    //         SOCKET_ERR_TIMEDOUT    nothing came within the receive timeout
+    //         SOCKET_ERR_WOULDBLOCK  nothing to receive, and the socket is non-blocking
+    //         std::bad_alloc         no datagram has been taken; or, if the memory for a failure's
+    //                                text is lacking, in place of that failure: a datagram that was
+    //                                too long has been taken then
     virtual int RecvFrom(char* buffer, int length, VelBase::ReturnString& host,
                          VelBase::ReturnString& port) = 0;
 
-    // The system handle; all ones once the socket is closed. It stays the socket's.
+    // Returns the system handle, with all bits set if the socket is closed. The socket keeps
+    // ownership.
     virtual SOCKET_HANDLE GetHandle() const = 0;
 
-    // The text of a special address for the family, empty where there is none.
+    // Returns the host string of a special address for that IP version; empty if there is none.
+    //
+    // Throws: std::bad_alloc
     virtual VelBase::ReturnString GetSpecialAddress(SpecialAddressKind kind,
                                                     ADDR_FAMILY family) const = 0;
 };
 
-// Makes a blocking socket for the first address family of this computer's name that the system has
-// sockets for. Type and protocol as for CreateSocket. Throws Exception when the name does not
-// resolve or no socket can be had, and VelBase::ExceptionImpl<VelBase::Message> when Winsock does
-// not start; std::bad_alloc.
+// Creates a blocking socket. Its IP version is that of the first address of the local host's name
+// for which the system has sockets. Type and protocol are as for CreateSocket.
+//
+// Throws: SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY,
+//         SOCKET_ERR_NO_DATA
+//                           the local host's name does not resolve
+//         SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
+//         VelBase::ExceptionImpl<VelBase::Message>  Winsock does not start
+//         std::bad_alloc
 VELSOCK_EXPORT VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
                                                             Socket::SOCKET_PROTOCOL protocol);
 

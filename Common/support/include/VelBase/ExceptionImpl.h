@@ -1,4 +1,4 @@
-// The exception of the support libraries: a value that is thrown.
+// The exception type of the support libraries.
 #pragma once
 
 #include "VelBase/Export.h"
@@ -6,9 +6,9 @@
 
 namespace VelBase {
 
-// A Value that is thrown by value; a handler for Value& catches it. Only Message is thrown so.
-// Belongs to one thread at a time. Making and copying one copies the value and throws what that
-// throws (std::bad_alloc).
+// Adds to a Value that it can be thrown; a handler for Value& catches it. The library instantiates
+// it for Message only. Each object belongs to one thread at a time. Construction and copying copy
+// the Value and throw what that throws (std::bad_alloc).
 template <class Value>
 class ExceptionImpl : public Value {
 public:
@@ -18,7 +18,8 @@ public:
     ~ExceptionImpl();
 };
 
-// Made inside the module, so that a throw there and a handler in a client agree on the type.
+// Instantiated inside the module, so that a throw there and a handler in a client agree on the
+// type.
 extern template class VELSOCK_EXPORT ExceptionImpl<Message>;
 
 }  // namespace VelBase

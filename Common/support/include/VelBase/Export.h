@@ -1,4 +1,4 @@
-// Marks what the shared module hands to its clients.
+// Marks what the shared module exports.
 //
 // VELSOCK_BUILD is defined while the module itself is compiled, VELSOCK_STATIC where the sources
 // are linked straight into a program (the unit tests).

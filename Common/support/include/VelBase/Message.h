@@ -1,11 +1,12 @@
-// A message with its origin: the base of everything that the module throws.
+// A message with its origin: the base class of all exceptions that the module throws.
 #pragma once
 
 #include "VelBase/Export.h"
 #include "VelBase/ReturnWString.h"
 
-// windows.h turns GetMessage into a macro. The class keeps the plain name whatever was included
-// before, and answers to both names that the macro can make of it.
+// windows.h defines GetMessage as a macro for GetMessageA or GetMessageW. The class keeps the plain
+// name whatever was included before, and has members of both other names for clients that the macro
+// is active in.
 #pragma push_macro("GetMessage")
 #undef GetMessage
 
@@ -14,27 +15,27 @@ namespace VelBase {
 // The domain of every message that this library raises.
 inline constexpr unsigned short MESSAGE_DOMAIN_UNKNOWN = 0;
 
-// A plain value: a domain, an identifier and a wide text of which each object owns a copy. Not
-// polymorphic. A handler for Message& catches every exception that the module throws, the standard
-// library's aside.
+// A domain, an identifier and a wide string: a value of which each object owns its copy. Not
+// polymorphic. A handler for Message& catches every exception that the module throws, except those
+// of the standard library.
 class VELSOCK_EXPORT Message {
 public:
-    // Unknown domain, identifier 0, empty text; allocates nothing.
+    // Unknown domain, identifier 0, empty text; does not allocate.
     Message() noexcept;
-    // Copies own a text of their own; both throw std::bad_alloc.
+    // Deep copies. Throw std::bad_alloc.
     Message(const Message& other);
     Message& operator=(const Message& other);
     ~Message();
 
-    // Where the message comes from, and its number there.
+    // The message's origin, and its number there.
     void SetDomainAndID(unsigned short domain, int id) noexcept;
     unsigned short GetDomain() const noexcept;
     int GetID() const noexcept;
 
-    // Copies the text; null counts as the empty text. Throws std::bad_alloc.
+    // Copies a zero-terminated text; null counts as the empty text. Throws std::bad_alloc.
     void SetMessage(const unsigned short* text);
 
-    // The text, valid until the next SetMessage, assignment or destruction. Never null.
+    // Returns the text, valid until the next SetMessage, assignment or destruction. Never null.
     const unsigned short* GetMessage() const noexcept;
 
     // GetMessage under the names that windows.h gives it.

@@ -1,13 +1,13 @@
-// The interface of every object whose life ends with its last reference.
+// The interface of all reference-counted objects.
 #pragma once
 
 #include "VelBase/Export.h"
 
 namespace VelBase {
 
-// An abstract class without data. A new object has the count 0: whoever receives it first takes the
-// first reference, normally by putting it into a ReturnPtrI. Counts are plain integers, so an
-// object and all references to it belong to one thread at a time.
+// An object that is destroyed when its last reference is released. A new object has the count 0:
+// whoever receives it first takes the first reference, normally by putting it into a ReturnPtrI.
+// Counts are plain integers, so an object and all references to it belong to one thread at a time.
 class VELSOCK_EXPORT ReferenceCounted {
 public:
     virtual ~ReferenceCounted();
@@ -15,7 +15,7 @@ public:
     // Adds one reference.
     virtual void AddRef() const = 0;
 
-    // Drops one reference. The object is gone when that was the last one.
+    // Drops one reference, and destroys the object if that was the last one.
     virtual void Release() const = 0;
 
 protected:

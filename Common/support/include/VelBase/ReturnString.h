@@ -1,29 +1,29 @@
-// The owner in which a narrow text is handed across the module's boundary.
+// A narrow string that crosses the module boundary.
 #pragma once
 
 #include "VelBase/Export.h"
 
 namespace VelBase {
 
-// An owned, zero-terminated copy of a narrow text. The module allocates and frees it. A plain
-// value: each object is used by one thread at a time.
+// Owns a copy of a zero-terminated narrow string, which the module allocates and frees. Each object
+// belongs to one thread at a time.
 class VELSOCK_EXPORT ReturnString {
 public:
-    // The empty text; allocates nothing.
+    // The empty string; does not allocate.
     ReturnString() noexcept;
 
-    // Copies the text; null counts as the empty text. Implicit, so that a text can be returned as
-    // it stands. Throws std::bad_alloc.
+    // Copies the string; null counts as the empty one. Implicit, so that a string can be returned
+    // directly. Throws std::bad_alloc.
     ReturnString(const char* text);
 
     ReturnString(const ReturnString& other);
     ReturnString& operator=(const ReturnString& other);
-    // A moved-from object holds the empty text.
+    // A moved-from object holds the empty string.
     ReturnString(ReturnString&& other) noexcept;
     ReturnString& operator=(ReturnString&& other) noexcept;
     ~ReturnString();
 
-    // The text, valid until the object is assigned or destroyed. Never null.
+    // Returns the string, valid until the object is assigned to or destroyed. Never null.
     const char* c_str() const noexcept;
 
 private:

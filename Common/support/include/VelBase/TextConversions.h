@@ -1,4 +1,4 @@
-// Conversions between narrow and wide texts.
+// Conversions between narrow and wide strings.
 #pragma once
 
 #include "VelBase/Export.h"
@@ -7,24 +7,26 @@
 
 namespace VelBase {
 
-// Between UTF-8 and UTF-16. What is no valid text (a broken sequence, half a surrogate pair)
-// becomes U+FFFD, one for each maximal part that is broken: a conversion never fails and never
-// loses what stands behind. Null counts as the empty text. All throw std::bad_alloc.
+// Convert between UTF-8 and UTF-16. Null counts as the empty string. A conversion does not fail:
+// each maximal invalid part (a broken sequence, half a surrogate pair) becomes one U+FFFD, and what
+// follows it is kept.
 //
-// The flag has no effect; pass false. The module exports these two; what follows is for the library
-// itself.
+// The flag has no effect; pass false.
+//
+// Throw: std::bad_alloc
+//
+// The module exports these two only; what follows is for the library itself.
 VELSOCK_EXPORT ReturnWString UTF8ToWideChar(const char* text, bool flag);
 VELSOCK_EXPORT ReturnString WideCharToUTF8(const unsigned short* text, bool flag);
 
-// Converts so many units, wherever a zero stands; the result's text ends at the first zero, if one
-// is among them.
+// Converts exactly length units, zeros included; as a string, the result ends at the first zero.
 ReturnString WideCharToUTF8UsingLength(const unsigned short* units, unsigned int length, bool flag);
 
-// Between the system's code page and UTF-16.
+// Convert between the system's code page and UTF-16.
 ReturnWString MultiByteToWideChar(const char* text, bool flag);
 ReturnString WideCharToMultiByte(const unsigned short* text, bool flag);
 
-// The number in decimal digits, with a minus sign when negative.
+// Returns the number in decimal digits, with a minus sign if it is negative.
 ReturnWString ToDecimalWString(int number);
 
 }  // namespace VelBase

@@ -5,18 +5,26 @@
 
 namespace VelLog {
 
-// Writes each record as one line of UTF-8 to the end of a file: time (UTC), router, category, text.
-// The file is made, if need be, readable and writable by its owner only. On Linux a link in its
-// place is followed where only the process's user and root can have made it; any other is refused.
-// A record that the file takes in part, because the disk is full for one, stays a line of its own.
+// Appends each record to a file as one line of UTF-8: time (UTC), router, category, text. A record
+// that is written only in part, because the disk is full for instance, still remains a line of its
+// own.
+//
+// A file that does not exist is created with access for its owner only. On Linux a symbolic link is
+// followed only if nobody but the process's user and root can have created it, and refused
+// otherwise.
 class VELSOCK_EXPORT FileSink : public LogSink {
 public:
-    // The path is UTF-8. Throws VelBase::ExceptionImpl<VelBase::Message> with the path and the
-    // system's reason when the file cannot be opened for appending (a null path cannot), and
-    // std::bad_alloc. May be made on any thread; the destructor closes the file and must not run
-    // while the sink is set.
+    // Opens the file; the path is UTF-8. May be called on any thread.
+    //
+    // Throws: VelBase::ExceptionImpl<VelBase::Message>
+    //                         the file cannot be opened for appending, or the path is null; the
+    //                         message has the path and the system's reason
+    //         std::bad_alloc
     explicit FileSink(const char* path);
+
+    // Closes the file. The sink must not be set any more (SetSink).
     ~FileSink() override;
+
     void Write(const LogRecord& record) override;
 
 private:

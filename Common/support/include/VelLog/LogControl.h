@@ -1,4 +1,4 @@
-// The host's hold on the library's log: which routers write, and where to.
+// Control of the library's log: which routers write, and to which sink.
 #pragma once
 
 #include "VelBase/Export.h"
@@ -6,21 +6,21 @@
 
 namespace VelLog {
 
-// All routers are off and no sink is set until the host says so here. Both operations may be called
-// from any thread at any time, before the socket layer is started, while it is up and after it has
-// stopped.
+// Initially all routers are off and no sink is set. Both operations may be called from any thread
+// at any time: before the socket layer is started, while it is up and after it has been stopped.
 
-// Switches the router of this name and category, and every later one of the same name and category,
-// on or off. The library's routers are all named "Network"; their categories are "Error",
-// "Connection Trace", "Packet Trace" and "Verbose Packet Trace". Any other pair is remembered too,
-// for a router that may come. Returns false, and changes nothing, for a null text, one of more than
-// 63 characters, and a new pair when 64 are remembered already.
+// Switches the router with this name and category on or off, and also any that is created later.
+// The library's routers are all named "Network"; their categories are "Error", "Connection Trace",
+// "Packet Trace" and "Verbose Packet Trace". Other pairs are remembered too, up to 64.
+//
+// Returns false and changes nothing if a string is null or longer than 63 characters, or if a new
+// pair would be the 65th.
 VELSOCK_EXPORT bool SetRouterEnabled(const char* router, const char* category,
                                      bool enabled) noexcept;
 
-// Sends all records to the sink from now on, or nowhere when it is null, and returns the one that
-// was set before. When this returns, the earlier sink is no longer in use by any thread, except by
-// the calling one when that is inside the sink's Write.
+// Directs all records to the sink from now on, or discards them if it is null, and returns the sink
+// that was set before. When this returns, no thread uses that earlier sink any more, except the
+// calling thread if it is inside the sink's Write.
 VELSOCK_EXPORT LogSink* SetSink(LogSink* sink) noexcept;
 
 }  // namespace VelLog

@@ -1,11 +1,11 @@
-// Where records go.
+// The destination of log records.
 #pragma once
 
 #include "VelBase/Export.h"
 
 namespace VelLog {
 
-// One record. The texts are borrowed for the duration of the call that hands it over.
+// One record. The strings are valid only during the call that passes it.
 struct LogRecord {
     const char* router;    // "Network"
     const char* category;  // "Error", "Connection Trace", "Packet Trace", "Verbose Packet Trace"
@@ -13,11 +13,14 @@ struct LogRecord {
     long long microsecondsSince1970;  // UTC
 };
 
-// Takes records. The host makes the sink and keeps it alive as long as it is set. Records arrive
-// one at a time, from whichever thread wrote them, on that thread. A sink that waits keeps every
-// thread waiting that has a record; it must not wait for one of them. A sink may use the library,
-// except that it neither makes nor ends a SocketInitialization; what it logs itself while it
-// handles a record is dropped. A sink that throws loses its record, nothing else.
+// Receives records. The host process creates the sink and keeps it alive as long as it is set.
+//
+// Write is called for one record at a time, on the thread that logs it. A sink that blocks
+// therefore blocks every thread that logs, and must not wait for one of them.
+//
+// A sink may use the library, except that it must not create or destroy a SocketInitialization.
+// What it logs itself during Write is dropped. If Write throws, that record is lost, and nothing
+// else happens.
 class VELSOCK_EXPORT LogSink {
 public:
     LogSink() = default;
