@@ -1,4 +1,7 @@
-#include "AllocationCounter.h"
+#include "Counters.h"
+
+#include <dlfcn.h>
+#include <pthread.h>
 
 #include <cstddef>
 
@@ -15,35 +18,47 @@ void* __libc_memalign(std::size_t alignment, std::size_t size);
 
 namespace {
 
-unsigned long allocations = 0;
+constinit Bench::Counters counted;
+
+using LockMutex = int (*)(pthread_mutex_t*);
+
+LockMutex SystemLock() noexcept {
+    static const auto lock = reinterpret_cast<LockMutex>(::dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+    return lock;
+}
 
 }  // namespace
 
-unsigned long CountedAllocations() noexcept {
-    return allocations;
+Bench::Counters Bench::CountedSoFar() noexcept {
+    return counted;
 }
 
 // The module's requests come here too: a program's functions stand before those of the libraries.
 extern "C" {
 
 [[gnu::visibility("default")]] void* malloc(std::size_t size) {
-    ++allocations;
+    ++counted.allocations;
     return __libc_malloc(size);
 }
 
 [[gnu::visibility("default")]] void* calloc(std::size_t count, std::size_t size) {
-    ++allocations;
+    ++counted.allocations;
     return __libc_calloc(count, size);
 }
 
 [[gnu::visibility("default")]] void* realloc(void* block, std::size_t size) {
-    ++allocations;
+    ++counted.allocations;
     return __libc_realloc(block, size);
 }
 
 [[gnu::visibility("default")]] void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    ++allocations;
+    ++counted.allocations;
     return __libc_memalign(alignment, size);
+}
+
+[[gnu::visibility("default")]] int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
+    ++counted.locks;
+    return SystemLock()(mutex);
 }
 
 }  // extern "C"

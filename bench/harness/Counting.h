@@ -1,0 +1,13 @@
+// Counts what each case's operations ask for.
+#pragma once
+
+#include "Work.h"
+
+namespace Bench {
+
+// Prints for each case the lines "ROW SUBJECT operations N", and so on for allocations, locks and,
+// where the work says so, other figures. All of them are for one operation, but the first, which is
+// how many were measured: a tracer's or an instruction counter's sums are divided by it.
+void CountCases(const Cases& cases);
+
+}  // namespace Bench

@@ -1,0 +1,18 @@
+// The rows of the measurement, a file each. Every function appends its cases.
+#pragma once
+
+#include "harness/Work.h"
+
+namespace Bench {
+
+void AddTransferRows(Cases& cases);
+void AddCreationRows(Cases& cases);
+void AddConnectionRows(Cases& cases);
+void AddDatagramRows(Cases& cases);
+void AddSelectionRows(Cases& cases);
+void AddFailureRows(Cases& cases);
+void AddRecordRows(Cases& cases);
+// Opens 10,000 sockets.
+void AddPortRows(Cases& cases);
+
+}  // namespace Bench
