@@ -42,7 +42,7 @@ Octets OctetsOf(Address::SpecialAddress special) {
     }
 }
 
-// The host's name, or the address itself where none is found.
+// Returns the host's name, or the dotted address if there is none.
 std::string MachineNameOf(const Octets& octets, const std::string& ipAddress) {
     try {
         return SocketAddress::GetMachineNameFromOctets(octets).c_str();

@@ -1,11 +1,11 @@
-// The addresses of a host and port text, tried one after the other.
+// Resolves a host and port string and tries the addresses one after the other.
 #pragma once
 
 #include "Platform/Winsock.h"
 
 namespace VelNet {
 
-// Gives a list back to the system at the end of the scope, an empty one too.
+// Frees a list, which may be empty, at the end of the scope.
 class AddressListOwner {
 public:
     explicit AddressListOwner(Winsock::AddressInfo* list) noexcept : list_(list) {}
@@ -19,20 +19,20 @@ private:
     Winsock::AddressInfo* list_;
 };
 
-// How the attempts ended. The error is the number of the call that failed, the resolver's or the
-// last attempt's.
+// The outcome of the attempts. The error is the number of the call that failed: the resolver's, or
+// the last attempt's.
 struct AddressWalk {
     enum Outcome { NotResolved, NoAddress, Refused, Accepted };
 
     Outcome outcome;
     int error = 0;
 
-    // For operations to which a host without addresses is a failure: no call has failed then, and
-    // the number at hand stands in.
+    // For operations that treat a host without addresses as a failure. No call has failed then, so
+    // the thread's last error is used.
     int ErrorOrLast() const { return outcome == NoAddress ? Winsock::WSAGetLastError() : error; }
 };
 
-// What the resolver is asked for: addresses of both families for this type and protocol.
+// The hints for the resolver: addresses of both families, for this type and protocol.
 inline Winsock::AddressInfo AddressHints(int type, int protocol) noexcept {
     Winsock::AddressInfo hints = {};
     hints.type = type;
@@ -44,8 +44,8 @@ inline int AddressLength(const Winsock::AddressInfo& entry) noexcept {
     return static_cast<int>(entry.addressLength);
 }
 
-// Resolves the texts anew and gives each address to the attempt, which answers whether it
-// succeeded, until one does. Nothing of the list is left afterwards.
+// Resolves the strings and passes each address to attempt, which returns whether it succeeded,
+// until one does. The list is freed before this returns.
 template <class Attempt>
 AddressWalk TryAddresses(const char* host, const char* port, const Winsock::AddressInfo& hints,
                          Attempt attempt) {

@@ -1,4 +1,4 @@
-// One answer that an address cache remembers.
+// One result that an address cache remembers.
 #pragma once
 
 #include "VelNet/Octets.h"
@@ -9,7 +9,7 @@
 namespace VelNet {
 
 struct CacheEntry : VelSynch::ReferenceCountedImpl<int> {
-    std::string hostName;  // UTF-8: as the caller gave it, or as the system told it
+    std::string hostName;  // UTF-8: as passed by the caller, or as found by the system
     Octets address;
 };
 

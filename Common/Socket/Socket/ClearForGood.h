@@ -1,10 +1,10 @@
-// The last thing that the destructor of a value does.
+// Clears the pointer of a value in its destructor.
 #pragma once
 
 namespace VelNet {
 
-// Required: a value that has ended holds null. A plain store to an object whose life ends would be
-// dropped by the compiler.
+// Required: a destroyed value holds null. The compiler would drop a plain store to an object whose
+// lifetime ends.
 template <class T>
 void ClearForGood(T*& pointer) noexcept {
     T* volatile& kept = pointer;

@@ -6,10 +6,9 @@
 
 namespace VelNet {
 
-// One error: its numbers on five families of systems, the Windows Sockets number that it is looked
-// up by, the code and the text that it is reported with. In the five numbers -1 means that the
-// condition does not exist there, -2 that it has no equivalent. They are carried along and read by
-// nobody.
+// One error: its numbers on five families of systems, the Windows Sockets number that it is found
+// by, and the code and text that it is reported with. Of the five numbers, -1 means that the
+// condition does not exist there and -2 that it has no equivalent. Nothing reads them.
 struct ErrorTableRow {
     int bsdErrno;
     int aixErrno;
@@ -21,8 +20,8 @@ struct ErrorTableRow {
     const unsigned short* text;
 };
 
-// Looked up from the top; the first row with the key counts. The last row ends the table and stands
-// for every number that is not in it.
+// The first row with the key counts. The last row ends the table and stands for all numbers that
+// are not in it.
 inline constexpr int ErrorTableEndKey = -1;
 
 using VelBase::operator""_wide;
@@ -70,7 +69,7 @@ inline constexpr ErrorTableRow ErrorTable[] = {
     { 41,  60, 219,  98,  91, 10041, SOCKET_ERR_PROTOTYPE,       "Protocol wrong type for socket"_wide},
     { 71,  93,  71,  66,  66, 10071, SOCKET_ERR_REMOTE,          "Too many levels of remote in path"_wide},
     { 58,  77, 236, 143, 108, 10058, SOCKET_ERR_SHUTDOWN,        "Cannot send after socket shutdown"_wide},
-    // Required: as above.
+    // Required: keyed without the offset, like 43.
     { 44,  63, 222, 121,  94,    44, SOCKET_ERR_SOCKTNOSUPPORT,  "Socket type not supported"_wide},
     { 70,  52,  70, 151, 116, 10070, SOCKET_ERR_STALE,           "Stale NFS file handle"_wide},
     { 60,  78, 238, 145, 110, 10060, SOCKET_ERR_TIMEDOUT,        "Connection timed out"_wide},
@@ -83,9 +82,9 @@ inline constexpr ErrorTableRow ErrorTable[] = {
     {104,  -2,  -2,  59,  -2, 11003, SOCKET_ERR_NO_RECOVERY,     "This is a nonrecoverable error"_wide},
     { -2,  46,  -2,  -2,  -2, 10091, SOCKET_ERR_SYSNOTREADY,     "Network subsystem is unavailable"_wide},
     { 35,  11,  11,  11,  11, 11002, SOCKET_ERR_TRY_AGAIN,       "Nonauthoritative host not found"_wide},
-    // Required: as above.
+    // Required: keyed without the offset, like 43.
     { -2,  -2,  -2,  -2,  -2,    92, SOCKET_ERR_VERNOTSUPPORTED, "WINSOCK.DLL version out of range"_wide},
-    // Required: five rows share the key -2; a look-up only ever finds the first.
+    // Required: five rows share the key -2; a look-up finds only the first.
     {  1,   1,   1,   1,   1,    -2, SOCKET_ERR_NOT_PERMITTED,   "Operation not permitted"_wide},
     { 30,  30,  30,  30,  30,    -2, SOCKET_ERR_READ_ONLY,       "Read only file system"_wide},
     {  2,   2,   2,   2,   2,    -2, SOCKET_ERR_NO_ENTRY,        "No such file or directory"_wide},

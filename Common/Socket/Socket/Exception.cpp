@@ -15,8 +15,7 @@ const ErrorTableRow& FindRow(int error) noexcept {
 
 }  // namespace
 
-// Required: a null text leaves text and code as the memory was, so nothing is initialised up front.
-// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+// Required: a null text leaves text and code as the memory was, so there are no initializers.
 Exception::Exception(const unsigned short* text, SOCKET_ERR code) {
     if (text == nullptr) return;
 

@@ -1,7 +1,7 @@
-// What a failure says, and how it reaches the log and the caller.
+// Composes the texts of failures, logs them and throws them.
 //
-// Nothing here reads the system's error number: whoever made the failing call reads it at once and
-// passes it on.
+// Nothing here reads the system's error number: the caller reads it right after the failing call
+// and passes it on.
 #pragma once
 
 #include "Socket/LogFormat.h"
@@ -14,38 +14,40 @@
 
 namespace VelNet {
 
-// How a failure stands in a record of its own.
+// The format of a failure's log record.
 inline constexpr LogFormat FailureFormat = "%1"_format;
 
-// Room that is made at once for a failure text; longer ones grow.
+// How many units are reserved for a failure text; a longer one grows.
 inline constexpr std::size_t FailureTextRoom = 1020;
 
-// A failure text so far: label, blank, description, with room for the rest.
+// Begins a failure text: label, space, description. Reserves memory for the rest.
 VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned short* description);
 
-// Appends the lead-in, the error number, a blank and the error's text. Required: the number is one
-// unit of its low 16 bits, not digits; where these are zero, the unit ends the text for every
-// reader.
+// Appends the lead-in, the error number, a space and the error's text.
+//
+// Required: the number is one unit of its low 16 bits, not digits. If these are zero, the unit ends
+// the text for every reader.
 void AppendError(VelBase::WideText& text, const unsigned short* leadIn, unsigned int error);
 
-// The usual failure text: label, blank, description, ", errno = ", number, blank, error text.
+// Returns the usual failure text: label, space, description, ", errno = ", number, space, error
+// text.
 VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
                                           const unsigned short* description, unsigned int error);
 
-// Logs the text under "Error" if that is switched on, then throws Exception with the text and the
+// Logs the text under "Error" if that router is on, then throws Exception with the text and the
 // code.
 [[noreturn]] void ThrowFailure(const VelBase::ReturnWString& text, SOCKET_ERR code,
                                LogFormat format = FailureFormat);
 
-// The same for a usual failure text with an error of the system.
+// The same with the usual failure text for a number of the system.
 [[noreturn]] void ThrowSystemFailure(const unsigned short* label, const unsigned short* description,
                                      int error);
 
-// Logs the text under "Error" if that is switched on.
+// Logs the text under "Error" if that router is on.
 void LogFailure(const VelBase::ReturnWString& text, LogFormat format);
 
-// Logs the text that compose returns under "Error" if that is switched on. For what must not throw:
-// what goes wrong here, exhausted memory included, is lost.
+// Logs the text that compose returns under "Error" if that router is on. For callers that must not
+// throw: any failure in here, exhausted memory included, is swallowed.
 template <class Compose>
 void TryLogFailure(Compose compose, LogFormat format = FailureFormat) noexcept {
     if (EnabledRouter(&SocketLayerState::errorRouter) == nullptr) return;
@@ -56,7 +58,7 @@ void TryLogFailure(Compose compose, LogFormat format = FailureFormat) noexcept {
     }
 }
 
-// The same for a usual failure text.
+// The same with the usual failure text.
 void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
                    LogFormat format = FailureFormat) noexcept;
 

@@ -1,4 +1,4 @@
-// Between the library's IPv4 endpoints and the system's.
+// Converts between the library's IPv4 endpoints and the system's.
 #pragma once
 
 #include "Platform/Winsock.h"

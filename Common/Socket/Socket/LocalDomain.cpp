@@ -1,4 +1,4 @@
-// What the machine's settings say about its DNS domain and servers.
+// Reads the DNS domain and servers from the local host's settings.
 #include "Platform/System.h"
 #include "Socket/FailureText.h"
 #include "VelBase/TextConversions.h"
@@ -16,7 +16,7 @@ using VelBase::operator""_wide;
 
 namespace {
 
-// Old systems keep one set of values, newer ones a set for each network interface.
+// Old systems keep one set of values, newer ones a set per network interface.
 constexpr const unsigned short* ParametersPath =
     "System\\CurrentControlSet\\Services\\Tcpip\\Parameters"_wide;
 constexpr const unsigned short* InterfacesPath =
@@ -44,7 +44,7 @@ bool IsEmpty(const VelBase::ReturnWString& text) noexcept {
     return *text.c_str() == 0;
 }
 
-// The first of the two values that is there and not empty, or the empty text.
+// Returns the first of the two values that exists and is not empty, or the empty text.
 VelBase::ReturnWString ReadEither(const VelRegistry::Key& key, const unsigned short* first,
                                   const unsigned short* second) {
     VelBase::ReturnWString text;
@@ -60,7 +60,7 @@ VelBase::ReturnWString ReadFromParameters(const unsigned short* first,
                                  : VelBase::ReturnWString();
 }
 
-// The network interfaces by index, in the registry's order.
+// The network interfaces, in the registry's order.
 class Interfaces {
 public:
     Interfaces() : key_(OpenSettings(InterfacesPath)) {
@@ -69,7 +69,7 @@ public:
 
     unsigned int Count() const noexcept { return names_ != nullptr ? names_->GetCount() : 0; }
 
-    // Null for an interface that has gone meanwhile.
+    // Returns null for an interface that has disappeared.
     VelRegistry::KeyOwner Open(unsigned int index) const {
         return VelRegistry::KeyOwner(key_->OpenSubKey(names_->GetItem(index), false));
     }
@@ -79,7 +79,7 @@ private:
     std::unique_ptr<VelRegistry::KeyList> names_;
 };
 
-// Required: the first interface that has either value ends the walk, even with an empty text.
+// Required: the first interface that has either value ends the search, even if the text is empty.
 VelBase::ReturnWString ReadDomainOfInterfaces() {
     const Interfaces interfaces;
     for (unsigned int index = 0; index < interfaces.Count(); ++index) {
@@ -92,7 +92,7 @@ VelBase::ReturnWString ReadDomainOfInterfaces() {
     return {};
 }
 
-// Required: from the last interface to the first, and past those whose texts are empty.
+// Required: from the last interface to the first, skipping those whose texts are empty.
 VelBase::ReturnWString ReadNameServersOfInterfaces() {
     const Interfaces interfaces;
     for (unsigned int index = interfaces.Count(); index-- > 0;) {
@@ -104,7 +104,7 @@ VelBase::ReturnWString ReadNameServersOfInterfaces() {
     return {};
 }
 
-// Required: the precedence of the two values is the other way round than for interfaces.
+// Required: the precedence of the two values is the reverse of that for interfaces.
 VelBase::ReturnWString ReadDomain() {
     return HasInterfaces() ? ReadDomainOfInterfaces() : ReadFromParameters(Domain, DhcpDomain);
 }
@@ -140,7 +140,7 @@ void AddToken(OctetsCollection& addresses, std::string& token) {
     token.clear();
 }
 
-// Everything but digits and points separates addresses.
+// Everything except digits and dots separates addresses.
 void AddAddresses(OctetsCollection& addresses, const unsigned short* text) {
     std::string token;
     for (; *text != 0; ++text) {

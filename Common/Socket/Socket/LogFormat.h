@@ -1,4 +1,4 @@
-// Message formats as the logging library takes them, and the one way to write a record.
+// The message formats that the logging library takes, and the one function that writes a record.
 #pragma once
 
 #include "VelLog/Router.h"
@@ -8,7 +8,7 @@
 
 namespace VelNet {
 
-// A format, and the same in double quotes: LogMessage wants both.
+// A format, and the same in double quotes: LogMessage takes both.
 struct LogFormat {
     const char* text;
     const char* quoted;
@@ -34,8 +34,8 @@ consteval LogFormat operator""_format() noexcept {
     return {Literal.text, Literal.quoted};
 }
 
-// Writes a record with the arguments that the formatter has been fed. The caller has found the
-// router enabled.
+// Writes a record with the arguments that the formatter holds. The caller has checked that the
+// router is on.
 void WriteRecord(VelLog::Router& router, LogFormat format,
                  VelResource::MessageFormatter& formatter);
 

@@ -1,9 +1,9 @@
-// Narrow texts as callers give them.
+// Narrow strings that callers pass.
 #pragma once
 
 namespace VelNet {
 
-// Null counts as the empty text.
+// Returns the empty string for null.
 inline const char* OrEmpty(const char* text) noexcept {
     return text != nullptr ? text : "";
 }

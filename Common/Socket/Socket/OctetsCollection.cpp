@@ -14,7 +14,7 @@ OctetsCollection& OctetsCollection::operator=(const OctetsCollection&) {
     return *this;
 }
 
-// Required: the other list's count is asked for again after every element.
+// Required: the other list's count is read again after each element.
 void OctetsCollectionImpl::AddCollection(const OctetsCollection& other) {
     for (unsigned int index = 0; index < other.GetCount(); ++index)
         Add(other.GetOctets(index));

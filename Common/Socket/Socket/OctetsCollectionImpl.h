@@ -1,4 +1,4 @@
-// The list of addresses behind OctetsCollection.
+// Implements OctetsCollection.
 #pragma once
 
 #include "VelNet/OctetsCollection.h"

@@ -1,4 +1,4 @@
-// What tells the library's own sockets from a client's implementations of the interfaces.
+// Distinguishes the library's own sockets from a client's implementations of the interfaces.
 #pragma once
 
 #include "Platform/Winsock.h"

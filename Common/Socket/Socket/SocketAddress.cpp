@@ -23,7 +23,7 @@ namespace {
 
 constexpr int HostNameRoom = 200;
 
-// Required: whatever begins with these nine letters is looked up as just them.
+// Required: a name that begins with these nine letters is looked up as these letters.
 constexpr char LocalHost[] = "localhost";
 
 std::string NameToLookUp(const char* name) {
@@ -40,7 +40,7 @@ Octets OctetsFrom(const char* bytes) {
             static_cast<unsigned char>(bytes[2]), static_cast<unsigned char>(bytes[3])};
 }
 
-// A failure text that names what was looked up: description, " Connection = {", the name.
+// A failure text with the name that was looked up: description, " Connection = {", the name.
 VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned short* description,
                                      const char* lookedUp) {
     VelBase::WideText text = BeginFailureText(label, description);
@@ -57,7 +57,7 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
 }
 
 [[noreturn]] void ThrowWithoutAddress(const std::string& name) {
-    // Required: no point behind FAIL.
+    // Required: no dot after FAIL.
     VelBase::WideText text = BeginLookUpFailure(
         "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL"_wide,
         "The host name supplied does not have an ip address."_wide, name.c_str());
@@ -65,9 +65,9 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
     ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
 }
 
-// Required: this failure alone is thrown without being logged.
+// Required: this failure is thrown without being logged, unlike all others.
 [[noreturn]] void ThrowNameless(const Octets& octets, int error) {
-    // Required: no point behind FAIL.
+    // Required: no dot after FAIL.
     VelBase::WideText text =
         BeginLookUpFailure("VelNet::SocketAddress::GetMachineNameFromOctets() - FAIL"_wide,
                            "The address supplied is not resolvable on this machine."_wide,

@@ -1,4 +1,4 @@
-// The two lists behind SocketAddressCache.
+// Implements SocketAddressCache with two lists.
 #pragma once
 
 #include "Socket/CacheEntry.h"
@@ -11,7 +11,7 @@
 
 namespace VelNet {
 
-// A copy refers to the same entries.
+// A copy shares its entries with the original.
 class SocketAddressCacheImpl : public VelSynch::ReferenceCountedImpl<int>,
                                public SocketAddressCache {
 public:
@@ -19,7 +19,7 @@ public:
     VelBase::ReturnString GetMachineNameFromOctets(Octets address) override;
 
 private:
-    // A counted reference that is copied with the list that it stands in.
+    // A counted reference that can be copied with its list.
     class EntryReference {
     public:
         explicit EntryReference(CacheEntry* entry) : entry_(entry) { entry_->AddRef(); }
@@ -38,11 +38,11 @@ private:
     };
     using EntryList = std::vector<EntryReference>;
 
-    // The first entry that matches, or an empty owner.
+    // Returns the first entry that matches, or an empty owner.
     VelBase::ReturnPtrI<CacheEntry> GetCacheEntry(const char* name) const;
     VelBase::ReturnPtrI<CacheEntry> GetCacheEntry(Octets address) const;
 
-    // Each in the order in which its entries were learnt.
+    // In the order in which the entries were resolved.
     EntryList byName_;
     EntryList byAddress_;
 };

@@ -20,13 +20,13 @@ namespace {
 
 constexpr unsigned int NotFound = 0xFFFFFFFFU;
 
-// As long as the system can sleep, where that is less.
+// Capped at the longest time that System::Sleep takes.
 unsigned long MillisecondsFrom(unsigned int seconds) noexcept {
     constexpr unsigned long long most = std::numeric_limits<unsigned long>::max() - 1;
     return static_cast<unsigned long>(std::min(seconds * 1000ULL, most));
 }
 
-// A readable socket in this state has an event of this kind.
+// The event that a readable socket in this state stands for.
 struct ReadableState {
     int status;
     int event;
@@ -49,7 +49,7 @@ void SocketCollectionImpl::Add(Socket* socket, int event) {
 }
 
 void SocketCollectionImpl::Remove(Socket* socket, int event) {
-    // The entries may hold the last references to the very socket that they are compared with.
+    // The entries may hold the last reference to the very socket that they are compared with.
     const VelBase::InterfaceHolder<Socket> kept(socket);
     entries_.remove_if([&](const Entry& entry) { return entry.Matches(*socket, event); });
 }
@@ -110,7 +110,7 @@ const SocketCollectionImpl::Entry& SocketCollectionImpl::EntryAt(unsigned int in
     return *std::next(entries_.begin(), index);
 }
 
-// Required: the status is asked afresh for each kind of event, and before the event is looked at.
+// Required: the status is read again for each kind of event, and before the event is looked at.
 void SocketCollectionImpl::AddIfReadable(const Entry& entry) {
     for (const ReadableState& readable : ReadableStates) {
         if (entry.socket->GetStatus() == readable.status && entry.event == readable.event)

@@ -1,4 +1,4 @@
-// The list of sockets behind SocketCollection.
+// Implements SocketCollection.
 #pragma once
 
 #include "VelBase/InterfaceHolder.h"
@@ -27,7 +27,7 @@ private:
     struct Entry {
         Entry(Socket* registered, int awaited) : socket(registered), event(awaited) {}
 
-        // The entry's own socket is asked.
+        // Compares with the entry's own socket.
         bool Matches(const Socket& other, int awaited) const {
             return socket->IsSameSocket(other) && event == awaited;
         }
@@ -37,8 +37,8 @@ private:
     };
 
     const Entry& EntryAt(unsigned int index) const;
-    // Appends the entry of a readable socket for each event that its status tells of and that it
-    // waits for.
+    // Appends the entry of a readable socket once for each event that its status stands for and
+    // that it waits for.
     void AddIfReadable(const Entry& entry);
 
     std::list<Entry> entries_;

@@ -16,10 +16,10 @@ namespace {
 
 constexpr int Backlog = 2;
 
-// Besides Winsock's own number, the one that other systems' sockets have for "would block".
+// The number of "would block" on other systems, accepted beside Winsock's own.
 constexpr int ErrorTryAgain = 11;
 
-// The stored addresses of a socket, rendered once for all records of a call.
+// The stored addresses of a socket, formatted once for all records of a call.
 class ClassicEndpoints final : public TraceEndpoints {
 public:
     ClassicEndpoints(const SocketAddress& local, const SocketAddress& remote)
@@ -42,7 +42,7 @@ private:
     int remotePort_;
 };
 
-// The failure of an operation that was given an endpoint, which its text shows.
+// Throws the failure of an operation with an endpoint, which the text shows.
 [[noreturn]] void ThrowEndpointFailure(const unsigned short* label,
                                        const unsigned short* description, const Octets& address,
                                        const unsigned short* separator, unsigned short port,
@@ -119,7 +119,7 @@ void SocketImpl::Connect(Octets address, unsigned short port) {
     const Winsock::AddressIpv4 systemAddress = SystemAddressFrom(address, port);
     if (Winsock::connect(handle_, &systemAddress, sizeof systemAddress) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
-        // Required: no blank behind the colon, unlike in the text of Bind.
+        // Required: no space after the colon, unlike in the text of Bind.
         ThrowEndpointFailure("VelNet::SocketImpl::Connect() - FAIL."_wide,
                              "Cannot connect to a socket: "_wide, address, ":"_wide, port, error);
     }
@@ -130,7 +130,7 @@ void SocketImpl::Connect(Octets address, unsigned short port) {
 }
 
 VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
-    // Made before the system is asked: what it gives must not be lost for want of memory.
+    // Created before the system is asked: a connection must not be lost because memory runs out.
     const VelBase::InterfaceHolder<SocketImpl> accepted(new SocketImpl);
     Winsock::AddressIpv4 address = {};
     int length = sizeof address;
@@ -146,7 +146,7 @@ VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
     accepted->handle_ = handle;
     accepted->state_ = STATE_CONNECTED;
     remote = SocketAddressFrom(address);
-    // Required: the listener's own address, not the one that the connection came in on.
+    // Required: the address that the listener is bound to, not the one that the connection reached.
     accepted->local_ = GetLocalAddress();
     accepted->remote_ = remote;
     accepted->TraceConnection(ConnectedFormat);
@@ -160,7 +160,7 @@ void SocketImpl::SetReceiveTimeout(unsigned int milliseconds) {
 }
 
 void SocketImpl::SetSendTimeout(unsigned int milliseconds) {
-    // Required: the label names the receive time-out.
+    // Required: the label names the receive timeout.
     SetOption(Winsock::OptionSendTimeout, milliseconds,
               "VelNet::SocketImpl::SetReceiveTimeout() - FAIL."_wide,
               "Cannot set Send Timeout"_wide);
@@ -228,7 +228,7 @@ SocketAddress SocketImpl::QueryAddress(AddressQuery query,
     int length = sizeof address;
     if (query(handle_, &address, &length) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
-        // Required: the label is that of Send, whichever address was asked for.
+        // Required: the label is that of Send for both addresses.
         ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, description, error);
     }
     return SocketAddressFrom(address);

@@ -1,4 +1,4 @@
-// The IPv4 socket behind Socket.
+// Implements Socket for IPv4.
 #pragma once
 
 #include "Platform/Winsock.h"
@@ -11,14 +11,14 @@
 
 namespace VelNet {
 
-// Wraps one system handle. Remembers both addresses as they were last learnt, for the records; what
-// GetLocalAddress and GetRemoteAddress answer is asked of the system each time.
+// Wraps one system handle. Keeps both addresses as last reported by the system, for trace records
+// only; GetLocalAddress and GetRemoteAddress ask the system each time.
 class SocketImpl : public Socket, public VelSynch::ReferenceCountedImpl<int>, public OwnSocket {
 public:
     SocketImpl();
-    // Takes the handle over.
+    // Takes ownership of the handle.
     SocketImpl(Winsock::Handle handle, SocketState state);
-    // Closes a socket that is still open.
+    // Closes the socket if it is open.
     ~SocketImpl() override;
     SocketImpl(const SocketImpl&) = delete;
     SocketImpl& operator=(const SocketImpl&) = delete;
@@ -50,7 +50,7 @@ private:
     void SetOption(int option, unsigned int value, const unsigned short* label,
                    const unsigned short* description) const;
 
-    // Out of the way of the transfers that succeed.
+    // Out of line, so that successful transfers stay short.
     static int FailedSend();
     [[noreturn]] static void ThrowReceiveFailure(int result);
 
@@ -61,7 +61,8 @@ private:
     SocketState state_;
     SocketAddress local_;
     SocketAddress remote_;
-    // What both become in Close, which cannot fail and so must find it made.
+    // The value of both addresses after Close, which must not allocate and therefore needs it
+    // ready.
     const SocketAddress nobody_;
 };
 

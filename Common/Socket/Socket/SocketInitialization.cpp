@@ -10,7 +10,7 @@ namespace VelNet {
 
 namespace {
 
-// Memory for a state, without the state's own life: that is SocketAPI's business.
+// Memory for a state, without an object in it: SocketAPI constructs and destroys that.
 struct FreeStateMemory {
     void operator()(SocketLayerState* memory) const noexcept { ::operator delete(memory); }
 };
@@ -28,7 +28,7 @@ SocketInitialization::SocketInitialization() {
     if (++g_socketInitializationCount != 1) return;
 
     StateMemory memory = AllocateState();
-    if (memory == nullptr) return;  // counted all the same, with nothing published
+    if (memory == nullptr) return;  // counts nevertheless, without a state
 
     try {
         SocketAPI::Initialize(*memory);

@@ -1,4 +1,4 @@
-// What the socket layer holds while it is up.
+// The state of the socket layer while it is up.
 #pragma once
 
 #include "VelBase/InterfaceHolder.h"
@@ -11,8 +11,8 @@
 
 namespace VelNet {
 
-// Members are made in this order and ended in the reverse one: the routers while the logging
-// library is up.
+// Members are constructed in this order and destroyed in reverse, so that the routers exist only
+// while the logging library is up.
 struct SocketLayerState {
     SocketLayerState();
 
@@ -26,14 +26,14 @@ struct SocketLayerState {
     std::atomic<int> cachedIpVersion = 0;
 };
 
-// The state while the layer is up, else null. Written under the start-up lock, read without:
-// whoever uses the library keeps a SocketInitialization alive around that.
+// The state while the layer is up, otherwise null. Written under the start-up lock, but read
+// without it: every user of the library keeps a SocketInitialization alive.
 extern constinit SocketLayerState* g_socketLayer;
 
 using RouterMember = VelBase::InterfaceHolder<VelLog::Router> SocketLayerState::*;
 
-// The router, or null when it is switched off or the layer is down. Every log site goes through
-// here before it formats anything.
+// Returns the router, or null if it is off or the layer is down. Every log site calls this before
+// it formats anything.
 inline VelLog::Router* EnabledRouter(RouterMember member) noexcept {
     const SocketLayerState* const layer = g_socketLayer;
     if (layer == nullptr) return nullptr;
@@ -42,8 +42,8 @@ inline VelLog::Router* EnabledRouter(RouterMember member) noexcept {
     return router->IsEnabled() ? router : nullptr;
 }
 
-// Whether a transfer has a record to write. Asked on the path of every transfer: one load of the
-// state, two of flags, and one decision for both.
+// Whether a transfer has a record to write. Runs on the path of every transfer: one load of the
+// state, two of the flags, and one branch for both.
 inline bool IsAnyPacketTraceEnabled() noexcept {
     const SocketLayerState* const layer = g_socketLayer;
     if (layer == nullptr) return false;

@@ -1,9 +1,9 @@
-// Where a socket is in its life.
+// The state of a socket.
 #pragma once
 
 namespace VelNet {
 
-// Feeds IsValid, GetStatus and the destructor; no operation is refused because of it.
+// Used by IsValid, GetStatus and the destructor; no operation is refused because of it.
 enum SocketState : unsigned int {
     STATE_CLOSED = 0,
     STATE_CREATED = 1,

@@ -17,7 +17,7 @@ constexpr const unsigned short* ProductKey = "SOFTWARE\\Corvane"_wide;
 constexpr const unsigned short* ServerKey = "Orrin Server"_wide;
 constexpr const unsigned short* IpVersionValue = "IPVersion"_wide;
 
-// Exactly this one character: neither "06" nor "6 ".
+// Exactly this character: neither "06" nor "6 ".
 bool IsSix(const unsigned short* text) noexcept {
     return text[0] == '6' && text[1] == 0;
 }
@@ -36,7 +36,7 @@ SocketXt::ADDR_FAMILY ReadIpVersion() {
     try {
         return IsSetToIpv6() ? SocketXt::FAMILY_IPV6 : SocketXt::FAMILY_IPV4;
     } catch (const VelBase::Message&) {
-        return SocketXt::FAMILY_IPV4;  // what cannot be read is not set
+        return SocketXt::FAMILY_IPV4;  // unreadable counts as not set
     }
 }
 
@@ -52,9 +52,9 @@ SocketXt& SocketXt::operator=(const SocketXt& other) = default;
 SocketXt& SocketXt::operator=(SocketXt&& other) noexcept = default;
 SocketXt::~SocketXt() = default;
 
-// Threads that ask at the same time may all read the settings; they store the same answer.
+// Concurrent callers may each read the settings; they store the same value.
 SocketXt::ADDR_FAMILY SocketXt::GetIpVersion() {
-    if (g_socketLayer == nullptr) return ReadIpVersion();  // nowhere to remember it
+    if (g_socketLayer == nullptr) return ReadIpVersion();  // nowhere to cache it
     std::atomic<int>& cached = g_socketLayer->cachedIpVersion;
     const int known = cached.load(std::memory_order_relaxed);
     if (known != FAMILY_UNKNOWN) return static_cast<ADDR_FAMILY>(known);

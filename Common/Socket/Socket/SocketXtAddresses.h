@@ -1,4 +1,4 @@
-// The addresses that an operation of the extended socket goes to.
+// Resolves and tries the addresses for an operation of the extended socket.
 #pragma once
 
 #include "Socket/AddressList.h"
@@ -7,14 +7,14 @@
 
 namespace VelNet {
 
-// How an operation is named in its failures.
+// The name and description of an operation in its failure texts.
 struct SocketXtOperation {
     const char* function;
     const char* description;
 };
 
-// Gives each address of the texts to the attempt until that succeeds. Texts that do not resolve end
-// the operation; how all else is to be taken is the operation's own affair.
+// Resolves the strings and calls attempt with each address until it succeeds. Throws if they do not
+// resolve; the caller decides what any other outcome means.
 template <class Attempt>
 AddressWalk TryResolved(const SocketXtOperation& operation, const char* host, const char* port,
                         const Winsock::AddressInfo& hints, Attempt attempt) {

@@ -1,26 +1,26 @@
-// What a failure of the extended socket says, and how it reaches the log and the caller.
+// Composes, logs and throws the failures of the extended socket.
 #pragma once
 
 namespace VelNet {
 
-// The parts of a report. Without a first address text neither is shown.
+// The parts of a failure text. Without a first address text neither is shown.
 struct SocketXtFailure {
     const char* function;
     const char* description;
     const char* call;
-    int error;  // read by whoever made the failing call, at once
+    int error;  // read right after the failing call
     const char* firstAddress = "";
     const char* secondAddress = "";
 };
 
 // The text of both is "<function> , <description> , <call> , [<first> : <second>] , errno = <unit>
-// <error text>", the error number being one unit of its low 16 bits. It is logged under "Error" if
-// that is switched on.
+// <error text>", where the error number is one unit of its low 16 bits. It is logged under "Error"
+// if that router is on.
 
-// For a failure that does not end its operation. A report that cannot be written is lost.
+// For failures that do not end their operation. A report that cannot be written is lost.
 void ReportSocketXtError(const SocketXtFailure& failure) noexcept;
 
-// For one that does: throws Exception with the text and the code that the number maps to.
+// For failures that do: throws Exception with the text and the code for the number.
 [[noreturn]] void ThrowSocketXtError(const SocketXtFailure& failure);
 
 }  // namespace VelNet

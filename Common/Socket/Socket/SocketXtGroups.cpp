@@ -1,4 +1,4 @@
-// The extended socket's traffic from one to many.
+// Broadcast and multicast of the extended socket.
 #include "Socket/AddressList.h"
 #include "Socket/SocketXtFailure.h"
 #include "Socket/SocketXtImpl.h"
@@ -13,7 +13,7 @@ namespace {
 constexpr int JoinGroup = 0;
 constexpr int LeaveGroup = 1;
 
-// Any other mode gives no option at all, which the system refuses.
+// Any other mode becomes no option, which the system refuses.
 int MembershipOption(int mode) noexcept {
     switch (mode) {
         case JoinGroup:
@@ -29,7 +29,7 @@ bool HasGroups(const Winsock::AddressInfo& entry) noexcept {
     return entry.family == Winsock::FamilyIpv4 || entry.family == Winsock::FamilyIpv6;
 }
 
-// The group of the entry's address, on the default interface.
+// Returns the request for the group with the entry's address, on the default interface.
 template <class Membership, class Address>
 bool SetMembership(Winsock::Handle handle, const Winsock::AddressInfo& entry, int level,
                    int option) {
@@ -64,8 +64,8 @@ void SocketXtImpl::SetSocketForMulticast(SpecialAddressKind group, int mode) {
     SocketXtImpl::SetSocketForMulticast(GetSpecialAddress(group, family_).c_str(), mode);
 }
 
-// Required: no Winsock start of its own, unlike all else that resolves, and the list of addresses
-// is never given back.
+// Required: unlike all other operations that resolve, does not start Winsock, and never frees the
+// list of addresses.
 void SocketXtImpl::SetSocketForMulticast(const char* group, int mode) {
     constexpr const char* function = "VelNet::SocketXtImpl::SetSocketForMulticast";
     constexpr const char* description = "cannot set option for multicast";
@@ -85,8 +85,8 @@ void SocketXtImpl::SetSocketForMulticast(const char* group, int mode) {
     if (!refused) return;
 
     const int error = Winsock::WSAGetLastError();
-    // Required: the names are IPv4's for both families, and all that is no joining counts as
-    // leaving.
+    // Required: the texts name IPv4's options for both families, and every mode but joining counts
+    // as leaving.
     ThrowSocketXtError(
         {function, description,
          mode == JoinGroup ? "::setsockopt(IP_ADD_MEMBERSHIP)" : "::setsockopt(IP_DROP_MEMBERSHIP)",

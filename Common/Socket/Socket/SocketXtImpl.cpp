@@ -70,7 +70,7 @@ SocketXtImpl::~SocketXtImpl() {
     try {
         SocketXtImpl::Close();
     } catch (...) {
-        return;  // reported already, and nobody is left to be told
+        return;  // logged already, and there is no caller
     }
 }
 
@@ -86,7 +86,7 @@ bool SocketXtImpl::IsValid() const {
     return state_ != STATE_CLOSED && handle_ != Winsock::InvalidSocket;
 }
 
-// What speaks of addresses by their octets is not for this socket.
+// Operations by Octets are not available for this socket.
 void SocketXtImpl::Bind(Octets, unsigned short) {}
 
 void SocketXtImpl::Connect(Octets, unsigned short) {}
@@ -153,7 +153,7 @@ void SocketXtImpl::Bind(const char* host, const char* port) {
             return Winsock::bind(handle_, entry.address, AddressLength(entry)) !=
                    Winsock::SocketError;
         });
-    // Required: without an address nothing is bound, and that is no failure.
+    // Required: if there is no address, nothing is bound, and that is not a failure.
     if (walk.outcome == AddressWalk::NoAddress) return;
     if (walk.outcome != AddressWalk::Accepted) {
         ThrowSocketXtError({operation.function, operation.description, "::bind", walk.error,
@@ -186,7 +186,7 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
     const WinsockScope scope(operation.function);
     std::string newHost(OrEmpty(host));
     std::string newPort(OrEmpty(port));
-    // Required: these stay, however the connect ends.
+    // Required: these are kept even if the call fails.
     localHost_ = std::string(NarrowComputerName().c_str());
     localPort_ = std::string(AnyPort);
 
@@ -205,7 +205,7 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
         remoteHost_ = std::move(newHost);
         remotePort_ = std::move(newPort);
     }
-    // Required: written without an address too, which is no failure.
+    // Required: written even if there was no address, which is not a failure.
     TraceConnection(ConnectedFormat);
 }
 
@@ -214,8 +214,10 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
                                                     VelBase::ReturnString& port) {
     constexpr const char* function = "VelNet::SocketXtImpl::Accept";
     const WinsockScope scope(function);
-    // All memory is taken before the system is asked: what it gives must not be lost for want of
-    // any. Required: the new socket knows no texts of its addresses.
+    // All memory is allocated before the system is asked: a connection must not be lost because
+    // memory runs out.
+    //
+    // Required: the new socket has no address strings.
     const VelBase::InterfaceHolder<SocketXtImpl> accepted(
         new SocketXtImpl(Winsock::InvalidSocket, STATE_CLOSED, socketType_, protocol_, family_));
     PeerTexts peer;
@@ -247,7 +249,7 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
 void SocketXtImpl::Close() {
     if (Winsock::closesocket(handle_) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
-        // Required: the name of the call is another one's.
+        // Required: the text names another call.
         ThrowSocketXtError({"VelNet::SocketXtImpl::Close", "cannot close a socket", "::getaddrinfo",
                             error, localHost_.c_str(), localPort_.c_str()});
     }

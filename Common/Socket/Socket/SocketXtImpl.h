@@ -1,4 +1,4 @@
-// The socket of either IP version behind SocketXt.
+// Implements SocketXt.
 #pragma once
 
 #include "Platform/Winsock.h"
@@ -13,14 +13,14 @@
 
 namespace VelNet {
 
-// Wraps one system handle. Keeps the texts that it was given for its addresses, for the records and
-// the failure texts, and no addresses.
+// Wraps one system handle. Keeps the strings that were passed for its addresses, for trace records
+// and failure texts, but no addresses.
 class SocketXtImpl : public SocketXt, public VelSynch::ReferenceCountedImpl<int>, public OwnSocket {
 public:
-    // Takes the handle over.
+    // Takes ownership of the handle.
     SocketXtImpl(Winsock::Handle handle, SocketState state, int socketType, int protocol,
                  ADDR_FAMILY family);
-    // Closes a socket that is still open; what fails then is reported and dropped.
+    // Closes the socket if it is open; a failure is logged and not thrown.
     ~SocketXtImpl() override;
     SocketXtImpl(const SocketXtImpl&) = delete;
     SocketXtImpl& operator=(const SocketXtImpl&) = delete;
@@ -69,21 +69,22 @@ private:
     void SetOption(int option, unsigned int value, const char* function,
                    const char* description) const;
 
-    // For addresses that the socket can use.
+    // The hints for addresses that the socket can use.
     Winsock::AddressInfo Hints() const noexcept;
 
-    // Stores the peer's texts here, where room was made, and where the caller wants them.
+    // Stores the peer's strings in this object, whose memory is reserved, and in the caller's
+    // variables.
     void MakeRoomForPeer();
     void RememberPeer(PeerTexts& peer, VelBase::ReturnString& host, VelBase::ReturnString& port);
 
-    // Out of the way of the transfers that succeed.
+    // Out of line, so that successful transfers stay short.
     int FailedSend() const;
     [[noreturn]] void ThrowReceiveFailure(int result) const;
 
     void TraceConnection(LogFormat format) const noexcept;
     void TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 
-    // As the records of the socket show them.
+    // The endpoints as the trace records show them.
     TextEndpoints Endpoints() const;
 
     Winsock::Handle handle_;

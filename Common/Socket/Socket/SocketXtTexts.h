@@ -1,4 +1,4 @@
-// The texts that the extended socket has for addresses.
+// The strings that the extended socket uses for addresses.
 #pragma once
 
 #include "Platform/Winsock.h"
@@ -12,28 +12,28 @@
 
 namespace VelNet {
 
-// What stands for the address of a peer that the system cannot tell.
+// Stand for the address of a peer that the system does not report.
 inline constexpr char NoHost[] = "no-ip";
 inline constexpr char NoPort[] = "no-port";
 
-// This computer's name in the system's code page.
+// Returns the local host's name in the system's code page.
 VelBase::ReturnString NarrowComputerName();
 
 // "<host>:<port>"
 std::string JoinEndpoint(const std::string& host, const std::string& port);
 
-// Room for the numeric texts of a peer. Made before the system is asked for anything that must not
-// be lost for want of memory.
+// Buffers for a peer's numeric address. Allocated before the system is asked for anything that
+// would be lost if memory ran out.
 struct PeerTexts {
     VelBase::TextRoom host{SocketXt::MAXHOST};
     VelBase::TextRoom port{SocketXt::MAXPORT};
 };
 
-// The flags go to getnameinfo beside those for numeric texts. False, with the system's last error
-// set, when the system cannot tell the peer.
+// Adds the flags to those for numeric strings and calls getnameinfo. Returns false, with the last
+// error set, if the system cannot tell the address.
 bool TellPeer(const Winsock::AddressStorage& storage, int flags, PeerTexts& texts);
 
-// The endpoints of a record, as texts all four.
+// The endpoints of a record: host and port strings of both sides.
 class TextEndpoints final : public TraceEndpoints {
 public:
     TextEndpoints(std::string localHost, std::string localPort, std::string remoteHost,

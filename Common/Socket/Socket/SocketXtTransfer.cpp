@@ -1,4 +1,4 @@
-// The extended socket's transfers.
+// Sending and receiving of the extended socket.
 #include "Socket/SocketLayerState.h"
 #include "Socket/SocketXtAddresses.h"
 #include "Socket/SocketXtImpl.h"
@@ -11,7 +11,7 @@ namespace VelNet {
 
 namespace {
 
-// The number of a failure that is none of the system's.
+// The number of a failure that the system did not report.
 constexpr int NoSystemError = -1;
 
 }  // namespace
@@ -59,8 +59,8 @@ int SocketXtImpl::SendTo(const char* buffer, int length, const char* host, const
         ThrowSocketXtError({operation.function, operation.description, "::sendto", error,
                             OrEmpty(host), OrEmpty(port)});
     }
-    // Required: the local address is this computer's name and no port, whatever the socket is bound
-    // to.
+    // Required: the local address is the local host's name without a port, whatever the socket is
+    // bound to.
     TryWriteTransferRecords(SendtoFormats, buffer, sent, [&] {
         return TextEndpoints(NarrowComputerName().c_str(), "Random Port", OrEmpty(host),
                              OrEmpty(port));
@@ -119,7 +119,7 @@ void SocketXtImpl::ThrowReceiveFailure(int result) const {
                             JoinEndpoint(localHost_, localPort_).c_str(),
                             JoinEndpoint(remoteHost_, remotePort_).c_str()});
     }
-    // Required: the local host with a colon and the local port, unlike above.
+    // Required: the local host with a colon, then the local port, unlike above.
     ThrowSocketXtError({function,
                         "::recv could not be completed because the connection has been closed",
                         "::recv", NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});

@@ -1,4 +1,4 @@
-// The lock that serialises start-up and shut-down. Sockets, addresses and lists have none.
+// The lock that serializes start-up and shut-down. Sockets, addresses and lists have none.
 #pragma once
 
 #include <atomic>
@@ -7,14 +7,14 @@ namespace VelNet {
 
 inline constexpr unsigned int StartUpLockHeld = 0x12345678;
 
-// StartUpLockHeld while somebody holds it; any other value means that it is free.
+// StartUpLockHeld while the lock is held; any other value means that it is free.
 extern constinit std::atomic<unsigned int> g_startUpLock;
 
-// How many SocketInitialization objects live. Changed under the lock.
+// The number of living SocketInitialization objects. Changed under the lock.
 extern constinit int g_socketInitializationCount;
 
-// Holds the lock for a scope. Whoever finds it taken gives way to other threads and tries again,
-// without limit.
+// Holds the lock for a scope. Spins without limit while another thread holds it, yielding to other
+// threads.
 class StartUpGuard {
 public:
     StartUpGuard();

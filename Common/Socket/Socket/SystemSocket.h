@@ -1,4 +1,4 @@
-// What every family of sockets does alike with its system handle.
+// What both socket classes do alike with their system handle.
 #pragma once
 
 #include "Platform/Winsock.h"
@@ -7,27 +7,27 @@
 
 namespace VelNet {
 
-// The system's numbers; 0, which leaves the choice to the system, for values without a name.
+// The system's numbers. A value without a name becomes 0, which lets the system choose.
 int SystemTypeFrom(Socket::SOCKET_TYPE type) noexcept;
 int SystemProtocolFrom(Socket::SOCKET_PROTOCOL protocol) noexcept;
 
-// True when the system accepted the change.
+// Returns whether the system accepted the change.
 bool SwitchToNonBlocking(Winsock::Handle handle);
 
-// Sets an option of the socket itself to a 4-byte value; true when the system accepted that.
+// Sets an option at the socket level to a 4-byte value; returns whether the system accepted it.
 bool SetSocketOption(Winsock::Handle handle, int option, unsigned int value);
 
-// False also when the system does not answer.
+// Returns false also if the system cannot tell.
 bool HasBytesAvailable(Winsock::Handle handle);
 
-// What GetStatus answers in this state. A connected socket is asked through its interface whether
-// data are pending, so that an override counts.
+// Returns what GetStatus returns in this state. Asks a connected socket through its interface
+// whether there is data to receive, so that an override counts.
 int StatusOf(const Socket& socket, SocketState state);
 
-// The handle of any socket of this library; InvalidSocket for an implementation that is not ours.
+// Returns the handle of any socket of this library, and InvalidSocket for any other implementation.
 Winsock::Handle HandleOf(const Socket& socket) noexcept;
 
-// Closes a handle at the end of the scope unless an object has taken it over.
+// Closes a handle at the end of the scope unless an object has taken ownership of it.
 class HandleOwner {
 public:
     explicit HandleOwner(Winsock::Handle handle) noexcept : handle_(handle) {}

@@ -1,4 +1,4 @@
-// The records of traffic: their texts, and when each is written.
+// The trace records: their formats, and when each is written.
 #pragma once
 
 #include "Socket/LogFormat.h"
@@ -14,7 +14,8 @@ inline constexpr LogFormat ConnectedFormat =
 inline constexpr LogFormat DisconnectedFormat =
     "Disconnected, Local address: %1 (%2), Remote address: %3 (%4)"_format;
 
-// A transfer's record for "Packet Trace", and the one with its bytes for "Verbose Packet Trace".
+// The formats of a transfer's record for "Packet Trace" and of the one with the bytes for "Verbose
+// Packet Trace".
 struct TransferFormats {
     LogFormat plain;
     LogFormat withData;
@@ -37,7 +38,7 @@ inline constexpr TransferFormats RecvfromFormats = {
     "Recvfrom %1 bytes, Local address: %2 (%3), Remote address: %4 (%5), data: %6"_format,
 };
 
-// The two ends of a record. Each family of sockets feeds them its own way: local address, local
+// The endpoints of a record. Each socket class feeds them in its own form: local address, local
 // port, remote address, remote port.
 class TraceEndpoints {
 public:
@@ -50,19 +51,18 @@ protected:
     ~TraceEndpoints() = default;
 };
 
-// Writes a Connected or Disconnected record. The caller has found the router enabled.
+// Writes a Connected or Disconnected record. The caller has checked that the router is on.
 void WriteConnectionRecord(VelLog::Router& router, LogFormat format,
                            const TraceEndpoints& endpoints);
 
-// Writes the plain record, then the one with the first count bytes of the data, each if its own
-// router is enabled.
+// Writes the plain record, then the one with the first count bytes of the data, each if its router
+// is on.
 void WriteTransferRecords(const TransferFormats& formats, const char* data, int count,
                           const TraceEndpoints& endpoints);
 
-// For the operations that a record tells of: each writes what its routers ask for, with the
-// endpoints that the given function makes. What they tell of has happened, so a record that cannot
-// be written, for want of memory, is lost and nothing else. The endpoints are copies: the sink may
-// use the very socket that they are of.
+// Write what the routers ask for, with the endpoints that the given function returns. The operation
+// has already succeeded, so a failure here, such as exhausted memory, only loses the record. The
+// endpoints are copies, since the sink may use the very socket that they belong to.
 template <class MakeEndpoints>
 void TryWriteConnectionRecord(LogFormat format, MakeEndpoints makeEndpoints) noexcept {
     VelLog::Router* const router = EnabledRouter(&SocketLayerState::connectionTraceRouter);
@@ -85,8 +85,10 @@ void TryWriteTransferRecords(const TransferFormats& formats, const char* data, i
     }
 }
 
-// The bytes in hexadecimal, all of them and nothing between. Required: a byte is read as a signed
-// number and widened, so that 0x80 to 0xFF give eight digits ("FFFFFF80") and the others two.
+// Returns all bytes in hexadecimal without separators.
+//
+// Required: each byte is sign-extended, so that 0x80 to 0xFF give eight digits ("FFFFFF80") and all
+// others two.
 VelBase::ReturnString FormatTraceBytes(const char* data, unsigned int count);
 
 }  // namespace VelNet

@@ -34,7 +34,7 @@ void WatchedSockets::Watch(Winsock::Handle handle, int event) noexcept {
 }
 
 int WatchedSockets::Wait(unsigned int seconds) {
-    // The system counts in int.
+    // The system's type is int.
     constexpr unsigned int most = std::numeric_limits<int>::max();
     const Winsock::TimeValue time = {static_cast<int>(std::min(seconds, most)), 0};
     return Winsock::select(static_cast<int>(largest_ + 1), reading_.OrNone(), writing_.OrNone(),

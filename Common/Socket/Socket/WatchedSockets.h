@@ -1,21 +1,22 @@
-// The handles of one wait.
+// The handles that one select call waits for.
 #pragma once
 
 #include "Platform/Winsock.h"
 
 namespace VelNet {
 
-// What is waited for to read and to write, then what is ready. Lives on the stack, for one wait.
+// The sets for reading and for writing; after the wait, what is ready. Lives on the stack for one
+// wait.
 class WatchedSockets {
 public:
-    // Takes the handle into the set that the event belongs to; an event of no set is passed over.
-    // Required: the system's sets have room for 64 different handles, and further ones are not
-    // watched.
+    // Adds the handle to the set for the event; ignores an event without a set.
+    //
+    // Required: the system's sets hold 64 different handles, and further ones are not watched.
     void Watch(Winsock::Handle handle, int event) noexcept;
 
     bool IsEmpty() const noexcept { return reading_.IsEmpty() && writing_.IsEmpty(); }
 
-    // The result of the system's select, which leaves in the sets what is ready.
+    // Returns the result of the system's select, which leaves the ready handles in the sets.
     int Wait(unsigned int seconds);
 
     bool IsReadable(Winsock::Handle handle) const noexcept { return reading_.Contains(handle); }
@@ -25,9 +26,9 @@ private:
     struct Set {
         bool Contains(Winsock::Handle handle) const noexcept;
         bool IsEmpty() const noexcept { return handles.count == 0; }
-        // Takes in a handle that is not there yet, as long as there is room.
+        // Adds a handle that is not in the set, if it is not full.
         void Add(Winsock::Handle handle) noexcept;
-        // Null for a set of nothing.
+        // Returns null for an empty set.
         Winsock::HandleSet* OrNone() noexcept { return IsEmpty() ? nullptr : &handles; }
 
         Winsock::HandleSet handles = {};

@@ -1,16 +1,17 @@
-// Winsock's own start and clean-up around one operation.
+// Starts Winsock around one operation.
 #pragma once
 
 namespace VelNet {
 
-// Starts Winsock 1.1 for the scope, beside whatever start keeps the layer up. Required of
+// Starts Winsock 1.1 for the scope, in addition to the start that keeps the layer up. Required of
 // CreateSocketXt, Bind, Connect, Accept, SendTo and RecvFrom of the extended socket, and of nothing
-// else. Throws
-// VelBase::ExceptionImpl<VelBase::Message> when Winsock does not start, which is not logged; there
-// is nothing to clean up then.
+// else.
+//
+// Throws VelBase::ExceptionImpl<VelBase::Message> if Winsock does not start, which is not logged;
+// there is nothing to clean up then.
 class WinsockScope {
 public:
-    // The name of the operation, for that message.
+    // Takes the name of the operation, for that message.
     explicit WinsockScope(const char* function);
     ~WinsockScope();
     WinsockScope(const WinsockScope&) = delete;
