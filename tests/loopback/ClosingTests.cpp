@@ -101,9 +101,9 @@ TEST_F(Closing, GivesAListenersPortBackAtOnce) {
     ExpectExchange(*connection.client, *connection.server);
 }
 
-class ExtendedClosing : public ExtendedTest {};
+class ClosingExtended : public ExtendedTest {};
 
-TEST_P(ExtendedClosing, EndsAnAcceptThatWaits) {
+TEST_P(ClosingExtended, EndsAnAcceptThatWaits) {
     const XtPtr listener = ListeningXt(GetParam());
     XtPtr socket;
     ReturnString host;
@@ -115,7 +115,7 @@ TEST_P(ExtendedClosing, EndsAnAcceptThatWaits) {
                       failed, AbortedOnWine);
 }
 
-TEST_P(ExtendedClosing, EndsARecvFromThatWaits) {
+TEST_P(ClosingExtended, EndsARecvFromThatWaits) {
     const XtPtr socket = Bound(Datagrams());
     char byte = 0;
     ReturnString host;
@@ -124,7 +124,7 @@ TEST_P(ExtendedClosing, EndsARecvFromThatWaits) {
                       RecvFromFailed, InvalidOnWine);
 }
 
-TEST_P(ExtendedClosing, EndsAReceiveThatWaits) {
+TEST_P(ClosingExtended, EndsAReceiveThatWaits) {
     const XtPtr listener = ListeningXt(GetParam());
     const XtConnection connection = ConnectedThrough(*listener);
     char byte = 0;
@@ -136,7 +136,7 @@ TEST_P(ExtendedClosing, EndsAReceiveThatWaits) {
         failed, InvalidOnWine);
 }
 
-INSTANTIATE_TEST_SUITE_P(Versions, ExtendedClosing, testing::Values(Ipv4, Ipv6), NameOfVersion);
+INSTANTIATE_TEST_SUITE_P(Versions, ClosingExtended, testing::Values(Ipv4, Ipv6), NameOfVersion);
 
 }  // namespace
 }  // namespace Loopback

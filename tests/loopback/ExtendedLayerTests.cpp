@@ -25,7 +25,7 @@ void ExpectNotStarted(const Failure& failure, const Failure& notStarted, const F
 }
 
 // The end of the only start closes what is open.
-TEST(ExtendedWithoutLayer, ASocketEndsWithTheCallThatMadeIt) {
+TEST(ExtendedLayerMissing, ASocketEndsWithTheCallThatMadeIt) {
     const int before = RawPeer::OpenDescriptors();
     const XtPtr socket = OwnStream();
     EXPECT_EQ(RawPeer::OpenDescriptors(), before);
@@ -38,7 +38,7 @@ TEST(ExtendedWithoutLayer, ASocketEndsWithTheCallThatMadeIt) {
               BindFailed("127.0.0.1 : 0", "::bind", 10038, NoSocket));
 }
 
-TEST(ExtendedWithoutLayer, OperationsLeaveTheStartOfTheLayerAlone) {
+TEST(ExtendedLayerMissing, OperationsLeaveTheStartOfTheLayerAlone) {
     const int before = RawPeer::OpenDescriptors();
     {
         const SocketInitialization layer;
@@ -56,7 +56,7 @@ TEST(ExtendedWithoutLayer, OperationsLeaveTheStartOfTheLayerAlone) {
     EXPECT_EQ(RawPeer::OpenDescriptors(), before);
 }
 
-TEST(ExtendedWithoutLayer, TheEndOfTheLayerClosesWhatIsStillOpen) {
+TEST(ExtendedLayerMissing, TheEndOfTheLayerClosesWhatIsStillOpen) {
     auto layer = std::make_unique<SocketInitialization>();
     const int before = RawPeer::OpenDescriptors();
     const XtPtr socket = OwnStream();

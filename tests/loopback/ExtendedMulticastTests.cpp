@@ -14,7 +14,7 @@ Failure MembershipFailed(const std::string& option, int number, std::u16string_v
                      "::setsockopt(" + option + ")", "", number, numberText);
 }
 
-class Multicast : public LoopbackTest {
+class ExtendedMulticast : public LoopbackTest {
 protected:
     void SetUp() override {
         if (!network_.IsUp()) {
@@ -35,7 +35,7 @@ private:
     const Machine::OwnNetwork network_;
 };
 
-TEST_F(Multicast, ADatagramToTheGroupArrivesAtAMember) {
+TEST_F(ExtendedMulticast, ADatagramToTheGroupArrivesAtAMember) {
     const XtPtr member = Receiver();
     member->SetSocketForMulticast(Group, Join);
     const XtPtr sender = DatagramXt(Ipv4);
@@ -46,7 +46,7 @@ TEST_F(Multicast, ADatagramToTheGroupArrivesAtAMember) {
     EXPECT_EQ(Sink().Take(), Records{});
 }
 
-TEST_F(Multicast, WhoHasLeftGetsNothingMore) {
+TEST_F(ExtendedMulticast, WhoHasLeftGetsNothingMore) {
     const XtPtr member = Receiver();
     const std::string port = PortOf(*member);
     const XtPtr sender = DatagramXt(Ipv4);
@@ -63,7 +63,7 @@ TEST_F(Multicast, WhoHasLeftGetsNothingMore) {
     EXPECT_EQ(ReceiveFrom(*member).bytes, "again");
 }
 
-TEST_F(Multicast, WhoNeverJoinedGetsNothing) {
+TEST_F(ExtendedMulticast, WhoNeverJoinedGetsNothing) {
     const XtPtr member = Receiver();
     member->SetSocketForMulticast(Group, Join);
     const XtPtr stranger = Receiver();
@@ -77,7 +77,7 @@ TEST_F(Multicast, WhoNeverJoinedGetsNothing) {
     EXPECT_EQ(bytes, "to one");
 }
 
-TEST_F(Multicast, AGroupCannotBeJoinedTwice) {
+TEST_F(ExtendedMulticast, AGroupCannotBeJoinedTwice) {
     const XtPtr socket = DatagramXt(Ipv4);
     socket->SetSocketForMulticast(Group, Join);
     const Failure failure = FailureOf([&] { socket->SetSocketForMulticast(Group, Join); });
@@ -87,13 +87,13 @@ TEST_F(Multicast, AGroupCannotBeJoinedTwice) {
         << testing::PrintToString(failure);
 }
 
-TEST_F(Multicast, AStreamJoinsNothing) {
+TEST_F(ExtendedMulticast, AStreamJoinsNothing) {
     const XtPtr socket = StreamXt(Ipv4);
     EXPECT_EQ(FailureOf([&] { socket->SetSocketForMulticast(Group, Join); }),
               MembershipFailed("IP_ADD_MEMBERSHIP", 10022, u"Invalid argument"));
 }
 
-TEST_F(Multicast, TheGroupOfAllNodesIsJoinedAndLeft) {
+TEST_F(ExtendedMulticast, TheGroupOfAllNodesIsJoinedAndLeft) {
     if (const std::string lacking = Lacking(Ipv6); !lacking.empty()) GTEST_SKIP() << lacking;
     const XtPtr socket = DatagramXt(Ipv6);
     const Failure failure =
@@ -105,7 +105,7 @@ TEST_F(Multicast, TheGroupOfAllNodesIsJoinedAndLeft) {
               MembershipFailed("IP_DROP_MEMBERSHIP", 10022, u"Invalid argument"));
 }
 
-TEST_F(Multicast, AGroupThatWasLeftCannotBeLeftAgain) {
+TEST_F(ExtendedMulticast, AGroupThatWasLeftCannotBeLeftAgain) {
     const XtPtr socket = DatagramXt(Ipv4);
     socket->SetSocketForMulticast(Group, Join);
     socket->SetSocketForMulticast(Group, Leave);
@@ -113,7 +113,7 @@ TEST_F(Multicast, AGroupThatWasLeftCannotBeLeftAgain) {
               MembershipFailed("IP_DROP_MEMBERSHIP", 10022, u"Invalid argument"));
 }
 
-TEST_F(Multicast, WithTheOptionBroadcastingIsNotRefused) {
+TEST_F(ExtendedMulticast, WithTheOptionBroadcastingIsNotRefused) {
     const XtPtr socket = DatagramXt(Ipv4);
     socket->SetSocketForBroadcast();
     EXPECT_NE(FailureOf([&] { socket->SendTo("x", 1, VelNet::SPECIAL_BROADCAST, "9"); }).code,
@@ -121,7 +121,7 @@ TEST_F(Multicast, WithTheOptionBroadcastingIsNotRefused) {
 }
 
 // What the system refuses goes nowhere, so that any network will do.
-class MulticastRefused : public LoopbackTest {
+class ExtendedMulticastRefused : public LoopbackTest {
 protected:
     void SetUp() override {
         const std::string lacking = Lacking(Ipv4);
@@ -130,14 +130,14 @@ protected:
     }
 };
 
-TEST_F(MulticastRefused, AGroupThatWasNeverJoinedCannotBeLeft) {
+TEST_F(ExtendedMulticastRefused, AGroupThatWasNeverJoinedCannotBeLeft) {
     const XtPtr socket = DatagramXt(Ipv4);
     const Failure failure = MembershipFailed("IP_DROP_MEMBERSHIP", 10022, u"Invalid argument");
     EXPECT_EQ(FailureOf([&] { socket->SetSocketForMulticast(Group, Leave); }), failure);
     EXPECT_EQ(Sink().Take(), (Records{{Error, failure.text}}));
 }
 
-TEST_F(MulticastRefused, AnyOtherModeIsRefusedAsALeave) {
+TEST_F(ExtendedMulticastRefused, AnyOtherModeIsRefusedAsALeave) {
     const XtPtr socket = DatagramXt(Ipv4);
     const Failure failure = MembershipFailed("IP_DROP_MEMBERSHIP", 10042, u"Bad protocol option");
     for (const int mode : {7, 2, -1}) {
@@ -146,7 +146,7 @@ TEST_F(MulticastRefused, AnyOtherModeIsRefusedAsALeave) {
     }
 }
 
-TEST_F(MulticastRefused, WhatIsNoGroupIsRefused) {
+TEST_F(ExtendedMulticastRefused, WhatIsNoGroupIsRefused) {
     const XtPtr socket = DatagramXt(Ipv4);
     const Failure failure = MembershipFailed("IP_ADD_MEMBERSHIP", 10022, u"Invalid argument");
     EXPECT_EQ(FailureOf([&] { socket->SetSocketForMulticast(VelNet::SPECIAL_BROADCAST, Join); }),
@@ -155,7 +155,7 @@ TEST_F(MulticastRefused, WhatIsNoGroupIsRefused) {
     EXPECT_EQ(FailureOf([&] { socket->SetSocketForMulticast("ff02::1", Join); }), failure);
 }
 
-TEST_F(MulticastRefused, AGroupThatDoesNotResolveIsAFailureWithoutTexts) {
+TEST_F(ExtendedMulticastRefused, AGroupThatDoesNotResolveIsAFailureWithoutTexts) {
     const XtPtr socket = DatagramXt(Ipv4);
     const Failure failure =
         FailureOf([&] { socket->SetSocketForMulticast(UnresolvableHost().c_str(), Join); });
@@ -164,7 +164,7 @@ TEST_F(MulticastRefused, AGroupThatDoesNotResolveIsAFailureWithoutTexts) {
                                  "::getaddrinfo", "", failure.code, ResolversText(failure.code)));
 }
 
-TEST_F(MulticastRefused, BroadcastingNeedsTheOption) {
+TEST_F(ExtendedMulticastRefused, BroadcastingNeedsTheOption) {
     const XtPtr socket = DatagramXt(Ipv4);
     const Failure failure =
         FailureOf([&] { socket->SendTo("x", 1, VelNet::SPECIAL_BROADCAST, "9"); });

@@ -156,7 +156,7 @@ SideBySide BindSideBySide(Maker make) {
     throw std::runtime_error("no port is free in both versions");
 }
 
-class BothVersions : public LoopbackTest {
+class ExtendedNameOfBothVersions : public LoopbackTest {
 protected:
     void SetUp() override {
         const std::string lacking = Lacking(Ipv4) + Lacking(Ipv6);
@@ -164,7 +164,7 @@ protected:
     }
 };
 
-TEST_F(BothVersions, DatagramsOfOnePortGoToTheSocketOfTheirVersion) {
+TEST_F(ExtendedNameOfBothVersions, DatagramsOfOnePortGoToTheSocketOfTheirVersion) {
     const SideBySide pair = BindSideBySide(DatagramXt);
     const std::string port = PortOf(*pair.ipv4);
     EXPECT_EQ(PortOf(*pair.ipv6), port);
@@ -176,7 +176,7 @@ TEST_F(BothVersions, DatagramsOfOnePortGoToTheSocketOfTheirVersion) {
     EXPECT_FALSE(pair.ipv6->IsDataAvailable());
 }
 
-TEST_F(BothVersions, ConnectionsToOnePortGoToTheListenerOfTheirVersion) {
+TEST_F(ExtendedNameOfBothVersions, ConnectionsToOnePortGoToTheListenerOfTheirVersion) {
     const SideBySide pair = BindSideBySide(StreamXt);
     const std::string port = PortOf(*pair.ipv4);
     for (const XtPtr* listener : {&pair.ipv4, &pair.ipv6}) {
@@ -192,7 +192,7 @@ TEST_F(BothVersions, ConnectionsToOnePortGoToTheListenerOfTheirVersion) {
     }
 }
 
-TEST_F(BothVersions, AListenerOfIpv6IsNotReachedByIpv4) {
+TEST_F(ExtendedNameOfBothVersions, AListenerOfIpv6IsNotReachedByIpv4) {
     const SideBySide pair = BindSideBySide(StreamXt);
     pair.ipv6->Listen();
     const std::string port = PortOf(*pair.ipv6);

@@ -125,9 +125,9 @@ TEST_F(Settings, TheNameServersAreTheLastInterfaces) {
     EXPECT_EQ(NameServers(), std::vector<std::string>{"10.0.0.4"});
 }
 
-class MachineSettings : public LoopbackTest {
+class SettingsOfTheMachine : public LoopbackTest {
 protected:
-    MachineSettings() { EnableOnly({Error}); }
+    SettingsOfTheMachine() { EnableOnly({Error}); }
 
     // The operation gave something, or says what is missing and logs it.
     void ExpectAnswer(bool answered, const Failure& failure, const std::u16string& label) {
@@ -146,19 +146,19 @@ protected:
     }
 };
 
-TEST_F(MachineSettings, TheDomainIsGivenOrSaidToBeMissing) {
+TEST_F(SettingsOfTheMachine, TheDomainIsGivenOrSaidToBeMissing) {
     std::string domain;
     const Failure failure = FailureOf([&] { domain = Domain(); });
     ExpectAnswer(!domain.empty(), failure, u"GetLocalMachineDomain");
 }
 
-TEST_F(MachineSettings, NameServersAreGivenOrSaidToBeMissing) {
+TEST_F(SettingsOfTheMachine, NameServersAreGivenOrSaidToBeMissing) {
     std::vector<std::string> servers;
     const Failure failure = FailureOf([&] { servers = NameServers(); });
     ExpectAnswer(!servers.empty(), failure, u"GetLocalMachineDomainNameServer");
 }
 
-TEST_F(MachineSettings, TheVersionIsOneOfTheTwo) {
+TEST_F(SettingsOfTheMachine, TheVersionIsOneOfTheTwo) {
     const SocketXt::ADDR_FAMILY version = SocketXt::GetIpVersion();
     EXPECT_TRUE(version == SocketXt::FAMILY_IPV4 || version == SocketXt::FAMILY_IPV6) << version;
     EXPECT_EQ(SocketXt::GetIpVersion(), version);

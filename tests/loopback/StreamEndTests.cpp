@@ -104,7 +104,7 @@ TEST_F(StreamEnd, OfAResetPromisesNoMoreThanIsGiven) {
 }
 
 // The system's handle lets a program end its half of a connection.
-class HalfEnd : public ExtendedTest {
+class StreamEndOfAHalf : public ExtendedTest {
 protected:
     void ExpectOrderlyEnd(const XtConnection& connection) {
         const Failure closed = XtConnectionClosed(ComputerName(), "0");
@@ -117,9 +117,9 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Versions, HalfEnd, testing::Values(Ipv4, Ipv6), NameOfVersion);
+INSTANTIATE_TEST_SUITE_P(Versions, StreamEndOfAHalf, testing::Values(Ipv4, Ipv6), NameOfVersion);
 
-TEST_P(HalfEnd, LeavesThePeersOrderlyEndAnOrderlyOne) {
+TEST_P(StreamEndOfAHalf, LeavesThePeersOrderlyEndAnOrderlyOne) {
     const XtConnection connection = Connected();
     SendAll(*connection.client, "question");
     RawPeer::EndSending(connection.client->GetHandle());
@@ -130,7 +130,7 @@ TEST_P(HalfEnd, LeavesThePeersOrderlyEndAnOrderlyOne) {
     ExpectOrderlyEnd(connection);
 }
 
-TEST_P(HalfEnd, AfterThePeersLeavesThatAnOrderlyOne) {
+TEST_P(StreamEndOfAHalf, AfterThePeersLeavesThatAnOrderlyOne) {
     const XtConnection connection = Connected();
     SendAll(*connection.server, "answer");
     connection.server->Close();
@@ -139,7 +139,7 @@ TEST_P(HalfEnd, AfterThePeersLeavesThatAnOrderlyOne) {
     ExpectOrderlyEnd(connection);
 }
 
-TEST_P(HalfEnd, RefusesToSendAndGoesOnReceiving) {
+TEST_P(StreamEndOfAHalf, RefusesToSendAndGoesOnReceiving) {
     const XtConnection connection = Connected();
     RawPeer::EndSending(connection.client->GetHandle());
     EXPECT_EQ(FailureOf([&] { connection.client->Send("x", 1); }).code, 10058);

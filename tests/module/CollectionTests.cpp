@@ -14,7 +14,7 @@ struct DestroyCollection {
 };
 using Collection = std::unique_ptr<SocketCollection, DestroyCollection>;
 
-class Selecting : public LayerTest {
+class CollectionSelecting : public LayerTest {
 protected:
     static Collection NewCollection() { return Collection(CreateSocketCollection()); }
 
@@ -39,7 +39,7 @@ protected:
     }
 };
 
-TEST_F(Selecting, WatchesEachHandleOnceInTheSetOfItsEvents) {
+TEST_F(CollectionSelecting, WatchesEachHandleOnceInTheSetOfItsEvents) {
     const std::vector<SocketPtr> sockets = NewSockets(3);
     const Collection collection = NewCollection();
     collection->Add(sockets[1].Get(), EVENT_READ);
@@ -52,7 +52,7 @@ TEST_F(Selecting, WatchesEachHandleOnceInTheSetOfItsEvents) {
     EXPECT_EQ(LineOf(*collection, 7), "select(1004, {1002, 1001}, {1003, 1002}, null, {7, 0})");
 }
 
-TEST_F(Selecting, SetWithoutHandlesIsNone) {
+TEST_F(CollectionSelecting, SetWithoutHandlesIsNone) {
     const std::vector<SocketPtr> sockets = NewSockets(1);
     const Collection readers = NewCollection();
     readers->Add(sockets[0].Get(), EVENT_CLOSE);
@@ -62,7 +62,7 @@ TEST_F(Selecting, SetWithoutHandlesIsNone) {
     EXPECT_EQ(LineOf(*writers, 0x7FFFFFFF), "select(1002, null, {1001}, null, {2147483647, 0})");
 }
 
-TEST_F(Selecting, EachSetHoldsSixtyFour) {
+TEST_F(CollectionSelecting, EachSetHoldsSixtyFour) {
     const std::vector<SocketPtr> sockets = NewSockets(66);
     const Collection collection = NewCollection();
     for (const SocketPtr& socket : sockets) {
@@ -76,7 +76,7 @@ TEST_F(Selecting, EachSetHoldsSixtyFour) {
     EXPECT_EQ(LineOf(*collection, 1), "select(1067, " + set + ", " + set + ", null, {1, 0})");
 }
 
-TEST_F(Selecting, NothingToWatchIsSleptAway) {
+TEST_F(CollectionSelecting, NothingToWatchIsSleptAway) {
     const std::vector<SocketPtr> sockets = NewSockets(1);
     const Collection collection = NewCollection();
     EXPECT_EQ(LineOf(*collection, 2), "Sleep(2000)");
@@ -84,7 +84,7 @@ TEST_F(Selecting, NothingToWatchIsSleptAway) {
     EXPECT_EQ(LineOf(*collection, 0), "Sleep(0)");
 }
 
-TEST_F(Selecting, EachFailureIsTold) {
+TEST_F(CollectionSelecting, EachFailureIsTold) {
     const std::vector<SocketPtr> sockets = NewSockets(1);
     const Collection collection = NewCollection();
     collection->Add(sockets[0].Get(), EVENT_READ);
@@ -96,7 +96,7 @@ TEST_F(Selecting, EachFailureIsTold) {
     EXPECT_EQ(collection->GetCount(), 1U);
 }
 
-TEST_F(Selecting, ReadyEntriesComeBackByTheirStatus) {
+TEST_F(CollectionSelecting, ReadyEntriesComeBackByTheirStatus) {
     const std::vector<SocketPtr> sockets = NewSockets(2);
     sockets[0]->Listen();
     sockets[1]->Connect(OctetsOf("10.0.0.1"), 80);
@@ -121,7 +121,7 @@ TEST_F(Selecting, ReadyEntriesComeBackByTheirStatus) {
     EXPECT_EQ(CountOf("ioctlsocket"), 12);
 }
 
-TEST_F(Selecting, ConnectionWithoutBytesIsReportedAsClosed) {
+TEST_F(CollectionSelecting, ConnectionWithoutBytesIsReportedAsClosed) {
     const std::vector<SocketPtr> sockets = NewSockets(1);
     sockets[0]->Connect(OctetsOf("10.0.0.1"), 80);
     const Collection collection = NewCollection();

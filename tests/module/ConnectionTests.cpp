@@ -4,7 +4,7 @@
 namespace ModuleTests {
 namespace {
 
-class ClassicConnection : public LayerTest {};
+class Connection : public LayerTest {};
 
 struct Endpoint {
     const char* host;
@@ -16,7 +16,7 @@ constexpr Endpoint Endpoints[] = {{"10.1.2.3", 80},
                                   {"255.254.253.252", 65535},
                                   {"127.0.0.1", 256}};
 
-TEST_F(ClassicConnection, BindPassesSixteenBytesOfAddress) {
+TEST_F(Connection, BindPassesSixteenBytesOfAddress) {
     const SocketPtr socket = NewSocket();
     for (const auto& [host, port] : Endpoints) {
         ClearTranscript();
@@ -28,7 +28,7 @@ TEST_F(ClassicConnection, BindPassesSixteenBytesOfAddress) {
     }
 }
 
-TEST_F(ClassicConnection, EachFailureToBindIsTold) {
+TEST_F(Connection, EachFailureToBindIsTold) {
     const SocketPtr socket = NewSocket();
     ExpectEachFailure({.failWith = [](int number) { On::Bind().Fails(number); },
                        .operation = [&] { socket->Bind(OctetsOf("10.0.0.1"), 80); },
@@ -37,14 +37,14 @@ TEST_F(ClassicConnection, EachFailureToBindIsTold) {
                        .calls = {"bind(1001, 10.0.0.1:80, 16)", "WSAGetLastError()"}});
 }
 
-TEST_F(ClassicConnection, ListenIsForTwo) {
+TEST_F(Connection, ListenIsForTwo) {
     const SocketPtr socket = NewSocket();
     EXPECT_EQ(socket->Listen(), 0);
     EXPECT_EQ(Transcript(), Lines{"listen(1001, 2)"});
     EXPECT_EQ(socket->GetStatus(), STATUS_LISTENING);
 }
 
-TEST_F(ClassicConnection, EachFailureToListenIsTold) {
+TEST_F(Connection, EachFailureToListenIsTold) {
     const SocketPtr socket = NewSocket();
     ExpectEachFailure({.failWith = [](int number) { On::Listen().Fails(number); },
                        .operation = [&] { socket->Listen(); },
@@ -53,7 +53,7 @@ TEST_F(ClassicConnection, EachFailureToListenIsTold) {
     EXPECT_EQ(socket->GetStatus(), STATUS_NONE);
 }
 
-TEST_F(ClassicConnection, ConnectPassesSixteenBytesOfAddressAndAsksForBothEnds) {
+TEST_F(Connection, ConnectPassesSixteenBytesOfAddressAndAsksForBothEnds) {
     for (const auto& [host, port] : Endpoints) {
         const SocketPtr socket = NewSocket();
         socket->Connect(OctetsOf(host), port);
@@ -65,7 +65,7 @@ TEST_F(ClassicConnection, ConnectPassesSixteenBytesOfAddressAndAsksForBothEnds) 
     }
 }
 
-TEST_F(ClassicConnection, ConnectRecordsTheEndsThatTheSystemTells) {
+TEST_F(Connection, ConnectRecordsTheEndsThatTheSystemTells) {
     const SocketPtr socket = NewSocket();
     Loopback::EnableAllRouters();
     On::Getsockname().Returns("10.1.2.3", 50123);
@@ -77,7 +77,7 @@ TEST_F(ClassicConnection, ConnectRecordsTheEndsThatTheSystemTells) {
                         u"(8080)"}}));
 }
 
-TEST_F(ClassicConnection, EachFailureToConnectIsTold) {
+TEST_F(Connection, EachFailureToConnectIsTold) {
     const SocketPtr socket = NewSocket();
     ExpectEachFailure({.failWith = [](int number) { On::Connect().Fails(number); },
                        .operation = [&] { socket->Connect(OctetsOf("10.0.0.1"), 80); },
@@ -87,7 +87,7 @@ TEST_F(ClassicConnection, EachFailureToConnectIsTold) {
     EXPECT_EQ(socket->GetStatus(), STATUS_NONE);
 }
 
-TEST_F(ClassicConnection, EachFailureToNameAnEndAfterConnectingIsTold) {
+TEST_F(Connection, EachFailureToNameAnEndAfterConnectingIsTold) {
     const SocketPtr socket = NewSocket();
     const auto connect = [&] { socket->Connect(OctetsOf("10.0.0.1"), 80); };
     ExpectEachFailure({.failWith = [](int number) { On::Getsockname().Fails(number); },
@@ -102,7 +102,7 @@ TEST_F(ClassicConnection, EachFailureToNameAnEndAfterConnectingIsTold) {
                                  "getpeername(1001, 16)", "WSAGetLastError()"}});
 }
 
-TEST_F(ClassicConnection, AcceptHasRoomForSixteenBytesAndAsksForTheListenersEnd) {
+TEST_F(Connection, AcceptHasRoomForSixteenBytesAndAsksForTheListenersEnd) {
     const SocketPtr listener = NewSocket();
     SocketAddress remote;
     Loopback::EnableAllRouters();
@@ -121,7 +121,7 @@ TEST_F(ClassicConnection, AcceptHasRoomForSixteenBytesAndAsksForTheListenersEnd)
                         u"(50123)"}}));
 }
 
-TEST_F(ClassicConnection, NothingToAcceptIsNoFailure) {
+TEST_F(Connection, NothingToAcceptIsNoFailure) {
     const SocketPtr listener = NewSocket();
     SocketAddress remote(OctetsOf("10.0.0.1"), 80);
     Loopback::EnableAllRouters();
@@ -135,7 +135,7 @@ TEST_F(ClassicConnection, NothingToAcceptIsNoFailure) {
     EXPECT_EQ(TakeRecords(), Records());
 }
 
-TEST_F(ClassicConnection, EachOtherFailureToAcceptIsTold) {
+TEST_F(Connection, EachOtherFailureToAcceptIsTold) {
     const SocketPtr listener = NewSocket();
     SocketAddress remote;
     // Required: the label of SocketAPI.
@@ -146,7 +146,7 @@ TEST_F(ClassicConnection, EachOtherFailureToAcceptIsTold) {
                       ErrorNumbersWithout({10035, 11}));
 }
 
-TEST_F(ClassicConnection, AcceptedSocketIsClosedWhenTheListenersEndHasNoName) {
+TEST_F(Connection, AcceptedSocketIsClosedWhenTheListenersEndHasNoName) {
     const SocketPtr listener = NewSocket();
     SocketAddress remote;
     On::Accept().Returns(7777, "10.1.2.9", 50123);

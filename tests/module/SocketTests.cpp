@@ -6,7 +6,7 @@
 namespace ModuleTests {
 namespace {
 
-class ClassicSocket : public LayerTest {};
+class SocketLife : public LayerTest {};
 
 constexpr char NotCreated[] = "VelNet::CreateSocket() - FAIL. The ::socket failed";
 constexpr char NotClosed[] = "VelNet::SocketImpl::Close() - FAIL. Cannot close a socket";
@@ -38,7 +38,7 @@ constexpr Setter Setters[] = {
      "VelNet::SocketImpl::SetReuseAddress() - FAIL. Cannot set Reuse Address"},
 };
 
-TEST_F(ClassicSocket, IsMadeByOneCallWithTypeAndProtocolAsTheSystemHasThem) {
+TEST_F(SocketLife, IsMadeByOneCallWithTypeAndProtocolAsTheSystemHasThem) {
     struct Kind {
         int type, protocol;
         const char* call;
@@ -53,7 +53,7 @@ TEST_F(ClassicSocket, IsMadeByOneCallWithTypeAndProtocolAsTheSystemHasThem) {
     }
 }
 
-TEST_F(ClassicSocket, EachFailureToMakeItIsTold) {
+TEST_F(SocketLife, EachFailureToMakeItIsTold) {
     ExpectEachFailure(
         {.failWith = [](int number) { On::Socket().Fails(number); },
          .operation = [] { CreateSocket(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP); },
@@ -61,7 +61,7 @@ TEST_F(ClassicSocket, EachFailureToMakeItIsTold) {
          .calls = {"socket(2, 1, 6)", "WSAGetLastError()"}});
 }
 
-TEST_F(ClassicSocket, IsMadeNonBlockingByOneCall) {
+TEST_F(SocketLife, IsMadeNonBlockingByOneCall) {
     const SocketPtr socket = NewSocket();
     EXPECT_TRUE(socket->SetNonBlocking());
     EXPECT_EQ(Transcript(), Lines{"ioctlsocket(1001, 0x8004667E, 1)"});
@@ -72,7 +72,7 @@ TEST_F(ClassicSocket, IsMadeNonBlockingByOneCall) {
     EXPECT_EQ(CountOf("WSAGetLastError"), 0);
 }
 
-TEST_F(ClassicSocket, AsksForWaitingBytesByOneCall) {
+TEST_F(SocketLife, AsksForWaitingBytesByOneCall) {
     const SocketPtr socket = NewSocket();
     for (const unsigned int count : {1U, 0x10000U, 0xFFFFFFFFU, 0U}) {
         On::Ioctlsocket().Returns(count);
@@ -83,7 +83,7 @@ TEST_F(ClassicSocket, AsksForWaitingBytesByOneCall) {
     EXPECT_EQ(Transcript(), Lines(5, "ioctlsocket(1001, 0x4004667F)"));
 }
 
-TEST_F(ClassicSocket, OptionsArePassedWithLevelNumberValueAndLength) {
+TEST_F(SocketLife, OptionsArePassedWithLevelNumberValueAndLength) {
     const SocketPtr socket = NewSocket();
     for (const Setter& setter : Setters) {
         ClearTranscript();
@@ -92,7 +92,7 @@ TEST_F(ClassicSocket, OptionsArePassedWithLevelNumberValueAndLength) {
     }
 }
 
-TEST_F(ClassicSocket, TimeOutsArePassedAsTheyStand) {
+TEST_F(SocketLife, TimeOutsArePassedAsTheyStand) {
     const SocketPtr socket = NewSocket();
     for (const unsigned int milliseconds : {0U, 1U, 999U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         socket->SetReceiveTimeout(milliseconds);
@@ -102,7 +102,7 @@ TEST_F(ClassicSocket, TimeOutsArePassedAsTheyStand) {
     }
 }
 
-TEST_F(ClassicSocket, EachFailureToSetAnOptionIsRecordedAlone) {
+TEST_F(SocketLife, EachFailureToSetAnOptionIsRecordedAlone) {
     const SocketPtr socket = NewSocket();
     for (const Setter& setter : Setters)
         ExpectEachFailure({.failWith = [](int number) { On::Setsockopt().Fails(number); },
@@ -112,7 +112,7 @@ TEST_F(ClassicSocket, EachFailureToSetAnOptionIsRecordedAlone) {
                            .isThrown = false});
 }
 
-TEST_F(ClassicSocket, AddressesAreReadIntoSixteenBytes) {
+TEST_F(SocketLife, AddressesAreReadIntoSixteenBytes) {
     const SocketPtr socket = NewSocket();
     On::Getsockname().Returns("10.1.2.3", 50123);
     EXPECT_EQ(TextOf(socket->GetLocalAddress()), "10.1.2.3:50123");
@@ -122,7 +122,7 @@ TEST_F(ClassicSocket, AddressesAreReadIntoSixteenBytes) {
 }
 
 // Required: the label of Send.
-TEST_F(ClassicSocket, EachFailureToReadAnAddressIsTold) {
+TEST_F(SocketLife, EachFailureToReadAnAddressIsTold) {
     const SocketPtr socket = NewSocket();
     ExpectEachFailure({.failWith = [](int number) { On::Getsockname().Fails(number); },
                        .operation = [&] { socket->GetLocalAddress(); },
@@ -134,7 +134,7 @@ TEST_F(ClassicSocket, EachFailureToReadAnAddressIsTold) {
                        .calls = {"getpeername(1001, 16)", "WSAGetLastError()"}});
 }
 
-TEST_F(ClassicSocket, IsClosedByOneCallAndHasNoHandleThen) {
+TEST_F(SocketLife, IsClosedByOneCallAndHasNoHandleThen) {
     const SocketPtr socket = NewSocket();
     socket->Close();
     EXPECT_FALSE(socket->IsValid());
@@ -143,14 +143,14 @@ TEST_F(ClassicSocket, IsClosedByOneCallAndHasNoHandleThen) {
               (Lines{"closesocket(1001)", "closesocket(INVALID)", "WSAGetLastError()"}));
 }
 
-TEST_F(ClassicSocket, IsClosedWithItsLastReference) {
+TEST_F(SocketLife, IsClosedWithItsLastReference) {
     NewSocket();
     { const SocketPtr socket = CreateSocket(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP); }
     EXPECT_EQ(LastEventOf("closesocket").text, "closesocket(1002)");
 }
 
 // The handle is forgotten all the same, so each time it is another socket.
-TEST_F(ClassicSocket, EachFailureToCloseIsRecordedAlone) {
+TEST_F(SocketLife, EachFailureToCloseIsRecordedAlone) {
     const SocketPtr socket = NewSocket();
     socket->Close();
     ExpectEachFailure({.failWith = [](int number) { On::Closesocket().Fails(number); },

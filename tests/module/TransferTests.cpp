@@ -6,11 +6,11 @@
 namespace ModuleTests {
 namespace {
 
-class ClassicTransfer : public LayerTest {};
+class Transfer : public LayerTest {};
 
 constexpr int Lengths[] = {0, 1, 1000, INT_MAX, -1, INT_MIN};
 
-TEST_F(ClassicTransfer, SendsByOneCallWithoutFlags) {
+TEST_F(Transfer, SendsByOneCallWithoutFlags) {
     const SocketPtr socket = NewSocket();
     const char buffer[] = "abcdef";
     EXPECT_EQ(socket->Send(buffer, 4), 4);
@@ -18,7 +18,7 @@ TEST_F(ClassicTransfer, SendsByOneCallWithoutFlags) {
     EXPECT_EQ(LastEventOf("send").pointer, buffer);
 }
 
-TEST_F(ClassicTransfer, SendPassesEveryLengthOnAndReturnsWhatTheSystemDoes) {
+TEST_F(Transfer, SendPassesEveryLengthOnAndReturnsWhatTheSystemDoes) {
     const SocketPtr socket = NewSocket();
     for (const int length : Lengths) {
         On::Send().Returns(3);
@@ -28,7 +28,7 @@ TEST_F(ClassicTransfer, SendPassesEveryLengthOnAndReturnsWhatTheSystemDoes) {
     EXPECT_EQ(CountOf("send"), 6);
 }
 
-TEST_F(ClassicTransfer, SendThatWouldBlockIsZeroWithoutARecord) {
+TEST_F(Transfer, SendThatWouldBlockIsZeroWithoutARecord) {
     const SocketPtr socket = NewSocket();
     Loopback::EnableAllRouters();
     On::Send().Fails(10035);
@@ -37,7 +37,7 @@ TEST_F(ClassicTransfer, SendThatWouldBlockIsZeroWithoutARecord) {
     EXPECT_EQ(TakeRecords(), Records());
 }
 
-TEST_F(ClassicTransfer, EachOtherFailureToSendIsTold) {
+TEST_F(Transfer, EachOtherFailureToSendIsTold) {
     const SocketPtr socket = NewSocket();
     ExpectEachFailure({.failWith = [](int number) { On::Send().Fails(number); },
                        .operation = [&] { socket->Send("abc", 3); },
@@ -46,7 +46,7 @@ TEST_F(ClassicTransfer, EachOtherFailureToSendIsTold) {
                       ErrorNumbersWithout({10035}));
 }
 
-TEST_F(ClassicTransfer, ReceivesByOneCallWithoutFlags) {
+TEST_F(Transfer, ReceivesByOneCallWithoutFlags) {
     const SocketPtr socket = NewSocket();
     char buffer[8] = {};
     On::Recv().Delivers("abc");
@@ -56,7 +56,7 @@ TEST_F(ClassicTransfer, ReceivesByOneCallWithoutFlags) {
     EXPECT_STREQ(buffer, "abc");
 }
 
-TEST_F(ClassicTransfer, ReceivePassesEveryLengthOn) {
+TEST_F(Transfer, ReceivePassesEveryLengthOn) {
     const SocketPtr socket = NewSocket();
     for (const int length : Lengths) {
         On::Recv().Returns(1);
@@ -66,7 +66,7 @@ TEST_F(ClassicTransfer, ReceivePassesEveryLengthOn) {
 }
 
 // Would-block too, unlike Send's.
-TEST_F(ClassicTransfer, EachFailureToReceiveIsTold) {
+TEST_F(Transfer, EachFailureToReceiveIsTold) {
     const SocketPtr socket = NewSocket();
     char buffer[8];
     ExpectEachFailure({.failWith = [](int number) { On::Recv().Fails(number); },
@@ -75,7 +75,7 @@ TEST_F(ClassicTransfer, EachFailureToReceiveIsTold) {
                        .calls = {"recv(1001, 8, 0)", "WSAGetLastError()"}});
 }
 
-TEST_F(ClassicTransfer, EndOfTheConnectionIsToldWithoutANumber) {
+TEST_F(Transfer, EndOfTheConnectionIsToldWithoutANumber) {
     const SocketPtr socket = NewSocket();
     Loopback::EnableAllRouters();
     char buffer[8];
@@ -84,7 +84,7 @@ TEST_F(ClassicTransfer, EndOfTheConnectionIsToldWithoutANumber) {
     EXPECT_EQ(TakeRecords(), (Records{{Loopback::Error, Loopback::ConnectionClosed().text}}));
 }
 
-TEST_F(ClassicTransfer, RecordsTheBytesThatTheSystemTook) {
+TEST_F(Transfer, RecordsTheBytesThatTheSystemTook) {
     const SocketPtr socket = NewSocket();
     On::Getsockname().Returns("10.1.2.3", 50123);
     On::Getpeername().Returns("10.1.2.9", 80);

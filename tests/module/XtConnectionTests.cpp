@@ -4,7 +4,7 @@
 namespace ModuleTests {
 namespace {
 
-class ExtendedConnection : public LayerTest {
+class XtConnection : public LayerTest {
 protected:
     // Bound, with the texts "here" and "4000".
     static SocketXtPtr BoundXt() {
@@ -33,7 +33,7 @@ Lines Followed(Lines calls, const Lines& end) {
     return calls;
 }
 
-TEST_F(ExtendedConnection, BindPassesEachAddressWithItsOwnLength) {
+TEST_F(XtConnection, BindPassesEachAddressWithItsOwnLength) {
     const SocketXtPtr socket = NewSocketXt();
     On::Getaddrinfo().Returns(BothFamilies());
     On::Bind().Fails(10049).Passes();
@@ -44,7 +44,7 @@ TEST_F(ExtendedConnection, BindPassesEachAddressWithItsOwnLength) {
     EXPECT_EQ(LastEventOf("bind").text, "bind(1001, 0x61626364656667, 7)");
 }
 
-TEST_F(ExtendedConnection, BindPassesSpecialAddressesAsTexts) {
+TEST_F(XtConnection, BindPassesSpecialAddressesAsTexts) {
     const SocketXtPtr socket = NewSocketXt();
     for (const auto& [kind, host] : {std::pair{SPECIAL_ANY, "0.0.0.0"},
                                      {SPECIAL_LOOPBACK, "127.0.0.1"},
@@ -56,7 +56,7 @@ TEST_F(ExtendedConnection, BindPassesSpecialAddressesAsTexts) {
     }
 }
 
-TEST_F(ExtendedConnection, EachFailureToBindIsTold) {
+TEST_F(XtConnection, EachFailureToBindIsTold) {
     const SocketXtPtr socket = NewSocketXt();
     const auto bind = [&] { socket->Bind("host", "80"); };
     ExpectEachFailure(
@@ -77,13 +77,13 @@ TEST_F(ExtendedConnection, EachFailureToBindIsTold) {
                            {"WSAGetLastError()", "freeaddrinfo(1)", "WSACleanup()"})});
 }
 
-TEST_F(ExtendedConnection, ListenIsForTwo) {
+TEST_F(XtConnection, ListenIsForTwo) {
     const SocketXtPtr socket = BoundXt();
     EXPECT_EQ(socket->Listen(), 0);
     EXPECT_EQ(Transcript(), Lines{"listen(1001, 2)"});
 }
 
-TEST_F(ExtendedConnection, EachFailureToListenIsTold) {
+TEST_F(XtConnection, EachFailureToListenIsTold) {
     const SocketXtPtr socket = NewSocketXt();
     Failing failing{.failWith = [](int number) { On::Listen().Fails(number); },
                     .operation = [&] { socket->Listen(); },
@@ -95,7 +95,7 @@ TEST_F(ExtendedConnection, EachFailureToListenIsTold) {
     ExpectEachFailure(failing);
 }
 
-TEST_F(ExtendedConnection, ConnectPassesEachAddressWithItsOwnLength) {
+TEST_F(XtConnection, ConnectPassesEachAddressWithItsOwnLength) {
     const SocketXtPtr socket = NewSocketXt();
     On::Getaddrinfo().Returns(BothFamilies());
     On::Connect().Fails(10061).Passes();
@@ -104,7 +104,7 @@ TEST_F(ExtendedConnection, ConnectPassesEachAddressWithItsOwnLength) {
               Followed(CallsTrying("connect"), {"freeaddrinfo(1)", "WSACleanup()"}));
 }
 
-TEST_F(ExtendedConnection, EachFailureToConnectIsTold) {
+TEST_F(XtConnection, EachFailureToConnectIsTold) {
     const SocketXtPtr socket = NewSocketXt();
     const auto connect = [&] { socket->Connect("host", "80"); };
     constexpr char description[] = "cannot connect local socket to a remote address";
@@ -127,7 +127,7 @@ TEST_F(ExtendedConnection, EachFailureToConnectIsTold) {
          .calls = calls});
 }
 
-TEST_F(ExtendedConnection, AcceptHasRoomForAnyAddressAndPassesAllOfItOn) {
+TEST_F(XtConnection, AcceptHasRoomForAnyAddressAndPassesAllOfItOn) {
     const SocketXtPtr listener = BoundXt();
     SocketXtPtr accepted;
     VelBase::ReturnString host, port;
@@ -142,7 +142,7 @@ TEST_F(ExtendedConnection, AcceptHasRoomForAnyAddressAndPassesAllOfItOn) {
 }
 
 // Would-block too, unlike the classic socket's.
-TEST_F(ExtendedConnection, EachFailureToAcceptIsTold) {
+TEST_F(XtConnection, EachFailureToAcceptIsTold) {
     const SocketXtPtr listener = BoundXt();
     SocketXtPtr accepted;
     VelBase::ReturnString host, port;
@@ -154,7 +154,7 @@ TEST_F(ExtendedConnection, EachFailureToAcceptIsTold) {
                                  "WSACleanup()"}});
 }
 
-TEST_F(ExtendedConnection, EachFailureToNameThePeerIsRecordedAlone) {
+TEST_F(XtConnection, EachFailureToNameThePeerIsRecordedAlone) {
     const SocketXtPtr listener = BoundXt();
     SocketXtPtr accepted;
     VelBase::ReturnString host("earlier"), port("earlier");
@@ -176,7 +176,7 @@ TEST_F(ExtendedConnection, EachFailureToNameThePeerIsRecordedAlone) {
 }
 
 // Required: the name of another call. The socket stays as it is.
-TEST_F(ExtendedConnection, EachFailureToCloseIsTold) {
+TEST_F(XtConnection, EachFailureToCloseIsTold) {
     const SocketXtPtr socket = BoundXt();
     ExpectEachFailure(
         {.failWith = [&](int number) { On::Closesocket().Fails(number); },

@@ -7,8 +7,8 @@
 namespace ModuleTests {
 namespace {
 
-class ExtendedCreation : public LayerTest {};
-class ExtendedStartUp : public LayerTest {};
+class XtCreation : public LayerTest {};
+class XtCreationStartUp : public LayerTest {};
 
 constexpr char Stream[] = "getaddrinfo(\"SCRIPTED-HOST\", null, {0, 0, 1, 6})";
 
@@ -20,7 +20,7 @@ std::string Head(const std::string& call) {
     return "VelNet::CreateSocketXt , cannot create a socket , " + call + " ,  ";
 }
 
-TEST_F(ExtendedCreation, ResolvesTheOwnNameAndTakesTheFirstFamilyThatWorks) {
+TEST_F(XtCreation, ResolvesTheOwnNameAndTakesTheFirstFamilyThatWorks) {
     On::Getaddrinfo().Returns({{23, "2001:DB8::1", 0}, {2, "10.0.0.1", 0}, {2, "10.0.0.2", 0}});
     On::Socket().Fails(10047).Passes();
     const SocketXtPtr socket = CreateSocketXt(Socket::SOCKET_DATAGRAM, Socket::PROTOCOL_UDP);
@@ -32,7 +32,7 @@ TEST_F(ExtendedCreation, ResolvesTheOwnNameAndTakesTheFirstFamilyThatWorks) {
     EXPECT_EQ(socket->GetHandle(), 1001U);
 }
 
-TEST_F(ExtendedCreation, UnknownTypeAndProtocolAreLeftToTheSystem) {
+TEST_F(XtCreation, UnknownTypeAndProtocolAreLeftToTheSystem) {
     On::Getaddrinfo().Returns({{23, "2001:DB8::1", 0}});
     const SocketXtPtr socket = CreateSocketXt(static_cast<Socket::SOCKET_TYPE>(5),
                                               static_cast<Socket::SOCKET_PROTOCOL>(7));
@@ -43,7 +43,7 @@ TEST_F(ExtendedCreation, UnknownTypeAndProtocolAreLeftToTheSystem) {
 }
 
 // The number is the last error, not what the call returned.
-TEST_F(ExtendedCreation, EachFailureToResolveIsTold) {
+TEST_F(XtCreation, EachFailureToResolveIsTold) {
     ExpectEachFailure({.failWith = [](int number) { On::Getaddrinfo().FailsReturning(8, number); },
                        .operation = Create,
                        .head = Head("::getaddrinfo"),
@@ -51,7 +51,7 @@ TEST_F(ExtendedCreation, EachFailureToResolveIsTold) {
                                  "WSAGetLastError()", "WSACleanup()"}});
 }
 
-TEST_F(ExtendedCreation, EachFailureToMakeItIsToldWithTheLastNumber) {
+TEST_F(XtCreation, EachFailureToMakeItIsToldWithTheLastNumber) {
     ExpectEachFailure(
         {.failWith =
              [](int number) {
@@ -64,7 +64,7 @@ TEST_F(ExtendedCreation, EachFailureToMakeItIsToldWithTheLastNumber) {
                    "socket(2, 1, 6)", "WSAGetLastError()", "freeaddrinfo(1)", "WSACleanup()"}});
 }
 
-TEST_F(ExtendedCreation, HostWithoutAddressesIsAFailureToMakeIt) {
+TEST_F(XtCreation, HostWithoutAddressesIsAFailureToMakeIt) {
     On::Getaddrinfo().ReturnsEmpty();
     EXPECT_EQ(FailureOf(Create), FailureWith(Head("::socket"), Disturbance));
     EXPECT_EQ(CountOf("socket"), 0);
@@ -112,7 +112,7 @@ std::u16string ThrownBy(const Scoped& operation, SocketXt& socket) {
     return u"nothing";
 }
 
-TEST_F(ExtendedStartUp, EachRefusalIsThrownWithTheSystemsWordsAndNotCleanedUp) {
+TEST_F(XtCreationStartUp, EachRefusalIsThrownWithTheSystemsWordsAndNotCleanedUp) {
     const SocketXtPtr socket = NewSocketXt();
     for (const Scoped& operation : ScopedOperations()) {
         for (const int number : ErrorNumbersWithout({0})) {
@@ -129,7 +129,7 @@ TEST_F(ExtendedStartUp, EachRefusalIsThrownWithTheSystemsWordsAndNotCleanedUp) {
     }
 }
 
-TEST_F(ExtendedStartUp, IsBalancedWhetherTheOperationSucceedsOrFails) {
+TEST_F(XtCreationStartUp, IsBalancedWhetherTheOperationSucceedsOrFails) {
     const SocketXtPtr socket = NewSocketXt();
     for (const Scoped& operation : ScopedOperations()) {
         for (const bool fails : {false, true}) {

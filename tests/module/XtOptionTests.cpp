@@ -6,9 +6,9 @@
 namespace ModuleTests {
 namespace {
 
-class ExtendedOptions : public LayerTest {};
+class XtOptions : public LayerTest {};
 
-class Groups : public LayerTest {
+class XtOptionGroups : public LayerTest {
 protected:
     // Required: what getaddrinfo gave is not given back.
     void TearDown() override {
@@ -43,7 +43,7 @@ const std::vector<Setter>& Setters() {
     return setters;
 }
 
-TEST_F(ExtendedOptions, ArePassedWithLevelNumberValueAndLength) {
+TEST_F(XtOptions, ArePassedWithLevelNumberValueAndLength) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     for (const Setter& setter : Setters()) {
         ClearTranscript();
@@ -52,7 +52,7 @@ TEST_F(ExtendedOptions, ArePassedWithLevelNumberValueAndLength) {
     }
 }
 
-TEST_F(ExtendedOptions, EachFailureIsTold) {
+TEST_F(XtOptions, EachFailureIsTold) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     for (const Setter& setter : Setters())
         ExpectEachFailure({.failWith = [](int number) { On::Setsockopt().Fails(number); },
@@ -61,7 +61,7 @@ TEST_F(ExtendedOptions, EachFailureIsTold) {
                            .calls = {setter.call, "WSAGetLastError()"}});
 }
 
-TEST_F(ExtendedOptions, NonBlockingAndWaitingBytesAreOneCallEach) {
+TEST_F(XtOptions, NonBlockingAndWaitingBytesAreOneCallEach) {
     const SocketXtPtr socket = NewSocketXt();
     EXPECT_TRUE(socket->SetNonBlocking());
     On::Ioctlsocket().Returns(1);
@@ -81,7 +81,7 @@ constexpr char Ipv6Request[] =
     "0xFF020000000000000000000000000001"
     "00000000, 20)";
 
-TEST_F(Groups, EachModeIsAnOptionOfBothFamilies) {
+TEST_F(XtOptionGroups, EachModeIsAnOptionOfBothFamilies) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     struct Mode {
         int mode;
@@ -100,14 +100,14 @@ TEST_F(Groups, EachModeIsAnOptionOfBothFamilies) {
     }
 }
 
-TEST_F(Groups, OtherFamiliesArePassedBy) {
+TEST_F(XtOptionGroups, OtherFamiliesArePassedBy) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     On::Getaddrinfo().Returns({{99, std::string(16, 'a')}});
     socket->SetSocketForMulticast("a group", 0);
     EXPECT_EQ(Transcript().size(), 1U);
 }
 
-TEST_F(Groups, EachFailureIsTold) {
+TEST_F(XtOptionGroups, EachFailureIsTold) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     constexpr char resolution[] = "getaddrinfo(\"group\", null, {0, 0, 2, 0})";
     const auto head = [](const std::string& call) {

@@ -6,12 +6,12 @@
 namespace ModuleTests {
 namespace {
 
-class ExtendedTransfer : public LayerTest {};
+class XtTransfer : public LayerTest {};
 
 constexpr int Lengths[] = {0, 1, 1000, INT_MAX, -1, INT_MIN};
 constexpr char Resolution[] = "getaddrinfo(\"host\", \"80\", {0, 0, 2, 17})";
 
-TEST_F(ExtendedTransfer, SendsByOneCallWithoutFlags) {
+TEST_F(XtTransfer, SendsByOneCallWithoutFlags) {
     const SocketXtPtr socket = NewSocketXt();
     EXPECT_EQ(socket->Send("abcdef", 4), 4);
     EXPECT_EQ(Transcript(), Lines{"send(1001, \"abcd\", 4, 0)"});
@@ -22,7 +22,7 @@ TEST_F(ExtendedTransfer, SendsByOneCallWithoutFlags) {
     }
 }
 
-TEST_F(ExtendedTransfer, SendThatWouldBlockIsZeroWithoutARecord) {
+TEST_F(XtTransfer, SendThatWouldBlockIsZeroWithoutARecord) {
     const SocketXtPtr socket = NewSocketXt();
     Loopback::EnableAllRouters();
     On::Send().Fails(10035);
@@ -31,7 +31,7 @@ TEST_F(ExtendedTransfer, SendThatWouldBlockIsZeroWithoutARecord) {
     EXPECT_EQ(TakeRecords(), Records());
 }
 
-TEST_F(ExtendedTransfer, EachOtherFailureToSendIsTold) {
+TEST_F(XtTransfer, EachOtherFailureToSendIsTold) {
     const SocketXtPtr socket = NewSocketXt();
     socket->Bind("here", "4000");
     ExpectEachFailure({.failWith = [](int number) { On::Send().Fails(number); },
@@ -41,7 +41,7 @@ TEST_F(ExtendedTransfer, EachOtherFailureToSendIsTold) {
                       ErrorNumbersWithout({10035}));
 }
 
-TEST_F(ExtendedTransfer, ReceivesByOneCallWithoutFlags) {
+TEST_F(XtTransfer, ReceivesByOneCallWithoutFlags) {
     const SocketXtPtr socket = NewSocketXt();
     char buffer[8] = {};
     On::Recv().Delivers("abc");
@@ -56,7 +56,7 @@ TEST_F(ExtendedTransfer, ReceivesByOneCallWithoutFlags) {
 }
 
 // Would-block too, unlike Send's.
-TEST_F(ExtendedTransfer, EachFailureToReceiveIsTold) {
+TEST_F(XtTransfer, EachFailureToReceiveIsTold) {
     const SocketXtPtr socket = NewSocketXt();
     char buffer[8];
     ExpectEachFailure({.failWith = [](int number) { On::Recv().Fails(number); },
@@ -65,7 +65,7 @@ TEST_F(ExtendedTransfer, EachFailureToReceiveIsTold) {
                        .calls = {"recv(1001, 8, 0)", "WSAGetLastError()"}});
 }
 
-TEST_F(ExtendedTransfer, EndOfTheConnectionIsToldWithTheLocalTexts) {
+TEST_F(XtTransfer, EndOfTheConnectionIsToldWithTheLocalTexts) {
     const SocketXtPtr socket = NewSocketXt();
     socket->Bind("here", "4000");
     ClearTranscript();
@@ -80,7 +80,7 @@ TEST_F(ExtendedTransfer, EndOfTheConnectionIsToldWithTheLocalTexts) {
     EXPECT_EQ(Transcript(), Lines{"recv(1001, 8, 0)"});
 }
 
-TEST_F(ExtendedTransfer, SendToPassesEachAddressWithItsOwnLengthUntilOneTakesTheDatagram) {
+TEST_F(XtTransfer, SendToPassesEachAddressWithItsOwnLengthUntilOneTakesTheDatagram) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     On::Getaddrinfo().Returns({{23, "2001:DB8::1", 80}, {2, "10.0.0.1", 80}, {2, "10.0.0.2", 80}});
     On::Sendto().Fails(10047).Passes();
@@ -94,7 +94,7 @@ TEST_F(ExtendedTransfer, SendToPassesEachAddressWithItsOwnLengthUntilOneTakesThe
     EXPECT_EQ(LastEventOf("sendto").text, "sendto(1001, \"ab\", 2, 0, 0x6162636465, 5)");
 }
 
-TEST_F(ExtendedTransfer, SendToPassesEveryLengthOn) {
+TEST_F(XtTransfer, SendToPassesEveryLengthOn) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     for (const int length : Lengths) {
         On::Sendto().Returns(0);
@@ -104,7 +104,7 @@ TEST_F(ExtendedTransfer, SendToPassesEveryLengthOn) {
     }
 }
 
-TEST_F(ExtendedTransfer, EachFailureToSendADatagramIsTold) {
+TEST_F(XtTransfer, EachFailureToSendADatagramIsTold) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     const auto send = [&] { socket->SendTo("abc", 3, "host", "80"); };
     constexpr char description[] = "cannot sendto using connectionless socket";
@@ -121,7 +121,7 @@ TEST_F(ExtendedTransfer, EachFailureToSendADatagramIsTold) {
                    "WSAGetLastError()", "freeaddrinfo(1)", "WSACleanup()"}});
 }
 
-TEST_F(ExtendedTransfer, RecvFromHasRoomForAnyAddressAndPassesAllOfItOn) {
+TEST_F(XtTransfer, RecvFromHasRoomForAnyAddressAndPassesAllOfItOn) {
     struct Kind {
         Socket::SOCKET_TYPE type;
         const char* flags;
@@ -144,7 +144,7 @@ TEST_F(ExtendedTransfer, RecvFromHasRoomForAnyAddressAndPassesAllOfItOn) {
     }
 }
 
-TEST_F(ExtendedTransfer, RecvFromPassesEveryLengthOn) {
+TEST_F(XtTransfer, RecvFromPassesEveryLengthOn) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     VelBase::ReturnString host, port;
     for (const int length : Lengths) {
@@ -155,7 +155,7 @@ TEST_F(ExtendedTransfer, RecvFromPassesEveryLengthOn) {
     }
 }
 
-TEST_F(ExtendedTransfer, EachFailureToReceiveADatagramIsTold) {
+TEST_F(XtTransfer, EachFailureToReceiveADatagramIsTold) {
     const SocketXtPtr socket = NewSocketXt(Socket::SOCKET_DATAGRAM);
     char buffer[8];
     VelBase::ReturnString host("earlier"), port("earlier");

@@ -15,7 +15,7 @@ using namespace SystemCalls;
 constexpr int OfDeadConnections[] = {ECONNABORTED, EHOSTDOWN,   EHOSTUNREACH, ENETDOWN, ENETUNREACH,
                                      ENONET,       ENOPROTOOPT, EOPNOTSUPP,   EPROTO};
 
-class DeadConnection : public testing::WithParamInterface<bool>, public Started {
+class AcceptOfADeadConnection : public testing::WithParamInterface<bool>, public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
@@ -30,7 +30,7 @@ protected:
     OwnedSocket listener_;
 };
 
-TEST_P(DeadConnection, IsPassedOver) {
+TEST_P(AcceptOfADeadConnection, IsPassedOver) {
     for (const int error : OfDeadConnections) {
         const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener_));
         const FailingCall dead(SystemCall::Accept4, error, {.count = 100});
@@ -40,7 +40,7 @@ TEST_P(DeadConnection, IsPassedOver) {
     }
 }
 
-TEST_P(DeadConnection, WithoutEndIsAFailure) {
+TEST_P(AcceptOfADeadConnection, WithoutEndIsAFailure) {
     constexpr int numbers[] = {10053, 10064, 10065, 10050, 10051, 10065, 10042, 10045, 10022};
     const int* number = numbers;
     for (const int error : OfDeadConnections) {
@@ -50,11 +50,11 @@ TEST_P(DeadConnection, WithoutEndIsAFailure) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(BothModes, DeadConnection, testing::Bool());
+INSTANTIATE_TEST_SUITE_P(BothModes, AcceptOfADeadConnection, testing::Bool());
 
-using DeadConnectionAlone = Started;
+using AcceptOfADeadConnectionAlone = Started;
 
-TEST_F(DeadConnectionAlone, IsNobodyToANonBlockingListener) {
+TEST_F(AcceptOfADeadConnectionAlone, IsNobodyToANonBlockingListener) {
     const OwnedSocket listener = NewListener();
     SetNonBlocking(listener);
     for (const int error : OfDeadConnections) {

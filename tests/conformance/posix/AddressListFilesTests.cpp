@@ -20,7 +20,7 @@ const char* const Hosts =
     "10.6.6.6 twice.example\n"
     "10.5.5.5 twice.example\n";
 
-TEST(AddressListOfName, HasEachAddressOnceInTheSystemsOrder) {
+TEST(AddressListFilesOfAName, HasEachAddressOnceInTheSystemsOrder) {
     WithNames(Hosts, [] {
         EXPECT_EQ(AddressesOf(Resolved("both", "80")),
                   (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.1 80"}));
@@ -31,7 +31,7 @@ TEST(AddressListOfName, HasEachAddressOnceInTheSystemsOrder) {
     });
 }
 
-TEST(AddressListOfName, HasTheAddressesOfTheWantedFamilyOnly) {
+TEST(AddressListFilesOfAName, HasTheAddressesOfTheWantedFamilyOnly) {
     WithNames(Hosts, [] {
         const Winsock::AddressInfo ipv4 = Hints(2, 2, 17);
         const Winsock::AddressInfo ipv6 = Hints(23, 1, 6);
@@ -43,7 +43,7 @@ TEST(AddressListOfName, HasTheAddressesOfTheWantedFamilyOnly) {
     });
 }
 
-TEST(AddressListOfName, MayBeLong) {
+TEST(AddressListFilesOfAName, MayBeLong) {
     std::string hosts;
     Texts expected;
     for (int index = 1; index <= 35; ++index) {
@@ -59,7 +59,7 @@ TEST(AddressListOfName, MayBeLong) {
     });
 }
 
-TEST(AddressListOfName, IsEmptyForANameThatNobodyKnows) {
+TEST(AddressListFilesOfAName, IsEmptyForANameThatNobodyKnows) {
     WithNames(Hosts, [] {
         for (const std::string host :
              {"unknown.example", "127.0.0.1:80", "with blank", "1.2.3.4.5", "256.1.1.1",
@@ -71,7 +71,7 @@ TEST(AddressListOfName, IsEmptyForANameThatNobodyKnows) {
     });
 }
 
-TEST(AddressListOfName, IsEmptyForBrokenLiteralsInBrackets) {
+TEST(AddressListFilesOfAName, IsEmptyForBrokenLiteralsInBrackets) {
     WithNames(Hosts, [] {
         for (const char* host : {"[::1", "[", "[]", "[127.0.0.1]", "[::1]x", "[::1]:", "[::1]:x",
                                  "[::1]]", "[[::1]]", "[localhost]", "[::1x]", "[ ::1]"}) {
@@ -82,7 +82,7 @@ TEST(AddressListOfName, IsEmptyForBrokenLiteralsInBrackets) {
     });
 }
 
-TEST(AddressListOfName, IsEmptyForAStar) {
+TEST(AddressListFilesOfAName, IsEmptyForAStar) {
     WithNames(Hosts, [] {
         List list;
         EXPECT_TRUE(Returns(11001, Resolve("*", "80", list)));
@@ -92,7 +92,7 @@ TEST(AddressListOfName, IsEmptyForAStar) {
     });
 }
 
-TEST(AddressListOfName, IsEmptyForANameThatIsTooLong) {
+TEST(AddressListFilesOfAName, IsEmptyForANameThatIsTooLong) {
     WithNames(Hosts, [] {
         for (const std::size_t length : {64U, 256U, 1025U, 5000U, 100'000U}) {
             for (const char letter : {'a', '.', '1', ':'}) {
@@ -104,7 +104,7 @@ TEST(AddressListOfName, IsEmptyForANameThatIsTooLong) {
     });
 }
 
-TEST(AddressListOfName, TellsAnUnreachableNameServerFromAnUnknownName) {
+TEST(AddressListFilesOfAName, TellsAnUnreachableNameServerFromAnUnknownName) {
     WithNames(
         Hosts,
         [] {
@@ -115,7 +115,7 @@ TEST(AddressListOfName, TellsAnUnreachableNameServerFromAnUnknownName) {
         "here", "files dns");
 }
 
-TEST(AddressListOfName, IsFoundUnderAStormOfSignals) {
+TEST(AddressListFilesOfAName, IsFoundUnderAStormOfSignals) {
     WithNames(Hosts, [] {
         const SignalStorm storm({}, 1);
         while (SignalStorm::SignalCount() < 100) {
@@ -124,7 +124,7 @@ TEST(AddressListOfName, IsFoundUnderAStormOfSignals) {
     });
 }
 
-TEST(AddressListOfName, IsEachThreadsOwn) {
+TEST(AddressListFilesOfAName, IsEachThreadsOwn) {
     WithNames(Hosts, [] {
         std::vector<std::thread> threads;
         for (int index = 0; index < 16; ++index) {
@@ -166,7 +166,7 @@ unsigned int FailEachAllocation(const char* host, const char* service) {
     return 0;
 }
 
-TEST(AddressListOfName, WithoutMemoryIsAnError) {
+TEST(AddressListFilesOfAName, WithoutMemoryIsAnError) {
     WithNames(
         Hosts,
         [] {
@@ -178,7 +178,7 @@ TEST(AddressListOfName, WithoutMemoryIsAnError) {
         "lonely");
 }
 
-TEST(NameTextOfAddress, IsTheHostsName) {
+TEST(AddressListFilesNameOfAnAddress, IsTheHostsName) {
     WithNames(Hosts, [] {
         const Winsock::AddressIpv4 address = Ipv4(10, 9, 8, 7, 80);
         char host[100];
@@ -192,7 +192,7 @@ TEST(NameTextOfAddress, IsTheHostsName) {
     });
 }
 
-TEST(NameTextOfAddress, ConsistsOfNumbersWithoutAName) {
+TEST(AddressListFilesNameOfAnAddress, ConsistsOfNumbersWithoutAName) {
     WithNames(Hosts, [] {
         Winsock::AddressIpv6 address = LoopbackIpv6(4711);
         address.address[0] = 0xFE;

@@ -37,9 +37,9 @@ private:
     int kept_;
 };
 
-using UnknownName = Started;
+using BindingWithAnUnknownName = Started;
 
-TEST_F(UnknownName, IsAFailureThatLeavesTheRoomAlone) {
+TEST_F(BindingWithAnUnknownName, IsAFailureThatLeavesTheRoomAlone) {
     const OwnedSocket stream = NewBoundStream();
     const OwnedSocket datagram = NewBoundDatagram();
     for (const OwnedSocket* socket : {&stream, &datagram}) {
@@ -125,14 +125,14 @@ std::vector<OwnedSocket> Listed(Sockets... sockets) {
     return list;
 }
 
-using AnotherProcessesPort = Started;
+using BindingAnotherProcessesPort = Started;
 
 void ExpectTaken(const OtherProcess& other) {
     EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), Loopback(other.Port()))));
     EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), Ipv4(0, 0, 0, 0, other.Port()))));
 }
 
-TEST_F(AnotherProcessesPort, IsTakenIfItsStreamIsConnected) {
+TEST_F(BindingAnotherProcessesPort, IsTakenIfItsStreamIsConnected) {
     for (const bool bound : {true, false}) {
         const OtherProcess other([bound] {
             Pair pair = ConnectedFrom(bound ? NewBoundStream() : NewStream());
@@ -143,13 +143,13 @@ TEST_F(AnotherProcessesPort, IsTakenIfItsStreamIsConnected) {
     }
 }
 
-TEST_F(AnotherProcessesPort, IsSharedOnlyAmongThoseThatAsk) {
+TEST_F(BindingAnotherProcessesPort, IsSharedOnlyAmongThoseThatAsk) {
     const OtherProcess other([] { return Listed(BoundAndReusing()); });
     ExpectTaken(other);
     EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
 }
 
-TEST_F(AnotherProcessesPort, IsSharedOnlyAmongThoseThatAskWhileConnectedToo) {
+TEST_F(BindingAnotherProcessesPort, IsSharedOnlyAmongThoseThatAskWhileConnectedToo) {
     const OtherProcess other([] {
         Pair pair = ConnectedFrom(BoundAndReusing());
         return Listed(std::move(pair.client), std::move(pair.server));
@@ -158,7 +158,7 @@ TEST_F(AnotherProcessesPort, IsSharedOnlyAmongThoseThatAskWhileConnectedToo) {
     EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
 }
 
-TEST_F(AnotherProcessesPort, IsFreeIfItsServerHasGoneAndOnlyItsConnectionsGoOn) {
+TEST_F(BindingAnotherProcessesPort, IsFreeIfItsServerHasGoneAndOnlyItsConnectionsGoOn) {
     const OtherProcess other([] {
         const OwnedSocket listener = NewListener();
         OwnedSocket client = NewStream();
@@ -169,10 +169,10 @@ TEST_F(AnotherProcessesPort, IsFreeIfItsServerHasGoneAndOnlyItsConnectionsGoOn) 
     EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
 }
 
-using ReuseFault = Started;
+using BindingReuseFault = Started;
 
 // What is left of the connection keeps its port, but nothing else fails.
-TEST_F(ReuseFault, OfAClientThatIsClosedOrOfANewcomerKeepsThePortTaken) {
+TEST_F(BindingReuseFault, OfAClientThatIsClosedOrOfANewcomerKeepsThePortTaken) {
     for (const bool closing : {true, false}) {
         const OwnedSocket listener = NewListener();
         OwnedSocket client = NewStream();
@@ -191,9 +191,9 @@ TEST_F(ReuseFault, OfAClientThatIsClosedOrOfANewcomerKeepsThePortTaken) {
     }
 }
 
-using LastCleanUp = Started;
+using BindingAndTheLastCleanUp = Started;
 
-TEST_F(LastCleanUp, LeavesTheClientsPortsFree) {
+TEST_F(BindingAndTheLastCleanUp, LeavesTheClientsPortsFree) {
     OwnedSocket listener = NewListener();
     OwnedSocket client = NewStream();
     ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));

@@ -23,7 +23,7 @@ namespace {
 
 using namespace SystemCalls;
 
-using OwnAddress = Started;
+using BroadcastOwnAddress = Started;
 
 constexpr const char* Interface = "wire";
 
@@ -87,7 +87,7 @@ void ExpectBroadcasts(const OwnedSocket& receiver) {
     EXPECT_EQ(Receive(receiver), "to one");
 }
 
-TEST_F(OwnAddress, ReceivesBroadcasts) {
+TEST_F(BroadcastOwnAddress, ReceivesBroadcasts) {
     OnAnInterface([] {
         const OwnedSocket receiver = NewReceiver();
         ASSERT_TRUE(Succeeds(Bind(receiver, Address(0))));
@@ -97,7 +97,7 @@ TEST_F(OwnAddress, ReceivesBroadcasts) {
     });
 }
 
-TEST_F(OwnAddress, FailsToBeBoundWithoutDescriptorsAndIsBoundLater) {
+TEST_F(BroadcastOwnAddress, FailsToBeBoundWithoutDescriptorsAndIsBoundLater) {
     OnAnInterface([] {
         const OwnedSocket receiver = NewReceiver();
         {
@@ -115,7 +115,7 @@ int BindWithoutMemory(const OwnedSocket& socket, unsigned int successes) {
     return Bind(socket, Address(0));
 }
 
-TEST_F(OwnAddress, FailsToBeBoundWithoutMemoryAndIsBoundLater) {
+TEST_F(BroadcastOwnAddress, FailsToBeBoundWithoutMemoryAndIsBoundLater) {
     OnAnInterface([] {
         const OwnedSocket receiver = NewReceiver();
         unsigned int allocations = 0;
@@ -128,7 +128,7 @@ TEST_F(OwnAddress, FailsToBeBoundWithoutMemoryAndIsBoundLater) {
     });
 }
 
-TEST_F(OwnAddress, FailsToBeBoundWhereTheSystemRefusesAnOption) {
+TEST_F(BroadcastOwnAddress, FailsToBeBoundWhereTheSystemRefusesAnOption) {
     OnAnInterface([] {
         for (const int option : {SO_REUSEADDR, SO_TIMESTAMPNS, IP_MULTICAST_ALL}) {
             const OwnedSocket receiver = NewReceiver();
@@ -143,7 +143,7 @@ TEST_F(OwnAddress, FailsToBeBoundWhereTheSystemRefusesAnOption) {
 }
 
 // What was made for the refused address is no burden on the next one.
-TEST_F(OwnAddress, IsBoundElsewhereAfterARefusal) {
+TEST_F(BroadcastOwnAddress, IsBoundElsewhereAfterARefusal) {
     OnAnInterface([] {
         const OwnedSocket former = NewReceiver();
         ASSERT_TRUE(Succeeds(Bind(former, Address(0))));

@@ -32,9 +32,9 @@ void ExpectResetForEver(const OwnedSocket& socket) {
     EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
 }
 
-class ResetDuringSend : public testing::WithParamInterface<unsigned int>, public Started {};
+class ConnectionEndDuringSend : public testing::WithParamInterface<unsigned int>, public Started {};
 
-TEST_P(ResetDuringSend, LeavesTheCountOfThePartAndIsToldByAllLaterCalls) {
+TEST_P(ConnectionEndDuringSend, LeavesTheCountOfThePartAndIsToldByAllLaterCalls) {
     const OwnedSocket listener = NewListener();
     RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
     const OwnedSocket socket = Accept(listener);
@@ -51,11 +51,13 @@ TEST_P(ResetDuringSend, LeavesTheCountOfThePartAndIsToldByAllLaterCalls) {
     ExpectResetForEver(socket);
 }
 
-INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ResetDuringSend, testing::Values(0U, 60'000U));
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ConnectionEndDuringSend,
+                         testing::Values(0U, 60'000U));
 
-class ReportTaken : public testing::WithParamInterface<unsigned int>, public Started {};
+class ConnectionEndReportTaken : public testing::WithParamInterface<unsigned int>,
+                                 public Started {};
 
-TEST_P(ReportTaken, AResetIsNoOrderlyEndToTheReceiver) {
+TEST_P(ConnectionEndReportTaken, AResetIsNoOrderlyEndToTheReceiver) {
     const OwnedSocket listener = NewListener();
     RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
     const OwnedSocket socket = Accept(listener);
@@ -66,7 +68,7 @@ TEST_P(ReportTaken, AResetIsNoOrderlyEndToTheReceiver) {
     ExpectResetForEver(socket);
 }
 
-TEST_P(ReportTaken, AResetIsNoAbortToTheSender) {
+TEST_P(ConnectionEndReportTaken, AResetIsNoAbortToTheSender) {
     const OwnedSocket listener = NewListener();
     RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
     const OwnedSocket socket = Accept(listener);
@@ -80,7 +82,7 @@ TEST_P(ReportTaken, AResetIsNoAbortToTheSender) {
     ExpectResetForEver(socket);
 }
 
-TEST_P(ReportTaken, AResetIsNoOrderlyEndThoughTheOwnHalfWasEnded) {
+TEST_P(ConnectionEndReportTaken, AResetIsNoOrderlyEndThoughTheOwnHalfWasEnded) {
     const OwnedSocket listener = NewListener();
     RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
     const OwnedSocket socket = Accept(listener);
@@ -92,12 +94,13 @@ TEST_P(ReportTaken, AResetIsNoOrderlyEndThoughTheOwnHalfWasEnded) {
     ExpectResetForEver(socket);
 }
 
-INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ReportTaken, testing::Values(0U, 60'000U));
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ConnectionEndReportTaken,
+                         testing::Values(0U, 60'000U));
 
-using EndBetweenThreads = Started;
+using ConnectionEndBetweenThreads = Started;
 
 // The kernel tells one of the two, and pretends an orderly end to the other.
-TEST_F(EndBetweenThreads, IsTheSameResetToBothAndHidesNoData) {
+TEST_F(ConnectionEndBetweenThreads, IsTheSameResetToBothAndHidesNoData) {
     const OwnedSocket listener = NewListener();
     for (int round = 0; round < 300; ++round) {
         RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
@@ -124,7 +127,8 @@ TEST_F(EndBetweenThreads, IsTheSameResetToBothAndHidesNoData) {
 }
 
 // What has come is given all the same. Winsock's own answer to this is not certain.
-class ResetWithUnreadData : public testing::WithParamInterface<unsigned int>, public Started {
+class ConnectionEndWithUnreadData : public testing::WithParamInterface<unsigned int>,
+                                    public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
@@ -146,9 +150,10 @@ protected:
     OwnedSocket socket;
 };
 
-INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ResetWithUnreadData, testing::Values(0U, 60'000U));
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithTimeout, ConnectionEndWithUnreadData,
+                         testing::Values(0U, 60'000U));
 
-TEST_P(ResetWithUnreadData, GivesThemAndThenTheResetAsTheCountSays) {
+TEST_P(ConnectionEndWithUnreadData, GivesThemAndThenTheResetAsTheCountSays) {
     Reset();
     EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
     EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
@@ -162,7 +167,7 @@ TEST_P(ResetWithUnreadData, GivesThemAndThenTheResetAsTheCountSays) {
     EXPECT_EQ(ReadyFor(socket), "rw");
 }
 
-TEST_P(ResetWithUnreadData, GivesThemToANonBlockingSocket) {
+TEST_P(ConnectionEndWithUnreadData, GivesThemToANonBlockingSocket) {
     SetNonBlocking(socket);
     Reset();
     EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
@@ -170,7 +175,7 @@ TEST_P(ResetWithUnreadData, GivesThemToANonBlockingSocket) {
     ExpectResetForEver(socket);
 }
 
-TEST_P(ResetWithUnreadData, ReceivesNothingIntoNoRoomUntilTheyAreGiven) {
+TEST_P(ConnectionEndWithUnreadData, ReceivesNothingIntoNoRoomUntilTheyAreGiven) {
     Reset();
     EXPECT_TRUE(Succeeds(TryReceive(socket, 0), 0));
     EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
@@ -180,7 +185,7 @@ TEST_P(ResetWithUnreadData, ReceivesNothingIntoNoRoomUntilTheyAreGiven) {
     ExpectResetForEver(socket);
 }
 
-TEST_P(ResetWithUnreadData, RefusesANullBufferAndKeepsThem) {
+TEST_P(ConnectionEndWithUnreadData, RefusesANullBufferAndKeepsThem) {
     Reset();
     EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
     EXPECT_TRUE(FailsWith(10014, Winsock::recv(socket.Get(), nullptr, 4, 0)));
@@ -188,7 +193,7 @@ TEST_P(ResetWithUnreadData, RefusesANullBufferAndKeepsThem) {
     ExpectResetForEver(socket);
 }
 
-TEST_P(ResetWithUnreadData, GivesThemThoughTheOwnHalfWasEnded) {
+TEST_P(ConnectionEndWithUnreadData, GivesThemThoughTheOwnHalfWasEnded) {
     EndSending(socket.Get());
     Reset();
     EXPECT_EQ(Receive(socket), "last");
@@ -196,7 +201,7 @@ TEST_P(ResetWithUnreadData, GivesThemThoughTheOwnHalfWasEnded) {
 }
 
 // Connected, as the server knows, and reset before the client has asked for the outcome.
-class ResetBeforeTheOutcome : public Started {
+class ConnectionEndBeforeTheOutcome : public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
@@ -221,24 +226,24 @@ protected:
     OwnedSocket socket_;
 };
 
-TEST_F(ResetBeforeTheOutcome, IsAResetToTransfers) {
+TEST_F(ConnectionEndBeforeTheOutcome, IsAResetToTransfers) {
     Reset();
     ExpectResetForEver(socket_);
 }
 
-TEST_F(ResetBeforeTheOutcome, IsAConnectedSocketToConnect) {
+TEST_F(ConnectionEndBeforeTheOutcome, IsAConnectedSocketToConnect) {
     Reset();
     EXPECT_TRUE(FailsWith(10056, Connect(socket_, address_)));
     ExpectResetForEver(socket_);
 }
 
-TEST_F(ResetBeforeTheOutcome, HasNoBytesAndTheQuestionSucceeds) {
+TEST_F(ConnectionEndBeforeTheOutcome, HasNoBytesAndTheQuestionSucceeds) {
     Reset();
     EXPECT_EQ(BytesAvailable(socket_), 0U);
     ExpectResetForEver(socket_);
 }
 
-TEST_F(ResetBeforeTheOutcome, ComesBehindTheDataThatHadCome) {
+TEST_F(ConnectionEndBeforeTheOutcome, ComesBehindTheDataThatHadCome) {
     server_.Send("hello");
     Reset();
     EXPECT_EQ(BytesAvailable(socket_), 5U);
@@ -248,9 +253,9 @@ TEST_F(ResetBeforeTheOutcome, ComesBehindTheDataThatHadCome) {
     ExpectResetForEver(socket_);
 }
 
-using UnfinishedConnectThatFails = Started;
+using ConnectionEndOfAnUnfinishedConnect = Started;
 
-TEST_F(UnfinishedConnectThatFails, IsBegunAnewThoughATransferMetTheRefusal) {
+TEST_F(ConnectionEndOfAnUnfinishedConnect, IsBegunAnewThoughATransferMetTheRefusal) {
     const OwnedSocket target = NewListener();
     const OwnedSocket socket = NewStream();
     SetNonBlocking(socket);
@@ -265,9 +270,9 @@ TEST_F(UnfinishedConnectThatFails, IsBegunAnewThoughATransferMetTheRefusal) {
     EXPECT_TRUE(Succeeds(Send(socket, "x"), 1));
 }
 
-using Failure = Started;
+using ConnectionEndOtherFailure = Started;
 
-TEST_F(Failure, ThatDoesNotEndTheConnectionIsNotRemembered) {
+TEST_F(ConnectionEndOtherFailure, ThatDoesNotEndTheConnectionIsNotRemembered) {
     const Pair pair = NewConnectedPair();
     const int kept = ::fcntl(Number(pair.client), F_DUPFD_CLOEXEC, 3);
     ASSERT_GE(kept, 0);

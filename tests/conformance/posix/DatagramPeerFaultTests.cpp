@@ -37,9 +37,9 @@ struct Change {
     }
 };
 
-using ChangeOfPeer = Started;
+using DatagramPeerFaultInAChange = Started;
 
-TEST_F(ChangeOfPeer, ThatFailsBeforeItHasBegunLeavesTheFormerOne) {
+TEST_F(DatagramPeerFaultInAChange, ThatFailsBeforeItHasBegunLeavesTheFormerOne) {
     const Change change;
     {
         const FailingCall fails(SystemCall::Getsockname, ENOBUFS, {.count = 1});
@@ -54,7 +54,7 @@ TEST_F(ChangeOfPeer, ThatFailsBeforeItHasBegunLeavesTheFormerOne) {
     change.ExpectPeer(change.former);
 }
 
-TEST_F(ChangeOfPeer, ThatFailsInTheMiddleLeavesNone) {
+TEST_F(DatagramPeerFaultInAChange, ThatFailsInTheMiddleLeavesNone) {
     const Change change;
     const unsigned int port = LocalPort(change.socket);
     {
@@ -66,7 +66,7 @@ TEST_F(ChangeOfPeer, ThatFailsInTheMiddleLeavesNone) {
     EXPECT_EQ(LocalPort(change.socket), port);
 }
 
-TEST_F(ChangeOfPeer, ThatCostsThePortLeavesTheSocketUnbound) {
+TEST_F(DatagramPeerFaultInAChange, ThatCostsThePortLeavesTheSocketUnbound) {
     for (const SystemCall call : {SystemCall::Bind, SystemCall::Getsockname}) {
         const Change change;
         {
@@ -80,7 +80,7 @@ TEST_F(ChangeOfPeer, ThatCostsThePortLeavesTheSocketUnbound) {
     }
 }
 
-TEST_F(ChangeOfPeer, ToNobodyIsToldWhenItFails) {
+TEST_F(DatagramPeerFaultInAChange, ToNobodyIsToldWhenItFails) {
     const Change change;
     {
         const FailingCall fails(SystemCall::Connect, ENOMEM);
@@ -90,7 +90,7 @@ TEST_F(ChangeOfPeer, ToNobodyIsToldWhenItFails) {
 }
 
 // The socket's groups must not be heard beside its peer.
-TEST_F(ChangeOfPeer, ThatTheGroupsCannotFollowLeavesNone) {
+TEST_F(DatagramPeerFaultInAChange, ThatTheGroupsCannotFollowLeavesNone) {
     const OwnedSocket socket = NewReceiver();
     const OwnedSocket peer = NewReceiver();
     ASSERT_TRUE(Succeeds(SetMembership(socket, Join, {{239, 1, 2, 3}, {127, 0, 0, 1}})));
@@ -110,9 +110,9 @@ TEST_F(ChangeOfPeer, ThatTheGroupsCannotFollowLeavesNone) {
     EXPECT_EQ(Receive(peer), "x");
 }
 
-using FirstPeer = Started;
+using DatagramPeerFaultFirstPeer = Started;
 
-TEST_F(FirstPeer, ThatFailsLeavesThePortThatTheSystemGave) {
+TEST_F(DatagramPeerFaultFirstPeer, ThatFailsLeavesThePortThatTheSystemGave) {
     const OwnedSocket socket = NewDatagram();
     SetNonBlocking(socket);
     const FailingCall fails(SystemCall::Connect, ENETUNREACH);
@@ -132,7 +132,7 @@ TEST_F(FirstPeer, ThatFailsLeavesThePortThatTheSystemGave) {
     EXPECT_NE(LocalPort(bound), 0U);
 }
 
-TEST_F(FirstPeer, HasWinsocksNumbersForWantOfAPortAndOfAWay) {
+TEST_F(DatagramPeerFaultFirstPeer, HasWinsocksNumbersForWantOfAPortAndOfAWay) {
     const OwnedSocket socket = NewDatagram();
     const FailingCall noWay(SystemCall::Connect, EINVAL);
     EXPECT_TRUE(FailsWith(10049, Connect(socket, Loopback(9))));
@@ -142,7 +142,7 @@ TEST_F(FirstPeer, HasWinsocksNumbersForWantOfAPortAndOfAWay) {
     EXPECT_TRUE(FailsWith(10048, Connect(socket, Loopback(9))));
 }
 
-TEST_F(FirstPeer, TakesOneCallOfTheSystem) {
+TEST_F(DatagramPeerFaultFirstPeer, TakesOneCallOfTheSystem) {
     const OwnedSocket peer = NewReceiver();
     const Winsock::AddressIpv4 address = LocalAddress(peer);
     const OwnedSocket socket = NewDatagram();
@@ -156,7 +156,7 @@ TEST_F(FirstPeer, TakesOneCallOfTheSystem) {
     EXPECT_EQ(looks.Seen() + names.Seen() + ownNames.Seen() + binds.Seen(), 0U);
 }
 
-TEST_F(FirstPeer, OfASocketThatNobodyKnewMakesReceivingNoDearer) {
+TEST_F(DatagramPeerFaultFirstPeer, OfASocketThatNobodyKnewMakesReceivingNoDearer) {
     const OwnedSocket peer = NewReceiver();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
@@ -167,9 +167,9 @@ TEST_F(FirstPeer, OfASocketThatNobodyKnewMakesReceivingNoDearer) {
     EXPECT_EQ(questions.Seen(), 0U);
 }
 
-using Strangers = Started;
+using DatagramPeerFaultStrangers = Started;
 
-TEST_F(Strangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
+TEST_F(DatagramPeerFaultStrangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
     const OwnedSocket socket = NewReceiver();
     const OwnedSocket peer = NewReceiver();
     const OwnedSocket stranger = NewReceiver();
@@ -185,7 +185,7 @@ TEST_F(Strangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
 }
 
 // As long as the system does not tell who is next, nobody is let go.
-TEST_F(Strangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
+TEST_F(DatagramPeerFaultStrangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
     const OwnedSocket socket = NewReceiver();
     const OwnedSocket peer = NewReceiver();
     const OwnedSocket stranger = NewReceiver();
@@ -202,9 +202,9 @@ TEST_F(Strangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
 }
 
-using ChosenPort = Started;
+using DatagramPeerFaultChosenPort = Started;
 
-TEST_F(ChosenPort, IsNoneWhereSharingCannotBeStopped) {
+TEST_F(DatagramPeerFaultChosenPort, IsNoneWhereSharingCannotBeStopped) {
     const OwnedSocket socket = NewDatagram();
     SetNonBlocking(socket);
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
@@ -216,7 +216,7 @@ TEST_F(ChosenPort, IsNoneWhereSharingCannotBeStopped) {
 }
 
 // Another thread may have sent first.
-TEST_F(ChosenPort, ThatTheSocketHasGotMeanwhileIsAsGood) {
+TEST_F(DatagramPeerFaultChosenPort, ThatTheSocketHasGotMeanwhileIsAsGood) {
     const OwnedSocket receiver = NewReceiver();
     const OwnedSocket sender = NewDatagram();
     const HookedCall binds(SystemCall::Bind, [](const Call& call) {

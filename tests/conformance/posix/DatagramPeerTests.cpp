@@ -20,7 +20,7 @@
 namespace Conformance {
 namespace {
 
-using DatagramQueue = Started;
+using DatagramPeerQueue = Started;
 
 // Datagrams of the peer to be among those of a stranger.
 struct Crowd {
@@ -35,7 +35,7 @@ struct Crowd {
     }
 };
 
-TEST_F(DatagramQueue, KeepsWhatThePeerSentBeforeItWasOne) {
+TEST_F(DatagramPeerQueue, KeepsWhatThePeerSentBeforeItWasOne) {
     const Crowd crowd;
     for (const char* text : {"one", "two", "three"}) {
         crowd.Hear(crowd.stranger, "strange");
@@ -53,7 +53,7 @@ TEST_F(DatagramQueue, KeepsWhatThePeerSentBeforeItWasOne) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(crowd.socket)));
 }
 
-TEST_F(DatagramQueue, IsClearedOfThePeersNamesakes) {
+TEST_F(DatagramPeerQueue, IsClearedOfThePeersNamesakes) {
     const Crowd crowd;
     const OwnedSocket samePort = NewDatagram();
     ASSERT_TRUE(Succeeds(Bind(samePort, Ipv4(127, 0, 0, 2, LocalPort(crowd.peer)))));
@@ -63,7 +63,7 @@ TEST_F(DatagramQueue, IsClearedOfThePeersNamesakes) {
     EXPECT_EQ(Receive(crowd.socket), "one");
 }
 
-TEST_F(DatagramQueue, IsClearedOfEmptyAndLongDatagrams) {
+TEST_F(DatagramPeerQueue, IsClearedOfEmptyAndLongDatagrams) {
     const Crowd crowd;
     crowd.Hear(crowd.peer, "long");
     crowd.Hear(crowd.stranger, "");
@@ -75,7 +75,7 @@ TEST_F(DatagramQueue, IsClearedOfEmptyAndLongDatagrams) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(crowd.socket)));
 }
 
-TEST_F(DatagramQueue, IsForEverybodyAgainWhenThePeerIsTakenAway) {
+TEST_F(DatagramPeerQueue, IsForEverybodyAgainWhenThePeerIsTakenAway) {
     const Crowd crowd;
     crowd.Hear(crowd.peer, "one");
     crowd.Hear(crowd.stranger, "strange");
@@ -90,7 +90,7 @@ TEST_F(DatagramQueue, IsForEverybodyAgainWhenThePeerIsTakenAway) {
 }
 
 // Of the kernel's reports, too, none is lost.
-TEST_F(DatagramQueue, IsClearedBehindReports) {
+TEST_F(DatagramPeerQueue, IsClearedBehindReports) {
     const Crowd crowd;
     const Winsock::AddressIpv4 nobody = LocalAddress(NewBoundDatagram());
     crowd.Hear(crowd.stranger, "strange");
@@ -103,9 +103,9 @@ TEST_F(DatagramQueue, IsClearedBehindReports) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(crowd.socket)));
 }
 
-using FormerPeer = Started;
+using DatagramPeerThatWasFormer = Started;
 
-TEST_F(FormerPeer, StaysWhenTheNewOneCannotBe) {
+TEST_F(DatagramPeerThatWasFormer, StaysWhenTheNewOneCannotBe) {
     const OwnedSocket peer = NewReceiver();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
@@ -115,7 +115,7 @@ TEST_F(FormerPeer, StaysWhenTheNewOneCannotBe) {
     EXPECT_EQ(Receive(peer), "still here");
 }
 
-TEST_F(FormerPeer, IsGoneWhenThereIsNoWayToTheNewOne) {
+TEST_F(DatagramPeerThatWasFormer, IsGoneWhenThereIsNoWayToTheNewOne) {
     const OwnedSocket peer = NewReceiver();
     const OwnedSocket socket = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
@@ -125,7 +125,7 @@ TEST_F(FormerPeer, IsGoneWhenThereIsNoWayToTheNewOne) {
     EXPECT_EQ(LocalPort(socket), port);
 }
 
-using DatagramSource = Started;
+using DatagramPeerSource = Started;
 
 using Bytes = std::array<unsigned char, 16>;
 constexpr Bytes GlobalBytes = {0x20, 1, 0xD, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
@@ -171,7 +171,7 @@ bool IsAt(const OwnedSocket& socket, const Winsock::AddressIpv6& expected) {
     return std::memcmp(&address, &expected, sizeof address) == 0;
 }
 
-TEST_F(DatagramSource, IsChosenAnewForAnotherPeer) {
+TEST_F(DatagramPeerSource, IsChosenAnewForAnotherPeer) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(Ipv4(192, 0, 2, 1, 0)));
         const OwnedSocket socket = NewDatagram();
@@ -185,7 +185,7 @@ TEST_F(DatagramSource, IsChosenAnewForAnotherPeer) {
     });
 }
 
-TEST_F(DatagramSource, IsChosenAnewForAnotherPeerOfIpv6) {
+TEST_F(DatagramPeerSource, IsChosenAnewForAnotherPeerOfIpv6) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(GlobalBytes));
         const OwnedSocket socket = NewDatagram(Winsock::FamilyIpv6);
@@ -213,7 +213,7 @@ void ExpectToStay(const Address& local, const Address& peer, const Address& nobo
     }
 }
 
-TEST_F(DatagramSource, ThatBindWasGivenStays) {
+TEST_F(DatagramPeerSource, ThatBindWasGivenStays) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(Ipv4(192, 0, 2, 1, 0)));
         for (const unsigned int port : {0U, 4711U})
@@ -221,7 +221,7 @@ TEST_F(DatagramSource, ThatBindWasGivenStays) {
     });
 }
 
-TEST_F(DatagramSource, ThatBindWasGivenStaysOnItsLink) {
+TEST_F(DatagramPeerSource, ThatBindWasGivenStaysOnItsLink) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(LinkBytes));
         for (const unsigned int port : {0U, 4711U}) {
@@ -230,7 +230,7 @@ TEST_F(DatagramSource, ThatBindWasGivenStaysOnItsLink) {
     });
 }
 
-TEST_F(DatagramSource, ThatCannotStayOnItsLinkIsToldOf) {
+TEST_F(DatagramPeerSource, ThatCannotStayOnItsLinkIsToldOf) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(LinkBytes));
         const OwnedSocket socket = NewDatagram(Winsock::FamilyIpv6);

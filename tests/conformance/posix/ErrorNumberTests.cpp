@@ -164,9 +164,9 @@ const PlainCall PlainCalls[] = {
     {"select", SystemCall::Ppoll, {}, WaitForOne},
 };
 
-class PlainCallThatFails : public Started, public testing::WithParamInterface<PlainCall> {};
+class ErrorNumberOfAPlainCall : public Started, public testing::WithParamInterface<PlainCall> {};
 
-TEST_P(PlainCallThatFails, HasWinsocksNumberForEachOfTheSystem) {
+TEST_P(ErrorNumberOfAPlainCall, HasWinsocksNumberForEachOfTheSystem) {
     const PlainCall& plain = GetParam();
     const Sockets sockets;
     for (int error = 1; error <= LastErrno; ++error) {
@@ -177,7 +177,7 @@ TEST_P(PlainCallThatFails, HasWinsocksNumberForEachOfTheSystem) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, PlainCallThatFails, testing::ValuesIn(PlainCalls));
+INSTANTIATE_TEST_SUITE_P(Calls, ErrorNumberOfAPlainCall, testing::ValuesIn(PlainCalls));
 
 std::u16string Described(int error) {
     const System::WideUnits units = System::ErrorDescription(static_cast<unsigned int>(error));
@@ -189,14 +189,14 @@ std::u16string Untranslated(int system) {
     return {text.begin(), text.end()};
 }
 
-TEST(ErrorDescription, OfTheSystemsNumbersIsTheSystems) {
+TEST(ErrorNumberDescription, OfTheSystemsNumbersIsTheSystems) {
     for (int error = 0; error <= LastErrno; ++error) {
         if (::strerrordesc_np(error) == nullptr) continue;
         EXPECT_EQ(Described(error), Untranslated(error)) << error;
     }
 }
 
-TEST(ErrorDescription, OfWinsocksNumbersIsThatOfTheSystemsNumber) {
+TEST(ErrorNumberDescription, OfWinsocksNumbersIsThatOfTheSystemsNumber) {
     EXPECT_EQ(Described(10004), Untranslated(EINTR));
     EXPECT_EQ(Described(10009), Untranslated(EBADF));
     int described = 0;
@@ -207,7 +207,7 @@ TEST(ErrorDescription, OfWinsocksNumbersIsThatOfTheSystemsNumber) {
     }
 }
 
-TEST(ErrorDescription, OfWhatOnlyWinsockHasIsItsOwn) {
+TEST(ErrorNumberDescription, OfWhatOnlyWinsockHasIsItsOwn) {
     EXPECT_EQ(Described(10091), u"Network subsystem not ready");
     EXPECT_EQ(Described(10092), u"Winsock version not supported");
     EXPECT_EQ(Described(10093), u"Winsock not started");
@@ -218,7 +218,7 @@ TEST(ErrorDescription, OfWhatOnlyWinsockHasIsItsOwn) {
     EXPECT_EQ(Described(11004), u"Host has no address of the requested kind");
 }
 
-TEST(ErrorDescription, OfAnUnknownNumberNamesIt) {
+TEST(ErrorNumberDescription, OfAnUnknownNumberNamesIt) {
     EXPECT_EQ(Described(9999), u"Unknown error 9999");
     EXPECT_EQ(Described(10000), u"Unknown error 10000");
     EXPECT_EQ(Described(10001), u"Unknown error 10001");

@@ -49,9 +49,9 @@ void PlayInOwnNetwork(const std::function<bool()>& scene) {
     EXPECT_EQ(result, SceneResult::Passed);
 }
 
-using OutcomeTaken = Started;
+using FailedConnectOutcomeTaken = Started;
 
-TEST_F(OutcomeTaken, ByAnotherIsAFailureThatIsToldStill) {
+TEST_F(FailedConnectOutcomeTaken, ByAnotherIsAFailureThatIsToldStill) {
     const OwnedSocket target = NewListener();
     const OwnedSocket socket = NewStream();
     SetNonBlocking(socket);
@@ -65,7 +65,7 @@ TEST_F(OutcomeTaken, ByAnotherIsAFailureThatIsToldStill) {
 }
 
 // The wait of an interrupted connect call is over, but somebody else asked for the reason first.
-TEST_F(OutcomeTaken, ByAnotherDuringABlockingCallIsARefusal) {
+TEST_F(FailedConnectOutcomeTaken, ByAnotherDuringABlockingCallIsARefusal) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
     int taken = 0;
@@ -79,7 +79,7 @@ TEST_F(OutcomeTaken, ByAnotherDuringABlockingCallIsARefusal) {
     EXPECT_EQ(taken, ECONNREFUSED);
 }
 
-TEST_F(OutcomeTaken, ByOneOfManyThreadsIsEverybodys) {
+TEST_F(FailedConnectOutcomeTaken, ByOneOfManyThreadsIsEverybodys) {
     const OwnedSocket nobody = NewBoundStream();
     for (int round = 0; round < 50; ++round) {
         const OwnedSocket socket = NewBoundStream();
@@ -104,9 +104,9 @@ TEST_F(OutcomeTaken, ByOneOfManyThreadsIsEverybodys) {
     }
 }
 
-using ResetDuringConnect = Started;
+using FailedConnectReset = Started;
 
-TEST_F(ResetDuringConnect, IsAResetOfTheConnection) {
+TEST_F(FailedConnectReset, IsAResetOfTheConnection) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     {
@@ -117,9 +117,9 @@ TEST_F(ResetDuringConnect, IsAResetOfTheConnection) {
     EXPECT_TRUE(FailsWith(10056, Connect(socket, LocalAddress(listener))));
 }
 
-using FailedWait = Started;
+using FailedConnectWait = Started;
 
-TEST_F(FailedWait, LeavesTheConnectCallUnfinished) {
+TEST_F(FailedConnectWait, LeavesTheConnectCallUnfinished) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
     {
@@ -131,7 +131,7 @@ TEST_F(FailedWait, LeavesTheConnectCallUnfinished) {
 }
 
 // The connection is there, but the system does not tell.
-TEST_F(FailedWait, ForTheStateLeavesTheConnectCallUnfinished) {
+TEST_F(FailedConnectWait, ForTheStateLeavesTheConnectCallUnfinished) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     {
@@ -147,10 +147,10 @@ TEST_F(FailedWait, ForTheStateLeavesTheConnectCallUnfinished) {
     EXPECT_TRUE(Succeeds(Send(socket, "x"), 1));
 }
 
-using TakenPort = Started;
+using FailedConnectTakenPort = Started;
 
 // Between the refusal and the answer somebody else was quicker.
-TEST_F(TakenPort, IsReplacedByAnotherSoThatTheNameIsTrue) {
+TEST_F(FailedConnectTakenPort, IsReplacedByAnotherSoThatTheNameIsTrue) {
     const OwnedSocket socket = NewBoundStream();
     const unsigned int port = LocalPort(socket);
     const OwnedSocket nobody = NewBoundStream();
@@ -163,7 +163,7 @@ TEST_F(TakenPort, IsReplacedByAnotherSoThatTheNameIsTrue) {
     EXPECT_TRUE(Succeeds(Connect(NewStream(), LocalAddress(socket))));
 }
 
-using UsedUpPorts = Started;
+using FailedConnectUsedUpPorts = Started;
 
 // The system has one port to give away, which is given away.
 bool ConnectsWithoutPorts() {
@@ -181,7 +181,7 @@ bool ConnectsWithoutPorts() {
     return !testing::Test::HasFailure();
 }
 
-TEST_F(UsedUpPorts, AreToldAsPortsInUse) {
+TEST_F(FailedConnectUsedUpPorts, AreToldAsPortsInUse) {
     PlayInOwnNetwork(ConnectsWithoutPorts);
 }
 
@@ -191,20 +191,20 @@ bool ConnectsWithoutOwnAddress() {
     return !testing::Test::HasFailure();
 }
 
-TEST_F(UsedUpPorts, AreNotToBlameWhereThereIsNoAddress) {
+TEST_F(FailedConnectUsedUpPorts, AreNotToBlameWhereThereIsNoAddress) {
     PlayInOwnNetwork(ConnectsWithoutOwnAddress);
 }
 
-using Patience = Started;
+using FailedConnectPatience = Started;
 
-TEST_F(Patience, OfAConnectCallIsThatOfWinsock) {
+TEST_F(FailedConnectPatience, OfAConnectCallIsThatOfWinsock) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket client = NewStream();
     ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
     EXPECT_LE(Repetitions(client), 3);
 }
 
-TEST_F(Patience, ThatCannotBeAskedForOrSetIsTheSystems) {
+TEST_F(FailedConnectPatience, ThatCannotBeAskedForOrSetIsTheSystems) {
     const OwnedSocket listener = NewListener();
     for (const SystemCall call : {SystemCall::Getsockopt, SystemCall::Setsockopt}) {
         const FailingCall fails(call, EPERM, {.level = IPPROTO_TCP, .option = TCP_SYNCNT});
@@ -213,7 +213,7 @@ TEST_F(Patience, ThatCannotBeAskedForOrSetIsTheSystems) {
     }
 }
 
-TEST_F(Patience, OfTheHostCountsWhereItIsLess) {
+TEST_F(FailedConnectPatience, OfTheHostCountsWhereItIsLess) {
     PlayInOwnNetwork([] {
         EXPECT_TRUE(SetSystem("ipv4/tcp_syn_retries", "1"));
         const OwnedSocket listener = NewListener();

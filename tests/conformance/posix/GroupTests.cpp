@@ -168,9 +168,9 @@ TEST_F(GroupsIpv6, AreJoinedAndLeft) {
     EXPECT_FALSE(LoopbackIsInIpv6Group());
 }
 
-using Everybody = Started;
+using GroupOfEverybody = Started;
 
-TEST_F(Everybody, IsReachedWithTheOptionOnly) {
+TEST_F(GroupOfEverybody, IsReachedWithTheOptionOnly) {
     const OwnedSocket receiver = NewDatagram();
     ASSERT_TRUE(Succeeds(Bind(receiver, Ipv4(0, 0, 0, 0, 0))));
     const Winsock::AddressIpv4 everybody = Ipv4(127, 255, 255, 255, LocalPort(receiver));

@@ -11,7 +11,7 @@
 namespace Conformance {
 namespace {
 
-class FullLogFile : public LogFileScene {
+class LogFileFull : public LogFileScene {
 protected:
     // How much the file takes.
     static std::size_t Write(System::LogFile file, const std::string& text) {
@@ -35,7 +35,7 @@ private:
     rlimit former_ = {};
 };
 
-TEST_F(FullLogFile, TakesWhatThereIsRoomForWithoutASignal) {
+TEST_F(LogFileFull, TakesWhatThereIsRoomForWithoutASignal) {
     const System::LogFile file = Open();
     {
         const SizeLimit limit(10);
@@ -63,7 +63,7 @@ WatchedFileCalls::Watcher Taking(std::size_t bytes, int error) {
     };
 }
 
-TEST_F(FullLogFile, TellsHowMuchItTookBeforeItFailed) {
+TEST_F(LogFileFull, TellsHowMuchItTookBeforeItFailed) {
     for (const int error : {ENOSPC, EFBIG, EDQUOT, EIO}) {
         const System::LogFile file = Open();
         const WatchedFileCalls watched(Taking(3, error));
@@ -75,7 +75,7 @@ TEST_F(FullLogFile, TellsHowMuchItTookBeforeItFailed) {
     EXPECT_EQ(Contents(), "recrecrecrec");
 }
 
-TEST_F(FullLogFile, IsTriedAgainAfterASignal) {
+TEST_F(LogFileFull, IsTriedAgainAfterASignal) {
     const System::LogFile file = Open();
     {
         const WatchedFileCalls watched([calls = 0](FileCall& call) mutable {

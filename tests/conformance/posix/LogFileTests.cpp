@@ -175,7 +175,7 @@ TEST_F(LogFile, AThreadThatIsBeingCancelledWritesItsRecordStill) {
     EXPECT_EQ(Contents(), "record");
 }
 
-class BrokenPipe : public LogFile {
+class LogFileBrokenPipe : public LogFile {
 protected:
     void SetUp() override {
         ASSERT_EQ(::pipe2(ends_, O_CLOEXEC), 0);
@@ -185,13 +185,13 @@ protected:
     int ends_[2] = {};
 };
 
-TEST_F(BrokenPipe, RefusesRecordsWithoutASignal) {
+TEST_F(LogFileBrokenPipe, RefusesRecordsWithoutASignal) {
     EXPECT_FALSE(Write(ends_[1], "text"));
     EXPECT_FALSE(IsPending(SIGPIPE));
     EXPECT_FALSE(IsBlocked(SIGPIPE));
 }
 
-TEST_F(BrokenPipe, LeavesTheHostsPendingSignalAndMaskAlone) {
+TEST_F(LogFileBrokenPipe, LeavesTheHostsPendingSignalAndMaskAlone) {
     sigset_t pipe;
     sigset_t former;
     ::sigemptyset(&pipe);
@@ -207,7 +207,7 @@ TEST_F(BrokenPipe, LeavesTheHostsPendingSignalAndMaskAlone) {
 }
 
 // A standard error that somebody made non-blocking, for one.
-class NonBlockingPipe : public LogFile {
+class LogFileNonBlockingPipe : public LogFile {
 protected:
     void SetUp() override {
         int ends[2];
@@ -239,7 +239,7 @@ protected:
     int writer_ = -1;
 };
 
-TEST_F(NonBlockingPipe, TakesARecordWholeThoughItHasNoRoomForIt) {
+TEST_F(LogFileNonBlockingPipe, TakesARecordWholeThoughItHasNoRoomForIt) {
     const std::string record(300'000, 'r');
     bool written = false;
     std::thread writer([&] {
@@ -253,7 +253,7 @@ TEST_F(NonBlockingPipe, TakesARecordWholeThoughItHasNoRoomForIt) {
     EXPECT_EQ(text, record);
 }
 
-TEST_F(NonBlockingPipe, ThatIsFullLosesARecordWhole) {
+TEST_F(LogFileNonBlockingPipe, ThatIsFullLosesARecordWhole) {
     const std::size_t filled = Fill();
     EXPECT_FALSE(Write(writer_, "lost"));
     ::close(writer_);

@@ -39,7 +39,7 @@ std::vector<std::string> AliasesOf(const Winsock::HostEntry* entry) {
 
 using Texts = std::vector<std::string>;
 
-TEST(HostByName, AnswersNameAliasesAndAddress) {
+TEST(NameFilesHostByName, AnswersNameAliasesAndAddress) {
     WithNames(Hosts, [] {
         const Winsock::HostEntry* entry = Winsock::gethostbyname("alpha");
         ASSERT_NE(entry, nullptr);
@@ -52,7 +52,7 @@ TEST(HostByName, AnswersNameAliasesAndAddress) {
     });
 }
 
-TEST(HostByName, KnowsLocalhost) {
+TEST(NameFilesHostByName, KnowsLocalhost) {
     WithNames(Hosts, [] {
         const Winsock::HostEntry* entry = Winsock::gethostbyname("localhost");
         ASSERT_NE(entry, nullptr);
@@ -60,7 +60,7 @@ TEST(HostByName, KnowsLocalhost) {
     });
 }
 
-TEST(HostByName, TakesADottedTextForTheAddressThatItIs) {
+TEST(NameFilesHostByName, TakesADottedTextForTheAddressThatItIs) {
     WithNames(Hosts, [] {
         const Winsock::HostEntry* entry = Winsock::gethostbyname("192.0.2.77");
         ASSERT_NE(entry, nullptr);
@@ -69,7 +69,7 @@ TEST(HostByName, TakesADottedTextForTheAddressThatItIs) {
     });
 }
 
-TEST(HostByName, DoesNotFindWhatIsNoName) {
+TEST(NameFilesHostByName, DoesNotFindWhatIsNoName) {
     WithNames(Hosts, [] {
         for (const std::string name :
              {"unknown.example", "::1", "with blank", "\xFF\xFE\x80", "\xC3\xA4rger"}) {
@@ -78,7 +78,7 @@ TEST(HostByName, DoesNotFindWhatIsNoName) {
     });
 }
 
-TEST(HostByName, DoesNotFindNamesThatAreTooLong) {
+TEST(NameFilesHostByName, DoesNotFindNamesThatAreTooLong) {
     WithNames(Hosts, [] {
         EXPECT_TRUE(FailsWith(11001, Winsock::gethostbyname(std::string(64, 'a').c_str())));
         EXPECT_TRUE(FailsWith(11001, Winsock::gethostbyname(std::string(256, 'a').c_str())));
@@ -87,13 +87,13 @@ TEST(HostByName, DoesNotFindNamesThatAreTooLong) {
     });
 }
 
-TEST(HostByName, TellsAnUnreachableNameServerFromAnUnknownName) {
+TEST(NameFilesHostByName, TellsAnUnreachableNameServerFromAnUnknownName) {
     WithNames(
         Hosts, [] { EXPECT_TRUE(FailsWith(11002, Winsock::gethostbyname("unknown.example"))); },
         "here", "files dns");
 }
 
-TEST(HostByName, DoesNotAskAServerForANameThatIsTooLong) {
+TEST(NameFilesHostByName, DoesNotAskAServerForANameThatIsTooLong) {
     WithNames(
         Hosts,
         [] {
@@ -102,7 +102,7 @@ TEST(HostByName, DoesNotAskAServerForANameThatIsTooLong) {
         "here", "files dns");
 }
 
-TEST(HostByName, WithoutANameIsThisComputer) {
+TEST(NameFilesHostByName, WithoutANameIsThisComputer) {
     WithNames("10.4.4.4 here.example here\n", [] {
         for (const char* name : {static_cast<const char*>(nullptr), ""}) {
             const Winsock::HostEntry* entry = Winsock::gethostbyname(name);
@@ -113,7 +113,7 @@ TEST(HostByName, WithoutANameIsThisComputer) {
     });
 }
 
-TEST(HostByName, AComputerThatNobodyKnowsKnowsItself) {
+TEST(NameFilesHostByName, AComputerThatNobodyKnowsKnowsItself) {
     WithNames(
         Hosts,
         [] {
@@ -132,7 +132,7 @@ TEST(HostByName, AComputerThatNobodyKnowsKnowsItself) {
         "lonely.example");
 }
 
-TEST(HostByName, WithoutMemoryAComputerThatNobodyKnowsIsNotFound) {
+TEST(NameFilesHostByName, WithoutMemoryAComputerThatNobodyKnowsIsNotFound) {
     WithNames(
         Hosts,
         [] {
@@ -146,7 +146,7 @@ TEST(HostByName, WithoutMemoryAComputerThatNobodyKnowsIsNotFound) {
         "lonely.example");
 }
 
-TEST(HostByName, AnswersAnyNumberOfAddressesAndAliases) {
+TEST(NameFilesHostByName, AnswersAnyNumberOfAddressesAndAliases) {
     std::string hosts;
     Texts addresses;
     for (int index = 0; index < 1000; ++index) {
@@ -163,7 +163,7 @@ TEST(HostByName, AnswersAnyNumberOfAddressesAndAliases) {
     });
 }
 
-TEST(HostByName, EntriesAreEachThreadsOwn) {
+TEST(NameFilesHostByName, EntriesAreEachThreadsOwn) {
     WithNames(Hosts, [] {
         const Winsock::HostEntry* mine = Winsock::gethostbyname("alpha");
         ASSERT_NE(mine, nullptr);
@@ -178,7 +178,7 @@ TEST(HostByName, EntriesAreEachThreadsOwn) {
     });
 }
 
-TEST(HostByAddress, AnswersTheName) {
+TEST(NameFilesHostByAddress, AnswersTheName) {
     WithNames(Hosts, [] {
         const char address[4] = {10, 9, 8, 7};
         const Winsock::HostEntry* entry = Winsock::gethostbyaddr(address, 4, 2);
@@ -189,7 +189,7 @@ TEST(HostByAddress, AnswersTheName) {
     });
 }
 
-TEST(HostByAddress, AnswersTheNameOfAnIpv6AddressInWinsocksFamily) {
+TEST(NameFilesHostByAddress, AnswersTheNameOfAnIpv6AddressInWinsocksFamily) {
     WithNames(Hosts, [] {
         const unsigned char bytes[16] = {0xFD, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7};
         char address[16];
@@ -202,7 +202,7 @@ TEST(HostByAddress, AnswersTheNameOfAnIpv6AddressInWinsocksFamily) {
     });
 }
 
-TEST(HostByAddress, AnAddressWithoutANameHasNoData) {
+TEST(NameFilesHostByAddress, AnAddressWithoutANameHasNoData) {
     WithNames(Hosts, [] {
         const char address[4] = {10, 77, 77, 77};
         EXPECT_TRUE(FailsWith(11004, Winsock::gethostbyaddr(address, 4, 2)));

@@ -157,7 +157,7 @@ void WithNameServer(const std::function<void()>& scene, int pause = 0,
     });
 }
 
-TEST(AddressListOfServedName, HasTheAddressesOfBothFamilies) {
+TEST(NameServerAddressList, HasTheAddressesOfBothFamilies) {
     WithNameServer([] {
         const Winsock::AddressInfo ipv4 = Hints(2);
         EXPECT_EQ(AddressesOf(Resolved("both.example", "80")),
@@ -167,7 +167,7 @@ TEST(AddressListOfServedName, HasTheAddressesOfBothFamilies) {
     });
 }
 
-TEST(AddressListOfServedName, TellsWhyThereIsNone) {
+TEST(NameServerAddressList, TellsWhyThereIsNone) {
     WithNameServer([] {
         List list;
         EXPECT_TRUE(Returns(11001, Resolve("unknown.example", "80", list)));
@@ -177,14 +177,14 @@ TEST(AddressListOfServedName, TellsWhyThereIsNone) {
     });
 }
 
-TEST(AddressListOfServedName, DoesNotStandInTheWayOfTheOwnName) {
+TEST(NameServerAddressList, DoesNotStandInTheWayOfTheOwnName) {
     WithNameServer([] {
         EXPECT_EQ(AddressesOf(Resolved("lonely", "80")),
                   (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.1 80"}));
     });
 }
 
-TEST(AddressListOfServedName, IsAwaitedUnderAStormOfSignals) {
+TEST(NameServerAddressList, IsAwaitedUnderAStormOfSignals) {
     constexpr int pause = 200;
     WithNameServer(
         [] {
@@ -196,7 +196,7 @@ TEST(AddressListOfServedName, IsAwaitedUnderAStormOfSignals) {
         pause);
 }
 
-TEST(HostOfServedName, TellsWhyThereIsNone) {
+TEST(NameServerHostByName, TellsWhyThereIsNone) {
     WithNameServer([] {
         EXPECT_NE(Winsock::gethostbyname("four.example"), nullptr);
         EXPECT_TRUE(FailsWith(11001, Winsock::gethostbyname("unknown.example")));
@@ -206,7 +206,7 @@ TEST(HostOfServedName, TellsWhyThereIsNone) {
     });
 }
 
-TEST(HostByAddress, TellsAnUnreachableNameServerFromAnAddressWithoutName) {
+TEST(NameServerHostByAddress, TellsAnUnreachableNameServerFromAnAddressWithoutName) {
     const char address[4] = {10, 1, 2, 3};
     WithNameServer([&] { EXPECT_TRUE(FailsWith(11004, Winsock::gethostbyaddr(address, 4, 2))); });
     WithResolverSettings(PatientSettings, "", "here", [&] {
@@ -215,7 +215,7 @@ TEST(HostByAddress, TellsAnUnreachableNameServerFromAnAddressWithoutName) {
 }
 
 // The server might know the name, and another address than the interfaces have.
-TEST(OwnNameWithANameServer, IsATemporaryFailureWhereTheServerFails) {
+TEST(NameServerAndTheOwnName, IsATemporaryFailureWhereTheServerFails) {
     WithNameServer(
         [] {
             for (const char* asked : {"", "failing.example", "failing"}) {
@@ -228,12 +228,12 @@ TEST(OwnNameWithANameServer, IsATemporaryFailureWhereTheServerFails) {
         0, "failing.example");
 }
 
-TEST(OwnNameWithANameServer, IsFoundInTheHostsFileWhateverTheServerDoes) {
+TEST(NameServerAndTheOwnName, IsFoundInTheHostsFileWhateverTheServerDoes) {
     WithNameServer([] { EXPECT_EQ(AddressesOf(Resolved("", "80")), Texts{"10.4.4.4 80"}); }, 0,
                    "failing.example", "10.4.4.4 failing.example\n");
 }
 
-TEST(OwnNameWithANameServer, IsWhatTheServerSays) {
+TEST(NameServerAndTheOwnName, IsWhatTheServerSays) {
     WithNameServer(
         [] {
             EXPECT_EQ(AddressesOf(Resolved("", "80")), Texts{"127.0.0.9 80"});
@@ -252,7 +252,7 @@ void ExpectInterfacesAddresses() {
 }
 
 // Where nobody says anything of the name, nobody knows it; none of these servers has to be awaited.
-TEST(OwnNameWithoutANameServer, HasTheInterfacesAddresses) {
+TEST(NameServerlessOwnName, HasTheInterfacesAddresses) {
     for (const char* settings : {"", "options timeout:30\n", PatientSettings,
                                  "nameserver 10.9.9.9\nnameserver fd00::9\n"}) {
         WithResolverSettings(settings, "", "lonely.example", [] {
@@ -263,14 +263,14 @@ TEST(OwnNameWithoutANameServer, HasTheInterfacesAddresses) {
     }
 }
 
-TEST(OwnNameWithoutANameServer, HasTheInterfacesAddressesThoughOneIsSetThatIsSilent) {
+TEST(NameServerlessOwnName, HasTheInterfacesAddressesThoughOneIsSetThatIsSilent) {
     WithResolverSettings(HastySettings, "", "lonely.example", [] {
         const NameServerPort silent;
         ExpectInterfacesAddresses();
     });
 }
 
-TEST(OwnNameWithoutANameServer, HasTheInterfacesAddressesThoughOneIsSetThatRefuses) {
+TEST(NameServerlessOwnName, HasTheInterfacesAddressesThoughOneIsSetThatRefuses) {
     WithNameServer(
         [] {
             EXPECT_EQ(AddressesOf(Resolved("", "80")),
@@ -280,7 +280,7 @@ TEST(OwnNameWithoutANameServer, HasTheInterfacesAddressesThoughOneIsSetThatRefus
         0, "refused.example");
 }
 
-TEST(LocalhostWithANameServer, IsKnownWhateverTheServerSays) {
+TEST(NameServerAndLocalhost, IsKnownWhateverTheServerSays) {
     const auto check = [] {
         EXPECT_EQ(AddressesOf(Resolved("localhost", "80")),
                   (Texts{"0:0:0:0:0:0:0:1%0 80", "127.0.0.1 80"}));

@@ -89,7 +89,7 @@ TEST_F(OptionFault, OfTheQuestionWhetherToBroadcastIsNoLeaveToDoSo) {
     EXPECT_TRUE(FailsWith(10013, SendTo(socket, "x", Ipv4(255, 255, 255, 255, 9))));
 }
 
-using MembershipFault = Started;
+using OptionFaultOfAMembership = Started;
 
 constexpr Winsock::MembershipIpv4 GroupIpv4 = {{239, 1, 2, 3}, {127, 0, 0, 1}};
 constexpr Winsock::MembershipIpv6 GroupIpv6 = {{0xFF, 0x02, 1, 2, 3}, 0};
@@ -100,7 +100,7 @@ struct MembershipRow {
     int ofLeaving;
 };
 
-TEST_F(MembershipFault, HasWinsocksNumberForJoiningAndForLeaving) {
+TEST_F(OptionFaultOfAMembership, HasWinsocksNumberForJoiningAndForLeaving) {
     constexpr MembershipRow rows[] = {
         {EADDRINUSE, 10049, 10048}, {EADDRNOTAVAIL, 10049, 10022}, {ENODEV, 10049, 10022},
         {ENXIO, 10049, 10049},      {ENOBUFS, 10055, 10055},       {ENOMEM, 10055, 10055},

@@ -4,11 +4,11 @@
 namespace Conformance {
 namespace {
 
-using SystemOption = Started;
+using OptionOfTheSystem = Started;
 
 constexpr char Value[4] = {1, 0, 0, 0};
 
-TEST_F(SystemOption, OfAKnownProtocolsLevelIsRefusedAsAnOption) {
+TEST_F(OptionOfTheSystem, OfAKnownProtocolsLevelIsRefusedAsAnOption) {
     const OwnedSocket stream = NewStream();
     const OwnedSocket datagram = NewDatagram();
     for (const int level : {Winsock::ProtocolTcp, Winsock::ProtocolUdp}) {
@@ -17,7 +17,7 @@ TEST_F(SystemOption, OfAKnownProtocolsLevelIsRefusedAsAnOption) {
     }
 }
 
-TEST_F(SystemOption, OfAnotherLevelIsNoneOfTheSocketsWithItsNumber) {
+TEST_F(OptionOfTheSystem, OfAnotherLevelIsNoneOfTheSocketsWithItsNumber) {
     const OwnedSocket stream = NewStream();
     const OwnedSocket datagram = NewDatagram(Winsock::FamilyIpv6);
     for (const int level : {Winsock::LevelIpv4, Winsock::LevelIpv6, Winsock::ProtocolTcp}) {
@@ -32,7 +32,7 @@ TEST_F(SystemOption, OfAnotherLevelIsNoneOfTheSocketsWithItsNumber) {
 }
 
 // What joins and leaves groups here goes by other numbers on Windows.
-TEST_F(SystemOption, OfGroupsIsRefusedUnderItsOwnNumber) {
+TEST_F(OptionOfTheSystem, OfGroupsIsRefusedUnderItsOwnNumber) {
     const OwnedSocket ipv4 = NewDatagram();
     const OwnedSocket ipv6 = NewDatagram(Winsock::FamilyIpv6);
     constexpr char request[20] = {};
@@ -44,7 +44,7 @@ TEST_F(SystemOption, OfGroupsIsRefusedUnderItsOwnNumber) {
     }
 }
 
-TEST_F(SystemOption, BroadcastRefusesANegativeLengthAndTakesAnyOther) {
+TEST_F(OptionOfTheSystem, BroadcastRefusesANegativeLengthAndTakesAnyOther) {
     const OwnedSocket socket = NewDatagram();
     for (const int length : {-2147483647 - 1, -1}) {
         EXPECT_TRUE(
@@ -55,7 +55,7 @@ TEST_F(SystemOption, BroadcastRefusesANegativeLengthAndTakesAnyOther) {
     }
 }
 
-TEST_F(SystemOption, ReuseRefusesANegativeLength) {
+TEST_F(OptionOfTheSystem, ReuseRefusesANegativeLength) {
     const OwnedSocket socket = NewStream();
     for (const int length : {-1, -2147483647 - 1}) {
         EXPECT_TRUE(

@@ -82,11 +82,11 @@ void ExpectInterfacesAddresses(const Network& network) {
     }
 }
 
-TEST(AddressListOfTheOwnName, HasTheInterfacesAddressesIpv6First) {
+TEST(OwnAddressesList, HasTheInterfacesAddressesIpv6First) {
     OnALonelyComputer(ExpectInterfacesAddresses);
 }
 
-TEST(AddressListOfTheOwnName, HasTheWantedFamilyWithTypeAndProtocol) {
+TEST(OwnAddressesList, HasTheWantedFamilyWithTypeAndProtocol) {
     OnALonelyComputer([](const Network&) {
         const Winsock::AddressInfo hints = Hints(2, 2, 17);
         const List list = Resolved("", nullptr, &hints);
@@ -96,7 +96,7 @@ TEST(AddressListOfTheOwnName, HasTheWantedFamilyWithTypeAndProtocol) {
     });
 }
 
-TEST(AddressListOfTheOwnName, LeavesOutInterfacesThatAreDown) {
+TEST(OwnAddressesList, LeavesOutInterfacesThatAreDown) {
     OnALonelyComputer([](const Network& network) {
         network.second.AddIpv4("192.168.8.1");
         network.second.TakeDown();
@@ -104,7 +104,7 @@ TEST(AddressListOfTheOwnName, LeavesOutInterfacesThatAreDown) {
     });
 }
 
-TEST(AddressListOfTheOwnName, IsLoopbackWhereThereIsNothingElse) {
+TEST(OwnAddressesList, IsLoopbackWhereThereIsNothingElse) {
     WithNames(
         Hosts,
         [] {
@@ -114,7 +114,7 @@ TEST(AddressListOfTheOwnName, IsLoopbackWhereThereIsNothingElse) {
         "lonely");
 }
 
-TEST(AddressListOfTheOwnName, IsFoundThoughNoServerCanBeReached) {
+TEST(OwnAddressesList, IsFoundThoughNoServerCanBeReached) {
     OnALonelyComputer(
         [](const Network& network) {
             network.second.TakeDown();
@@ -125,7 +125,7 @@ TEST(AddressListOfTheOwnName, IsFoundThoughNoServerCanBeReached) {
         "files dns");
 }
 
-TEST(AddressListOfTheOwnName, IsTheResolversAnswerWhereThereIsOne) {
+TEST(OwnAddressesList, IsTheResolversAnswerWhereThereIsOne) {
     WithNames("10.4.4.4 here.example here\n", [] {
         for (const char* host : {"", "here", "HERE", "here.example"}) {
             EXPECT_EQ(AddressesOf(Resolved(host, "80")), Texts{"10.4.4.4 80"}) << host;
@@ -133,7 +133,7 @@ TEST(AddressListOfTheOwnName, IsTheResolversAnswerWhereThereIsOne) {
     });
 }
 
-TEST(AddressListOfTheOwnName, DoesNotStandInForAnUnknownServiceOrName) {
+TEST(OwnAddressesList, DoesNotStandInForAnUnknownServiceOrName) {
     OnALonelyComputer([](const Network&) {
         List list;
         EXPECT_TRUE(Returns(10109, Resolve("", "no-such-service", list)));
@@ -143,7 +143,7 @@ TEST(AddressListOfTheOwnName, DoesNotStandInForAnUnknownServiceOrName) {
     });
 }
 
-TEST(OwnNameInTheHostsFile, IsTheInterfacesAddressesWhereItIsLoopbackThere) {
+TEST(OwnAddressesNameInTheHostsFile, IsTheInterfacesAddressesWhereItIsLoopbackThere) {
     for (const char* lines :
          {"127.0.1.1 lonely.example lonely\n", "127.0.0.1 lonely.example lonely\n",
           "::1 lonely.example lonely\n127.0.1.1 lonely.example lonely\n"}) {
@@ -151,7 +151,7 @@ TEST(OwnNameInTheHostsFile, IsTheInterfacesAddressesWhereItIsLoopbackThere) {
     }
 }
 
-TEST(OwnNameInTheHostsFile, HasTheWantedFamilyOfTheInterfaces) {
+TEST(OwnAddressesNameInTheHostsFile, HasTheWantedFamilyOfTheInterfaces) {
     OnAComputerInANetwork("127.0.1.1 lonely.example lonely\n", [](const Network& network) {
         const Winsock::AddressInfo ipv4 = Hints(2, 1, 6);
         const Winsock::AddressInfo ipv6 = Hints(23, 1, 6);
@@ -163,7 +163,7 @@ TEST(OwnNameInTheHostsFile, HasTheWantedFamilyOfTheInterfaces) {
     });
 }
 
-TEST(OwnNameInTheHostsFile, IsWhatItSaysWhereAnAddressIsNotLoopback) {
+TEST(OwnAddressesNameInTheHostsFile, IsWhatItSaysWhereAnAddressIsNotLoopback) {
     OnAComputerInANetwork("127.0.1.1 lonely\n10.4.4.4 lonely\n", [](const Network&) {
         Texts addresses = AddressesOf(Resolved("lonely", "80"));
         std::sort(addresses.begin(), addresses.end());
@@ -172,7 +172,7 @@ TEST(OwnNameInTheHostsFile, IsWhatItSaysWhereAnAddressIsNotLoopback) {
     });
 }
 
-TEST(OwnNameInTheHostsFile, IsWhatItSaysWhereTheComputerHasNothingButLoopback) {
+TEST(OwnAddressesNameInTheHostsFile, IsWhatItSaysWhereTheComputerHasNothingButLoopback) {
     WithNames(
         "127.0.1.1 lonely.example lonely\n",
         [] {
@@ -184,7 +184,7 @@ TEST(OwnNameInTheHostsFile, IsWhatItSaysWhereTheComputerHasNothingButLoopback) {
         "lonely.example");
 }
 
-TEST(OwnNameInTheHostsFile, IsNoOtherName) {
+TEST(OwnAddressesNameInTheHostsFile, IsNoOtherName) {
     OnAComputerInANetwork("127.0.1.1 other lonel lonely.exampl\n", [](const Network&) {
         for (const char* host : {"other", "lonel", "lonely.exampl"}) {
             EXPECT_EQ(AddressesOf(Resolved(host, "80")), Texts{"127.0.1.1 80"}) << host;
@@ -194,7 +194,7 @@ TEST(OwnNameInTheHostsFile, IsNoOtherName) {
 }
 
 // Whoever calls a computer so wants it to have this address.
-TEST(OwnNameThatIsAnAddress, IsThatAddress) {
+TEST(OwnAddressesNameThatIsAnAddress, IsThatAddress) {
     const auto check = [](const char* name, const char* address) {
         OnAComputerInANetwork(
             "",
@@ -216,12 +216,12 @@ void ExpectLoopback(const char* host) {
     EXPECT_EQ(AddressesOf(Resolved(host, "http", &ipv6)), Texts{"0:0:0:0:0:0:0:1%0 80"});
 }
 
-TEST(Localhost, IsTheLoopbackInterfaceWhateverTheComputerIsCalled) {
+TEST(OwnAddressesLocalhost, IsTheLoopbackInterfaceWhateverTheComputerIsCalled) {
     OnAComputerInANetwork(
         "", [](const Network&) { ExpectLoopback("localhost"); }, "localhost");
 }
 
-TEST(Localhost, IsKnownThoughNoTableHasIt) {
+TEST(OwnAddressesLocalhost, IsKnownThoughNoTableHasIt) {
     for (const char* sources : {"files", "dns", "files dns"}) {
         WithNames(
             "10.1.1.1 other\n",
@@ -237,14 +237,14 @@ TEST(Localhost, IsKnownThoughNoTableHasIt) {
     }
 }
 
-TEST(Localhost, IsWhatTheTableSays) {
+TEST(OwnAddressesLocalhost, IsWhatTheTableSays) {
     WithNames("127.0.0.7 localhost\n", [] {
         EXPECT_EQ(AddressesOf(Resolved("localhost", "80")), Texts{"127.0.0.7 80"});
         EXPECT_EQ(HostOf("localhost"), (Texts{"localhost", "127.0.0.7 0"}));
     });
 }
 
-TEST(Localhost, DoesNotMakeAServiceKnown) {
+TEST(OwnAddressesLocalhost, DoesNotMakeAServiceKnown) {
     WithNames("", [] {
         List list;
         EXPECT_TRUE(Returns(10109, Resolve("localhost", "no-such-service", list)));

@@ -30,9 +30,9 @@ struct NameFault {
     }
 };
 
-class UntoldName : public Started, public testing::WithParamInterface<NameFault> {
+class OwnNameUntold : public Started, public testing::WithParamInterface<NameFault> {
 protected:
-    UntoldName() : fails_(SystemCall::Gethostname, GetParam().systemError) {}
+    OwnNameUntold() : fails_(SystemCall::Gethostname, GetParam().systemError) {}
 
     static int Error() { return GetParam().winsockError; }
 
@@ -40,14 +40,14 @@ private:
     const FailingCall fails_;
 };
 
-TEST_P(UntoldName, IsAFailureThatLeavesTheRoomAlone) {
+TEST_P(OwnNameUntold, IsAFailureThatLeavesTheRoomAlone) {
     char name[300];
     std::memset(name, '#', sizeof name);
     EXPECT_TRUE(FailsWith(Error(), Winsock::gethostname(name, sizeof name)));
     EXPECT_EQ(std::string(name, sizeof name), std::string(sizeof name, '#'));
 }
 
-TEST_P(UntoldName, HasNoAddresses) {
+TEST_P(OwnNameUntold, HasNoAddresses) {
     List list;
     EXPECT_TRUE(Returns(Error(), Resolve("", "80", list)));
     EXPECT_EQ(list, nullptr);
@@ -55,11 +55,11 @@ TEST_P(UntoldName, HasNoAddresses) {
     EXPECT_TRUE(FailsWith(Error(), Winsock::gethostbyname(nullptr)));
 }
 
-TEST_P(UntoldName, IsEmptyForWhoAsksForATextAlone) {
+TEST_P(OwnNameUntold, IsEmptyForWhoAsksForATextAlone) {
     EXPECT_EQ(System::ComputerName(), System::WideUnits{});
 }
 
-TEST_P(UntoldName, DoesNotKeepOthersFromBeingFound) {
+TEST_P(OwnNameUntold, DoesNotKeepOthersFromBeingFound) {
     EXPECT_EQ(AddressesOf(Resolved("10.1.2.3", "80")), Texts{"10.1.2.3 80"});
     EXPECT_NE(Winsock::gethostbyname("10.1.2.3"), nullptr);
     List list;
@@ -67,7 +67,7 @@ TEST_P(UntoldName, DoesNotKeepOthersFromBeingFound) {
     EXPECT_TRUE(FailsWith(11001, Winsock::gethostbyname("no..such")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, UntoldName,
+INSTANTIATE_TEST_SUITE_P(Rows, OwnNameUntold,
                          testing::Values(NameFault{EPERM, 10013}, NameFault{EFAULT, 10014},
                                          NameFault{ENAMETOOLONG, 10014}, NameFault{EINVAL, 10022},
                                          NameFault{ENOSYS, 10045}, NameFault{ENOMEM, 10055}));
@@ -91,9 +91,9 @@ TEST_F(OwnNameOfManyLetters, IsNeverToldInPart) {
     EXPECT_EQ(System::ComputerName(), System::WideUnits{});
 }
 
-using NamesOfOthers = Started;
+using OwnNameAndOthers = Started;
 
-TEST_F(NamesOfOthers, AreFoundWithoutAskingForTheOwn) {
+TEST_F(OwnNameAndOthers, AreFoundWithoutAskingForTheOwn) {
     const CountedCall asked(SystemCall::Gethostname);
     EXPECT_NE(Winsock::gethostbyname("10.1.2.3"), nullptr);
     EXPECT_EQ(AddressesOf(Resolved("10.1.2.3", "80")), Texts{"10.1.2.3 80"});

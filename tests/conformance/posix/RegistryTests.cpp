@@ -6,8 +6,9 @@ namespace Conformance {
 namespace {
 
 using Names = std::vector<std::u16string>;
+using RegistryKeys = SettingsKeys;
 
-TEST_F(SettingsKeys, AValueIsAFilesContents) {
+TEST_F(RegistryKeys, AValueIsAFilesContents) {
     tree_.Write("HKLM/System/Network/Domain", "example.org");
     const Key key = Open(u"System\\Network");
     ASSERT_NE(key, nullptr);
@@ -16,7 +17,7 @@ TEST_F(SettingsKeys, AValueIsAFilesContents) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(SettingsKeys, OneTrailingLineFeedIsNoPartOfTheValue) {
+TEST_F(RegistryKeys, OneTrailingLineFeedIsNoPartOfTheValue) {
     tree_.Write("HKLM/K/One", "text\n");
     tree_.Write("HKLM/K/Two", "text\n\n");
     tree_.Write("HKLM/K/Empty", "");
@@ -30,7 +31,7 @@ TEST_F(SettingsKeys, OneTrailingLineFeedIsNoPartOfTheValue) {
     EXPECT_EQ(Read(key, u"Within"), u"[a\nb]");
 }
 
-TEST_F(SettingsKeys, ValuesAreUtf8) {
+TEST_F(RegistryKeys, ValuesAreUtf8) {
     tree_.Write("HKLM/K/Text", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
     tree_.Write("HKLM/K/Broken",
                 "a\xFF"
@@ -40,18 +41,18 @@ TEST_F(SettingsKeys, ValuesAreUtf8) {
     EXPECT_EQ(Read(key, u"Broken"), u"[a\uFFFDb]");
 }
 
-TEST_F(SettingsKeys, ALargeValueIsReadWhole) {
+TEST_F(RegistryKeys, ALargeValueIsReadWhole) {
     tree_.Write("HKLM/K/Large", std::string(100'000, 'x'));
     EXPECT_EQ(Read(Open(u"K"), u"Large"), InBrackets(std::u16string(100'000, u'x')));
 }
 
-TEST_F(SettingsKeys, AValueWithoutBoundsIsAnError) {
+TEST_F(RegistryKeys, AValueWithoutBoundsIsAnError) {
     tree_.Write("HKLM/K/Huge", std::string(3U << 20U, 'x'));
     EXPECT_EQ(Read(Open(u"K"), u"Huge"), u"none");
     EXPECT_EQ(error_, static_cast<unsigned int>(EFBIG));
 }
 
-TEST_F(SettingsKeys, NamesCompareWithoutCase) {
+TEST_F(RegistryKeys, NamesCompareWithoutCase) {
     tree_.Write("HKLM/Software/Product/IPVersion", "6");
     const Key key = Open(u"SOFTWARE\\product");
     ASSERT_NE(key, nullptr);
@@ -59,7 +60,17 @@ TEST_F(SettingsKeys, NamesCompareWithoutCase) {
     EXPECT_TRUE(Has(key, u"IPVERSION"));
 }
 
-TEST_F(SettingsKeys, OfNamesThatDifferInCaseTheOneThatIsSpeltSoIsMeantOrElseTheFirst) {
+TEST_F(RegistryKeys, EachLetterComparesWithoutCase) {
+    tree_.Write("HKLM/ABCDEFGHIJKLMNOPQRSTUVWXYZ/abcdefghijklmnopqrstuvwxyz", "text");
+    const Key key = Open(u"abcdefghijklmnopqrstuvwxyz");
+    ASSERT_NE(key, nullptr);
+    EXPECT_EQ(Read(key, u"ABCDEFGHIJKLMNOPQRSTUVWXYZ"), u"[text]");
+    // The neighbours of the letters have no case.
+    tree_.Write("HKLM/K/@[", "upper");
+    EXPECT_FALSE(Has(Open(u"K"), u"`{"));
+}
+
+TEST_F(RegistryKeys, OfNamesThatDifferInCaseTheOneThatIsSpeltSoIsMeantOrElseTheFirst) {
     tree_.Write("HKLM/K/NAME", "upper");
     tree_.Write("HKLM/K/name", "lower");
     tree_.Write("HKLM/K/Sub/Value", "first");
@@ -75,7 +86,7 @@ TEST_F(SettingsKeys, OfNamesThatDifferInCaseTheOneThatIsSpeltSoIsMeantOrElseTheF
     EXPECT_EQ(values, u"[first][second]");
 }
 
-TEST_F(SettingsKeys, WhatIsMissingIsNoError) {
+TEST_F(RegistryKeys, WhatIsMissingIsNoError) {
     tree_.Write("HKLM/K/Value", "text");
     EXPECT_EQ(Open(u"Missing"), nullptr);
     EXPECT_EQ(error_, 0U);
@@ -90,7 +101,7 @@ TEST_F(SettingsKeys, WhatIsMissingIsNoError) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(SettingsKeys, AMissingTreeHasNoKeys) {
+TEST_F(RegistryKeys, AMissingTreeHasNoKeys) {
     EXPECT_EQ(Open(u"K"), nullptr);
     EXPECT_EQ(error_, 0U);
     std::filesystem::remove_all(tree_.Root());
@@ -98,7 +109,7 @@ TEST_F(SettingsKeys, AMissingTreeHasNoKeys) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(SettingsKeys, OtherHivesDoNotExist) {
+TEST_F(RegistryKeys, OtherHivesDoNotExist) {
     tree_.Write("HKLM/K/Value", "text");
     for (const int hive : {-1, 0, 1, 2, 4, 5}) {
         EXPECT_EQ(Open(u"K", hive), nullptr);
@@ -106,7 +117,7 @@ TEST_F(SettingsKeys, OtherHivesDoNotExist) {
     }
 }
 
-TEST_F(SettingsKeys, KeysAndValuesAreNotTakenForEachOther) {
+TEST_F(RegistryKeys, KeysAndValuesAreNotTakenForEachOther) {
     tree_.Write("HKLM/K/Sub/Value", "text");
     const Key key = Open(u"K");
     EXPECT_FALSE(Has(key, u"Sub"));
@@ -115,7 +126,7 @@ TEST_F(SettingsKeys, KeysAndValuesAreNotTakenForEachOther) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(SettingsKeys, AKeyAndAValueMayHaveNamesThatDifferInCaseOnly) {
+TEST_F(RegistryKeys, AKeyAndAValueMayHaveNamesThatDifferInCaseOnly) {
     tree_.Write("HKLM/K/Name/Inner", "inner");
     tree_.Write("HKLM/K/name", "outer");
     const Key key = Open(u"K");
@@ -123,7 +134,7 @@ TEST_F(SettingsKeys, AKeyAndAValueMayHaveNamesThatDifferInCaseOnly) {
     EXPECT_EQ(Read(OpenBelow(key, u"NAME"), u"Inner"), u"[inner]");
 }
 
-TEST_F(SettingsKeys, SubKeysAreListedInCodePointOrder) {
+TEST_F(RegistryKeys, SubKeysAreListedInCodePointOrder) {
     for (const char* name : {"b", "a", "B", "Z", "\xC3\xA9", "\xF0\x9F\x98\x80", "\xEF\xBF\xBD"}) {
         tree_.Write(std::string("HKLM/K/") + name + "/Value", "text");
     }
@@ -135,7 +146,7 @@ TEST_F(SettingsKeys, SubKeysAreListedInCodePointOrder) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(SettingsKeys, SubKeysOpenByTheirListedNames) {
+TEST_F(RegistryKeys, SubKeysOpenByTheirListedNames) {
     tree_.Write("HKLM/Interfaces/{1-2}/Domain", "first");
     tree_.Write("HKLM/Interfaces/{3-4}/Domain", "second");
     const Key key = Open(u"Interfaces");
@@ -146,7 +157,7 @@ TEST_F(SettingsKeys, SubKeysOpenByTheirListedNames) {
     EXPECT_EQ(domains, u"[first][second]");
 }
 
-TEST_F(SettingsKeys, AMountedConfigurationMapServesAsItIs) {
+TEST_F(RegistryKeys, AMountedConfigurationMapServesAsItIs) {
     tree_.Write("HKLM/K/..2024_01_01/Domain", "example.org");
     tree_.Write("HKLM/K/..2024_01_01/deep/Value", "text");
     tree_.Link("HKLM/K/..data", "..2024_01_01");
@@ -159,7 +170,7 @@ TEST_F(SettingsKeys, AMountedConfigurationMapServesAsItIs) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(SettingsKeys, NoNameLeadsOutOfTheTree) {
+TEST_F(RegistryKeys, NoNameLeadsOutOfTheTree) {
     tree_.Write("HKLM/K/Value", "inside");
     tree_.Write("HKLM/.hidden/Value", "hidden");
     tree_.Write("outside/Value", "outside");
@@ -177,7 +188,7 @@ TEST_F(SettingsKeys, NoNameLeadsOutOfTheTree) {
     }
 }
 
-TEST_F(SettingsKeys, HalfASurrogatePairNamesNothing) {
+TEST_F(RegistryKeys, HalfASurrogatePairNamesNothing) {
     tree_.Write("HKLM/K/\xF0\x9F\x98\x80", "text");
     const Key key = Open(u"K");
     const std::u16string whole = u"\U0001F600";
@@ -185,12 +196,12 @@ TEST_F(SettingsKeys, HalfASurrogatePairNamesNothing) {
     EXPECT_FALSE(Has(key, whole.substr(0, 1)));
 }
 
-TEST_F(SettingsKeys, TheEmptyPathIsTheHiveItself) {
+TEST_F(RegistryKeys, TheEmptyPathIsTheHiveItself) {
     tree_.Write("HKLM/Value", "text");
     EXPECT_EQ(Read(Open(u""), u"Value"), u"[text]");
 }
 
-TEST_F(SettingsKeys, UnreadableThingsAreErrors) {
+TEST_F(RegistryKeys, UnreadableThingsAreErrors) {
     tree_.Link("HKLM/K/Loop", "Loop");
     EXPECT_EQ(Open(u"K\\Loop"), nullptr);
     EXPECT_EQ(error_, static_cast<unsigned int>(ELOOP));
@@ -201,7 +212,7 @@ TEST_F(SettingsKeys, UnreadableThingsAreErrors) {
     EXPECT_EQ(error_, static_cast<unsigned int>(ELOOP));
 }
 
-TEST_F(SettingsKeys, DanglingLinksPipesAndSocketsAreNoValues) {
+TEST_F(RegistryKeys, DanglingLinksPipesAndSocketsAreNoValues) {
     tree_.Link("HKLM/K/Dangling", "nowhere");
     tree_.MakePipe("HKLM/K/Pipe");
     tree_.MakeSocket("HKLM/K/Socket");

@@ -100,9 +100,9 @@ OwnedSocket NewNonBlocking() {
     return socket;
 }
 
-class NetworkReport : public Started, public testing::WithParamInterface<Report> {};
+class ReportOfTheNetwork : public Started, public testing::WithParamInterface<Report> {};
 
-TEST_P(NetworkReport, HasTheAnswerOfItsKind) {
+TEST_P(ReportOfTheNetwork, HasTheAnswerOfItsKind) {
     const OwnedSocket socket = NewNonBlocking();
     const ToldReports reports({GetParam()});
     if (GetParam().answer != 0) {
@@ -111,11 +111,11 @@ TEST_P(NetworkReport, HasTheAnswerOfItsKind) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, NetworkReport, testing::ValuesIn(Reports));
+INSTANTIATE_TEST_SUITE_P(Kinds, ReportOfTheNetwork, testing::ValuesIn(Reports));
 
-using NetworkReports = Started;
+using ReportsOfTheNetwork = Started;
 
-TEST_F(NetworkReports, AreToldOnceEachAndByKind) {
+TEST_F(ReportsOfTheNetwork, AreToldOnceEachAndByKind) {
     const OwnedSocket socket = NewNonBlocking();
     const Report& noPort = Reports[0];
     const Report& hops = Reports[3];
@@ -126,7 +126,7 @@ TEST_F(NetworkReports, AreToldOnceEachAndByKind) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
 }
 
-TEST_F(NetworkReports, AreReadableWhateverTheirKind) {
+TEST_F(ReportsOfTheNetwork, AreReadableWhateverTheirKind) {
     const OwnedSocket socket = NewNonBlocking();
     const ToldReports reports({Reports[3], Reports[3]});
     EXPECT_EQ(ReadyFor(socket), "w");
@@ -136,7 +136,7 @@ TEST_F(NetworkReports, AreReadableWhateverTheirKind) {
     EXPECT_EQ(ReadyFor(socket), "w");
 }
 
-TEST_F(NetworkReports, AreNotForTheNextSocketOfThatNumber) {
+TEST_F(ReportsOfTheNetwork, AreNotForTheNextSocketOfThatNumber) {
     for (const Report* report : {&Reports[0], &Reports[3]}) {
         OwnedSocket former = NewNonBlocking();
         const Winsock::Handle number = former.Get();

@@ -33,7 +33,7 @@ void OnALonelyComputer(const std::function<void()>& scene, const std::string& so
               sources);
 }
 
-TEST(FailingResolver, IsNotAnUnknownNameWithoutMemory) {
+TEST(ResolverFault, IsNotAnUnknownNameWithoutMemory) {
     OnALonelyComputer([] {
         const FailingCall lists(SystemCall::Getaddrinfo, EAI_MEMORY);
         const FailingCall hosts(SystemCall::Gethostbyname, ENOMEM);
@@ -41,7 +41,7 @@ TEST(FailingResolver, IsNotAnUnknownNameWithoutMemory) {
     });
 }
 
-TEST(FailingResolver, IsNotAnUnknownNameWhereItShouldBeAskedAgain) {
+TEST(ResolverFault, IsNotAnUnknownNameWhereItShouldBeAskedAgain) {
     WithNames(
         "10.4.4.4 lonely.example lonely\n",
         [] {
@@ -56,7 +56,7 @@ TEST(FailingResolver, IsNotAnUnknownNameWhereItShouldBeAskedAgain) {
         "lonely.example");
 }
 
-TEST(FailingResolver, IsNotAnUnknownNameWhereItBreaks) {
+TEST(ResolverFault, IsNotAnUnknownNameWhereItBreaks) {
     OnALonelyComputer([] {
         const FailingCall lists(SystemCall::Getaddrinfo, EIO);
         const FailingCall hosts(SystemCall::Gethostbyname, NO_RECOVERY);
@@ -64,7 +64,7 @@ TEST(FailingResolver, IsNotAnUnknownNameWhereItBreaks) {
     });
 }
 
-TEST(FailingResolver, IsNotAnUnknownNameWithoutDescriptors) {
+TEST(ResolverFault, IsNotAnUnknownNameWithoutDescriptors) {
     for (const char* sources : {"files", "files dns"}) {
         OnALonelyComputer(
             [] {
@@ -79,7 +79,7 @@ TEST(FailingResolver, IsNotAnUnknownNameWithoutDescriptors) {
     }
 }
 
-TEST(FailingResolver, IsNotAnUnknownNameWhereItsTableCannotBeRead) {
+TEST(ResolverFault, IsNotAnUnknownNameWhereItsTableCannotBeRead) {
     OnALonelyComputer([] {
         // A file without anything at its beginning, not even an end.
         const std::string memory = "/proc/" + std::to_string(::getpid()) + "/mem";
@@ -88,7 +88,7 @@ TEST(FailingResolver, IsNotAnUnknownNameWhereItsTableCannotBeRead) {
     });
 }
 
-TEST(FailingListOfInterfaces, IsNotAComputerWithoutAny) {
+TEST(ResolverFaultInAListOfInterfaces, IsNotAComputerWithoutAny) {
     WithNames(
         "",
         [] {
@@ -100,7 +100,7 @@ TEST(FailingListOfInterfaces, IsNotAComputerWithoutAny) {
         "lonely");
 }
 
-TEST(FailingListOfInterfaces, IsOneWhereTheSystemDoesNotShowThem) {
+TEST(ResolverFaultInAListOfInterfaces, IsOneWhereTheSystemDoesNotShowThem) {
     const auto hidden = [](const std::string& hosts, const std::string& address) {
         WithNames(
             hosts,

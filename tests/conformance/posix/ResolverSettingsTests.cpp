@@ -11,8 +11,9 @@ const std::u16string Interfaces = Parameters + u"\\Interfaces";
 const std::u16string Resolver = ResolverPath;
 
 using Names = std::vector<std::u16string>;
+using ResolverSettingsKeys = ResolverKeys;
 
-TEST_F(ResolverKeys, AreOneInterfaceBelowTheParameters) {
+TEST_F(ResolverSettingsKeys, AreOneInterfaceBelowTheParameters) {
     files_.Write("domain example.org\nnameserver 10.0.0.1\nnameserver 10.0.0.2\n");
     const Key interfaces = Open(Interfaces);
     ASSERT_NE(interfaces, nullptr);
@@ -30,7 +31,7 @@ TEST_F(ResolverKeys, AreOneInterfaceBelowTheParameters) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(ResolverKeys, HaveTheOlderLayoutToo) {
+TEST_F(ResolverSettingsKeys, HaveTheOlderLayoutToo) {
     files_.Write("domain example.org\nnameserver 10.0.0.1\n");
     const Key parameters = Open(Parameters);
     ASSERT_NE(parameters, nullptr);
@@ -41,7 +42,7 @@ TEST_F(ResolverKeys, HaveTheOlderLayoutToo) {
     EXPECT_EQ(SubKeys(OpenBelow(parameters, u"interfaces")), Names{u"Resolver"});
 }
 
-TEST_F(ResolverKeys, HaveNothingElse) {
+TEST_F(ResolverSettingsKeys, HaveNothingElse) {
     files_.Write("domain example.org\nnameserver 10.0.0.1\n");
     const Key interfaces = Open(Interfaces);
     const Key resolver = Open(Resolver);
@@ -68,7 +69,7 @@ TEST_F(ResolverKeys, HaveNothingElse) {
     EXPECT_EQ(Open(Resolver, 2), nullptr);
 }
 
-TEST_F(ResolverKeys, CompareNamesWithoutCase) {
+TEST_F(ResolverSettingsKeys, CompareNamesWithoutCase) {
     files_.Write("domain example.org\nnameserver 10.0.0.1\n");
     const Key key = Open(u"SYSTEM\\currentcontrolset\\services\\TCPIP\\parameters\\INTERFACES");
     ASSERT_NE(key, nullptr);
@@ -78,7 +79,7 @@ TEST_F(ResolverKeys, CompareNamesWithoutCase) {
     EXPECT_TRUE(Has(resolver, u"nameserver"));
 }
 
-TEST_F(ResolverKeys, HaveNoValuesWithoutSettings) {
+TEST_F(ResolverSettingsKeys, HaveNoValuesWithoutSettings) {
     EXPECT_EQ(Told(), u"none none");
     EXPECT_EQ(error_, 0U);
     EXPECT_EQ(SubKeys(Open(Interfaces)), Names{u"Resolver"});
@@ -87,7 +88,7 @@ TEST_F(ResolverKeys, HaveNoValuesWithoutSettings) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(ResolverKeys, AreReadAnewWheneverTheyAreOpened) {
+TEST_F(ResolverSettingsKeys, AreReadAnewWheneverTheyAreOpened) {
     files_.Write("domain first.example\n");
     const Key before = Open(Resolver);
     files_.Write("domain second.example\n");
@@ -95,7 +96,7 @@ TEST_F(ResolverKeys, AreReadAnewWheneverTheyAreOpened) {
     EXPECT_EQ(Read(before, u"Domain"), u"[first.example]");
 }
 
-TEST_F(ResolverKeys, GiveWayToTheTree) {
+TEST_F(ResolverSettingsKeys, GiveWayToTheTree) {
     files_.Write("domain example.org\nnameserver 10.0.0.1\n");
     tree_.Write("HKLM/System/CurrentControlSet/Services/Tcpip/Enum/Value", "text");
     EXPECT_EQ(Told(), u"[example.org] [10.0.0.1]");
@@ -110,7 +111,7 @@ TEST_F(ResolverKeys, GiveWayToTheTree) {
     EXPECT_EQ(SubKeys(Open(Interfaces)), Names{u"{1}"});
 }
 
-TEST_F(ResolverKeys, DoNotHideATreeThatCannotBeRead) {
+TEST_F(ResolverSettingsKeys, DoNotHideATreeThatCannotBeRead) {
     files_.Write("domain example.org\n");
     tree_.Link("HKLM/System/CurrentControlSet/Services/Tcpip/Parameters", "Parameters");
     for (const std::u16string& path : {Parameters, Interfaces, Resolver}) {
@@ -119,7 +120,7 @@ TEST_F(ResolverKeys, DoNotHideATreeThatCannotBeRead) {
     }
 }
 
-TEST_F(ResolverKeys, AreAnErrorWhereTheSettingsCannotBeRead) {
+TEST_F(ResolverSettingsKeys, AreAnErrorWhereTheSettingsCannotBeRead) {
     files_.Link("settings");
     EXPECT_EQ(Open(Interfaces), nullptr);
     EXPECT_EQ(error_, static_cast<unsigned int>(ELOOP));
@@ -133,7 +134,7 @@ TEST_F(ResolverKeys, AreAnErrorWhereTheSettingsCannotBeRead) {
     EXPECT_EQ(error_, static_cast<unsigned int>(EFBIG));
 }
 
-TEST_F(ResolverKeys, TakeWhatIsNoFileForNoSettings) {
+TEST_F(ResolverSettingsKeys, TakeWhatIsNoFileForNoSettings) {
     files_.Link("/dev/null");
     EXPECT_EQ(Told(), u"none none");
     std::filesystem::remove(files_.Settings());
@@ -145,7 +146,7 @@ TEST_F(ResolverKeys, TakeWhatIsNoFileForNoSettings) {
     EXPECT_EQ(error_, 0U);
 }
 
-TEST_F(ResolverKeys, NameTheFirstDomainOfTheLastLineThatNamesAny) {
+TEST_F(ResolverSettingsKeys, NameTheFirstDomainOfTheLastLineThatNamesAny) {
     EXPECT_EQ(Told("domain one.example\nsearch two.example three.example\n"),
               u"[two.example] none");
     EXPECT_EQ(Told("search two.example three.example\ndomain one.example rest\n"),
@@ -155,14 +156,14 @@ TEST_F(ResolverKeys, NameTheFirstDomainOfTheLastLineThatNamesAny) {
     EXPECT_EQ(Told("search .\n"), u"none none");
 }
 
-TEST_F(ResolverKeys, PassOverCommentsAndUnknownLines) {
+TEST_F(ResolverSettingsKeys, PassOverCommentsAndUnknownLines) {
     EXPECT_EQ(Told("# domain a\n;domain b\n#nameserver 10.0.0.9\n domain c\nDomain d\n"
                    "domainx e\nnameserver10.0.0.8\nnameserver\noptions ndots:2\nsortlist 10.0.0.7\n"
                    "domain f # comment\nnameserver 10.0.0.1 # comment\nnameserver 10.0.0.2;x\n"),
               u"[f] [10.0.0.1]");
 }
 
-TEST_F(ResolverKeys, NameTheIpv4ServersAmongTheFirstThree) {
+TEST_F(ResolverSettingsKeys, NameTheIpv4ServersAmongTheFirstThree) {
     EXPECT_EQ(Told("nameserver 10.0.0.1\nnameserver 10.0.0.2\nnameserver 10.0.0.3\n"
                    "nameserver 10.0.0.4\n"),
               u"none [10.0.0.1 10.0.0.2 10.0.0.3]");
@@ -178,7 +179,7 @@ TEST_F(ResolverKeys, NameTheIpv4ServersAmongTheFirstThree) {
               u"none [10.0.0.1 127.0.0.1 8.0.0.1]");
 }
 
-TEST_F(ResolverKeys, LookBehindTheServerOfTheMachineItself) {
+TEST_F(ResolverSettingsKeys, LookBehindTheServerOfTheMachineItself) {
     const std::string local = "domain near.example\nnameserver 127.0.0.53\n";
     EXPECT_EQ(Told(local), u"[near.example] [127.0.0.53]");
     files_.WriteLocalServers("search far.example\nnameserver 10.0.0.1\nnameserver 10.0.0.2\n");

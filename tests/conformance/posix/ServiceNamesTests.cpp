@@ -44,7 +44,7 @@ void ExpectUnknown(const char* service) {
     EXPECT_TRUE(Returns(10109, Resolve("127.0.0.1", service, list))) << service;
 }
 
-TEST(ServiceInTheTable, IsKnownInAnyCase) {
+TEST(ServiceNamesInTheTable, IsKnownInAnyCase) {
     WithNames("", [] {
         const ServiceTable table(Table);
         for (const char* service : {"MixedCase", "mixedcase", "MIXEDCASE", "other-name"}) {
@@ -54,7 +54,7 @@ TEST(ServiceInTheTable, IsKnownInAnyCase) {
     });
 }
 
-TEST(ServiceInTheTable, IsThatOfTheWantedType) {
+TEST(ServiceNamesInTheTable, IsThatOfTheWantedType) {
     WithNames("", [] {
         const ServiceTable table(Table);
         EXPECT_EQ(Found("MIXEDcase", 2), Texts{"127.0.0.1 4712"});
@@ -64,7 +64,7 @@ TEST(ServiceInTheTable, IsThatOfTheWantedType) {
     });
 }
 
-TEST(ServiceInTheTable, IsNoCommentAndNoPart) {
+TEST(ServiceNamesInTheTable, IsNoCommentAndNoPart) {
     WithNames("", [] {
         const ServiceTable table(Table);
         for (const char* service : {"comment", "trailing", "mixed", "mixedcase4711", "4711/TCP"}) {
@@ -73,7 +73,7 @@ TEST(ServiceInTheTable, IsNoCommentAndNoPart) {
     });
 }
 
-TEST(ServiceInTheTable, IsUnknownWhereThereIsNone) {
+TEST(ServiceNamesInTheTable, IsUnknownWhereThereIsNone) {
     WithNames("", [] {
         const ServiceTable table("");
         ExpectUnknown("http");

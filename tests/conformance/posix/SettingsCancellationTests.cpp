@@ -54,7 +54,7 @@ long OpenDescriptors() {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 }
 
-class CancelledSettings : public ResolverKeys {
+class SettingsCancellation : public ResolverKeys {
 protected:
     // The scene, cancelled before each of its calls. All of it comes to its end, and then the
     // thread.
@@ -73,7 +73,7 @@ protected:
     }
 };
 
-TEST_F(CancelledSettings, AThreadThatIsBeingCancelledReadsAKeyOfTheTree) {
+TEST_F(SettingsCancellation, AThreadThatIsBeingCancelledReadsAKeyOfTheTree) {
     tree_.Write("HKLM/Software/Product/Version", "6");
     tree_.Write("HKLM/Software/Product/Below/Value", "text");
     ExpectWholeScene([this] {
@@ -87,7 +87,7 @@ TEST_F(CancelledSettings, AThreadThatIsBeingCancelledReadsAKeyOfTheTree) {
     });
 }
 
-TEST_F(CancelledSettings, AThreadThatIsBeingCancelledReadsTheResolversSettings) {
+TEST_F(SettingsCancellation, AThreadThatIsBeingCancelledReadsTheResolversSettings) {
     files_.Write("domain near.example\nnameserver 127.0.0.53\n");
     files_.WriteLocalServers("search far.example\nnameserver 10.0.0.1\n");
     ExpectWholeScene([this] { EXPECT_EQ(Told(), u"[far.example] [10.0.0.1]"); });

@@ -110,15 +110,5 @@ TEST_F(SettingsFault, OfAValueThatIsTooLongBeginsBehindAMebibyte) {
     EXPECT_EQ(error_, static_cast<unsigned int>(EFBIG));
 }
 
-TEST_F(SettingsKeys, EachLetterComparesWithoutCase) {
-    tree_.Write("HKLM/ABCDEFGHIJKLMNOPQRSTUVWXYZ/abcdefghijklmnopqrstuvwxyz", "text");
-    const Key key = Open(u"abcdefghijklmnopqrstuvwxyz");
-    ASSERT_NE(key, nullptr);
-    EXPECT_EQ(Read(key, u"ABCDEFGHIJKLMNOPQRSTUVWXYZ"), u"[text]");
-    // The neighbours of the letters have no case.
-    tree_.Write("HKLM/K/@[", "upper");
-    EXPECT_FALSE(Has(Open(u"K"), u"`{"));
-}
-
 }  // namespace
 }  // namespace Conformance

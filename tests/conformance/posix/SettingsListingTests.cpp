@@ -71,7 +71,7 @@ TEST_F(SettingsListing, AValueThatCannotBeReadIsAnError) {
 }
 
 // What the questions about the network's interfaces come to.
-class ManyKeys : public SettingsKeys {
+class SettingsListingOfManyKeys : public SettingsKeys {
 protected:
     void MakeKeysUpTo(int count) {
         for (; made_ < count; ++made_) {
@@ -101,12 +101,12 @@ private:
     int made_ = 0;
 };
 
-TEST_F(ManyKeys, TakeTimesAsManyCallsAsTheyAre) {
+TEST_F(SettingsListingOfManyKeys, TakeTimesAsManyCallsAsTheyAre) {
     const int few = CallsToAskEachOf(100);
     EXPECT_LE(CallsToAskEachOf(400), 4 * few);
 }
 
-TEST_F(ManyKeys, AreNotListedToFindOneByItsOwnName) {
+TEST_F(SettingsListingOfManyKeys, AreNotListedToFindOneByItsOwnName) {
     MakeKeysUpTo(100);
     const Key interfaces = Open(u"Interfaces");
     int entries = 0;

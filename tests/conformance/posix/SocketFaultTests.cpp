@@ -25,7 +25,7 @@ bool IsOpenDescriptor(int descriptor) {
     return ::fcntl(descriptor, F_GETFD) >= 0;
 }
 
-using CreationFault = Started;
+using SocketFaultInCreation = Started;
 
 // Each option that a new socket is given, refused in turn; the descriptor is given back.
 void ExpectEachOptionNeeded(int family, int type) {
@@ -49,14 +49,14 @@ void ExpectEachOptionNeeded(int family, int type) {
     }
 }
 
-TEST_F(CreationFault, OfAnOptionLeavesNoSocketThatAnswersOtherwise) {
+TEST_F(SocketFaultInCreation, OfAnOptionLeavesNoSocketThatAnswersOtherwise) {
     for (const int family : {Winsock::FamilyIpv4, Winsock::FamilyIpv6}) {
         ExpectEachOptionNeeded(family, Winsock::TypeStream);
         ExpectEachOptionNeeded(family, Winsock::TypeDatagram);
     }
 }
 
-TEST_F(CreationFault, OfAnyKindLeavesNothingBehind) {
+TEST_F(SocketFaultInCreation, OfAnyKindLeavesNothingBehind) {
     const FailingCall fails(SystemCall::Socket, ENFILE);
     const CountedCall closes(SystemCall::Close);
     const CountedCall options(SystemCall::Setsockopt);
@@ -66,7 +66,7 @@ TEST_F(CreationFault, OfAnyKindLeavesNothingBehind) {
     EXPECT_EQ(options.Seen(), 0U);
 }
 
-TEST_F(CreationFault, OfTheMoveAboveTheStandardStreamsIsOne) {
+TEST_F(SocketFaultInCreation, OfTheMoveAboveTheStandardStreamsIsOne) {
     unsigned int moves = 0;
     int result = 0;
     int inUse = -1;
@@ -84,7 +84,7 @@ TEST_F(CreationFault, OfTheMoveAboveTheStandardStreamsIsOne) {
 }
 
 // The table of sockets has an end.
-TEST_F(CreationFault, OfANumberThatIsTooLargeGivesItBack) {
+TEST_F(SocketFaultInCreation, OfANumberThatIsTooLargeGivesItBack) {
     constexpr Word tooLarge = 1 << 20U;
     const HookedCall makes(SystemCall::Socket, [](const Call&) { return tooLarge; });
     const HookedCall set(SystemCall::Setsockopt, [](const Call&) { return 0; });
@@ -97,9 +97,9 @@ TEST_F(CreationFault, OfANumberThatIsTooLargeGivesItBack) {
     EXPECT_EQ(closed, tooLarge);
 }
 
-using BindFault = Started;
+using SocketFaultInBind = Started;
 
-TEST_F(BindFault, ThatIsNoTakenPortIsNoneForASocketWithReuseEither) {
+TEST_F(SocketFaultInBind, ThatIsNoTakenPortIsNoneForASocketWithReuseEither) {
     const OwnedSocket socket = NewStream();
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
     EXPECT_TRUE(FailsWith(10049, Bind(socket, Ipv4(192, 0, 2, 1, 0))));
@@ -107,7 +107,7 @@ TEST_F(BindFault, ThatIsNoTakenPortIsNoneForASocketWithReuseEither) {
     EXPECT_TRUE(FailsWith(10013, Bind(socket, Loopback(0))));
 }
 
-TEST_F(BindFault, LeavesTheSocketUnbound) {
+TEST_F(SocketFaultInBind, LeavesTheSocketUnbound) {
     const OwnedSocket socket = NewStream();
     {
         const FailingCall fails(SystemCall::Bind, ENOMEM);
@@ -117,14 +117,14 @@ TEST_F(BindFault, LeavesTheSocketUnbound) {
     EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
 }
 
-TEST_F(BindFault, OfASecondTryIsTheOneThatIsTold) {
+TEST_F(SocketFaultInBind, OfASecondTryIsTheOneThatIsTold) {
     const OwnedSocket socket = NewStream();
     const FailingCall later(SystemCall::Bind, ENOMEM, {.first = 2});
     const FailingCall first(SystemCall::Bind, EADDRINUSE, {.count = 1});
     EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(0))));
 }
 
-using NameFault = Started;
+using SocketFaultInName = Started;
 
 template <typename Query>
 void ExpectFailureThatLeavesTheRoomAlone(int error, Query query, const OwnedSocket& socket) {
@@ -135,7 +135,7 @@ void ExpectFailureThatLeavesTheRoomAlone(int error, Query query, const OwnedSock
     EXPECT_EQ(length, 100);
 }
 
-TEST_F(NameFault, LeavesTheRoomAlone) {
+TEST_F(SocketFaultInName, LeavesTheRoomAlone) {
     const Pair pair = NewConnectedPair();
     const OwnedSocket datagram = NewBoundDatagram();
     const FailingCall own(SystemCall::Getsockname, ENOBUFS);
@@ -145,15 +145,15 @@ TEST_F(NameFault, LeavesTheRoomAlone) {
     ExpectFailureThatLeavesTheRoomAlone(10055, Winsock::getpeername, pair.client);
 }
 
-TEST_F(NameFault, OfAPeerThatIsGoneIsNoPeer) {
+TEST_F(SocketFaultInName, OfAPeerThatIsGoneIsNoPeer) {
     const Pair pair = NewConnectedPair();
     const FailingCall fails(SystemCall::Getpeername, ENOTCONN);
     ExpectFailureThatLeavesTheRoomAlone(10057, Winsock::getpeername, pair.client);
 }
 
-using ListenFault = Started;
+using SocketFaultInListen = Started;
 
-TEST_F(ListenFault, LeavesNoListener) {
+TEST_F(SocketFaultInListen, LeavesNoListener) {
     const OwnedSocket socket = NewBoundStream();
     {
         const FailingCall fails(SystemCall::Listen, EADDRINUSE);
@@ -164,7 +164,7 @@ TEST_F(ListenFault, LeavesNoListener) {
     EXPECT_TRUE(Succeeds(Winsock::listen(socket.Get(), 1)));
 }
 
-using AcceptFault = Started;
+using SocketFaultInAccept = Started;
 
 struct Waiting {
     OwnedSocket listener = NewListener();
@@ -173,7 +173,7 @@ struct Waiting {
     Waiting() { EXPECT_TRUE(Succeeds(Connect(client, LocalAddress(listener)))); }
 };
 
-TEST_F(AcceptFault, OfAConnectionThatIsGoneIsTheNextOnesMatter) {
+TEST_F(SocketFaultInAccept, OfAConnectionThatIsGoneIsTheNextOnesMatter) {
     const Waiting waiting;
     for (const int error : {ECONNABORTED, EPROTO, ENETDOWN, ENOPROTOOPT, EHOSTDOWN, ENONET,
                             EHOSTUNREACH, EOPNOTSUPP, ENETUNREACH, EINTR}) {
@@ -187,7 +187,7 @@ TEST_F(AcceptFault, OfAConnectionThatIsGoneIsTheNextOnesMatter) {
     }
 }
 
-TEST_F(AcceptFault, OfTheListenerOrTheSystemIsTold) {
+TEST_F(SocketFaultInAccept, OfTheListenerOrTheSystemIsTold) {
     const Waiting waiting;
     constexpr std::pair<int, int> rows[] = {{EMFILE, 10024}, {ENFILE, 10024}, {ENOBUFS, 10055},
                                             {ENOMEM, 10055}, {EPERM, 10013},  {EINVAL, 10022},
@@ -203,14 +203,14 @@ TEST_F(AcceptFault, OfTheListenerOrTheSystemIsTold) {
     EXPECT_NE(Accept(waiting.listener).Get(), Winsock::InvalidSocket);
 }
 
-TEST_F(AcceptFault, OfTheWaitIsTold) {
+TEST_F(SocketFaultInAccept, OfTheWaitIsTold) {
     const OwnedSocket listener = NewListener();
     const FailingCall nobody(SystemCall::Accept4, EAGAIN);
     const FailingCall fails(SystemCall::Ppoll, ENOMEM);
     EXPECT_TRUE(FailsWith(10055, Winsock::accept(listener.Get(), nullptr, nullptr)));
 }
 
-TEST_F(AcceptFault, OfANonBlockingListenerIsNotWaitedFor) {
+TEST_F(SocketFaultInAccept, OfANonBlockingListenerIsNotWaitedFor) {
     const OwnedSocket listener = NewListener();
     SetNonBlocking(listener);
     const FailingCall nobody(SystemCall::Accept4, EAGAIN);
@@ -219,10 +219,10 @@ TEST_F(AcceptFault, OfANonBlockingListenerIsNotWaitedFor) {
     EXPECT_EQ(waits.Seen(), 0U);
 }
 
-using CloseFault = Started;
+using SocketFaultInClose = Started;
 
 // The system frees the number whatever it answers, and may have given it to somebody else since.
-TEST_F(CloseFault, IsNoneAndIsNotRepeated) {
+TEST_F(SocketFaultInClose, IsNoneAndIsNotRepeated) {
     for (const int error : {EIO, EINTR, ENOSPC, EDQUOT, EBADF}) {
         OwnedSocket socket = NewStream();
         const int descriptor = Number(socket);
@@ -238,7 +238,7 @@ TEST_F(CloseFault, IsNoneAndIsNotRepeated) {
     }
 }
 
-TEST_F(CloseFault, DoesNotKeepTheLastCleanUpFromTheOthers) {
+TEST_F(SocketFaultInClose, DoesNotKeepTheLastCleanUpFromTheOthers) {
     Winsock::StartupData data;
     const OwnedSocket one = NewStream();
     const OwnedSocket other = NewDatagram();

@@ -21,7 +21,7 @@ std::string Narrow(const std::u16string& text) {
     return System::CodePageFromWide(units.data(), units.size());
 }
 
-TEST(CodePage, GoesToUtf16AndBack) {
+TEST(TextCodePage, GoesToUtf16AndBack) {
     const std::string narrow = std::string("a\0b", 3) + "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
     const std::u16string wide = std::u16string(u"a\0b", 3) + u"\u00E9\u20AC\U0001F600";
     EXPECT_EQ(Widen(narrow), wide);
@@ -30,7 +30,7 @@ TEST(CodePage, GoesToUtf16AndBack) {
     EXPECT_EQ(Narrow(u""), "");
 }
 
-TEST(CodePage, TheBordersOfEachLengthAreKept) {
+TEST(TextCodePage, TheBordersOfEachLengthAreKept) {
     for (const char32_t character : {0x7FU, 0x80U, 0x7FFU, 0x800U, 0xD7FFU, 0xE000U, 0xFFFFU,
                                      0x10000U, 0x3FFFFU, 0x40000U, 0xFFFFFU, 0x10FFFFU}) {
         std::u16string wide;
@@ -55,14 +55,14 @@ struct BrokenRow {
     }
 };
 
-class BrokenText : public testing::TestWithParam<BrokenRow> {};
+class TextThatIsBroken : public testing::TestWithParam<BrokenRow> {};
 
-TEST_P(BrokenText, BecomesReplacementCharacters) {
+TEST_P(TextThatIsBroken, BecomesReplacementCharacters) {
     EXPECT_EQ(Widen(GetParam().narrow), GetParam().wide);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, BrokenText,
+    Rows, TextThatIsBroken,
     testing::Values(BrokenRow{"\x80", u"\uFFFD"}, BrokenRow{"a\xBFz", u"a\uFFFDz"},
                     BrokenRow{"\xC3", u"\uFFFD"}, BrokenRow{"\xC3(", u"\uFFFD("},
                     BrokenRow{"\xC0\x80", u"\uFFFD\uFFFD"}, BrokenRow{"\xE2\x82", u"\uFFFD"},
@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
                     BrokenRow{"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},
                     BrokenRow{"\xF5z", u"\uFFFDz"}, BrokenRow{"\xFF\xFE", u"\uFFFD\uFFFD"}));
 
-TEST(CodePage, LoneSurrogatesBecomeReplacementCharacters) {
+TEST(TextCodePage, LoneSurrogatesBecomeReplacementCharacters) {
     const char16_t high = 0xD83D;
     const char16_t low = 0xDE00;
     EXPECT_EQ(Narrow({high}), "\xEF\xBF\xBD");
@@ -87,9 +87,9 @@ TEST(CodePage, LoneSurrogatesBecomeReplacementCharacters) {
     EXPECT_EQ(Narrow({high, high, low}), "\xEF\xBF\xBD\xF0\x9F\x98\x80");
 }
 
-using ComputersName = Started;
+using TextOfTheComputersName = Started;
 
-TEST_F(ComputersName, IsTheOneThatNamesAreLookedUpFor) {
+TEST_F(TextOfTheComputersName, IsTheOneThatNamesAreLookedUpFor) {
     char name[300] = {};
     ASSERT_TRUE(Succeeds(Winsock::gethostname(name, sizeof name)));
     EXPECT_EQ(Text(System::ComputerName()), Widen(name));

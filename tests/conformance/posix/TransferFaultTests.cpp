@@ -44,9 +44,9 @@ Hook FailsFor(int error, Milliseconds time) {
 }
 constexpr Milliseconds TooLong{5000};
 
-using StreamFault = Started;
+using TransferFaultOfStreams = Started;
 
-TEST_F(StreamFault, OfThisMachineIsToldAndIsNotTheEnd) {
+TEST_F(TransferFaultOfStreams, OfThisMachineIsToldAndIsNotTheEnd) {
     const Pair pair = NewConnectedPair();
     for (const Row& row : OfThisMachine) {
         {
@@ -60,7 +60,7 @@ TEST_F(StreamFault, OfThisMachineIsToldAndIsNotTheEnd) {
     }
 }
 
-TEST_F(StreamFault, OfThisMachineIsToldUnderATimeLimit) {
+TEST_F(TransferFaultOfStreams, OfThisMachineIsToldUnderATimeLimit) {
     const Pair pair = NewConnectedPair();
     ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionSendTimeout, 60'000)));
     ASSERT_TRUE(Succeeds(SetOption(pair.server, Winsock::OptionReceiveTimeout, 60'000)));
@@ -72,7 +72,7 @@ TEST_F(StreamFault, OfThisMachineIsToldUnderATimeLimit) {
     }
 }
 
-TEST_F(StreamFault, OfTheConnectionIsTold) {
+TEST_F(TransferFaultOfStreams, OfTheConnectionIsTold) {
     for (const Row& row : OfTheEnd) {
         const Pair pair = NewConnectedPair();
         const FailingCall sends(SystemCall::Send, row.system);
@@ -82,7 +82,7 @@ TEST_F(StreamFault, OfTheConnectionIsTold) {
     }
 }
 
-TEST_F(StreamFault, ThatWouldBlockIsATimeLimitToWhoWaitsAndElseThat) {
+TEST_F(TransferFaultOfStreams, ThatWouldBlockIsATimeLimitToWhoWaitsAndElseThat) {
     const Pair pair = NewConnectedPair();
     const FailingCall sends(SystemCall::Send, EAGAIN);
     const FailingCall receives(SystemCall::Recv, EAGAIN);
@@ -94,7 +94,7 @@ TEST_F(StreamFault, ThatWouldBlockIsATimeLimitToWhoWaitsAndElseThat) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(pair.server)));
 }
 
-TEST_F(StreamFault, OfASignalIsNone) {
+TEST_F(TransferFaultOfStreams, OfASignalIsNone) {
     const Pair pair = NewConnectedPair();
     for (const bool blocking : {true, false}) {
         SetNonBlocking(pair.client, !blocking);
@@ -109,7 +109,7 @@ TEST_F(StreamFault, OfASignalIsNone) {
 }
 
 // The bytes that the system took before are the call's success.
-TEST_F(StreamFault, InTheMiddleOfABlockingSendIsTheNextCalls) {
+TEST_F(TransferFaultOfStreams, InTheMiddleOfABlockingSendIsTheNextCalls) {
     const Pair pair = NewConnectedPair();
     const HookedCall sends(SystemCall::Send, [](const Call& call) {
         const bool first = *call.Pointer<const char>(1) == 'a';
@@ -121,7 +121,7 @@ TEST_F(StreamFault, InTheMiddleOfABlockingSendIsTheNextCalls) {
     EXPECT_EQ(Receive(pair.server), "abc");
 }
 
-TEST_F(StreamFault, ThatCutsASendShortIsMadeUpFor) {
+TEST_F(TransferFaultOfStreams, ThatCutsASendShortIsMadeUpFor) {
     const Pair pair = NewConnectedPair();
     const HookedCall sends(SystemCall::Send, [](const Call& call) {
         return Word{::send(static_cast<int>(call.Argument(0)), call.Pointer<char>(1), 1, 0)};
@@ -134,7 +134,7 @@ TEST_F(StreamFault, ThatCutsASendShortIsMadeUpFor) {
 }
 
 // Another receiver may have taken what was announced.
-TEST_F(StreamFault, OfAWaitThatTookAnAnnouncementForGrantedIsNone) {
+TEST_F(TransferFaultOfStreams, OfAWaitThatTookAnAnnouncementForGrantedIsNone) {
     const Pair pair = NewConnectedPair();
     const FailingCall interrupted(SystemCall::Recv, EINTR, {.count = 1});
     const HookedCall gone(SystemCall::Ppoll,
@@ -150,7 +150,7 @@ TEST_F(StreamFault, OfAWaitThatTookAnAnnouncementForGrantedIsNone) {
     EXPECT_EQ(gone.Seen(), 2U);
 }
 
-TEST_F(StreamFault, OfTheWaitForATransferIsTold) {
+TEST_F(TransferFaultOfStreams, OfTheWaitForATransferIsTold) {
     const Pair pair = NewConnectedPair();
     const FailingCall interrupted(SystemCall::Recv, EINTR);
     const FailingCall waits(SystemCall::Ppoll, ENOMEM);
@@ -158,7 +158,7 @@ TEST_F(StreamFault, OfTheWaitForATransferIsTold) {
 }
 
 // What is to happen goes on being awaited with the time that is left, whichever limit is set.
-TEST_F(StreamFault, OfSignalsWithoutEndEndsWithTheTimeLimit) {
+TEST_F(TransferFaultOfStreams, OfSignalsWithoutEndEndsWithTheTimeLimit) {
     const Pair pair = NewConnectedPair();
     const auto expectLimit = [](int option, const OwnedSocket& socket, auto call) {
         ASSERT_TRUE(Succeeds(SetOption(socket, option, 40)));
@@ -172,7 +172,7 @@ TEST_F(StreamFault, OfSignalsWithoutEndEndsWithTheTimeLimit) {
                 [](const OwnedSocket& socket) { return TryReceive(socket); });
 }
 
-using DatagramFault = Started;
+using TransferFaultOfDatagrams = Started;
 
 struct Datagrams {
     OwnedSocket receiver = NewBoundDatagram();
@@ -181,7 +181,7 @@ struct Datagrams {
     int SendOne() const { return SendTo(sender, "abc", LocalAddress(receiver)); }
 };
 
-TEST_F(DatagramFault, OfThisMachineIsTold) {
+TEST_F(TransferFaultOfDatagrams, OfThisMachineIsTold) {
     const Datagrams datagrams;
     for (const Row& row : OfThisMachine) {
         {
@@ -198,14 +198,14 @@ TEST_F(DatagramFault, OfThisMachineIsTold) {
     }
 }
 
-TEST_F(DatagramFault, OfAFullQueueCountsAsSent) {
+TEST_F(TransferFaultOfDatagrams, OfAFullQueueCountsAsSent) {
     const Datagrams datagrams;
     const FailingCall sends(SystemCall::Sendto, ENOBUFS);
     EXPECT_TRUE(Succeeds(datagrams.SendOne(), 3));
     EXPECT_EQ(sends.Seen(), 1U);
 }
 
-TEST_F(DatagramFault, OfTheWayIsTold) {
+TEST_F(TransferFaultOfDatagrams, OfTheWayIsTold) {
     const Datagrams datagrams;
     constexpr Row rows[] = {{EHOSTUNREACH, 10065},
                             {ENETUNREACH, 10051},
@@ -220,20 +220,20 @@ TEST_F(DatagramFault, OfTheWayIsTold) {
 }
 
 // The system tells the sender of what an earlier datagram met; the next one is not to blame.
-TEST_F(DatagramFault, OfAnEarlierDatagramIsNone) {
+TEST_F(TransferFaultOfDatagrams, OfAnEarlierDatagramIsNone) {
     const Datagrams datagrams;
     const FailingCall sends(SystemCall::Sendto, ECONNREFUSED, {.count = 3});
     EXPECT_TRUE(Succeeds(datagrams.SendOne(), 3));
     EXPECT_EQ(sends.Seen(), 4U);
 }
 
-TEST_F(DatagramFault, ThatComesAgainAndAgainIsToldAtLast) {
+TEST_F(TransferFaultOfDatagrams, ThatComesAgainAndAgainIsToldAtLast) {
     const Datagrams datagrams;
     const HookedCall sends(SystemCall::Sendto, FailsFor(ECONNREFUSED, TooLong));
     EXPECT_TRUE(FailsWith(10061, datagrams.SendOne()));
 }
 
-TEST_F(DatagramFault, OfAReportIsAResetToWhoReceives) {
+TEST_F(TransferFaultOfDatagrams, OfAReportIsAResetToWhoReceives) {
     const Datagrams datagrams;
     for (const int error : {ECONNREFUSED, EHOSTUNREACH, ENETUNREACH}) {
         const FailingCall receives(SystemCall::Recvmsg, error);
@@ -241,7 +241,7 @@ TEST_F(DatagramFault, OfAReportIsAResetToWhoReceives) {
     }
 }
 
-TEST_F(DatagramFault, ThatWouldBlockIsATimeLimitToWhoWaitsAndElseThat) {
+TEST_F(TransferFaultOfDatagrams, ThatWouldBlockIsATimeLimitToWhoWaitsAndElseThat) {
     const Datagrams datagrams;
     ASSERT_TRUE(Succeeds(SetOption(datagrams.sender, Winsock::OptionSendTimeout, 10)));
     ASSERT_TRUE(Succeeds(SetOption(datagrams.receiver, Winsock::OptionReceiveTimeout, 10)));
@@ -255,7 +255,7 @@ TEST_F(DatagramFault, ThatWouldBlockIsATimeLimitToWhoWaitsAndElseThat) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(datagrams.receiver)));
 }
 
-TEST_F(DatagramFault, OfASignalIsNone) {
+TEST_F(TransferFaultOfDatagrams, OfASignalIsNone) {
     const Datagrams datagrams;
     const FailingCall sends(SystemCall::Sendto, EINTR, {.count = 3});
     const FailingCall receives(SystemCall::Recvmsg, EINTR, {.count = 3});
@@ -264,7 +264,7 @@ TEST_F(DatagramFault, OfASignalIsNone) {
     EXPECT_EQ(sends.Seen(), 4U);
 }
 
-TEST_F(DatagramFault, OfSignalsWithoutEndEndsWithTheOwnTimeLimit) {
+TEST_F(TransferFaultOfDatagrams, OfSignalsWithoutEndEndsWithTheOwnTimeLimit) {
     const Datagrams datagrams;
     ASSERT_TRUE(Succeeds(SetOption(datagrams.sender, Winsock::OptionSendTimeout, 40)));
     ASSERT_TRUE(Succeeds(SetOption(datagrams.receiver, Winsock::OptionReceiveTimeout, 40)));
@@ -274,7 +274,7 @@ TEST_F(DatagramFault, OfSignalsWithoutEndEndsWithTheOwnTimeLimit) {
     EXPECT_TRUE(FailsWith(10060, TryReceive(datagrams.receiver)));
 }
 
-TEST_F(DatagramFault, OfTheFirstSendsBindIsTold) {
+TEST_F(TransferFaultOfDatagrams, OfTheFirstSendsBindIsTold) {
     const OwnedSocket receiver = NewBoundDatagram();
     const OwnedSocket sender = NewDatagram();
     {

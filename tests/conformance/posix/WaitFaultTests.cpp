@@ -29,9 +29,9 @@ constexpr Row OfConnects[] = {
     {EHOSTUNREACH, 10065}, {EBADF, 10038},
 };
 
-using ConnectFault = Started;
+using WaitFaultInConnect = Started;
 
-TEST_F(ConnectFault, OfAStreamIsToldAndTheNextConnectSucceeds) {
+TEST_F(WaitFaultInConnect, OfAStreamIsToldAndTheNextConnectSucceeds) {
     const OwnedSocket listener = NewListener();
     for (const Row& row : OfConnects) {
         const OwnedSocket socket = NewStream();
@@ -46,7 +46,7 @@ TEST_F(ConnectFault, OfAStreamIsToldAndTheNextConnectSucceeds) {
     }
 }
 
-TEST_F(ConnectFault, OfADatagramSocketIsToldAndLeavesItWithoutAPeer) {
+TEST_F(WaitFaultInConnect, OfADatagramSocketIsToldAndLeavesItWithoutAPeer) {
     const OwnedSocket peer = NewBoundDatagram();
     for (const Row& row : OfConnects) {
         const OwnedSocket socket = NewDatagram();
@@ -58,7 +58,7 @@ TEST_F(ConnectFault, OfADatagramSocketIsToldAndLeavesItWithoutAPeer) {
 }
 
 // The system tells once more of a connect that had failed; the next call acts.
-TEST_F(ConnectFault, OfAnEarlierConnectIsNotTheNextOnes) {
+TEST_F(WaitFaultInConnect, OfAnEarlierConnectIsNotTheNextOnes) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     const FailingCall fails(SystemCall::Connect, ECONNABORTED, {.count = 1});
@@ -66,7 +66,7 @@ TEST_F(ConnectFault, OfAnEarlierConnectIsNotTheNextOnes) {
     EXPECT_EQ(fails.Seen(), 2U);
 }
 
-TEST_F(ConnectFault, ThatTheSystemTellsAgainIsOne) {
+TEST_F(WaitFaultInConnect, ThatTheSystemTellsAgainIsOne) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     const FailingCall fails(SystemCall::Connect, ECONNABORTED);
@@ -74,7 +74,7 @@ TEST_F(ConnectFault, ThatTheSystemTellsAgainIsOne) {
     EXPECT_EQ(fails.Seen(), 3U);  // the last one lets go of the peer
 }
 
-TEST_F(ConnectFault, OfASignalIsNone) {
+TEST_F(WaitFaultInConnect, OfASignalIsNone) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     const HookedCall interrupted(SystemCall::Connect, [](const Call& call) {
@@ -86,7 +86,7 @@ TEST_F(ConnectFault, OfASignalIsNone) {
     EXPECT_TRUE(Succeeds(Send(socket, "x"), 1));
 }
 
-TEST_F(ConnectFault, OfTheWaitLeavesTheConnectUnfinished) {
+TEST_F(WaitFaultInConnect, OfTheWaitLeavesTheConnectUnfinished) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
     // Makes the system's connect return unfinished.
@@ -100,9 +100,9 @@ TEST_F(ConnectFault, OfTheWaitLeavesTheConnectUnfinished) {
     EXPECT_EQ(RepeatWhile(10057, [&] { return Send(socket, "x"); }), 1);
 }
 
-using SelectFault = Started;
+using WaitFaultInSelect = Started;
 
-TEST_F(SelectFault, LeavesTheSetsAlone) {
+TEST_F(WaitFaultInSelect, LeavesTheSetsAlone) {
     const Pair pair = NewConnectedPair();
     for (const Row& row : {Row{ENOMEM, 10055}, Row{EINVAL, 10022}, Row{EFAULT, 10014}}) {
         HandleSet read = SetOf({pair.server.Get()});
@@ -114,14 +114,14 @@ TEST_F(SelectFault, LeavesTheSetsAlone) {
     }
 }
 
-TEST_F(SelectFault, OfASignalIsNone) {
+TEST_F(WaitFaultInSelect, OfASignalIsNone) {
     const Pair pair = NewConnectedPair();
     const FailingCall interrupted(SystemCall::Ppoll, EINTR, {.count = 3});
     EXPECT_EQ(ReadyFor(pair.server, Minute), "w");
     EXPECT_GE(interrupted.Seen(), 4U);
 }
 
-TEST_F(SelectFault, OfSignalsWithoutEndEndsInTime) {
+TEST_F(WaitFaultInSelect, OfSignalsWithoutEndEndsInTime) {
     const OwnedSocket socket = NewBoundDatagram();
     HandleSet read = SetOf({socket.Get()});
     const Winsock::TimeValue time = {0, 40'000};

@@ -14,9 +14,9 @@ namespace Conformance {
 namespace {
 
 // Without any descriptor allowed the system refuses to wait for one.
-using FailingWait = Started;
+using WaitingThatFails = Started;
 
-TEST_F(FailingWait, DoesNotMakeABlockingConnectSucceed) {
+TEST_F(WaitingThatFails, DoesNotMakeABlockingConnectSucceed) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
     // Makes the system's connect return unfinished.
@@ -32,7 +32,7 @@ TEST_F(FailingWait, DoesNotMakeABlockingConnectSucceed) {
     EXPECT_EQ(RepeatWhile(10057, [&] { return Send(socket, "x"); }), 1);
 }
 
-TEST_F(FailingWait, EndsAnInterruptedReceive) {
+TEST_F(WaitingThatFails, EndsAnInterruptedReceive) {
     const OwnedSocket listener = NewListener();
     const RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
     const OwnedSocket socket = Accept(listener);
@@ -80,13 +80,13 @@ private:
     static inline std::size_t next_ = 0;
 };
 
-TEST(Sleeping, OfOneMillisecondTakesIt) {
+TEST(WaitingInSleep, OfOneMillisecondTakesIt) {
     EXPECT_GE(TimeOf([] { System::Sleep(1); }), Milliseconds(1));
 }
 
-using TimeoutSetDuringAWait = Started;
+using WaitingWhileATimeoutIsSet = Started;
 
-TEST_F(TimeoutSetDuringAWait, CountsFromThenOn) {
+TEST_F(WaitingWhileATimeoutIsSet, CountsFromThenOn) {
     const OwnedSocket receiver = NewBoundDatagram();
     const OwnedSocket sender = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(sender, LocalAddress(receiver))));

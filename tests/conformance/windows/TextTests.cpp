@@ -22,7 +22,7 @@ std::string Narrow(const std::wstring& text) {
     return System::CodePageFromWide(units.data(), units.size());
 }
 
-TEST(CodePage, GoesToUtf16AndBack) {
+TEST(TextCodePage, GoesToUtf16AndBack) {
     const std::string narrow("a\0b", 3);
     const std::wstring wide(L"a\0b", 3);
     EXPECT_EQ(Widen(narrow), wide);
@@ -32,7 +32,7 @@ TEST(CodePage, GoesToUtf16AndBack) {
 }
 
 // Above ASCII the system's own tables tell what each of its code page's bytes stands for.
-TEST(CodePage, IsTheSystems) {
+TEST(TextCodePage, IsTheSystems) {
     for (int value = 0x80; value <= 0xFF; ++value) {
         const auto byte = static_cast<char>(value);
         wchar_t expected[2] = {};
@@ -42,12 +42,12 @@ TEST(CodePage, IsTheSystems) {
     }
 }
 
-TEST(CodePage, WhatItDoesNotHaveIsReplaced) {
+TEST(TextCodePage, WhatItDoesNotHaveIsReplaced) {
     if (::GetACP() == CP_UTF8) GTEST_SKIP() << "the code page has everything";
     EXPECT_EQ(Narrow(L"a\u4E2Db"), "a?b");
 }
 
-TEST(ComputersName, IsTheSystems) {
+TEST(TextOfTheComputersName, IsTheSystems) {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
     ASSERT_NE(::GetComputerNameW(name, &length), 0);
@@ -55,7 +55,7 @@ TEST(ComputersName, IsTheSystems) {
     EXPECT_EQ(Text(System::ComputerName()), std::wstring(name, length));
 }
 
-TEST(ErrorDescriptions, EndWithoutALineBreak) {
+TEST(TextOfErrorDescriptions, EndWithoutALineBreak) {
     for (const unsigned int error : {2U, 5U, 6U, 10038U, 10061U, 11001U}) {
         const std::wstring text = Text(System::ErrorDescription(error));
         EXPECT_EQ(text.find_first_of(L"\r\n"), std::wstring::npos) << error;

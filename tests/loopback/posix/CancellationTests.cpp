@@ -36,7 +36,7 @@ struct CancelledQuestion {
     }
 };
 
-class CancelledSettings : public LoopbackTest {
+class CancellationOfSettings : public LoopbackTest {
 protected:
     void SetUp() override {
         if (!settings_.AreWritable()) GTEST_SKIP() << "the system lets no test write its settings";
@@ -55,25 +55,25 @@ protected:
     Machine::Settings settings_;
 };
 
-TEST_F(CancelledSettings, AThreadThatIsBeingCancelledIsToldTheVersion) {
+TEST_F(CancellationOfSettings, AThreadThatIsBeingCancelledIsToldTheVersion) {
     settings_.Write(Server, "IPVersion", "6");
     ExpectAnswer([] { EXPECT_EQ(SocketXt::GetIpVersion(), SocketXt::FAMILY_IPV6); });
 }
 
-TEST_F(CancelledSettings, AThreadThatIsBeingCancelledIsToldTheDomain) {
+TEST_F(CancellationOfSettings, AThreadThatIsBeingCancelledIsToldTheDomain) {
     settings_.Write(Interface, "Domain", "example.org");
     ExpectAnswer([] {
         EXPECT_EQ(std::string(SocketAddress::GetLocalMachineDomain().c_str()), "example.org");
     });
 }
 
-TEST_F(CancelledSettings, AThreadThatIsBeingCancelledIsToldTheNameServers) {
+TEST_F(CancellationOfSettings, AThreadThatIsBeingCancelledIsToldTheNameServers) {
     settings_.Write(Interface, "NameServer", "10.0.0.1 10.0.0.2");
     ExpectAnswer(
         [] { EXPECT_EQ(SocketAddress::GetLocalMachineDomainNameServer()->GetCount(), 2U); });
 }
 
-TEST_F(CancelledSettings, AThreadThatIsBeingCancelledIsToldWhatIsMissing) {
+TEST_F(CancellationOfSettings, AThreadThatIsBeingCancelledIsToldWhatIsMissing) {
     settings_.MakeKey(Interface);
     ExpectAnswer([] {
         EXPECT_THROW(SocketAddress::GetLocalMachineDomainNameServer(), VelNet::Exception);

@@ -100,7 +100,7 @@ constexpr const char* Interfaces =
 constexpr const char* Interface =
     "System\\CurrentControlSet\\Services\\Tcpip\\Parameters\\Interfaces\\{1}";
 
-class SettingsFault : public NameFault {
+class NameFaultInSettings : public NameFault {
 protected:
     void SetUp() override {
         if (!settings_.AreWritable()) GTEST_SKIP() << "the system lets no test write its settings";
@@ -133,12 +133,12 @@ private:
     Machine::Settings settings_;
 };
 
-TEST_F(SettingsFault, OfTheTreeIsThrownWithTheKeyAndTheReason) {
+TEST_F(NameFaultInSettings, OfTheTreeIsThrownWithTheKeyAndTheReason) {
     const FailingCall fails(SystemCall::Open, EIO);
     ExpectFailure(std::string("Cannot open the key ") + Interfaces + ": Input/output error");
 }
 
-TEST_F(SettingsFault, OfAListingMidwayIsThrownWithTheKeyAndTheReason) {
+TEST_F(NameFaultInSettings, OfAListingMidwayIsThrownWithTheKeyAndTheReason) {
     // Entries of the folder itself and of the one above come before.
     for (const unsigned int first : {1U, 2U, 3U, 4U}) {
         for (const auto ask : {AskForDomain, AskForNameServers}) {
@@ -150,7 +150,7 @@ TEST_F(SettingsFault, OfAListingMidwayIsThrownWithTheKeyAndTheReason) {
     }
 }
 
-TEST_F(SettingsFault, OfAValueIsThrownWithItsNameAndTheReason) {
+TEST_F(NameFaultInSettings, OfAValueIsThrownWithItsNameAndTheReason) {
     const FailingCall fails(SystemCall::Read, EIO);
     const Failure failure = FailureOf(AskForDomain);
     EXPECT_EQ(failure, NotConfigured(u"GetLocalMachineDomain",
@@ -159,21 +159,21 @@ TEST_F(SettingsFault, OfAValueIsThrownWithItsNameAndTheReason) {
 }
 
 // Once read, the version is known for as long as the layer is up: so one test for each fault.
-TEST_F(SettingsFault, OfTheTreeLeavesTheVersionAtWhatItIsWithoutOne) {
+TEST_F(NameFaultInSettings, OfTheTreeLeavesTheVersionAtWhatItIsWithoutOne) {
     const FailingCall fails(SystemCall::Open, EIO);
     EXPECT_EQ(SocketXt::GetIpVersion(), SocketXt::FAMILY_IPV4);
     EXPECT_GE(fails.Seen(), 1U);
     EXPECT_EQ(Sink().Take(), Records{});
 }
 
-TEST_F(SettingsFault, OfTheVersionLeavesItAtWhatItIsWithoutOne) {
+TEST_F(NameFaultInSettings, OfTheVersionLeavesItAtWhatItIsWithoutOne) {
     const FailingCall fails(SystemCall::Read, EIO);
     EXPECT_EQ(SocketXt::GetIpVersion(), SocketXt::FAMILY_IPV4);
     EXPECT_GE(fails.Seen(), 1U);
     EXPECT_EQ(Sink().Take(), Records{});
 }
 
-TEST_F(SettingsFault, OfASignalIsNone) {
+TEST_F(NameFaultInSettings, OfASignalIsNone) {
     const FailingCall fails(SystemCall::Read, EINTR, {.count = 3});
     EXPECT_STREQ(SocketAddress::GetLocalMachineDomain().c_str(), "own.example");
     EXPECT_GE(fails.Seen(), 4U);
@@ -224,7 +224,7 @@ void AskForAllNames() {
     FailureOf([&socket] { socket->Connect("127.0.0.1", "no-such-service"); });
 }
 
-TEST_F(SettingsFault, OrNotNoVariableIsReadAndNoFileWritten) {
+TEST_F(NameFaultInSettings, OrNotNoVariableIsReadAndNoFileWritten) {
     const VelNet::SocketInitialization layer;
     const CountedCall variables(SystemCall::Getenv, {.inAnyThread = true});
     const CountedCall opened(SystemCall::Open);

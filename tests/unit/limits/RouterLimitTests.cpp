@@ -14,7 +14,7 @@ VelBase::ReturnPtrI<VelLog::Router> Create(const char* name, const char* categor
     return VelLog::CreateRouter(name, category, VelSynch::LOCK_STACK_CATEGORY_NETWORK);
 }
 
-TEST(RouterSwitches, SixtyFourPairsAreRememberedAndStayUsable) {
+TEST(RouterLimit, SixtyFourPairsAreRememberedAndStayUsable) {
     const auto surplus = Create("Surplus", "Error");
     for (int pair = 0; pair < 64; ++pair) {
         ASSERT_TRUE(SetRouterEnabled("Network", std::to_string(pair).c_str(), pair % 2 == 0));

@@ -68,7 +68,7 @@ private:
     Lines& ended_;
 };
 
-class CachedEntries : public SocketTest {
+class AddressCacheEntryList : public SocketTest {
 protected:
     using Cache = VelBase::ReturnPtrI<SocketAddressCacheImpl>;
 
@@ -100,19 +100,19 @@ protected:
     }
 };
 
-TEST_F(CachedEntries, FactoryMakesTheImplementation) {
+TEST_F(AddressCacheEntryList, FactoryMakesTheImplementation) {
     const VelBase::ReturnPtrI<SocketAddressCache> cache = CreateSocketAddressCache();
     EXPECT_NE(dynamic_cast<SocketAddressCacheImpl*>(cache.Get()), nullptr);
 }
 
-TEST_F(CachedEntries, NewEntryIsEmpty) {
+TEST_F(AddressCacheEntryList, NewEntryIsEmpty) {
     const Entry entry(new CacheEntry);
     EXPECT_EQ(entry->hostName, "");
     EXPECT_TRUE(entry->address == Octets());
     EXPECT_EQ(entry->GetReferenceCount(), 1);
 }
 
-TEST_F(CachedEntries, AnswersAreRememberedWithNameAndAddressAndOneReference) {
+TEST_F(AddressCacheEntryList, AnswersAreRememberedWithNameAndAddressAndOneReference) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({"10.1.2.3"}, "official.example");
     On::Gethostbyaddr().Returns({"10.9.9.9"}, "peer.example");
@@ -133,7 +133,7 @@ TEST_F(CachedEntries, AnswersAreRememberedWithNameAndAddressAndOneReference) {
     EXPECT_EQ(Addresses(*cache)[0]->GetReferenceCount(), 1);
 }
 
-TEST_F(CachedEntries, EntriesStandInTheOrderInWhichTheyWereLearnt) {
+TEST_F(AddressCacheEntryList, EntriesStandInTheOrderInWhichTheyWereLearnt) {
     const Cache cache = NewCache();
     for (const char* const name : {"c", "a", "b"})
         AddressOf(*cache, name);
@@ -149,7 +149,7 @@ TEST_F(CachedEntries, EntriesStandInTheOrderInWhichTheyWereLearnt) {
     EXPECT_TRUE(Addresses(*cache)[2]->address == Octets(2U));
 }
 
-TEST_F(CachedEntries, NothingIsAppendedUntilTheResolverHasAnswered) {
+TEST_F(AddressCacheEntryList, NothingIsAppendedUntilTheResolverHasAnswered) {
     const Cache cache = NewCache();
     const auto expectNothing = [&](const Event&) {
         EXPECT_TRUE(Names(*cache).empty());
@@ -168,7 +168,7 @@ TEST_F(CachedEntries, NothingIsAppendedUntilTheResolverHasAnswered) {
     EXPECT_TRUE(Addresses(*cache).empty());
 }
 
-TEST_F(CachedEntries, FirstMatchWins) {
+TEST_F(AddressCacheEntryList, FirstMatchWins) {
     const Cache cache = NewCache();
     for (const Octets& address : {Octets(10, 0, 0, 9), Octets(10, 0, 0, 1), Octets(10, 0, 0, 2)})
         Names(*cache).emplace_back(
@@ -180,7 +180,7 @@ TEST_F(CachedEntries, FirstMatchWins) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(CachedEntries, LookUpTakesAReferenceOrFindsNothing) {
+TEST_F(AddressCacheEntryList, LookUpTakesAReferenceOrFindsNothing) {
     const Cache cache = NewCache();
     const Octets address(10, 1, 2, 3);
     EXPECT_FALSE(Find(*cache, "server"));
@@ -205,7 +205,7 @@ TEST_F(CachedEntries, LookUpTakesAReferenceOrFindsNothing) {
     EXPECT_FALSE(Find(*cache, "host.example"));
 }
 
-TEST_F(CachedEntries, NullIsTheEmptyName) {
+TEST_F(AddressCacheEntryList, NullIsTheEmptyName) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({"10.1.2.3"});
     EXPECT_EQ(AddressOf(*cache, nullptr), "10.1.2.3");
@@ -214,7 +214,7 @@ TEST_F(CachedEntries, NullIsTheEmptyName) {
     EXPECT_EQ(Transcript(), Lines{"gethostbyname(\"\")"});
 }
 
-TEST_F(CachedEntries, EndOfTheCacheReleasesWhatIsKnownByAddressBeforeWhatIsKnownByName) {
+TEST_F(AddressCacheEntryList, EndOfTheCacheReleasesWhatIsKnownByAddressBeforeWhatIsKnownByName) {
     Lines ended;
     Cache cache = NewCache();
     Names(*cache).emplace_back(new MortalEntry("by name", ended));
@@ -226,7 +226,7 @@ TEST_F(CachedEntries, EndOfTheCacheReleasesWhatIsKnownByAddressBeforeWhatIsKnown
     EXPECT_EQ(kept->GetReferenceCount(), 1);
 }
 
-TEST_F(CachedEntries, CopyRefersToTheSameEntriesAndCountsForItself) {
+TEST_F(AddressCacheEntryList, CopyRefersToTheSameEntriesAndCountsForItself) {
     const Cache source = NewCache();
     AddressOf(*source, "server");
     AddressOf(*source, "other");
@@ -251,7 +251,7 @@ TEST_F(CachedEntries, CopyRefersToTheSameEntriesAndCountsForItself) {
     EXPECT_EQ(Addresses(*source)[0]->GetReferenceCount(), 1);
 }
 
-TEST_F(CachedEntries, CopyKnowsWhatItsSourceKnewAndLearnsForItself) {
+TEST_F(AddressCacheEntryList, CopyKnowsWhatItsSourceKnewAndLearnsForItself) {
     Cache source = NewCache();
     AddressOf(*source, "server");
     const Cache copy(new SocketAddressCacheImpl(*source));
@@ -267,7 +267,7 @@ TEST_F(CachedEntries, CopyKnowsWhatItsSourceKnewAndLearnsForItself) {
 }
 
 // Targets that know less, as much and more than the source.
-TEST_F(CachedEntries, AssignmentTakesTheEntriesAndKeepsTheCount) {
+TEST_F(AddressCacheEntryList, AssignmentTakesTheEntriesAndKeepsTheCount) {
     for (const int known : {0, 1, 2, 5}) {
         const Cache source = NewCache();
         AddressOf(*source, "server");
@@ -291,7 +291,7 @@ TEST_F(CachedEntries, AssignmentTakesTheEntriesAndKeepsTheCount) {
     }
 }
 
-TEST_F(CachedEntries, SelfAssignmentChangesNothing) {
+TEST_F(AddressCacheEntryList, SelfAssignmentChangesNothing) {
     const Cache cache = NewCache();
     AddressOf(*cache, "server");
     const SocketAddressCacheImpl& itself = *cache;
@@ -301,7 +301,7 @@ TEST_F(CachedEntries, SelfAssignmentChangesNothing) {
     EXPECT_EQ(AddressOf(*cache, "server"), "10.0.0.1");
 }
 
-TEST_F(CachedEntries, ReplacedEntriesAreReleased) {
+TEST_F(AddressCacheEntryList, ReplacedEntriesAreReleased) {
     const Cache source = NewCache();
     AddressOf(*source, "server");
     Lines ended;
@@ -326,7 +326,7 @@ std::size_t ExpectEachRequestToMatter(LookUp lookUp) {
     });
 }
 
-TEST_F(CachedEntries, ExhaustedMemoryFailsLookUpsAndLeavesNothing) {
+TEST_F(AddressCacheEntryList, ExhaustedMemoryFailsLookUpsAndLeavesNothing) {
     const std::string name(100, 'n');
     const Octets address(10, 1, 2, 3);
     EXPECT_GT(ExpectEachRequestToMatter([&](SocketAddressCache& cache) {
@@ -340,7 +340,7 @@ TEST_F(CachedEntries, ExhaustedMemoryFailsLookUpsAndLeavesNothing) {
               5U);
 }
 
-TEST_F(CachedEntries, CopyingWithoutMemoryLeavesTheSourceAlone) {
+TEST_F(AddressCacheEntryList, CopyingWithoutMemoryLeavesTheSourceAlone) {
     const Cache source = NewCache();
     AddressOf(*source, "server");
     NameOf(*source, Octets(10, 1, 2, 3));

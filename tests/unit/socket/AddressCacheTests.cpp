@@ -19,7 +19,7 @@ constexpr char Nameless[] =
     "VelNet::SocketAddress::GetMachineNameFromOctets() - FAIL The address supplied is not "
     "resolvable on this machine. Connection = {";
 
-class AddressCaching : public SocketTest {
+class AddressCacheLookUps : public SocketTest {
 protected:
     static Cache NewCache() { return CreateSocketAddressCache(); }
 
@@ -38,7 +38,7 @@ protected:
     }
 };
 
-TEST_F(AddressCaching, NewCacheHasTheCountZero) {
+TEST_F(AddressCacheLookUps, NewCacheHasTheCountZero) {
     SocketAddressCache* const made = CreateSocketAddressCache();
     ASSERT_NE(made, nullptr);
     EXPECT_EQ(dynamic_cast<const VelSynch::ReferenceCountedImpl<int>&>(*made).GetReferenceCount(),
@@ -49,7 +49,7 @@ TEST_F(AddressCaching, NewCacheHasTheCountZero) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(AddressCaching, LastReleaseEndsTheCacheAndAllThatItRemembers) {
+TEST_F(AddressCacheLookUps, LastReleaseEndsTheCacheAndAllThatItRemembers) {
     const Allocations::Mark mark;
     SocketAddressCache* const cache = NewCache().Take();
     AddressOf(*cache, "server");
@@ -61,7 +61,7 @@ TEST_F(AddressCaching, LastReleaseEndsTheCacheAndAllThatItRemembers) {
     EXPECT_EQ(mark.LiveBlocks(), 0);
 }
 
-TEST_F(AddressCaching, WithoutMemoryThereIsNoCacheAndNoException) {
+TEST_F(AddressCacheLookUps, WithoutMemoryThereIsNoCacheAndNoException) {
     const Allocations::Mark mark;
     std::size_t n = 1;
     for (bool exhausted = true; exhausted; ++n) {
@@ -78,7 +78,7 @@ TEST_F(AddressCaching, WithoutMemoryThereIsNoCacheAndNoException) {
     EXPECT_GT(n, 2U);
 }
 
-TEST_F(AddressCaching, NameIsResolvedOnceAndThenRemembered) {
+TEST_F(AddressCacheLookUps, NameIsResolvedOnceAndThenRemembered) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({"10.1.2.3"});
     EXPECT_EQ(AddressOf(*cache, "server.example"), "10.1.2.3");
@@ -90,7 +90,7 @@ TEST_F(AddressCaching, NameIsResolvedOnceAndThenRemembered) {
 }
 
 // A host that moves keeps the address that was seen first.
-TEST_F(AddressCaching, RememberedAddressOutlivesTheHostsChanges) {
+TEST_F(AddressCacheLookUps, RememberedAddressOutlivesTheHostsChanges) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({"10.1.2.3"}).Returns({"10.1.2.4"});
     EXPECT_EQ(AddressOf(*cache, "server"), "10.1.2.3");
@@ -98,7 +98,7 @@ TEST_F(AddressCaching, RememberedAddressOutlivesTheHostsChanges) {
     EXPECT_EQ(AddressOf(*cache, "server"), "10.1.2.3");
 }
 
-TEST_F(AddressCaching, OnlyTheFirstAddressIsKeptAndReturnedEachTime) {
+TEST_F(AddressCacheLookUps, OnlyTheFirstAddressIsKeptAndReturnedEachTime) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({"10.1.2.5", "10.1.2.3", "10.1.2.4"});
     for (int time = 0; time < 4; ++time)
@@ -106,7 +106,7 @@ TEST_F(AddressCaching, OnlyTheFirstAddressIsKeptAndReturnedEachTime) {
     EXPECT_EQ(CountOf("gethostbyname"), 1);
 }
 
-TEST_F(AddressCaching, NamesAreToldApartByteByByte) {
+TEST_F(AddressCacheLookUps, NamesAreToldApartByteByByte) {
     const Cache cache = NewCache();
     const Lines names = {"host",  "Host",  "HOST",   "host.", "host.example", "hos",  "",
                          " host", "host ", "host\t", "h",     "h\xC3\xB6st",  "host2"};
@@ -122,7 +122,7 @@ TEST_F(AddressCaching, NamesAreToldApartByteByByte) {
     EXPECT_EQ(CountOf("gethostbyname"), number);
 }
 
-TEST_F(AddressCaching, NameIsRememberedByItsTextAndNotByItsPlace) {
+TEST_F(AddressCacheLookUps, NameIsRememberedByItsTextAndNotByItsPlace) {
     const Cache cache = NewCache();
     char name[] = "server-1";
     On::Gethostbyname().Returns({"10.1.2.3"}).Returns({"10.1.2.4"});
@@ -133,7 +133,7 @@ TEST_F(AddressCaching, NameIsRememberedByItsTextAndNotByItsPlace) {
 }
 
 // The resolver looks all of them up as "localhost"; the cache knows them as they were given.
-TEST_F(AddressCaching, NamesThatBeginWithLocalhostAreRememberedApart) {
+TEST_F(AddressCacheLookUps, NamesThatBeginWithLocalhostAreRememberedApart) {
     const Cache cache = NewCache();
     const Lines names = {"localhost.localdomain", "localhosting", "localhost"};
     for (const std::string& name : names)
@@ -144,7 +144,7 @@ TEST_F(AddressCaching, NamesThatBeginWithLocalhostAreRememberedApart) {
     EXPECT_EQ(CountOf("gethostbyname"), 3);
 }
 
-TEST_F(AddressCaching, EachFailureToResolvePassesEachTimeItIsAskedFor) {
+TEST_F(AddressCacheLookUps, EachFailureToResolvePassesEachTimeItIsAskedFor) {
     const Cache cache = NewCache();
     ExpectEachFailure({
         .failWith = [](int number) { On::Gethostbyname().Fails(number); },
@@ -154,7 +154,7 @@ TEST_F(AddressCaching, EachFailureToResolvePassesEachTimeItIsAskedFor) {
     });
 }
 
-TEST_F(AddressCaching, FailureIsNotRememberedAndLogsEachTime) {
+TEST_F(AddressCacheLookUps, FailureIsNotRememberedAndLogsEachTime) {
     const Cache cache = NewCache();
     On::Gethostbyname().Fails(11001).Fails(11002).Returns({"10.1.2.3"});
     const std::string text = std::string(NotResolvable) + "server}";
@@ -167,7 +167,7 @@ TEST_F(AddressCaching, FailureIsNotRememberedAndLogsEachTime) {
         {FailureRecord(FailureText(text, 11001)), FailureRecord(FailureText(text, 11002))});
 }
 
-TEST_F(AddressCaching, HostWithoutAddressIsNotRemembered) {
+TEST_F(AddressCacheLookUps, HostWithoutAddressIsNotRemembered) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({}).Returns({"10.1.2.3"});
     EXPECT_EQ(Catch([&] { AddressOf(*cache, "server"); }),
@@ -179,7 +179,7 @@ TEST_F(AddressCaching, HostWithoutAddressIsNotRemembered) {
     EXPECT_EQ(CountOf("gethostbyname"), 2);
 }
 
-TEST_F(AddressCaching, FailureKeepsNothingAndLosesNothing) {
+TEST_F(AddressCacheLookUps, FailureKeepsNothingAndLosesNothing) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({"10.1.2.3"}).Fails(11001).Fails(11001);
     On::Gethostbyaddr().Returns({}, "server").Fails(11004);
@@ -202,7 +202,7 @@ TEST_F(AddressCaching, FailureKeepsNothingAndLosesNothing) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(AddressCaching, WhatElseTheResolverThrowsPassesAndIsNotRemembered) {
+TEST_F(AddressCacheLookUps, WhatElseTheResolverThrowsPassesAndIsNotRemembered) {
     const Cache cache = NewCache();
     On::Gethostbyname().Throws(std::runtime_error("gone")).Returns({"10.1.2.3"});
     On::Gethostbyaddr().Throws(42).Returns({}, "server");
@@ -212,7 +212,7 @@ TEST_F(AddressCaching, WhatElseTheResolverThrowsPassesAndIsNotRemembered) {
     EXPECT_EQ(NameOf(*cache, "10.1.2.3"), "server");
 }
 
-TEST_F(AddressCaching, AddressIsResolvedOnceAndThenRemembered) {
+TEST_F(AddressCacheLookUps, AddressIsResolvedOnceAndThenRemembered) {
     const Cache cache = NewCache();
     On::Gethostbyaddr().Returns({"10.9.9.9"}, "server.example");
     EXPECT_EQ(NameOf(*cache, Octets(254, 128, 1, 127)), "server.example");
@@ -222,7 +222,7 @@ TEST_F(AddressCaching, AddressIsResolvedOnceAndThenRemembered) {
     EXPECT_EQ(Transcript().size(), 1U);
 }
 
-TEST_F(AddressCaching, AddressesAreToldApartByEachOctet) {
+TEST_F(AddressCacheLookUps, AddressesAreToldApartByEachOctet) {
     const Cache cache = NewCache();
     const Lines addresses = {"10.1.2.3", "11.1.2.3", "10.2.2.3", "10.1.3.3",
                              "10.1.2.4", "3.2.1.10", "0.0.0.0",  "255.255.255.255"};
@@ -237,7 +237,7 @@ TEST_F(AddressCaching, AddressesAreToldApartByEachOctet) {
     EXPECT_EQ(CountOf("gethostbyaddr"), asked);
 }
 
-TEST_F(AddressCaching, EmptyNameOfAnAddressIsRememberedToo) {
+TEST_F(AddressCacheLookUps, EmptyNameOfAnAddressIsRememberedToo) {
     const Cache cache = NewCache();
     On::Gethostbyaddr().Returns({}, "");
     EXPECT_EQ(NameOf(*cache, "10.1.2.3"), "");
@@ -245,7 +245,7 @@ TEST_F(AddressCaching, EmptyNameOfAnAddressIsRememberedToo) {
     EXPECT_EQ(CountOf("gethostbyaddr"), 1);
 }
 
-TEST_F(AddressCaching, EachFailureToFindANamePassesWithoutALog) {
+TEST_F(AddressCacheLookUps, EachFailureToFindANamePassesWithoutALog) {
     const Cache cache = NewCache();
     ExpectEachFailure({
         .failWith = [](int number) { On::Gethostbyaddr().Fails(number); },
@@ -257,7 +257,7 @@ TEST_F(AddressCaching, EachFailureToFindANamePassesWithoutALog) {
     EXPECT_EQ(FormatterRequests(), 0);
 }
 
-TEST_F(AddressCaching, FailureToFindANameIsNotRemembered) {
+TEST_F(AddressCacheLookUps, FailureToFindANameIsNotRemembered) {
     const Cache cache = NewCache();
     On::Gethostbyaddr().Fails(11004).Fails(11002).Returns({}, "server");
     const std::string text = std::string(Nameless) + "10.1.2.3}";
@@ -268,7 +268,7 @@ TEST_F(AddressCaching, FailureToFindANameIsNotRemembered) {
     EXPECT_EQ(CountOf("gethostbyaddr"), 3);
 }
 
-TEST_F(AddressCaching, WhatOneOperationLearntTheOtherDoesNotKnow) {
+TEST_F(AddressCacheLookUps, WhatOneOperationLearntTheOtherDoesNotKnow) {
     const Cache cache = NewCache();
     On::Gethostbyname().Returns({"10.1.2.3"}, "server").Returns({"10.1.2.7"});
     On::Gethostbyaddr().Returns({"10.1.2.3"}, "server").Returns({"10.1.2.4"}, "peer");
@@ -280,7 +280,7 @@ TEST_F(AddressCaching, WhatOneOperationLearntTheOtherDoesNotKnow) {
                                    "gethostbyaddr(10.1.2.4, 4, 2)", "gethostbyname(\"peer\")"}));
 }
 
-TEST_F(AddressCaching, ThousandNamesAndAddressesStay) {
+TEST_F(AddressCacheLookUps, ThousandNamesAndAddressesStay) {
     constexpr int Count = 1000;
     const Cache cache = NewCache();
     const auto expectAll = [&] {
@@ -300,7 +300,7 @@ TEST_F(AddressCaching, ThousandNamesAndAddressesStay) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(AddressCaching, EachCacheRemembersForItself) {
+TEST_F(AddressCacheLookUps, EachCacheRemembersForItself) {
     const Cache one = NewCache();
     const Cache other = NewCache();
     EXPECT_NE(one.Get(), other.Get());
@@ -309,7 +309,7 @@ TEST_F(AddressCaching, EachCacheRemembersForItself) {
     EXPECT_EQ(AddressOf(*other, "server"), "10.1.2.4");
 }
 
-TEST_F(AddressCaching, WhatIsReturnedIsTheCallers) {
+TEST_F(AddressCacheLookUps, WhatIsReturnedIsTheCallers) {
     const Cache cache = NewCache();
     Octets address = cache->GetOctetsFromMachineName("server");
     const VelBase::ReturnString name = cache->GetMachineNameFromOctets(Octets(10, 1, 2, 3));
@@ -320,7 +320,7 @@ TEST_F(AddressCaching, WhatIsReturnedIsTheCallers) {
     EXPECT_STREQ(name.c_str(), again.c_str());
 }
 
-TEST_F(AddressCaching, LongNamesAreRememberedWhole) {
+TEST_F(AddressCacheLookUps, LongNamesAreRememberedWhole) {
     const Cache cache = NewCache();
     const std::string one = std::string(5000, 'n') + "1";
     const std::string other = std::string(5000, 'n') + "2";
@@ -331,7 +331,7 @@ TEST_F(AddressCaching, LongNamesAreRememberedWhole) {
     }
 }
 
-TEST_F(AddressCaching, ExhaustedMemoryFailsTheLookUpOfWhatIsRemembered) {
+TEST_F(AddressCacheLookUps, ExhaustedMemoryFailsTheLookUpOfWhatIsRemembered) {
     const Cache cache = NewCache();
     const Octets address(10, 1, 2, 3);
     AddressOf(*cache, "server");
@@ -349,7 +349,7 @@ TEST_F(AddressCaching, ExhaustedMemoryFailsTheLookUpOfWhatIsRemembered) {
 }
 
 // Each list grows in steps of its own.
-TEST_F(AddressCaching, ExhaustedMemoryAtAnyLengthLosesNothing) {
+TEST_F(AddressCacheLookUps, ExhaustedMemoryAtAnyLengthLosesNothing) {
     const Cache cache = NewCache();
     for (int number = 0; number < 20; ++number) {
         const std::string name = "host-" + std::to_string(number);

@@ -17,20 +17,20 @@ constexpr char NotResolvable[] =
     "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The host name supplied is not "
     "resolvable on this machine. Connection = {";
 
-class MakingAddresses : public SocketTest {
+class AddressCreation : public SocketTest {
 protected:
     static Address::SpecialAddress Special(int number) {
         return static_cast<Address::SpecialAddress>(number);
     }
 };
 
-TEST_F(MakingAddresses, DefaultOneIsEmptyAndAsksNothing) {
+TEST_F(AddressCreation, DefaultOneIsEmptyAndAsksNothing) {
     const Address address;
     EXPECT_EQ(FieldsOf(address), (AddressFields{"", "", 0, false, "0.0.0.0"}));
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(MakingAddresses, OctetsAreAskedForTheirNameAndNothingElse) {
+TEST_F(AddressCreation, OctetsAreAskedForTheirNameAndNothingElse) {
     On::Gethostbyaddr().Returns({"10.9.9.9"}, "server.example");
     const Address address(Octets(254, 128, 1, 127), 8080);
     EXPECT_EQ(FieldsOf(address),
@@ -38,7 +38,7 @@ TEST_F(MakingAddresses, OctetsAreAskedForTheirNameAndNothingElse) {
     EXPECT_EQ(Transcript(), Lines{"gethostbyaddr(254.128.1.127, 4, 2)"});
 }
 
-TEST_F(MakingAddresses, PortIsKeptAsGiven) {
+TEST_F(AddressCreation, PortIsKeptAsGiven) {
     constexpr unsigned short Ports[] = {0, 1, 80, 255, 256, 0x1234, 0xFFFF};
     for (const unsigned short port : Ports) {
         SCOPED_TRACE(port);
@@ -48,7 +48,7 @@ TEST_F(MakingAddresses, PortIsKeptAsGiven) {
     }
 }
 
-TEST_F(MakingAddresses, NameIsKeptWhateverItsBytes) {
+TEST_F(AddressCreation, NameIsKeptWhateverItsBytes) {
     const std::string longName(5000, 'n');
     On::Gethostbyaddr()
         .Returns({}, "\xC3\xA9\xFF")
@@ -60,20 +60,20 @@ TEST_F(MakingAddresses, NameIsKeptWhateverItsBytes) {
 }
 
 // Only a failure has the dotted form stand in.
-TEST_F(MakingAddresses, EmptyNameThatWasFoundIsKept) {
+TEST_F(AddressCreation, EmptyNameThatWasFoundIsKept) {
     On::Gethostbyaddr().Returns({}, "").ReturnsRaw({.name = std::nullopt});
     EXPECT_STREQ(Address(Octets(10, 1, 2, 3), 1).GetMachineName().c_str(), "");
     EXPECT_STREQ(Address(Octets(10, 1, 2, 3), 1).GetMachineName().c_str(), "");
 }
 
-TEST_F(MakingAddresses, TextsDoNotDependOnTheSystemsEntry) {
+TEST_F(AddressCreation, TextsDoNotDependOnTheSystemsEntry) {
     On::Gethostbyaddr().Returns({}, "server.example");
     const Address address(Octets(10, 1, 2, 3), 80);
     Winsock::gethostbyaddr("\x0A\x01\x02\x04", 4, 2);
     EXPECT_STREQ(address.GetMachineName().c_str(), "server.example");
 }
 
-TEST_F(MakingAddresses, DottedFormStandsInForANameThatIsNotFoundWhateverTheError) {
+TEST_F(AddressCreation, DottedFormStandsInForANameThatIsNotFoundWhateverTheError) {
     for (const int number : ErrorNumbers()) {
         SCOPED_TRACE(number);
         On::Gethostbyaddr().Fails(number);
@@ -86,7 +86,7 @@ TEST_F(MakingAddresses, DottedFormStandsInForANameThatIsNotFoundWhateverTheError
     EXPECT_EQ(FormatterRequests(), 0);
 }
 
-TEST_F(MakingAddresses, WhatElseTheReverseLookUpThrowsPasses) {
+TEST_F(AddressCreation, WhatElseTheReverseLookUpThrowsPasses) {
     On::Gethostbyaddr().Throws(std::runtime_error("gone"));
     EXPECT_THROW(Address(Octets(10, 1, 2, 3), 80), std::runtime_error);
     On::Gethostbyaddr().Throws(VelBase::ExceptionImpl<VelBase::Message>(VelBase::Message()));
@@ -98,7 +98,7 @@ TEST_F(MakingAddresses, WhatElseTheReverseLookUpThrowsPasses) {
     ExpectRecords({});
 }
 
-TEST_F(MakingAddresses, HostIsResolvedAndThenItsFirstAddressIsAskedForItsName) {
+TEST_F(AddressCreation, HostIsResolvedAndThenItsFirstAddressIsAskedForItsName) {
     On::Gethostbyname().Returns({"10.1.2.3", "10.1.2.4", "10.1.2.5"}, "alias.example");
     On::Gethostbyaddr().Returns({}, "server.example");
     const Address address("server", 80);
@@ -107,7 +107,7 @@ TEST_F(MakingAddresses, HostIsResolvedAndThenItsFirstAddressIsAskedForItsName) {
     EXPECT_EQ(Transcript(), (Lines{"gethostbyname(\"server\")", "gethostbyaddr(10.1.2.3, 4, 2)"}));
 }
 
-TEST_F(MakingAddresses, HostWhoseAddressHasNoNameShowsTheDottedForm) {
+TEST_F(AddressCreation, HostWhoseAddressHasNoNameShowsTheDottedForm) {
     On::Gethostbyname().Returns({"10.1.2.3"});
     On::Gethostbyaddr().Fails(11004);
     EXPECT_EQ(FieldsOf(Address("server", 80)),
@@ -115,7 +115,7 @@ TEST_F(MakingAddresses, HostWhoseAddressHasNoNameShowsTheDottedForm) {
     ExpectRecords({});
 }
 
-TEST_F(MakingAddresses, HostIsLookedUpAsTheResolverLooksItUp) {
+TEST_F(AddressCreation, HostIsLookedUpAsTheResolverLooksItUp) {
     Address("localhost.localdomain", 80);
     Address("", 80);
     Address(static_cast<const char*>(nullptr), 80);
@@ -124,7 +124,7 @@ TEST_F(MakingAddresses, HostIsLookedUpAsTheResolverLooksItUp) {
         (Lines{"gethostbyname(\"localhost\")", "gethostbyname(\"\")", "gethostbyname(\"\")"}));
 }
 
-TEST_F(MakingAddresses, EachFailureToResolveTheHostPasses) {
+TEST_F(AddressCreation, EachFailureToResolveTheHostPasses) {
     ExpectEachFailure({
         .failWith = [](int number) { On::Gethostbyname().Fails(number); },
         .operation = [] { Address("server.example", 80); },
@@ -133,7 +133,7 @@ TEST_F(MakingAddresses, EachFailureToResolveTheHostPasses) {
     });
 }
 
-TEST_F(MakingAddresses, HostWithoutAddressIsTheResolversFailure) {
+TEST_F(AddressCreation, HostWithoutAddressIsTheResolversFailure) {
     On::Gethostbyname().Returns({});
     EXPECT_EQ(Catch([] { Address("server", 80); }),
               (Caught{true,
@@ -143,14 +143,14 @@ TEST_F(MakingAddresses, HostWithoutAddressIsTheResolversFailure) {
     EXPECT_EQ(CountOf("gethostbyaddr"), 0);
 }
 
-TEST_F(MakingAddresses, WhatElseTheResolutionThrowsPasses) {
+TEST_F(AddressCreation, WhatElseTheResolutionThrowsPasses) {
     On::Gethostbyname().Throws(std::runtime_error("gone"));
     EXPECT_THROW(Address("server", 80), std::runtime_error);
     On::Gethostname().Throws(std::runtime_error("gone"));
     EXPECT_THROW(Address(Address::THIS_MACHINE, 80), std::runtime_error);
 }
 
-TEST_F(MakingAddresses, LoopbackAndAnyAreFixed) {
+TEST_F(AddressCreation, LoopbackAndAnyAreFixed) {
     const Address loopback(Special(0), 80);
     EXPECT_EQ(FieldsOf(loopback),
               (AddressFields{"127.0.0.1", "host.example", 80, true, "127.0.0.1"}));
@@ -161,7 +161,7 @@ TEST_F(MakingAddresses, LoopbackAndAnyAreFixed) {
     EXPECT_TRUE(loopback == Address(Octets(127, 0, 0, 1), 80));
 }
 
-TEST_F(MakingAddresses, SpecialAddressWithoutMeaningIsLikeAny) {
+TEST_F(AddressCreation, SpecialAddressWithoutMeaningIsLikeAny) {
     for (const int number : {3, 4, 7, -1, INT_MAX, INT_MIN}) {
         SCOPED_TRACE(number);
         ClearTranscript();
@@ -171,7 +171,7 @@ TEST_F(MakingAddresses, SpecialAddressWithoutMeaningIsLikeAny) {
     }
 }
 
-TEST_F(MakingAddresses, ThisMachineIsTheFirstAddressOfItsName) {
+TEST_F(AddressCreation, ThisMachineIsTheFirstAddressOfItsName) {
     On::Gethostname().Returns("workstation");
     On::Gethostbyname().Returns({"10.1.2.3", "10.1.2.4"});
     On::Gethostbyaddr().Returns({}, "workstation.example");
@@ -181,7 +181,7 @@ TEST_F(MakingAddresses, ThisMachineIsTheFirstAddressOfItsName) {
                                    "gethostbyaddr(10.1.2.3, 4, 2)"}));
 }
 
-TEST_F(MakingAddresses, EachFailureToNameThisMachinePasses) {
+TEST_F(AddressCreation, EachFailureToNameThisMachinePasses) {
     ExpectEachFailure({
         .failWith = [](int number) { On::Gethostname().Fails(number); },
         .operation = [] { Address(Address::THIS_MACHINE, 80); },
@@ -191,7 +191,7 @@ TEST_F(MakingAddresses, EachFailureToNameThisMachinePasses) {
     });
 }
 
-TEST_F(MakingAddresses, EachFailureToResolveThisMachinePasses) {
+TEST_F(AddressCreation, EachFailureToResolveThisMachinePasses) {
     ExpectEachFailure({
         .failWith = [](int number) { On::Gethostbyname().Fails(number); },
         .operation = [] { Address(Address::THIS_MACHINE, 80); },
@@ -200,7 +200,7 @@ TEST_F(MakingAddresses, EachFailureToResolveThisMachinePasses) {
     });
 }
 
-TEST_F(MakingAddresses, ThisMachineWithoutAddressIsTheResolversFailure) {
+TEST_F(AddressCreation, ThisMachineWithoutAddressIsTheResolversFailure) {
     On::Gethostbyname().Returns({});
     EXPECT_EQ(Catch([] { Address(Address::THIS_MACHINE, 80); }).code, -1);
     EXPECT_EQ(Transcript().size(), 3U);  // the two questions and the record
@@ -221,9 +221,9 @@ std::size_t ExpectEachRequestToMatter(Script script, Make make) {
     return n - 2;
 }
 
-class MakingAddressesWithoutMemory : public PlatformTest {};
+class AddressCreationWithoutMemory : public PlatformTest {};
 
-TEST_F(MakingAddressesWithoutMemory, LeavesNothing) {
+TEST_F(AddressCreationWithoutMemory, LeavesNothing) {
     const auto usually = [] {};
     EXPECT_GT(ExpectEachRequestToMatter(usually, [] { const Address address; }), 1U);
     EXPECT_GT(ExpectEachRequestToMatter(usually, [] { Address(Octets(10, 1, 2, 3), 80); }), 4U);
@@ -232,7 +232,7 @@ TEST_F(MakingAddressesWithoutMemory, LeavesNothing) {
     EXPECT_GT(ExpectEachRequestToMatter(usually, [] { Address(Address::THIS_MACHINE, 80); }), 7U);
 }
 
-TEST_F(MakingAddressesWithoutMemory, LeavesNothingWhileTheDottedFormStandsIn) {
+TEST_F(AddressCreationWithoutMemory, LeavesNothingWhileTheDottedFormStandsIn) {
     EXPECT_GT(ExpectEachRequestToMatter([] { On::Gethostbyaddr().Fails(11004); },
                                         [] { Address(Octets(10, 1, 2, 3), 80); }),
               6U);

@@ -11,9 +11,9 @@ using Lines = std::vector<std::string>;
 constexpr unsigned int NotFound = 0xFFFFFFFFU;
 constexpr int AnyEvents[] = {0, 1, 2, 3, 4, -1, INT_MAX, INT_MIN};
 
-class MatchingEntries : public SocketTest {};
+class CollectionMatch : public SocketTest {};
 
-TEST_F(MatchingEntries, EntriesMatchByHandle) {
+TEST_F(CollectionMatch, EntriesMatchByHandle) {
     const auto one = Twin(1001);
     const auto twin = Twin(1001);
     const auto other = Twin(1002);
@@ -27,7 +27,7 @@ TEST_F(MatchingEntries, EntriesMatchByHandle) {
     EXPECT_EQ(ReferencesOf(*twin), 1);
 }
 
-TEST_F(MatchingEntries, AllClosedSocketsMatchEachOther) {
+TEST_F(CollectionMatch, AllClosedSocketsMatchEachOther) {
     const auto closed = MakeClosedSocket();
     const auto another = MakeClosedSocket();
     const auto open = MakeSocket();
@@ -55,7 +55,7 @@ public:
     mutable std::vector<const Socket*> compared;
 };
 
-TEST_F(MatchingEntries, EntrysOwnSocketIsAskedWhetherItIsTheSame) {
+TEST_F(CollectionMatch, EntrysOwnSocketIsAskedWhetherItIsTheSame) {
     const auto unlike = MakeSocket<ComparingSocket>();
     const auto like = MakeSocket<ComparingSocket>();
     const auto argument = MakeSocket<ComparingSocket>();
@@ -72,7 +72,7 @@ TEST_F(MatchingEntries, EntrysOwnSocketIsAskedWhetherItIsTheSame) {
     EXPECT_TRUE(argument->compared.empty());
 }
 
-TEST_F(MatchingEntries, RemoveWithoutAMatchDoesNothing) {
+TEST_F(CollectionMatch, RemoveWithoutAMatchDoesNothing) {
     const auto one = MakeSocket();
     const auto other = MakeSocket();
     const Collection collection = NewCollection();
@@ -89,7 +89,7 @@ TEST_F(MatchingEntries, RemoveWithoutAMatchDoesNothing) {
 }
 
 // Each pattern of six entries, first and last, neighbours and all among them.
-TEST_F(MatchingEntries, RemoveTakesOutEveryMatchAndKeepsTheOrderOfTheRest) {
+TEST_F(CollectionMatch, RemoveTakesOutEveryMatchAndKeepsTheOrderOfTheRest) {
     constexpr int Length = 6;
     const auto one = MakeSocket();
     const auto other = MakeSocket();
@@ -113,7 +113,7 @@ TEST_F(MatchingEntries, RemoveTakesOutEveryMatchAndKeepsTheOrderOfTheRest) {
     }
 }
 
-TEST_F(MatchingEntries, RemoveMayEndTheVerySocketThatItIsGiven) {
+TEST_F(CollectionMatch, RemoveMayEndTheVerySocketThatItIsGiven) {
     const auto other = MakeSocket();
     for (const int entries : {1, 2, 5}) {
         auto socket = MakeSocket();
@@ -155,7 +155,7 @@ public:
     mutable int compared = 0;
 };
 
-TEST_F(MatchingEntries, GivenSocketLivesUntilTheLastEntryHasBeenComparedWithIt) {
+TEST_F(CollectionMatch, GivenSocketLivesUntilTheLastEntryHasBeenComparedWithIt) {
     bool isAlive = true;
     auto mortal = MakeSocket<MortalSocket>();
     mortal->isAlive = &isAlive;
@@ -171,7 +171,7 @@ TEST_F(MatchingEntries, GivenSocketLivesUntilTheLastEntryHasBeenComparedWithIt) 
     EXPECT_EQ(watching->compared, 1);
 }
 
-TEST_F(MatchingEntries, IndexesMoveUpBehindWhatIsRemoved) {
+TEST_F(CollectionMatch, IndexesMoveUpBehindWhatIsRemoved) {
     const auto socket = MakeSocket();
     const Collection collection = NewCollection();
     for (const int event : {0, 1, 2, 3})

@@ -16,15 +16,15 @@ using Lines = std::vector<std::string>;
 constexpr unsigned int NotFound = 0xFFFFFFFFU;
 constexpr int AnyEvents[] = {0, 1, 2, 3, 4, -1, INT_MAX, INT_MIN};
 
-class Collecting : public SocketTest {};
+class CollectionContents : public SocketTest {};
 
-TEST_F(Collecting, NewOneIsEmptyAndAsksNothing) {
+TEST_F(CollectionContents, NewOneIsEmptyAndAsksNothing) {
     const Collection collection = NewCollection();
     EXPECT_EQ(collection->GetCount(), 0U);
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(Collecting, EachCallMakesAnother) {
+TEST_F(CollectionContents, EachCallMakesAnother) {
     const auto socket = MakeSocket();
     const Collection one = NewCollection();
     const Collection other = NewCollection();
@@ -33,7 +33,7 @@ TEST_F(Collecting, EachCallMakesAnother) {
     EXPECT_EQ(other->GetCount(), 0U);
 }
 
-TEST_F(Collecting, WithoutMemoryThereIsNone) {
+TEST_F(CollectionContents, WithoutMemoryThereIsNone) {
     const Allocations::Mark mark;
     std::size_t n = 1;
     for (; RunsOutOfMemory(n, [] { NewCollection(); }); ++n)
@@ -41,7 +41,7 @@ TEST_F(Collecting, WithoutMemoryThereIsNone) {
     EXPECT_GT(n, 1U);
 }
 
-TEST_F(Collecting, AddAppendsAndTakesAReference) {
+TEST_F(CollectionContents, AddAppendsAndTakesAReference) {
     const auto one = MakeSocket();
     const auto other = MakeSocket();
     const Collection collection = NewCollection();
@@ -56,7 +56,7 @@ TEST_F(Collecting, AddAppendsAndTakesAReference) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(Collecting, AnyEventIsTakenAndTheSameEntryAgain) {
+TEST_F(CollectionContents, AnyEventIsTakenAndTheSameEntryAgain) {
     const auto socket = MakeSocket();
     const Collection collection = NewCollection();
     Entries expected;
@@ -70,7 +70,7 @@ TEST_F(Collecting, AnyEventIsTakenAndTheSameEntryAgain) {
     EXPECT_EQ(ReferencesOf(*socket), 1 + 16);
 }
 
-TEST_F(Collecting, ThousandsOfEntriesKeepTheirPlaces) {
+TEST_F(CollectionContents, ThousandsOfEntriesKeepTheirPlaces) {
     const auto socket = MakeSocket();
     const Collection collection = NewCollection();
     for (int event = 0; event < 2000; ++event)
@@ -80,7 +80,7 @@ TEST_F(Collecting, ThousandsOfEntriesKeepTheirPlaces) {
         ASSERT_EQ(collection->GetEvent(index), static_cast<int>(index));
 }
 
-TEST_F(Collecting, ReturnedSocketIsAReferenceOfTheCallers) {
+TEST_F(CollectionContents, ReturnedSocketIsAReferenceOfTheCallers) {
     const auto socket = MakeSocket();
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -92,7 +92,7 @@ TEST_F(Collecting, ReturnedSocketIsAReferenceOfTheCallers) {
     EXPECT_EQ(ReferencesOf(*socket), 2);
 }
 
-TEST_F(Collecting, SocketStaysOpenWhileItIsRegistered) {
+TEST_F(CollectionContents, SocketStaysOpenWhileItIsRegistered) {
     auto socket = MakeSocket();
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -107,7 +107,7 @@ TEST_F(Collecting, SocketStaysOpenWhileItIsRegistered) {
     EXPECT_EQ(OpenSockets(), Lines());
 }
 
-TEST_F(Collecting, DestroyReleasesEverySocketAndFreesTheCollection) {
+TEST_F(CollectionContents, DestroyReleasesEverySocketAndFreesTheCollection) {
     const auto one = MakeSocket();
     auto other = MakeSocket();
     const Allocations::Mark mark;
@@ -123,13 +123,13 @@ TEST_F(Collecting, DestroyReleasesEverySocketAndFreesTheCollection) {
     EXPECT_LT(mark.LiveBlocks(), 0);  // the other socket's
 }
 
-TEST_F(Collecting, DestroyOfAnEmptyOneFreesIt) {
+TEST_F(CollectionContents, DestroyOfAnEmptyOneFreesIt) {
     const Allocations::Mark mark;
     CreateSocketCollection()->Destroy();
     EXPECT_EQ(mark.LiveBlocks(), 0);
 }
 
-TEST_F(Collecting, FindTellsTheFirstThatMatchesInSocketAndEvent) {
+TEST_F(CollectionContents, FindTellsTheFirstThatMatchesInSocketAndEvent) {
     const auto one = MakeSocket();
     const auto other = MakeSocket();
     const Collection collection = NewCollection();
@@ -147,14 +147,14 @@ TEST_F(Collecting, FindTellsTheFirstThatMatchesInSocketAndEvent) {
     EXPECT_EQ(ReferencesOf(*other), 4);
 }
 
-TEST_F(Collecting, NothingIsFoundInAnEmptyOne) {
+TEST_F(CollectionContents, NothingIsFoundInAnEmptyOne) {
     const auto socket = MakeSocket();
     const Collection collection = NewCollection();
     for (const int event : AnyEvents)
         EXPECT_EQ(collection->Find(socket.Get(), event), NotFound);
 }
 
-TEST_F(Collecting, AddWithoutMemoryTakesNoReferenceAndChangesNothing) {
+TEST_F(CollectionContents, AddWithoutMemoryTakesNoReferenceAndChangesNothing) {
     const auto socket = MakeSocket();
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -202,7 +202,7 @@ private:
     Words words_;
 };
 
-TEST_F(Collecting, OneEntryPastTheLongestPossibleListIsRefusedWithTheText) {
+TEST_F(CollectionContents, OneEntryPastTheLongestPossibleListIsRefusedWithTheText) {
     const auto socket = MakeSocket();
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -220,7 +220,7 @@ TEST_F(Collecting, OneEntryPastTheLongestPossibleListIsRefusedWithTheText) {
     EXPECT_EQ(ReferencesOf(*socket), 2);
 }
 
-TEST_F(Collecting, NothingElseNeedsMemory) {
+TEST_F(CollectionContents, NothingElseNeedsMemory) {
     const auto one = MakeSocket();
     const auto other = MakeSocket();
     const Collection collection = NewCollection();
@@ -235,7 +235,7 @@ TEST_F(Collecting, NothingElseNeedsMemory) {
     EXPECT_EQ(mark.Requests(), 0U);
 }
 
-TEST_F(Collecting, SocketOfAnotherImplementationIsKeptLikeAny) {
+TEST_F(CollectionContents, SocketOfAnotherImplementationIsKeptLikeAny) {
     const VelBase::ReturnPtrI<ForeignSocket> foreign(new ForeignSocket);
     const auto own = MakeSocket();
     const Collection collection = NewCollection();
@@ -253,7 +253,7 @@ concept DerivesVirtually = std::is_base_of_v<Base, Derived> && !requires(Base * 
     static_cast<Derived*>(base);
 };
 
-TEST_F(Collecting, ImplementationDerivesVirtuallyAndIsFinal) {
+TEST_F(CollectionContents, ImplementationDerivesVirtuallyAndIsFinal) {
     static_assert(DerivesVirtually<SocketCollectionImpl, SocketCollection>);
     static_assert(std::is_final_v<SocketCollectionImpl>);
     static_assert(!std::is_base_of_v<VelBase::ReferenceCounted, SocketCollectionImpl>);

@@ -194,7 +194,7 @@ TEST_F(FailureTexts, OtherPiecesMayStandBeforeTheNumber) {
 }
 
 // With the layer up and every router on.
-class Failures : public PlatformTest {
+class FailureTextReports : public PlatformTest {
 protected:
     void SetUp() override {
         PlatformTest::SetUp();
@@ -215,7 +215,7 @@ private:
     std::optional<VelNet::SocketInitialization> initialization_;
 };
 
-TEST_F(Failures, AreLoggedThenThrownWithTextAndCode) {
+TEST_F(FailureTextReports, AreLoggedThenThrownWithTextAndCode) {
     std::vector<std::u16string> loggedWhenCaught;
     try {
         ThrowFailure(ReturnWString("what went wrong"_wide), VelNet::SOCKET_ERR_NO_DATA);
@@ -230,7 +230,7 @@ TEST_F(Failures, AreLoggedThenThrownWithTextAndCode) {
     EXPECT_EQ(Transcript(), Lines{"LogMessage(Error, \"what went wrong\")"});
 }
 
-TEST_F(Failures, AreLoggedWithTheFormatAskedFor) {
+TEST_F(FailureTextReports, AreLoggedWithTheFormatAskedFor) {
     EXPECT_THROW(ThrowFailure(ReturnWString("text"_wide), VelNet::SOCKET_ERR_INTR,
                               "Cannot do it: %1"_format),
                  Exception);
@@ -238,7 +238,7 @@ TEST_F(Failures, AreLoggedWithTheFormatAskedFor) {
     EXPECT_EQ(LoggedTexts("Error"), std::vector<std::u16string>{u"Cannot do it: text"});
 }
 
-TEST_F(Failures, AreLoggedWholeAndThrownCut) {
+TEST_F(FailureTextReports, AreLoggedWholeAndThrownCut) {
     const std::u16string text(4000, u't');
     try {
         ThrowFailure(ReturnWString(Wide(text).data()), VelNet::SOCKET_ERR_INTR);
@@ -248,12 +248,12 @@ TEST_F(Failures, AreLoggedWholeAndThrownCut) {
     EXPECT_EQ(LoggedTexts("Error"), std::vector<std::u16string>{text});
 }
 
-TEST_F(Failures, TextThatLooksLikeAFormatIsNotOne) {
+TEST_F(FailureTextReports, TextThatLooksLikeAFormatIsNotOne) {
     EXPECT_THROW(ThrowFailure(ReturnWString("%1 %2 %s"_wide), VelNet::SOCKET_ERR_INTR), Exception);
     EXPECT_EQ(LoggedTexts("Error"), std::vector<std::u16string>{u"%1 %2 %s"});
 }
 
-TEST_F(Failures, OfTheSystemCarryTextAndCodeOfEveryNumber) {
+TEST_F(FailureTextReports, OfTheSystemCarryTextAndCodeOfEveryNumber) {
     for (const int number : ErrorNumbers()) {
         const std::size_t logged = LoggedTexts("Error").size();
         const std::u16string expected = ExpectedFailureText("label() It failed", number);
@@ -270,7 +270,7 @@ TEST_F(Failures, OfTheSystemCarryTextAndCodeOfEveryNumber) {
     EXPECT_EQ(CountOf("WSAGetLastError"), 0);
 }
 
-TEST_F(Failures, AreThrownWithoutARecordWhenTheRouterIsOff) {
+TEST_F(FailureTextReports, AreThrownWithoutARecordWhenTheRouterIsOff) {
     SetRouterFlag("Error", 0);
     EXPECT_THROW(ThrowSystemFailure("label()"_wide, "It failed"_wide, 10061), Exception);
     EXPECT_THROW(ThrowFailure(ReturnWString("text"_wide), VelNet::SOCKET_ERR_INTR), Exception);
@@ -279,7 +279,7 @@ TEST_F(Failures, AreThrownWithoutARecordWhenTheRouterIsOff) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(Failures, AreThrownWithoutARecordWhenTheLayerIsDown) {
+TEST_F(FailureTextReports, AreThrownWithoutARecordWhenTheLayerIsDown) {
     BringLayerDown();
     EXPECT_THROW(ThrowSystemFailure("label()"_wide, "It failed"_wide, 10061), Exception);
     TryLogFailure("label()"_wide, "It failed"_wide, 10061);
@@ -287,14 +287,14 @@ TEST_F(Failures, AreThrownWithoutARecordWhenTheLayerIsDown) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(Failures, AreLoggedByTheErrorRouterAlone) {
+TEST_F(FailureTextReports, AreLoggedByTheErrorRouterAlone) {
     for (const char* const category : {"Connection Trace", "Packet Trace", "Verbose Packet Trace"})
         SetRouterFlag(category, 0);
     EXPECT_THROW(ThrowFailure(ReturnWString("text"_wide), VelNet::SOCKET_ERR_INTR), Exception);
     ExpectOneRecord("%1", u"text");
 }
 
-TEST_F(Failures, AnyFlagButZeroSwitchesTheRecordOn) {
+TEST_F(FailureTextReports, AnyFlagButZeroSwitchesTheRecordOn) {
     SetRouterFlag("Error", 0x80);
     TryLogFailure("label()"_wide, "It failed"_wide, 10061);
     SetRouterFlag("Error", 0xFF);
@@ -302,23 +302,23 @@ TEST_F(Failures, AnyFlagButZeroSwitchesTheRecordOn) {
     EXPECT_EQ(LoggedTexts("Error").size(), 2U);
 }
 
-TEST_F(Failures, WhatTheLogThrowsLeavesAndNothingLeaks) {
+TEST_F(FailureTextReports, WhatTheLogThrowsLeavesAndNothingLeaks) {
     On::LogMessage().Throws(std::runtime_error("disk full"));
     EXPECT_THROW(ThrowSystemFailure("label()"_wide, "It failed"_wide, 10061), std::runtime_error);
 }
 
-TEST_F(Failures, ThatAreOnlyLoggedAreNotThrown) {
+TEST_F(FailureTextReports, ThatAreOnlyLoggedAreNotThrown) {
     TryLogFailure("label()"_wide, "It failed"_wide, 10061);
     ExpectOneRecord("%1", u"label() It failed, errno = \u274D Connection refused");
     static_assert(noexcept(TryLogFailure(nullptr, nullptr, 0)));
 }
 
-TEST_F(Failures, ThatAreOnlyLoggedTakeTheFormatAskedFor) {
+TEST_F(FailureTextReports, ThatAreOnlyLoggedTakeTheFormatAskedFor) {
     TryLogFailure("label()"_wide, "It failed"_wide, 65, "Not done: %1"_format);
     ExpectOneRecord("Not done: %1", u"label() It failed, errno = A Unknown error");
 }
 
-TEST_F(Failures, ThatAreOnlyLoggedCarryEveryNumber) {
+TEST_F(FailureTextReports, ThatAreOnlyLoggedCarryEveryNumber) {
     std::vector<std::u16string> expected;
     for (const int number : ErrorNumbers()) {
         TryLogFailure("label()"_wide, "It failed"_wide, number);
@@ -327,14 +327,14 @@ TEST_F(Failures, ThatAreOnlyLoggedCarryEveryNumber) {
     EXPECT_EQ(LoggedTexts("Error"), expected);
 }
 
-TEST_F(Failures, ThatAreOnlyLoggedLoseWhatTheLogThrows) {
+TEST_F(FailureTextReports, ThatAreOnlyLoggedLoseWhatTheLogThrows) {
     On::LogMessage().Throws(7).Throws(std::runtime_error("disk full"));
     TryLogFailure("label()"_wide, "It failed"_wide, 10061);
     TryLogFailure("label()"_wide, "It failed"_wide, 10061);
     EXPECT_EQ(CountOf("LogMessage"), 2);
 }
 
-TEST_F(Failures, ThatAreOnlyLoggedAreLostWhenMemoryIs) {
+TEST_F(FailureTextReports, ThatAreOnlyLoggedAreLostWhenMemoryIs) {
     bool happened = true;
     std::size_t number = 0;
     while (happened) {
@@ -350,7 +350,7 @@ TEST_F(Failures, ThatAreOnlyLoggedAreLostWhenMemoryIs) {
     EXPECT_GT(number, 2U);
 }
 
-TEST_F(Failures, ThatAreOnlyLoggedCostNothingWhenTheRouterIsOff) {
+TEST_F(FailureTextReports, ThatAreOnlyLoggedCostNothingWhenTheRouterIsOff) {
     SetRouterFlag("Error", 0);
     const Mark mark;
     TryLogFailure("label()"_wide, "It failed"_wide, 10061);

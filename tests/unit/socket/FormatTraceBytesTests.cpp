@@ -11,7 +11,7 @@ namespace {
 
 using namespace Scripted;
 
-class TraceBytes : public PlatformTest {};
+class FormatTraceBytesText : public PlatformTest {};
 
 std::string Format(const std::string& bytes) {
     return FormatTraceBytes(bytes.data(), static_cast<unsigned int>(bytes.size())).c_str();
@@ -37,7 +37,7 @@ std::string ExpectedCycle(std::size_t count) {
     return text;
 }
 
-TEST_F(TraceBytes, LandmarksReadAsWidenedSignedBytes) {
+TEST_F(FormatTraceBytesText, LandmarksReadAsWidenedSignedBytes) {
     EXPECT_EQ(Format(std::string(1, '\0')), "00");
     EXPECT_EQ(Format("\x0A"), "0A");
     EXPECT_EQ(Format("\x7F"), "7F");
@@ -47,34 +47,34 @@ TEST_F(TraceBytes, LandmarksReadAsWidenedSignedBytes) {
     EXPECT_EQ(Format("A\r\n"), "410D0A");
 }
 
-TEST_F(TraceBytes, EachByteAloneHasTwoOrEightDigits) {
+TEST_F(FormatTraceBytesText, EachByteAloneHasTwoOrEightDigits) {
     for (unsigned int byte = 0; byte < 256; ++byte)
         EXPECT_EQ(Format(std::string(1, static_cast<char>(byte))), Expected(byte)) << byte;
 }
 
-TEST_F(TraceBytes, AllBytesFollowEachOtherWithNothingBetween) {
+TEST_F(FormatTraceBytesText, AllBytesFollowEachOtherWithNothingBetween) {
     EXPECT_EQ(Format(Cycle(256)), ExpectedCycle(256));
 }
 
-TEST_F(TraceBytes, NoBytesGiveTheEmptyText) {
+TEST_F(FormatTraceBytesText, NoBytesGiveTheEmptyText) {
     EXPECT_STREQ(FormatTraceBytes(nullptr, 0).c_str(), "");
     EXPECT_STREQ(FormatTraceBytes("abc", 0).c_str(), "");
 }
 
-TEST_F(TraceBytes, OnlyTheCountedBytesAreShown) {
+TEST_F(FormatTraceBytesText, OnlyTheCountedBytesAreShown) {
     EXPECT_STREQ(FormatTraceBytes("abcdef", 2).c_str(), "6162");
 }
 
-TEST_F(TraceBytes, ZeroBytesEndNothing) {
+TEST_F(FormatTraceBytesText, ZeroBytesEndNothing) {
     EXPECT_EQ(Format(std::string("\0a\0\0b", 5)), "0061000062");
 }
 
-TEST_F(TraceBytes, MebibyteIsShownWhole) {
+TEST_F(FormatTraceBytesText, MebibyteIsShownWhole) {
     constexpr std::size_t Mebibyte = 1 << 20;
     EXPECT_TRUE(Format(Cycle(Mebibyte)) == ExpectedCycle(Mebibyte));
 }
 
-TEST_F(TraceBytes, RoomForTwoDigitsEachIsReservedAtOnce) {
+TEST_F(FormatTraceBytesText, RoomForTwoDigitsEachIsReservedAtOnce) {
     const std::string bytes(1000, 'x');
     const Allocations::Mark mark;
     const VelBase::ReturnString text = FormatTraceBytes(bytes.data(), 1000);
@@ -84,7 +84,7 @@ TEST_F(TraceBytes, RoomForTwoDigitsEachIsReservedAtOnce) {
     EXPECT_EQ(sizes[1], 2001U);
 }
 
-TEST_F(TraceBytes, ExhaustedMemoryIsTold) {
+TEST_F(FormatTraceBytesText, ExhaustedMemoryIsTold) {
     const std::string bytes = Cycle(256);
     std::size_t n = 1;
     for (bool happened = true; happened; ++n) {

@@ -135,17 +135,17 @@ void PrintTo(const Precedence& precedence, std::ostream* stream) {
     *stream << testing::PrintToString(precedence.values) << " give " << precedence.domain;
 }
 
-class OlderLocalDomain : public LocalDomain, public testing::WithParamInterface<Precedence> {};
-class NewerLocalDomain : public LocalDomain, public testing::WithParamInterface<Precedence> {};
+class LocalDomainOlder : public LocalDomain, public testing::WithParamInterface<Precedence> {};
+class LocalDomainNewer : public LocalDomain, public testing::WithParamInterface<Precedence> {};
 
-TEST_P(OlderLocalDomain, IsChosenAmongTheParameters) {
+TEST_P(LocalDomainOlder, IsChosenAmongTheParameters) {
     AddParameters(GetParam().values);
     ReadOlderLayout();
     EXPECT_EQ(Ask(), GetParam().domain);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Precedences, OlderLocalDomain,
+    Precedences, LocalDomainOlder,
     testing::Values(Precedence{{{"Domain", u"set"}, {"DhcpDomain", u"dhcp"}}, "set"},
                     Precedence{{{"Domain", u"set"}, {"DhcpDomain", u""}}, "set"},
                     Precedence{{{"Domain", u"set"}}, "set"},
@@ -156,14 +156,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Precedence{{{"DhcpDomain", u""}}, "scripted-host"},
                     Precedence{{}, "scripted-host"}));
 
-TEST_P(NewerLocalDomain, IsChosenWithinAnInterfaceOrGoesOn) {
+TEST_P(LocalDomainNewer, IsChosenWithinAnInterfaceOrGoesOn) {
     AddInterface("{A}", GetParam().values);
     AddInterface("{B}", {{"Domain", u"later"}, {"DhcpDomain", u"later"}});
     EXPECT_EQ(Ask(), GetParam().domain);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Precedences, NewerLocalDomain,
+    Precedences, LocalDomainNewer,
     testing::Values(Precedence{{{"Domain", u"set"}, {"DhcpDomain", u"dhcp"}}, "dhcp"},
                     Precedence{{{"Domain", u""}, {"DhcpDomain", u"dhcp"}}, "dhcp"},
                     Precedence{{{"DhcpDomain", u"dhcp"}}, "dhcp"},

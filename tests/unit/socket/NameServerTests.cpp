@@ -106,10 +106,10 @@ void PrintTo(const Precedence& precedence, std::ostream* stream) {
             << testing::PrintToString(precedence.servers);
 }
 
-class OlderNameServers : public NameServers, public testing::WithParamInterface<Precedence> {};
-class NewerNameServers : public NameServers, public testing::WithParamInterface<Precedence> {};
+class NameServersOlder : public NameServers, public testing::WithParamInterface<Precedence> {};
+class NameServersNewer : public NameServers, public testing::WithParamInterface<Precedence> {};
 
-TEST_P(OlderNameServers, AreChosenAmongTheParameters) {
+TEST_P(NameServersOlder, AreChosenAmongTheParameters) {
     AddParameters(GetParam().values);
     ReadOlderLayout();
     if (GetParam().servers.empty())
@@ -119,7 +119,7 @@ TEST_P(OlderNameServers, AreChosenAmongTheParameters) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Precedences, OlderNameServers,
+    Precedences, NameServersOlder,
     testing::Values(
         Precedence{{{"NameServer", u"10.0.0.1"}, {"DhcpNameServer", u"10.0.0.2"}}, {"10.0.0.1"}},
         Precedence{{{"NameServer", u"10.0.0.1"}, {"DhcpNameServer", u""}}, {"10.0.0.1"}},
@@ -130,14 +130,14 @@ INSTANTIATE_TEST_SUITE_P(
         Precedence{{{"NameServer", u""}}, {}}, Precedence{{{"DhcpNameServer", u""}}, {}},
         Precedence{{}, {}}));
 
-TEST_P(NewerNameServers, AreChosenWithinAnInterfaceOrTheWalkGoesOn) {
+TEST_P(NameServersNewer, AreChosenWithinAnInterfaceOrTheWalkGoesOn) {
     AddInterface("{A}", {{"NameServer", u"10.0.0.8"}, {"DhcpNameServer", u"10.0.0.9"}});
     AddInterface("{B}", GetParam().values);
     EXPECT_EQ(Ask(), GetParam().servers);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Precedences, NewerNameServers,
+    Precedences, NameServersNewer,
     testing::Values(
         Precedence{{{"NameServer", u"10.0.0.1"}, {"DhcpNameServer", u"10.0.0.2"}}, {"10.0.0.2"}},
         Precedence{{{"NameServer", u""}, {"DhcpNameServer", u"10.0.0.2"}}, {"10.0.0.2"}},

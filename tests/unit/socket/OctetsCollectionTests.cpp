@@ -24,7 +24,7 @@ using VelNet::OctetsCollection;
 using VelNet::OctetsCollectionImpl;
 using Lines = std::vector<std::string>;
 
-class OctetsList : public Scripted::PlatformTest {};
+class OctetsCollectionList : public Scripted::PlatformTest {};
 
 using Owner = ReturnPtrI<OctetsCollection>;
 
@@ -77,7 +77,7 @@ private:
     mutable Lines calls_;
 };
 
-TEST_F(OctetsList, NewOneIsEmptyAndHasTheCountZero) {
+TEST_F(OctetsCollectionList, NewOneIsEmptyAndHasTheCountZero) {
     OctetsCollection* const made = CreateOctetsCollection();
     EXPECT_EQ(CountOf(*made), 0);
     EXPECT_EQ(made->GetCount(), 0U);
@@ -88,7 +88,7 @@ TEST_F(OctetsList, NewOneIsEmptyAndHasTheCountZero) {
     static_assert(std::is_same_v<decltype(CreateOctetsCollection()), OctetsCollection*>);
 }
 
-TEST_F(OctetsList, EachCallMakesAnother) {
+TEST_F(OctetsCollectionList, EachCallMakesAnother) {
     const Owner one = CreateOctetsCollection();
     const Owner other = CreateOctetsCollection();
     one->Add(Octets(1, 2, 3, 4));
@@ -96,14 +96,14 @@ TEST_F(OctetsList, EachCallMakesAnother) {
     EXPECT_EQ(other->GetCount(), 0U);
 }
 
-TEST_F(OctetsList, IsTheImplementation) {
+TEST_F(OctetsCollectionList, IsTheImplementation) {
     const Owner owner = CreateOctetsCollection();
     EXPECT_NE(dynamic_cast<OctetsCollectionImpl*>(owner.Get()), nullptr);
     static_assert(std::is_base_of_v<VelSynch::ReferenceCountedImpl<int>, OctetsCollectionImpl>);
     static_assert(std::is_base_of_v<OctetsCollection, OctetsCollectionImpl>);
 }
 
-TEST_F(OctetsList, LastReleaseFreesEveryElement) {
+TEST_F(OctetsCollectionList, LastReleaseFreesEveryElement) {
     const Mark mark;
     OctetsCollection* const collection = CollectionOf(50).Take();
     collection->AddRef();
@@ -114,7 +114,7 @@ TEST_F(OctetsList, LastReleaseFreesEveryElement) {
     EXPECT_EQ(mark.LiveBlocks(), 0);
 }
 
-TEST_F(OctetsList, AddAppendsInOrder) {
+TEST_F(OctetsCollectionList, AddAppendsInOrder) {
     const Owner collection = CreateOctetsCollection();
     collection->Add(Octets(3, 0, 0, 3));
     collection->Add(Octets(1, 0, 0, 1));
@@ -122,7 +122,7 @@ TEST_F(OctetsList, AddAppendsInOrder) {
     EXPECT_EQ(ElementsOf(*collection), (Lines{"3.0.0.3", "1.0.0.1", "2.0.0.2"}));
 }
 
-TEST_F(OctetsList, DuplicatesCountSeparately) {
+TEST_F(OctetsCollectionList, DuplicatesCountSeparately) {
     const Owner collection = CreateOctetsCollection();
     for (int time = 0; time < 3; ++time)
         collection->Add(Octets(1, 2, 3, 4));
@@ -131,7 +131,7 @@ TEST_F(OctetsList, DuplicatesCountSeparately) {
     static_assert(std::is_same_v<decltype(collection->GetCount()), unsigned int>);
 }
 
-TEST_F(OctetsList, AddedValueIsCopied) {
+TEST_F(OctetsCollectionList, AddedValueIsCopied) {
     const Owner collection = CreateOctetsCollection();
     Octets octets(1, 2, 3, 4);
     collection->Add(octets);
@@ -139,7 +139,7 @@ TEST_F(OctetsList, AddedValueIsCopied) {
     EXPECT_EQ(ElementsOf(*collection), Lines{"1.2.3.4"});
 }
 
-TEST_F(OctetsList, ReturnedElementIsACopy) {
+TEST_F(OctetsCollectionList, ReturnedElementIsACopy) {
     const Owner collection = CreateOctetsCollection();
     collection->Add(Octets(1, 2, 3, 4));
     Octets octets = collection->GetOctets(0);
@@ -147,14 +147,14 @@ TEST_F(OctetsList, ReturnedElementIsACopy) {
     EXPECT_EQ(ElementsOf(*collection), Lines{"1.2.3.4"});
 }
 
-TEST_F(OctetsList, ThousandsOfElementsKeepTheirPlaces) {
+TEST_F(OctetsCollectionList, ThousandsOfElementsKeepTheirPlaces) {
     const Owner collection = CollectionOf(5000);
     ASSERT_EQ(collection->GetCount(), 5000U);
     for (unsigned int index = 0; index < 5000; ++index)
         ASSERT_EQ(collection->GetOctets(index).GetAddress(), 0x0A000000U + index + 1);
 }
 
-TEST_F(OctetsList, GrowthIsAmortised) {
+TEST_F(OctetsCollectionList, GrowthIsAmortised) {
     const Owner collection = CreateOctetsCollection();
     const Mark mark;
     const Octets octets;
@@ -164,7 +164,7 @@ TEST_F(OctetsList, GrowthIsAmortised) {
     EXPECT_LE(mark.Requests(), 4096U * 5);
 }
 
-TEST_F(OctetsList, AddCollectionAppendsAllInOrderBehindWhatIsThere) {
+TEST_F(OctetsCollectionList, AddCollectionAppendsAllInOrderBehindWhatIsThere) {
     const Owner source = CollectionOf(3);
     const Owner collection = CreateOctetsCollection();
     collection->Add(Octets(1, 2, 3, 4));
@@ -174,7 +174,7 @@ TEST_F(OctetsList, AddCollectionAppendsAllInOrderBehindWhatIsThere) {
     EXPECT_EQ(CountOf(*source), 1);
 }
 
-TEST_F(OctetsList, EmptyArgumentIsAskedForItsCountAlone) {
+TEST_F(OctetsCollectionList, EmptyArgumentIsAskedForItsCountAlone) {
     const RecordingCollection source([] { return 0U; });
     const Owner collection = CollectionOf(1);
     collection->AddCollection(source);
@@ -182,7 +182,7 @@ TEST_F(OctetsList, EmptyArgumentIsAskedForItsCountAlone) {
     EXPECT_EQ(ElementsOf(*collection), Lines{"10.0.0.1"});
 }
 
-TEST_F(OctetsList, CountIsAskedForAgainAfterTheOnlyElement) {
+TEST_F(OctetsCollectionList, CountIsAskedForAgainAfterTheOnlyElement) {
     const RecordingCollection source([] { return 1U; });
     const Owner collection = CreateOctetsCollection();
     collection->AddCollection(source);
@@ -190,7 +190,7 @@ TEST_F(OctetsList, CountIsAskedForAgainAfterTheOnlyElement) {
     EXPECT_EQ(ElementsOf(*collection), Lines{"192.168.0.0"});
 }
 
-TEST_F(OctetsList, CountIsAskedForAgainAfterEveryElement) {
+TEST_F(OctetsCollectionList, CountIsAskedForAgainAfterEveryElement) {
     const RecordingCollection source([] { return 2U; });
     const Owner collection = CreateOctetsCollection();
     collection->AddCollection(source);
@@ -199,7 +199,7 @@ TEST_F(OctetsList, CountIsAskedForAgainAfterEveryElement) {
     EXPECT_EQ(ElementsOf(*collection), (Lines{"192.168.0.0", "192.168.0.1"}));
 }
 
-TEST_F(OctetsList, ArgumentThatGrowsWhileItIsReadIsReadToItsEnd) {
+TEST_F(OctetsCollectionList, ArgumentThatGrowsWhileItIsReadIsReadToItsEnd) {
     unsigned int asked = 0;
     const RecordingCollection source([&] { return std::min(++asked, 3U); });
     const Owner collection = CreateOctetsCollection();
@@ -209,7 +209,7 @@ TEST_F(OctetsList, ArgumentThatGrowsWhileItIsReadIsReadToItsEnd) {
     EXPECT_EQ(ElementsOf(*collection), (Lines{"192.168.0.0", "192.168.0.1", "192.168.0.2"}));
 }
 
-TEST_F(OctetsList, ArgumentThatShrinksWhileItIsReadEndsTheReading) {
+TEST_F(OctetsCollectionList, ArgumentThatShrinksWhileItIsReadEndsTheReading) {
     unsigned int count = 5;
     const RecordingCollection source([&] { return count -= 2; });
     const Owner collection = CreateOctetsCollection();
@@ -218,7 +218,7 @@ TEST_F(OctetsList, ArgumentThatShrinksWhileItIsReadEndsTheReading) {
     EXPECT_EQ(ElementsOf(*collection), Lines{"192.168.0.0"});
 }
 
-TEST_F(OctetsList, FetchedValueIsGoneBeforeTheCountIsAskedForAgain) {
+TEST_F(OctetsCollectionList, FetchedValueIsGoneBeforeTheCountIsAskedForAgain) {
     std::vector<long long> blocks;
     const Owner collection = CreateOctetsCollection();
     const Mark mark;
@@ -232,7 +232,7 @@ TEST_F(OctetsList, FetchedValueIsGoneBeforeTheCountIsAskedForAgain) {
     EXPECT_EQ(blocks, (std::vector<long long>{0, 2, 3}));
 }
 
-TEST_F(OctetsList, WhatTheArgumentThrowsPassesAndKeepsWhatWasAppended) {
+TEST_F(OctetsCollectionList, WhatTheArgumentThrowsPassesAndKeepsWhatWasAppended) {
     unsigned int asked = 0;
     const RecordingCollection source([&] {
         if (++asked == 3) throw std::runtime_error("gone");
@@ -243,7 +243,7 @@ TEST_F(OctetsList, WhatTheArgumentThrowsPassesAndKeepsWhatWasAppended) {
     EXPECT_EQ(ElementsOf(*collection), (Lines{"192.168.0.0", "192.168.0.1"}));
 }
 
-TEST_F(OctetsList, AssignmentThroughTheInterfaceDoesNothing) {
+TEST_F(OctetsCollectionList, AssignmentThroughTheInterfaceDoesNothing) {
     const Owner target = CollectionOf(2);
     const Owner source = CollectionOf(1);
     OctetsCollection& result = (*target = *source);
@@ -253,7 +253,7 @@ TEST_F(OctetsList, AssignmentThroughTheInterfaceDoesNothing) {
     EXPECT_EQ(CountOf(*target), 1);
 }
 
-TEST_F(OctetsList, AssignmentAsksNeitherSide) {
+TEST_F(OctetsCollectionList, AssignmentAsksNeitherSide) {
     RecordingCollection target([] { return 1U; });
     const RecordingCollection source([] { return 2U; });
     OctetsCollection& interface = target;
@@ -262,7 +262,7 @@ TEST_F(OctetsList, AssignmentAsksNeitherSide) {
     EXPECT_EQ(source.Calls(), Lines());
 }
 
-TEST_F(OctetsList, CopyOfASubclassStartsItsOwnCount) {
+TEST_F(OctetsCollectionList, CopyOfASubclassStartsItsOwnCount) {
     const Owner source = CollectionOf(2);
     const Owner copy = new OctetsCollectionImpl(dynamic_cast<OctetsCollectionImpl&>(*source));
     source->Add(Octets(1, 2, 3, 4));
@@ -270,7 +270,7 @@ TEST_F(OctetsList, CopyOfASubclassStartsItsOwnCount) {
     EXPECT_EQ(ElementsOf(*copy), (Lines{"10.0.0.1", "10.0.0.2"}));
 }
 
-TEST_F(OctetsList, FactoryFailsWithBadAllocAndLeaksNothing) {
+TEST_F(OctetsCollectionList, FactoryFailsWithBadAllocAndLeaksNothing) {
     const Mark mark;
     const FailNth failing(1);
     EXPECT_THROW(CreateOctetsCollection(), std::bad_alloc);
@@ -303,12 +303,12 @@ void ExpectEveryAllocationToMatter(Operation operation) {
     }
 }
 
-TEST_F(OctetsList, AddFailsWithBadAllocAndChangesNothing) {
+TEST_F(OctetsCollectionList, AddFailsWithBadAllocAndChangesNothing) {
     const Octets octets(1, 2, 3, 4);
     ExpectEveryAllocationToMatter([&](OctetsCollection& collection) { collection.Add(octets); });
 }
 
-TEST_F(OctetsList, AddOfEachLengthFailsWithBadAllocAndChangesNothing) {
+TEST_F(OctetsCollectionList, AddOfEachLengthFailsWithBadAllocAndChangesNothing) {
     const Octets octets(1, 2, 3, 4);
     for (unsigned int count = 0; count < 20; ++count) {
         const Owner collection = CollectionOf(count);
@@ -323,13 +323,13 @@ TEST_F(OctetsList, AddOfEachLengthFailsWithBadAllocAndChangesNothing) {
     }
 }
 
-TEST_F(OctetsList, AddCollectionFailsWithBadAllocAtTheFirstElement) {
+TEST_F(OctetsCollectionList, AddCollectionFailsWithBadAllocAtTheFirstElement) {
     const Owner source = CollectionOf(1);
     ExpectEveryAllocationToMatter(
         [&](OctetsCollection& collection) { collection.AddCollection(*source); });
 }
 
-TEST_F(OctetsList, GetOctetsFailsWithBadAlloc) {
+TEST_F(OctetsCollectionList, GetOctetsFailsWithBadAlloc) {
     const Owner collection = CollectionOf(1);
     const FailNth failing(1);
     EXPECT_THROW(collection->GetOctets(0), std::bad_alloc);
@@ -368,7 +368,7 @@ private:
     Elements& elements_;
 };
 
-TEST_F(OctetsList, OneElementPastTheLongestPossibleListIsRefusedWithTheText) {
+TEST_F(OctetsCollectionList, OneElementPastTheLongestPossibleListIsRefusedWithTheText) {
     OctetsCollectionImpl list;
     const Owner other = CollectionOf(1);
     const BelievedFull full(list);

@@ -87,7 +87,7 @@ private:
 };
 
 class RouterSwitch : public Switching<SocketTest> {};
-class XtRouterSwitch : public Switching<XtTest> {};
+class RouterSwitchOfXt : public Switching<XtTest> {};
 
 TEST_F(RouterSwitch, DuringATransferCounts) {
     const auto socket = MakeConnectedSocket();
@@ -163,7 +163,7 @@ TEST_F(RouterSwitch, DuringAFailingCallCounts) {
              "VelNet::SocketImpl::SetReuseAddress() - FAIL. Cannot set Reuse Address", false)});
 }
 
-TEST_F(XtRouterSwitch, DuringATransferCounts) {
+TEST_F(RouterSwitchOfXt, DuringATransferCounts) {
     const auto socket = MakeAddressedXt();
     char buffer[3];
     const auto receive = [&] {
@@ -183,7 +183,7 @@ TEST_F(XtRouterSwitch, DuringATransferCounts) {
          Transfer("recv", receive, plain("Received"), withData("Received"))});
 }
 
-TEST_F(XtRouterSwitch, DuringADatagramsTransferCounts) {
+TEST_F(RouterSwitchOfXt, DuringADatagramsTransferCounts) {
     const auto socket = MakeDatagramXt();
     StoreTexts(*socket);
     char buffer[3];
@@ -209,7 +209,7 @@ TEST_F(XtRouterSwitch, DuringADatagramsTransferCounts) {
          Transfer("getnameinfo", receive, received, receivedWithData)});
 }
 
-TEST_F(XtRouterSwitch, DuringConnectCounts) {
+TEST_F(RouterSwitchOfXt, DuringConnectCounts) {
     const auto socket = MakeXt();
     const auto connect = [&] { socket->Connect("peer.example", "80"); };
     const Record connected =
@@ -219,7 +219,7 @@ TEST_F(XtRouterSwitch, DuringConnectCounts) {
                                       Connection("freeaddrinfo", connect, connected)});
 }
 
-TEST_F(XtRouterSwitch, DuringAcceptCounts) {
+TEST_F(RouterSwitchOfXt, DuringAcceptCounts) {
     const auto listener = MakeAddressedXt();
     VelBase::ReturnPtrI<SocketXt> accepted;
     VelBase::ReturnString host;
@@ -237,7 +237,7 @@ TEST_F(XtRouterSwitch, DuringAcceptCounts) {
     ExpectRoutersToCountAfterTheCall(operations);
 }
 
-TEST_F(XtRouterSwitch, DuringCloseCounts) {
+TEST_F(RouterSwitchOfXt, DuringCloseCounts) {
     VelBase::ReturnPtrI<SocketXtImpl> socket;
     RecordedOperation close = Connection(
         "closesocket", [&] { socket->Close(); },
@@ -246,7 +246,7 @@ TEST_F(XtRouterSwitch, DuringCloseCounts) {
     ExpectRoutersToCountAfterTheCall({close});
 }
 
-TEST_F(XtRouterSwitch, DuringAFailingCallCounts) {
+TEST_F(RouterSwitchOfXt, DuringAFailingCallCounts) {
     const auto socket = MakeAddressedXt();
     char buffer[3];
     VelBase::ReturnPtrI<SocketXt> accepted;

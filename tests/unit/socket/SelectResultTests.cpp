@@ -25,7 +25,7 @@ int StatusFor(int event) {
     }
 }
 
-class FindingReady : public SocketTest {
+class SelectResultReady : public SocketTest {
 protected:
     static constexpr Winsock::Handle One = 1001;
     static constexpr Winsock::Handle Other = 1002;
@@ -42,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(FindingReady, EventMustFitTheStatus) {
+TEST_F(SelectResultReady, EventMustFitTheStatus) {
     for (const int event : Events) {
         for (const int status : {0, 1, 2, 3, 4, -1, INT_MAX}) {
             const auto socket = SocketOfStatus(One, status);
@@ -59,7 +59,7 @@ TEST_F(FindingReady, EventMustFitTheStatus) {
     }
 }
 
-TEST_F(FindingReady, StatusIsAskedForThreeTimesWhateverTheEvent) {
+TEST_F(SelectResultReady, StatusIsAskedForThreeTimesWhateverTheEvent) {
     for (const int event : {0, 1, 2, 3, 4, -1, INT_MAX}) {
         for (const int status : {0, 1, 2, 3}) {
             const auto socket = SocketOfStatus(One, status);
@@ -73,7 +73,7 @@ TEST_F(FindingReady, StatusIsAskedForThreeTimesWhateverTheEvent) {
     }
 }
 
-TEST_F(FindingReady, StatusIsAskedForAgainForEachEntryOfASocket) {
+TEST_F(SelectResultReady, StatusIsAskedForAgainForEachEntryOfASocket) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     for (const int event : {EVENT_READ, EVENT_READ, EVENT_WRITE, EVENT_CLOSE})
@@ -84,7 +84,7 @@ TEST_F(FindingReady, StatusIsAskedForAgainForEachEntryOfASocket) {
     EXPECT_EQ(socket->asked, 12);
 }
 
-TEST_F(FindingReady, StatusIsNotAskedForWhatIsNotReadable) {
+TEST_F(SelectResultReady, StatusIsNotAskedForWhatIsNotReadable) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -96,7 +96,7 @@ TEST_F(FindingReady, StatusIsNotAskedForWhatIsNotReadable) {
 
 // Each of the three tests takes its own answer: the first is for accepts, the second for reads, the
 // third for closes.
-TEST_F(FindingReady, EachTestAsksAfresh) {
+TEST_F(SelectResultReady, EachTestAsksAfresh) {
     for (const int event : {EVENT_ACCEPT, EVENT_READ, EVENT_CLOSE}) {
         for (int answers = 0; answers < 64; ++answers) {
             const int statuses[] = {answers % 4, answers / 4 % 4, answers / 16};
@@ -114,7 +114,7 @@ TEST_F(FindingReady, EachTestAsksAfresh) {
     }
 }
 
-TEST_F(FindingReady, DataThatArriveBetweenTheQuestionsCount) {
+TEST_F(SelectResultReady, DataThatArriveBetweenTheQuestionsCount) {
     const auto socket = MakeConnectedSocket();
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -126,7 +126,7 @@ TEST_F(FindingReady, DataThatArriveBetweenTheQuestionsCount) {
                      "ioctlsocket(1001, 0x4004667F)", "ioctlsocket(1001, 0x4004667F)"}));
 }
 
-TEST_F(FindingReady, DataThatAreReadBetweenTheQuestionsLookLikeAClose) {
+TEST_F(SelectResultReady, DataThatAreReadBetweenTheQuestionsLookLikeAClose) {
     const auto socket = MakeConnectedSocket();
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_CLOSE);
@@ -136,7 +136,7 @@ TEST_F(FindingReady, DataThatAreReadBetweenTheQuestionsLookLikeAClose) {
     EXPECT_EQ(ReadyOf(*collection), Entries());
 }
 
-TEST_F(FindingReady, ReadableListenerIsReportedForAcceptsOnly) {
+TEST_F(SelectResultReady, ReadableListenerIsReportedForAcceptsOnly) {
     const auto listener = MakeSocket(STATE_LISTENING);
     const Collection collection = NewCollection();
     for (const int event : {EVENT_CLOSE, EVENT_READ, EVENT_ACCEPT})
@@ -146,7 +146,7 @@ TEST_F(FindingReady, ReadableListenerIsReportedForAcceptsOnly) {
     EXPECT_EQ(Transcript().size(), 1U);
 }
 
-TEST_F(FindingReady, ClosedConnectionIsReportedForClosesOnly) {
+TEST_F(SelectResultReady, ClosedConnectionIsReportedForClosesOnly) {
     const auto socket = MakeConnectedSocket();
     const Collection collection = NewCollection();
     for (const int event : {EVENT_ACCEPT, EVENT_READ, EVENT_CLOSE})
@@ -156,7 +156,7 @@ TEST_F(FindingReady, ClosedConnectionIsReportedForClosesOnly) {
 }
 
 // That the system does not answer counts as no data.
-TEST_F(FindingReady, ConnectionWhoseDataCannotBeAskedForLooksClosed) {
+TEST_F(SelectResultReady, ConnectionWhoseDataCannotBeAskedForLooksClosed) {
     const auto socket = MakeConnectedSocket();
     const Collection collection = NewCollection();
     for (const int event : {EVENT_READ, EVENT_CLOSE})
@@ -168,7 +168,7 @@ TEST_F(FindingReady, ConnectionWhoseDataCannotBeAskedForLooksClosed) {
     ExpectRecords({});
 }
 
-TEST_F(FindingReady, SocketThatNeitherListensNorIsConnectedIsNotReported) {
+TEST_F(SelectResultReady, SocketThatNeitherListensNorIsConnectedIsNotReported) {
     for (const SocketState state : {STATE_CREATED, STATE_BOUND, STATE_CLOSED}) {
         const VelBase::ReturnPtrI<SocketImpl> socket(new SocketImpl(One, state));
         const Collection collection = NewCollection();
@@ -180,7 +180,7 @@ TEST_F(FindingReady, SocketThatNeitherListensNorIsConnectedIsNotReported) {
     }
 }
 
-TEST_F(FindingReady, WritableSocketIsReportedWhateverItsStatus) {
+TEST_F(SelectResultReady, WritableSocketIsReportedWhateverItsStatus) {
     for (const int status : {0, 1, 2, 3}) {
         const auto socket = SocketOfStatus(One, status);
         const Collection collection = NewCollection();
@@ -191,7 +191,7 @@ TEST_F(FindingReady, WritableSocketIsReportedWhateverItsStatus) {
     }
 }
 
-TEST_F(FindingReady, WritableSocketIsReportedForWritesOnly) {
+TEST_F(SelectResultReady, WritableSocketIsReportedForWritesOnly) {
     const auto socket = SocketOfStatus(One, STATUS_NONE);
     const Collection collection = NewCollection();
     for (const int event : {0, 1, 2, 3, 4, -1})
@@ -200,7 +200,7 @@ TEST_F(FindingReady, WritableSocketIsReportedForWritesOnly) {
     EXPECT_EQ(ReadyOf(*collection), (Entries{{socket.Get(), EVENT_WRITE}}));
 }
 
-TEST_F(FindingReady, ReadableSocketIsNotReportedForWrites) {
+TEST_F(SelectResultReady, ReadableSocketIsNotReportedForWrites) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_WRITE);
@@ -209,7 +209,7 @@ TEST_F(FindingReady, ReadableSocketIsNotReportedForWrites) {
     EXPECT_EQ(ReadyOf(*collection), (Entries{{socket.Get(), EVENT_READ}}));
 }
 
-TEST_F(FindingReady, SocketReadyToReadAndToWriteIsListedTwiceInTheOrderOfItsEntries) {
+TEST_F(SelectResultReady, SocketReadyToReadAndToWriteIsListedTwiceInTheOrderOfItsEntries) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     for (const auto& [first, second] :
          {std::pair(EVENT_READ, EVENT_WRITE), {EVENT_WRITE, EVENT_READ}}) {
@@ -221,7 +221,7 @@ TEST_F(FindingReady, SocketReadyToReadAndToWriteIsListedTwiceInTheOrderOfItsEntr
     }
 }
 
-TEST_F(FindingReady, OrderIsThatOfTheList) {
+TEST_F(SelectResultReady, OrderIsThatOfTheList) {
     const auto one = SocketOfStatus(1001, STATUS_DATA_PENDING);
     const auto other = SocketOfStatus(1002, STATUS_LISTENING);
     const auto third = SocketOfStatus(1003, STATUS_IDLE);
@@ -237,7 +237,7 @@ TEST_F(FindingReady, OrderIsThatOfTheList) {
     EXPECT_EQ(ReadyOf(*collection), entries);
 }
 
-TEST_F(FindingReady, OnlyWhatTheSystemLeftInTheSetsIsReported) {
+TEST_F(SelectResultReady, OnlyWhatTheSystemLeftInTheSetsIsReported) {
     const auto one = SocketOfStatus(One, STATUS_DATA_PENDING);
     const auto other = SocketOfStatus(Other, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
@@ -250,7 +250,7 @@ TEST_F(FindingReady, OnlyWhatTheSystemLeftInTheSetsIsReported) {
     EXPECT_EQ(one->asked, 0);
 }
 
-TEST_F(FindingReady, EntriesOfOneHandleAreEachReported) {
+TEST_F(SelectResultReady, EntriesOfOneHandleAreEachReported) {
     const auto one = SocketOfStatus(One, STATUS_DATA_PENDING);
     const auto twin = SocketOfStatus(One, STATUS_IDLE);
     const Collection collection = NewCollection();
@@ -261,7 +261,7 @@ TEST_F(FindingReady, EntriesOfOneHandleAreEachReported) {
     EXPECT_EQ(ReadyOf(*collection), (Entries{{one.Get(), EVENT_READ}, {twin.Get(), EVENT_CLOSE}}));
 }
 
-TEST_F(FindingReady, ResultMayBeEmpty) {
+TEST_F(SelectResultReady, ResultMayBeEmpty) {
     const Collection collection = NewCollection();
     collection->Add(Twin(One).Get(), EVENT_READ);
     On::Select().Ready({One}).Returns(1);
@@ -272,7 +272,7 @@ TEST_F(FindingReady, ResultMayBeEmpty) {
     }
 }
 
-TEST_F(FindingReady, AnyResultOfTheSystemButNoneAndItsFailureIsACollection) {
+TEST_F(SelectResultReady, AnyResultOfTheSystemButNoneAndItsFailureIsACollection) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -282,7 +282,7 @@ TEST_F(FindingReady, AnyResultOfTheSystemButNoneAndItsFailureIsACollection) {
     }
 }
 
-TEST_F(FindingReady, ResultHoldsReferencesOfItsOwn) {
+TEST_F(SelectResultReady, ResultHoldsReferencesOfItsOwn) {
     auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -298,7 +298,7 @@ TEST_F(FindingReady, ResultHoldsReferencesOfItsOwn) {
     EXPECT_EQ(ReferencesOf(*socket), 1);
 }
 
-TEST_F(FindingReady, ResultAndSourceAreIndependent) {
+TEST_F(SelectResultReady, ResultAndSourceAreIndependent) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -312,7 +312,7 @@ TEST_F(FindingReady, ResultAndSourceAreIndependent) {
     EXPECT_EQ(EntriesOf(*collection), Entries());
 }
 
-TEST_F(FindingReady, SourceStaysAsItWas) {
+TEST_F(SelectResultReady, SourceStaysAsItWas) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     const Entries entries = {{socket.Get(), EVENT_READ}, {socket.Get(), -1}, {socket.Get(), 2}};
@@ -324,7 +324,7 @@ TEST_F(FindingReady, SourceStaysAsItWas) {
     EXPECT_EQ(ReferencesOf(*socket), 1 + 3);
 }
 
-TEST_F(FindingReady, ResultCanBeSelectedFromItself) {
+TEST_F(SelectResultReady, ResultCanBeSelectedFromItself) {
     const auto socket = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     collection->Add(socket.Get(), EVENT_READ);
@@ -336,7 +336,7 @@ TEST_F(FindingReady, ResultCanBeSelectedFromItself) {
 }
 
 // A collection in which each wait finds three entries ready.
-class FillingFails : public FindingReady {
+class SelectResultThatFails : public SelectResultReady {
 protected:
     void Fill(SocketCollection& collection) {
         for (const int event : {EVENT_READ, EVENT_WRITE, EVENT_READ})
@@ -344,13 +344,13 @@ protected:
     }
     void TearDown() override {
         socket_ = {};
-        FindingReady::TearDown();
+        SelectResultReady::TearDown();
     }
 
     VelBase::ReturnPtrI<StatusSocket> socket_;
 };
 
-TEST_F(FillingFails, WhatTheStatusThrowsPassesAndEndsTheResult) {
+TEST_F(SelectResultThatFails, WhatTheStatusThrowsPassesAndEndsTheResult) {
     socket_ = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     Fill(*collection);
@@ -368,7 +368,7 @@ TEST_F(FillingFails, WhatTheStatusThrowsPassesAndEndsTheResult) {
     }
 }
 
-TEST_F(FillingFails, ExhaustedMemoryEndsTheResult) {
+TEST_F(SelectResultThatFails, ExhaustedMemoryEndsTheResult) {
     socket_ = SocketOfStatus(One, STATUS_DATA_PENDING);
     const Collection collection = NewCollection();
     Fill(*collection);

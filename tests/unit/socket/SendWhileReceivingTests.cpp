@@ -46,7 +46,7 @@ void ExpectRecordsOfEachThread(Socket& socket, const std::vector<Record>& sent,
 }
 
 class SendWhileReceiving : public SocketTest {};
-class XtSendWhileReceiving : public XtTest {};
+class SendWhileReceivingXt : public XtTest {};
 
 TEST_F(SendWhileReceiving, EachThreadWritesItsOwnRecordsWhole) {
     ExpectRecordsOfEachThread(
@@ -55,7 +55,7 @@ TEST_F(SendWhileReceiving, EachThreadWritesItsOwnRecordsWhole) {
         {TransferRecord("Received", 3), TransferRecordWithData("Received", 3, "78797A")});
 }
 
-TEST_F(XtSendWhileReceiving, EachThreadWritesItsOwnRecordsWhole) {
+TEST_F(SendWhileReceivingXt, EachThreadWritesItsOwnRecordsWhole) {
     const auto plain = [](const std::string& event) {
         return XtTransferRecord(event, 3, LocalText, LocalService, RemoteText, RemoteService);
     };

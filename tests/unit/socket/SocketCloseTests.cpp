@@ -8,7 +8,7 @@ namespace {
 using Lines = std::vector<std::string>;
 
 class SocketClose : public SocketTest {};
-class SocketEnd : public SocketTest {};
+class SocketCloseAtTheEnd : public SocketTest {};
 
 constexpr char CloseFailed[] = "VelNet::SocketImpl::Close() - FAIL. Cannot close a socket";
 constexpr char DisconnectedFormat[] =
@@ -258,7 +258,7 @@ TEST_F(SocketClose, WorksWhileTheLayerIsDown) {
     EXPECT_EQ(FormatterRequests(), 0);
 }
 
-TEST_F(SocketEnd, OfOpenSocketClosesAndRecordsOnce) {
+TEST_F(SocketCloseAtTheEnd, OfOpenSocketClosesAndRecordsOnce) {
     for (const SocketState state : OpenStates) {
         const Winsock::Handle handle = OpenHandle();
         { const SocketImpl socket(handle, state); }
@@ -268,7 +268,7 @@ TEST_F(SocketEnd, OfOpenSocketClosesAndRecordsOnce) {
     }
 }
 
-TEST_F(SocketEnd, OfSocketWithoutHandleCallsNobody) {
+TEST_F(SocketCloseAtTheEnd, OfSocketWithoutHandleCallsNobody) {
     for (const SocketState state : AllStates) {
         { const SocketImpl socket(Winsock::InvalidSocket, state); }
         EXPECT_EQ(Transcript(), Lines()) << state;
@@ -276,13 +276,13 @@ TEST_F(SocketEnd, OfSocketWithoutHandleCallsNobody) {
     EXPECT_EQ(FormatterRequests(), 0);
 }
 
-TEST_F(SocketEnd, OfClosedStateLeavesTheHandleAlone) {
+TEST_F(SocketCloseAtTheEnd, OfClosedStateLeavesTheHandleAlone) {
     { const SocketImpl socket(OpenHandle(), STATE_CLOSED); }
     EXPECT_EQ(Transcript(), Lines());
     ForgetInLedger("socket 1001");
 }
 
-TEST_F(SocketEnd, AfterCloseCallsNobody) {
+TEST_F(SocketCloseAtTheEnd, AfterCloseCallsNobody) {
     {
         const auto socket = MakeConnectedSocket();
         socket->Close();
@@ -291,7 +291,7 @@ TEST_F(SocketEnd, AfterCloseCallsNobody) {
     EXPECT_EQ(Transcript(), Lines());
 }
 
-TEST_F(SocketEnd, ComesWithTheLastReference) {
+TEST_F(SocketCloseAtTheEnd, ComesWithTheLastReference) {
     auto socket = MakeConnectedSocket();
     VelBase::ReturnPtrI<SocketImpl> second = socket.Get();
     EXPECT_EQ(socket->GetReferenceCount(), 2);
@@ -303,20 +303,20 @@ TEST_F(SocketEnd, ComesWithTheLastReference) {
     ExpectRecords({DisconnectedRecord()});
 }
 
-TEST_F(SocketEnd, OfSocketFromTheFactoryClosesItsHandle) {
+TEST_F(SocketCloseAtTheEnd, OfSocketFromTheFactoryClosesItsHandle) {
     auto socket = CreateSocket(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP);
     ClearTranscript();
     socket = {};
     EXPECT_EQ(Transcript(), (Lines{"closesocket(1001)", AddresslessLine()}));
 }
 
-TEST_F(SocketEnd, ThroughTheInterfaceFreesTheWholeObject) {
+TEST_F(SocketCloseAtTheEnd, ThroughTheInterfaceFreesTheWholeObject) {
     const Socket* const socket = new SocketImpl(OpenHandle(), STATE_BOUND);
     delete socket;
     EXPECT_EQ(CountOf("closesocket"), 1);
 }
 
-TEST_F(SocketEnd, LogsAFailureOfTheSystem) {
+TEST_F(SocketCloseAtTheEnd, LogsAFailureOfTheSystem) {
     for (const int error : ErrorNumbers()) {
         auto socket = MakeConnectedSocket();
         On::Closesocket().Fails(error);
@@ -326,14 +326,14 @@ TEST_F(SocketEnd, LogsAFailureOfTheSystem) {
     }
 }
 
-TEST_F(SocketEnd, CallsNoOverride) {
+TEST_F(SocketCloseAtTheEnd, CallsNoOverride) {
     Overriding::calls = 0;
     { const auto socket = MakeConnectedSocket<Overriding>(); }
     EXPECT_EQ(Overriding::calls, 0);
     EXPECT_EQ(Transcript(), (Lines{"closesocket(1001)", DisconnectedLine()}));
 }
 
-TEST_F(SocketEnd, LosesWhatTheLogThrows) {
+TEST_F(SocketCloseAtTheEnd, LosesWhatTheLogThrows) {
     auto socket = MakeConnectedSocket();
     On::Closesocket().Fails(10038);
     On::LogMessage().Throws(std::runtime_error("the disk is full")).Throws(7);
@@ -342,7 +342,7 @@ TEST_F(SocketEnd, LosesWhatTheLogThrows) {
     EXPECT_EQ(OpenSockets(), Lines());
 }
 
-TEST_F(SocketEnd, ClosesTheHandleWhateverMemoryIsMissing) {
+TEST_F(SocketCloseAtTheEnd, ClosesTheHandleWhateverMemoryIsMissing) {
     const std::size_t failures = FailEveryAllocation([](std::size_t n) {
         auto socket = MakeConnectedSocket();
         On::Closesocket().Fails(10055);
@@ -355,7 +355,7 @@ TEST_F(SocketEnd, ClosesTheHandleWhateverMemoryIsMissing) {
     EXPECT_GE(failures, 4U);
 }
 
-TEST_F(SocketEnd, WorksWhileTheLayerIsDown) {
+TEST_F(SocketCloseAtTheEnd, WorksWhileTheLayerIsDown) {
     auto socket = MakeConnectedSocket();
     BringLayerDown();
     ClearTranscript();

@@ -3,7 +3,7 @@
 namespace SocketTests {
 namespace {
 
-class ClosedSocket : public SocketTest {};
+class SocketClosedOperations : public SocketTest {};
 
 // The operations of a closed socket, with the call that each makes.
 struct ClosedOperation {
@@ -49,7 +49,7 @@ constexpr ClosedOperation ClosedOperations[] = {
      "getpeername(INVALID, 16)"},
 };
 
-TEST_F(ClosedSocket, LeavesEveryOperationToTheSystem) {
+TEST_F(SocketClosedOperations, LeavesEveryOperationToTheSystem) {
     for (const ClosedOperation& operation : ClosedOperations) {
         const auto socket = MakeConnectedSocket();
         socket->Close();
@@ -62,7 +62,7 @@ TEST_F(ClosedSocket, LeavesEveryOperationToTheSystem) {
     }
 }
 
-TEST_F(ClosedSocket, LeavesEveryOperationOfTheNeverOpenToTheSystem) {
+TEST_F(SocketClosedOperations, LeavesEveryOperationOfTheNeverOpenToTheSystem) {
     for (const ClosedOperation& operation : ClosedOperations) {
         const auto socket = MakeClosedSocket();
         ClearTranscript();

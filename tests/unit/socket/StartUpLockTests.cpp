@@ -159,7 +159,7 @@ void RunAtOnce(int count, const std::function<void()>& work) {
         thread.join();
 }
 
-class StartUpOnThreads : public StartUpTest {
+class StartUpLockOnThreads : public StartUpTest {
 protected:
     static constexpr int Threads = 4;
     static constexpr int Rounds = 100;
@@ -179,7 +179,7 @@ bool AreWholeRounds(const Lines& lines) {
     return true;
 }
 
-TEST_F(StartUpOnThreads, ManyObjectsKeepRoundsWholeAndBalanced) {
+TEST_F(StartUpLockOnThreads, ManyObjectsKeepRoundsWholeAndBalanced) {
     std::atomic<int> down = 0;
     RunAtOnce(Threads, [&] {
         for (int round = 0; round < Rounds; ++round) {
@@ -192,7 +192,7 @@ TEST_F(StartUpOnThreads, ManyObjectsKeepRoundsWholeAndBalanced) {
     EXPECT_EQ(CountOf("WSAStartup"), CountOf("WSACleanup"));
 }
 
-TEST_F(StartUpOnThreads, NestedObjectsKeepRoundsWholeAndBalanced) {
+TEST_F(StartUpLockOnThreads, NestedObjectsKeepRoundsWholeAndBalanced) {
     RunAtOnce(Threads, [&] {
         for (int round = 0; round < Rounds / 2; ++round) {
             const SocketInitialization outer;
@@ -202,7 +202,7 @@ TEST_F(StartUpOnThreads, NestedObjectsKeepRoundsWholeAndBalanced) {
     EXPECT_TRUE(AreWholeRounds(TranscriptWithout({"Sleep"})));
 }
 
-TEST_F(StartUpOnThreads, LayerStaysUpWhileOneThreadKeepsIt) {
+TEST_F(StartUpLockOnThreads, LayerStaysUpWhileOneThreadKeepsIt) {
     {
         const SocketInitialization kept;
         const SocketLayerState* const layer = g_socketLayer;
@@ -220,14 +220,14 @@ TEST_F(StartUpOnThreads, LayerStaysUpWhileOneThreadKeepsIt) {
     EXPECT_EQ(TranscriptWithout({"Sleep"}), StartUpLines() + ShutDownLines());
 }
 
-TEST_F(StartUpOnThreads, ObjectMayEndOnAnotherThread) {
+TEST_F(StartUpLockOnThreads, ObjectMayEndOnAnotherThread) {
     std::optional<SocketInitialization> initialization(std::in_place);
     std::thread([&] { initialization.reset(); }).join();
     EXPECT_EQ(Transcript(), StartUpLines() + ShutDownLines());
     EXPECT_NE(LastEventOf("WSACleanup").thread, LastEventOf("WSAStartup").thread);
 }
 
-TEST_F(StartUpOnThreads, EveryFailedStartUpIsOfItsOwn) {
+TEST_F(StartUpLockOnThreads, EveryFailedStartUpIsOfItsOwn) {
     for (int count = 0; count < Threads * Rounds; ++count)
         On::WSAStartup().Returns(10091);
     std::atomic<int> thrown = 0;
@@ -246,7 +246,7 @@ TEST_F(StartUpOnThreads, EveryFailedStartUpIsOfItsOwn) {
     EXPECT_EQ(CountOf("WSACleanup"), 0);
 }
 
-TEST_F(StartUpOnThreads, FailedStartUpIsCountedDownBeforeTheLockIsFree) {
+TEST_F(StartUpLockOnThreads, FailedStartUpIsCountedDownBeforeTheLockIsFree) {
     constexpr int Failures = 3000;
     for (int count = 0; count < Failures; ++count)
         On::SynchInitializer().Throws(4711);

@@ -243,22 +243,22 @@ TEST_F(StartUp, NothingIsLoggedWhenAllGoesWell) {
     EXPECT_EQ(CountOf("WSAGetLastError"), 0);
 }
 
-class LayerRouters : public StartUpTest {};
+class StartUpLayerRouters : public StartUpTest {};
 
-TEST_F(LayerRouters, AreNotFoundWhileTheLayerIsDown) {
+TEST_F(StartUpLayerRouters, AreNotFoundWhileTheLayerIsDown) {
     EnableAllRouters();
     for (const auto& [category, member] : RouterMembers)
         EXPECT_EQ(VelNet::EnabledRouter(member), nullptr) << category;
     EXPECT_FALSE(VelNet::IsAnyPacketTraceEnabled());
 }
 
-TEST_F(LayerRouters, AreNotFoundWhenTheyAreOff) {
+TEST_F(StartUpLayerRouters, AreNotFoundWhenTheyAreOff) {
     const SocketInitialization initialization;
     for (const auto& [category, member] : RouterMembers)
         EXPECT_EQ(VelNet::EnabledRouter(member), nullptr) << category;
 }
 
-TEST_F(LayerRouters, AreFoundWhenTheirOwnFlagIsSet) {
+TEST_F(StartUpLayerRouters, AreFoundWhenTheirOwnFlagIsSet) {
     const SocketInitialization initialization;
     for (const auto& [category, member] : RouterMembers) {
         for (const int flag : {1, 2, 0x80, 0xFF}) {
@@ -274,7 +274,7 @@ TEST_F(LayerRouters, AreFoundWhenTheirOwnFlagIsSet) {
     }
 }
 
-TEST_F(LayerRouters, AnyPacketTraceIsOneOfTheTwo) {
+TEST_F(StartUpLayerRouters, AnyPacketTraceIsOneOfTheTwo) {
     const SocketInitialization initialization;
     const auto any = [](unsigned char plain, unsigned char verbose) {
         SetRouterFlag("Packet Trace", plain);

@@ -10,7 +10,7 @@ namespace {
 using Lines = std::vector<std::string>;
 
 class TraceRecords : public SocketTest {};
-class ClassicTrace : public SocketTest {};
+class TraceRecordsClassic : public SocketTest {};
 
 constexpr Routers NoRouter = {};
 constexpr Routers AllButPackets = {.error = true, .connection = true};
@@ -227,7 +227,7 @@ std::vector<LoggedArgument> StoredEndpoints() {
     return EndpointArguments(LocalHost, LocalPort, RemoteHost, RemotePort);
 }
 
-TEST_F(ClassicTrace, OfASendReads) {
+TEST_F(TraceRecordsClassic, OfASendReads) {
     const auto socket = MakeConnectedSocket();
     socket->Send("A\r\n", 3);
     const std::string line =
@@ -237,7 +237,7 @@ TEST_F(ClassicTrace, OfASendReads) {
                      "LogMessage(Verbose Packet Trace, \"" + line + ", data: 410D0A\")"}));
 }
 
-TEST_F(ClassicTrace, FeedsAddressesAsTextsAndPortsAsNumbers) {
+TEST_F(TraceRecordsClassic, FeedsAddressesAsTextsAndPortsAsNumbers) {
     const auto socket = MakeConnectedSocket();
     On::Recv().Delivers("\x7F\xC3");
     char buffer[16] = {};
@@ -249,7 +249,7 @@ TEST_F(ClassicTrace, FeedsAddressesAsTextsAndPortsAsNumbers) {
                    RecordWithData(Transfers[1].withData, 2, StoredEndpoints(), "7FFFFFFFC3")});
 }
 
-TEST_F(ClassicTrace, OfAConnectionReads) {
+TEST_F(TraceRecordsClassic, OfAConnectionReads) {
     const auto socket = MakeSocket();
     On::Getsockname().Returns(LocalHost, LocalPort);
     On::Getpeername().Returns(RemoteHost, RemotePort);
@@ -262,7 +262,7 @@ TEST_F(ClassicTrace, OfAConnectionReads) {
           StoredEndpoints()}});
 }
 
-TEST_F(ClassicTrace, UsesTheStoredAddressesWithoutAskingTheSystem) {
+TEST_F(TraceRecordsClassic, UsesTheStoredAddressesWithoutAskingTheSystem) {
     const auto socket = MakeConnectedSocket();
     On::Recv().Delivers("a");
     char buffer[1];
@@ -272,7 +272,7 @@ TEST_F(ClassicTrace, UsesTheStoredAddressesWithoutAskingTheSystem) {
     EXPECT_EQ(CountOf("LogMessage"), 4);
 }
 
-TEST_F(ClassicTrace, ShowsHighestPortsAndOctets) {
+TEST_F(TraceRecordsClassic, ShowsHighestPortsAndOctets) {
     const auto socket = MakeSocket();
     On::Getsockname().Returns("255.255.255.255", 65535);
     On::Getpeername().Returns("0.0.0.0", 32768);
@@ -282,7 +282,7 @@ TEST_F(ClassicTrace, ShowsHighestPortsAndOctets) {
           EndpointArguments("255.255.255.255", 65535, "0.0.0.0", 32768)}});
 }
 
-TEST_F(ClassicTrace, IsWrittenByTheRoutersThatAreOn) {
+TEST_F(TraceRecordsClassic, IsWrittenByTheRoutersThatAreOn) {
     const auto socket = MakeConnectedSocket();
     for (const Routers& routers : AllCombinationsOfRouters()) {
         Switch(routers);
@@ -298,7 +298,7 @@ TEST_F(ClassicTrace, IsWrittenByTheRoutersThatAreOn) {
     }
 }
 
-TEST_F(ClassicTrace, SwitchedOffNeedsNeitherMemoryNorFormatter) {
+TEST_F(TraceRecordsClassic, SwitchedOffNeedsNeitherMemoryNorFormatter) {
     const auto socket = MakeConnectedSocket();
     for (const Routers& routers : {NoRouter, AllButPackets}) {
         Switch(routers);
@@ -322,7 +322,7 @@ std::ptrdiff_t AddressCopies(SocketImpl& socket, const Routers& routers) {
     return std::count(sizes.begin(), sizes.end(), 4U);
 }
 
-TEST_F(ClassicTrace, RendersTheAddressesOnceForBothRecords) {
+TEST_F(TraceRecordsClassic, RendersTheAddressesOnceForBothRecords) {
     const auto socket = MakeConnectedSocket();
     EXPECT_EQ(AddressCopies(*socket, PacketOnly), 2);
     EXPECT_EQ(AddressCopies(*socket, VerboseOnly), 2);
@@ -330,14 +330,14 @@ TEST_F(ClassicTrace, RendersTheAddressesOnceForBothRecords) {
     EXPECT_EQ(AddressCopies(*socket, AllButPackets), 0);
 }
 
-TEST_F(ClassicTrace, OfASendOfNothingShowsNothing) {
+TEST_F(TraceRecordsClassic, OfASendOfNothingShowsNothing) {
     const auto socket = MakeConnectedSocket();
     socket->Send("abc", 0);
     ExpectRecords({PlainRecord(Transfers[0].plain, 0, StoredEndpoints()),
                    RecordWithData(Transfers[0].withData, 0, StoredEndpoints(), "")});
 }
 
-TEST_F(ClassicTrace, OfAShortSendShowsWhatWasTaken) {
+TEST_F(TraceRecordsClassic, OfAShortSendShowsWhatWasTaken) {
     const auto socket = MakeConnectedSocket();
     On::Send().Returns(2);
     socket->Send("abcdef", 6);
@@ -345,7 +345,7 @@ TEST_F(ClassicTrace, OfAShortSendShowsWhatWasTaken) {
                    RecordWithData(Transfers[0].withData, 2, StoredEndpoints(), "6162")});
 }
 
-TEST_F(ClassicTrace, IsNotWrittenOfWhatFailed) {
+TEST_F(TraceRecordsClassic, IsNotWrittenOfWhatFailed) {
     const auto socket = MakeConnectedSocket();
     On::Send().Fails(10035).Fails(10054);
     On::Recv().Fails(10035).Returns(0);
@@ -359,7 +359,7 @@ TEST_F(ClassicTrace, IsNotWrittenOfWhatFailed) {
     EXPECT_EQ(LoggedMessages(ErrorCategory).size(), 3U) << "all but the send that would block";
 }
 
-TEST_F(ClassicTrace, NeedsNoLayer) {
+TEST_F(TraceRecordsClassic, NeedsNoLayer) {
     const auto socket = MakeConnectedSocket();
     BringLayerDown();
     ClearTranscript();

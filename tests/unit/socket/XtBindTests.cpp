@@ -5,7 +5,7 @@ namespace SocketTests {
 namespace {
 
 class XtBind : public XtTest {};
-class XtListen : public XtTest {};
+class XtBindAndListen : public XtTest {};
 
 const XtFailure NotResolved{"VelNet::SocketXtImpl::Bind", "cannot bind socket to local address",
                             "::getaddrinfo", "host", "80"};
@@ -233,7 +233,7 @@ TEST_F(XtBind, LogThatThrowsLeavesNothingOpen) {
     EXPECT_EQ(CountOf("WSACleanup"), 1);
 }
 
-TEST_F(XtListen, BacklogIsTwo) {
+TEST_F(XtBindAndListen, BacklogIsTwo) {
     for (const SocketState state : OpenStates) {
         const auto socket = MakeXt(state);
         EXPECT_EQ(socket->Listen(), 0);
@@ -243,7 +243,7 @@ TEST_F(XtListen, BacklogIsTwo) {
     }
 }
 
-TEST_F(XtListen, KeepsTheTexts) {
+TEST_F(XtBindAndListen, KeepsTheTexts) {
     const auto socket = MakeAddressedXt();
     socket->Listen();
     EXPECT_EQ(FieldsOf(*socket),
@@ -252,7 +252,7 @@ TEST_F(XtListen, KeepsTheTexts) {
     ExpectRecords({});
 }
 
-TEST_F(XtListen, EachFailureIsReportedWithTheLocalTexts) {
+TEST_F(XtBindAndListen, EachFailureIsReportedWithTheLocalTexts) {
     const auto socket = MakeAddressedXt();
     ExpectEachXtFailure({
         .failWith = [](int number) { On::Listen().Fails(number); },
@@ -263,7 +263,7 @@ TEST_F(XtListen, EachFailureIsReportedWithTheLocalTexts) {
     });
 }
 
-TEST_F(XtListen, FailureKeepsEveryState) {
+TEST_F(XtBindAndListen, FailureKeepsEveryState) {
     for (const SocketState state : OpenStates) {
         const auto socket = MakeXt(state);
         On::Listen().Fails(10022);
@@ -272,7 +272,7 @@ TEST_F(XtListen, FailureKeepsEveryState) {
     }
 }
 
-TEST_F(XtListen, SocketThatWasNeverBoundHasNoTextsToTell) {
+TEST_F(XtBindAndListen, SocketThatWasNeverBoundHasNoTextsToTell) {
     const auto socket = MakeXt();
     On::Listen().Fails(10022);
     EXPECT_EQ(Catch([&] { socket->Listen(); }).text,
@@ -280,14 +280,14 @@ TEST_F(XtListen, SocketThatWasNeverBoundHasNoTextsToTell) {
               u"errno = \u2726 Invalid argument");
 }
 
-TEST_F(XtListen, SocketBoundToTheEmptyHostHasNoTextsToTellEither) {
+TEST_F(XtBindAndListen, SocketBoundToTheEmptyHostHasNoTextsToTellEither) {
     const auto socket = MakeXt();
     socket->Bind("", "4000");
     On::Listen().Fails(10022);
     EXPECT_EQ(Catch([&] { socket->Listen(); }), NotListening("", "").With(10022));
 }
 
-TEST_F(XtListen, ClosedSocketGoesToTheSystem) {
+TEST_F(XtBindAndListen, ClosedSocketGoesToTheSystem) {
     const auto socket = MakeClosedXt();
     On::Listen().Fails(10038);
     EXPECT_EQ(Catch([&] { socket->Listen(); }), NotListening("", "").With(10038));

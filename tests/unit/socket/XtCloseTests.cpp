@@ -7,7 +7,7 @@ namespace SocketTests {
 namespace {
 
 class XtClose : public XtTest {};
-class XtEnd : public XtTest {};
+class XtCloseAtTheEnd : public XtTest {};
 
 // The name of the call is another one's.
 const XtFailure NotClosed{"VelNet::SocketXtImpl::Close", "cannot close a socket", "::getaddrinfo",
@@ -156,7 +156,7 @@ TEST_F(XtClose, WorksWhileTheLayerIsDown) {
     EXPECT_EQ(FormatterRequests(), 0);
 }
 
-TEST_F(XtEnd, OfOpenSocketClosesAndRecordsOnce) {
+TEST_F(XtCloseAtTheEnd, OfOpenSocketClosesAndRecordsOnce) {
     for (const SocketState state : OpenStates) {
         auto socket = MakeXt(state);
         StoreTexts(*socket);
@@ -169,7 +169,7 @@ TEST_F(XtEnd, OfOpenSocketClosesAndRecordsOnce) {
     }
 }
 
-TEST_F(XtEnd, OfSocketWithoutHandleOrOfClosedStateCallsNobody) {
+TEST_F(XtCloseAtTheEnd, OfSocketWithoutHandleOrOfClosedStateCallsNobody) {
     for (const SocketState state : OpenStates)
         const SocketXtImpl withoutHandle(Winsock::InvalidSocket, state, 1, 6,
                                          SocketXt::FAMILY_IPV4);
@@ -177,7 +177,7 @@ TEST_F(XtEnd, OfSocketWithoutHandleOrOfClosedStateCallsNobody) {
     EXPECT_EQ(Transcript(), Lines{});
 }
 
-TEST_F(XtEnd, AfterCloseCallsNobody) {
+TEST_F(XtCloseAtTheEnd, AfterCloseCallsNobody) {
     {
         const auto socket = MakeAddressedXt();
         socket->Close();
@@ -186,7 +186,7 @@ TEST_F(XtEnd, AfterCloseCallsNobody) {
     EXPECT_EQ(Transcript(), Lines{});
 }
 
-TEST_F(XtEnd, ComesWithTheLastReference) {
+TEST_F(XtCloseAtTheEnd, ComesWithTheLastReference) {
     auto socket = MakeAddressedXt();
     VelBase::ReturnPtrI<SocketXtImpl> second = socket.Get();
     socket = {};
@@ -195,7 +195,7 @@ TEST_F(XtEnd, ComesWithTheLastReference) {
     EXPECT_EQ(CountOf("closesocket"), 1);
 }
 
-TEST_F(XtEnd, ThroughEitherInterfaceFreesTheWholeObject) {
+TEST_F(XtCloseAtTheEnd, ThroughEitherInterfaceFreesTheWholeObject) {
     const Socket* const classic =
         new SocketXtImpl(OpenHandle(), STATE_BOUND, 1, 6, SocketXt::FAMILY_IPV4);
     delete classic;
@@ -205,7 +205,7 @@ TEST_F(XtEnd, ThroughEitherInterfaceFreesTheWholeObject) {
     EXPECT_EQ(OpenSockets(), Lines{});
 }
 
-TEST_F(XtEnd, EachFailureIsReportedAndDropped) {
+TEST_F(XtCloseAtTheEnd, EachFailureIsReportedAndDropped) {
     for (const int error : ErrorNumbers()) {
         auto socket = MakeAddressedXt();
         On::Closesocket().Fails(error);
@@ -215,7 +215,7 @@ TEST_F(XtEnd, EachFailureIsReportedAndDropped) {
     }
 }
 
-TEST_F(XtEnd, CallsNoOverride) {
+TEST_F(XtCloseAtTheEnd, CallsNoOverride) {
     Overriding::calls = 0;
     { const auto socket = MakeAddressedXt<Overriding>(); }
     EXPECT_EQ(Overriding::calls, 0);
@@ -223,7 +223,7 @@ TEST_F(XtEnd, CallsNoOverride) {
     ExpectRecords({DisconnectedRecord()});
 }
 
-TEST_F(XtEnd, LosesWhateverTheLogThrows) {
+TEST_F(XtCloseAtTheEnd, LosesWhateverTheLogThrows) {
     for (const bool fails : {false, true}) {
         auto socket = MakeAddressedXt();
         if (fails) On::Closesocket().Fails(10038);
@@ -233,7 +233,7 @@ TEST_F(XtEnd, LosesWhateverTheLogThrows) {
     }
 }
 
-TEST_F(XtEnd, AsksTheSystemOnceWhateverMemoryIsMissing) {
+TEST_F(XtCloseAtTheEnd, AsksTheSystemOnceWhateverMemoryIsMissing) {
     const std::size_t failures = FailEveryAllocation([](std::size_t n) {
         auto socket = MakeAddressedXt();
         On::Closesocket().Fails(10055);
@@ -246,7 +246,7 @@ TEST_F(XtEnd, AsksTheSystemOnceWhateverMemoryIsMissing) {
     EXPECT_GE(failures, 3U);
 }
 
-TEST_F(XtEnd, WorksWhileTheLayerIsDown) {
+TEST_F(XtCloseAtTheEnd, WorksWhileTheLayerIsDown) {
     auto socket = MakeAddressedXt();
     BringLayerDown();
     ClearTranscript();

@@ -7,7 +7,7 @@ namespace SocketTests {
 namespace {
 
 class XtOptions : public XtTest {};
-class XtBroadcast : public XtTest {};
+class XtOptionBroadcast : public XtTest {};
 
 struct Setter {
     std::string name;
@@ -110,7 +110,7 @@ TEST_F(XtOptions, SuccessNeedsNoMemory) {
     EXPECT_EQ(mark.Requests(), 0U);
 }
 
-TEST_F(XtBroadcast, IsOneCall) {
+TEST_F(XtOptionBroadcast, IsOneCall) {
     for (const auto& socket : {MakeDatagramXt().Take(), MakeXt().Take()}) {
         ClearTranscript();
         socket->SetSocketForBroadcast();
@@ -121,7 +121,7 @@ TEST_F(XtBroadcast, IsOneCall) {
     }
 }
 
-TEST_F(XtBroadcast, EachFailureIsReportedWithoutAddresses) {
+TEST_F(XtOptionBroadcast, EachFailureIsReportedWithoutAddresses) {
     const auto socket = MakeAddressedXt();
     ExpectEachXtFailure({
         .failWith = [](int number) { On::Setsockopt().Fails(number); },
@@ -132,7 +132,7 @@ TEST_F(XtBroadcast, EachFailureIsReportedWithoutAddresses) {
     });
 }
 
-TEST_F(XtBroadcast, StreamSocketIsToldWhatTheSystemSays) {
+TEST_F(XtOptionBroadcast, StreamSocketIsToldWhatTheSystemSays) {
     const auto socket = MakeXt();
     On::Setsockopt().Fails(10042);
     const Caught caught = Catch([&] { socket->SetSocketForBroadcast(); });

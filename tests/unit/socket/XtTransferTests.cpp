@@ -7,8 +7,8 @@
 namespace SocketTests {
 namespace {
 
-class XtSend : public XtTest {};
-class XtReceive : public XtTest {};
+class XtTransferSend : public XtTest {};
+class XtTransferReceive : public XtTest {};
 
 constexpr char LocalEndpoint[] = "here.example:4000";
 constexpr char RemoteEndpoint[] = "there.example:http";
@@ -54,7 +54,7 @@ void ExpectRecordsOfEachCombination(const std::string& event, const std::functio
     EnableAllRouters();
 }
 
-TEST_F(XtSend, MakesOneSystemCallWithoutFlagsThenRecords) {
+TEST_F(XtTransferSend, MakesOneSystemCallWithoutFlagsThenRecords) {
     const auto socket = MakeAddressedXt();
     const XtFields before = FieldsOf(*socket);
     EXPECT_EQ(socket->Send("abcdef", 4), 4);
@@ -68,7 +68,7 @@ TEST_F(XtSend, MakesOneSystemCallWithoutFlagsThenRecords) {
     ExpectRecords({PlainRecord("Sent", 4), RecordWithData("Sent", 4, "61626364")});
 }
 
-TEST_F(XtSend, PassesBufferAndEveryLengthOn) {
+TEST_F(XtTransferSend, PassesBufferAndEveryLengthOn) {
     SwitchPacketTracing(false, false);
     const auto socket = MakeXt();
     const char buffer[] = "abc";
@@ -81,7 +81,7 @@ TEST_F(XtSend, PassesBufferAndEveryLengthOn) {
     }
 }
 
-TEST_F(XtSend, ShortSendIsReturnedAsItIs) {
+TEST_F(XtTransferSend, ShortSendIsReturnedAsItIs) {
     const auto socket = MakeAddressedXt();
     On::Send().Returns(2).Returns(0);
     EXPECT_EQ(socket->Send("abc", 3), 2);
@@ -91,13 +91,13 @@ TEST_F(XtSend, ShortSendIsReturnedAsItIs) {
                    PlainRecord("Sent", 0), RecordWithData("Sent", 0, "")});
 }
 
-TEST_F(XtSend, WritesWhatTheRoutersAskFor) {
+TEST_F(XtTransferSend, WritesWhatTheRoutersAskFor) {
     const auto socket = MakeAddressedXt();
     ExpectRecordsOfEachCombination(
         "Sent", [&] { socket->Send("a\x80", 2); }, 2, "61FFFFFF80");
 }
 
-TEST_F(XtSend, WithTheRoutersOffNeedsNoMemory) {
+TEST_F(XtTransferSend, WithTheRoutersOffNeedsNoMemory) {
     const auto socket = MakeAddressedXt();
     Switch({.error = true, .connection = true});
     On::Send().Passes().Fails(10035);
@@ -108,7 +108,7 @@ TEST_F(XtSend, WithTheRoutersOffNeedsNoMemory) {
     EXPECT_EQ(FormatterRequests(), 0);
 }
 
-TEST_F(XtSend, WouldBlockIsZeroWithoutALog) {
+TEST_F(XtTransferSend, WouldBlockIsZeroWithoutALog) {
     const auto socket = MakeAddressedXt();
     const XtFields before = FieldsOf(*socket);
     On::Send().Fails(10035);
@@ -118,7 +118,7 @@ TEST_F(XtSend, WouldBlockIsZeroWithoutALog) {
     EXPECT_EQ(FieldsOf(*socket), before);
 }
 
-TEST_F(XtSend, EachOtherFailureIsReportedWithBothEndpoints) {
+TEST_F(XtTransferSend, EachOtherFailureIsReportedWithBothEndpoints) {
     const auto socket = MakeAddressedXt();
     ExpectEachXtFailure({.failWith = [](int number) { On::Send().Fails(number); },
                          .operation = [&] { socket->Send("abc", 3); },
@@ -128,7 +128,7 @@ TEST_F(XtSend, EachOtherFailureIsReportedWithBothEndpoints) {
                         ErrorNumbersWithout({10035}));
 }
 
-TEST_F(XtSend, NumbersThatOnlyLookLikeWouldBlockAreFailures) {
+TEST_F(XtTransferSend, NumbersThatOnlyLookLikeWouldBlockAreFailures) {
     const auto socket = MakeAddressedXt();
     for (const int number : {11, 65536 + 10035, -10035}) {
         On::Send().Fails(number);
@@ -136,7 +136,7 @@ TEST_F(XtSend, NumbersThatOnlyLookLikeWouldBlockAreFailures) {
     }
 }
 
-TEST_F(XtSend, EmptyTextsLeaveTheColons) {
+TEST_F(XtTransferSend, EmptyTextsLeaveTheColons) {
     const auto socket = MakeXt();
     On::Send().Fails(10057);
     const Caught caught = Catch([&] { socket->Send("abc", 3); });
@@ -147,7 +147,7 @@ TEST_F(XtSend, EmptyTextsLeaveTheColons) {
     EXPECT_EQ(CountOf("LogMessage"), 1);
 }
 
-TEST_F(XtSend, EveryStateGoesToTheSystemAndStays) {
+TEST_F(XtTransferSend, EveryStateGoesToTheSystemAndStays) {
     SwitchPacketTracing(false, false);
     for (const SocketState state : OpenStates) {
         const auto socket = MakeXt(state);
@@ -160,7 +160,7 @@ TEST_F(XtSend, EveryStateGoesToTheSystemAndStays) {
     EXPECT_EQ(LastEventOf("send").text, "send(INVALID, \"abc\", 3, 0)");
 }
 
-TEST_F(XtSend, ExhaustedMemoryInTracingLosesTheRecordAlone) {
+TEST_F(XtTransferSend, ExhaustedMemoryInTracingLosesTheRecordAlone) {
     const auto socket = MakeAddressedXt();
     const std::string bytes(100, 'a');
     const std::size_t failed = FailEveryAllocation([&](std::size_t n) {
@@ -173,13 +173,13 @@ TEST_F(XtSend, ExhaustedMemoryInTracingLosesTheRecordAlone) {
     EXPECT_GE(failed, 2U);
 }
 
-TEST_F(XtSend, LogThatFailsLosesTheRecordsAlone) {
+TEST_F(XtTransferSend, LogThatFailsLosesTheRecordsAlone) {
     const auto socket = MakeAddressedXt();
     On::LogMessage().Throws(7);
     EXPECT_EQ(socket->Send("abc", 3), 3);
 }
 
-TEST_F(XtReceive, MakesOneSystemCallWithoutFlagsThenRecords) {
+TEST_F(XtTransferReceive, MakesOneSystemCallWithoutFlagsThenRecords) {
     const auto socket = MakeAddressedXt();
     const XtFields before = FieldsOf(*socket);
     char buffer[8] = {};
@@ -192,7 +192,7 @@ TEST_F(XtReceive, MakesOneSystemCallWithoutFlagsThenRecords) {
     ExpectRecords({PlainRecord("Received", 3), RecordWithData("Received", 3, "616263")});
 }
 
-TEST_F(XtReceive, PassesEveryLengthOn) {
+TEST_F(XtTransferReceive, PassesEveryLengthOn) {
     SwitchPacketTracing(false, false);
     const auto socket = MakeXt();
     for (const int length : {0, 1, INT_MAX, -1, INT_MIN}) {
@@ -202,7 +202,7 @@ TEST_F(XtReceive, PassesEveryLengthOn) {
     }
 }
 
-TEST_F(XtReceive, WritesWhatTheRoutersAskFor) {
+TEST_F(XtTransferReceive, WritesWhatTheRoutersAskFor) {
     const auto socket = MakeAddressedXt();
     char buffer[8];
     ExpectRecordsOfEachCombination(
@@ -214,7 +214,7 @@ TEST_F(XtReceive, WritesWhatTheRoutersAskFor) {
         2, "61FFFFFFC3");
 }
 
-TEST_F(XtReceive, WithTheRoutersOffNeedsNoMemory) {
+TEST_F(XtTransferReceive, WithTheRoutersOffNeedsNoMemory) {
     const auto socket = MakeAddressedXt();
     Switch({.error = true, .connection = true});
     On::Recv().Delivers("abc");
@@ -225,7 +225,7 @@ TEST_F(XtReceive, WithTheRoutersOffNeedsNoMemory) {
     EXPECT_EQ(FormatterRequests(), 0);
 }
 
-TEST_F(XtReceive, TheCodeOfTheOrderlyEndIsThatOfNoFailure) {
+TEST_F(XtTransferReceive, TheCodeOfTheOrderlyEndIsThatOfNoFailure) {
     const auto socket = MakeXt();
     char buffer[8];
     for (const int number : ReceiveErrors) {
@@ -236,7 +236,7 @@ TEST_F(XtReceive, TheCodeOfTheOrderlyEndIsThatOfNoFailure) {
     EXPECT_EQ(Catch([&] { socket->Receive(buffer, 8); }).code, SOCKET_ERR_UNKNOWN);
 }
 
-TEST_F(XtReceive, ClosedConnectionIsToldWithTheLocalTextsAlone) {
+TEST_F(XtTransferReceive, ClosedConnectionIsToldWithTheLocalTextsAlone) {
     const auto socket = MakeAddressedXt();
     const XtFields before = FieldsOf(*socket);
     char buffer[8];
@@ -253,7 +253,7 @@ TEST_F(XtReceive, ClosedConnectionIsToldWithTheLocalTextsAlone) {
     EXPECT_EQ(FieldsOf(*socket), before);
 }
 
-TEST_F(XtReceive, ClosedConnectionWithoutTextsLeavesTheColon) {
+TEST_F(XtTransferReceive, ClosedConnectionWithoutTextsLeavesTheColon) {
     const auto socket = MakeXt();
     char buffer[8];
     On::Recv().Returns(0);
@@ -262,7 +262,7 @@ TEST_F(XtReceive, ClosedConnectionWithoutTextsLeavesTheColon) {
               u"connection has been closed , ::recv , : :  , errno = \uFFFF Unknown error");
 }
 
-TEST_F(XtReceive, ClosedConnectionIsToldWhateverTheRouters) {
+TEST_F(XtTransferReceive, ClosedConnectionIsToldWhateverTheRouters) {
     const auto socket = MakeAddressedXt();
     char buffer[8];
     for (const Routers& routers : AllCombinationsOfRouters()) {
@@ -275,7 +275,7 @@ TEST_F(XtReceive, ClosedConnectionIsToldWhateverTheRouters) {
     }
 }
 
-TEST_F(XtReceive, EachFailureIsReportedWithBothEndpoints) {
+TEST_F(XtTransferReceive, EachFailureIsReportedWithBothEndpoints) {
     const auto socket = MakeAddressedXt();
     char buffer[8];
     ExpectEachXtFailure({
@@ -287,7 +287,7 @@ TEST_F(XtReceive, EachFailureIsReportedWithBothEndpoints) {
     });
 }
 
-TEST_F(XtReceive, NothingWaitingIsAFailure) {
+TEST_F(XtTransferReceive, NothingWaitingIsAFailure) {
     const auto socket = MakeAddressedXt();
     char buffer[8];
     On::Recv().Fails(10035);
@@ -299,7 +299,7 @@ TEST_F(XtReceive, NothingWaitingIsAFailure) {
     EXPECT_EQ(caught.code, 10035);
 }
 
-TEST_F(XtReceive, EveryStateGoesToTheSystemAndStays) {
+TEST_F(XtTransferReceive, EveryStateGoesToTheSystemAndStays) {
     SwitchPacketTracing(false, false);
     char buffer[8];
     for (const SocketState state : OpenStates) {
@@ -314,7 +314,7 @@ TEST_F(XtReceive, EveryStateGoesToTheSystemAndStays) {
     EXPECT_EQ(LastEventOf("recv").text, "recv(INVALID, 8, 0)");
 }
 
-TEST_F(XtReceive, ExhaustedMemoryInTracingLosesTheRecordAlone) {
+TEST_F(XtTransferReceive, ExhaustedMemoryInTracingLosesTheRecordAlone) {
     const auto socket = MakeAddressedXt();
     char buffer[8];
     const std::size_t failed = FailEveryAllocation([&](std::size_t n) {
@@ -328,7 +328,7 @@ TEST_F(XtReceive, ExhaustedMemoryInTracingLosesTheRecordAlone) {
     EXPECT_GE(failed, 2U);
 }
 
-TEST_F(XtReceive, ExhaustedMemoryWhileTheFailureIsToldIsBadAlloc) {
+TEST_F(XtTransferReceive, ExhaustedMemoryWhileTheFailureIsToldIsBadAlloc) {
     const auto socket = MakeAddressedXt();
     char buffer[8];
     const auto exhaust = [&](const std::function<void()>& script) {

@@ -75,14 +75,14 @@ private:
     mutable bool staysAlive_;
 };
 
-class ReferenceCounts : public Scripted::PlatformTest {};
+class ReferenceCountedObject : public Scripted::PlatformTest {};
 
-TEST_F(ReferenceCounts, NewObjectHasNone) {
+TEST_F(ReferenceCountedObject, NewObjectHasNone) {
     const StackObject object;
     EXPECT_EQ(object.GetReferenceCount(), 0);
 }
 
-TEST_F(ReferenceCounts, KeptReferenceToTheCountSeesItChange) {
+TEST_F(ReferenceCountedObject, KeptReferenceToTheCountSeesItChange) {
     const StackObject object;
     const int& count = object.GetReferenceCount();
     object.AddRef();
@@ -93,7 +93,7 @@ TEST_F(ReferenceCounts, KeptReferenceToTheCountSeesItChange) {
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(ReferenceCounts, ReleaseOfTheSecondOnlyCounts) {
+TEST_F(ReferenceCountedObject, ReleaseOfTheSecondOnlyCounts) {
     std::vector<int> counts;
     auto* const object = new HookedObject(counts);
     object->AddRef();
@@ -104,7 +104,7 @@ TEST_F(ReferenceCounts, ReleaseOfTheSecondOnlyCounts) {
     object->Release();
 }
 
-TEST_F(ReferenceCounts, ReleaseOfTheLastCallsTheHookOnceThenCountsThenDeletes) {
+TEST_F(ReferenceCountedObject, ReleaseOfTheLastCallsTheHookOnceThenCountsThenDeletes) {
     std::vector<int> counts;
     auto* const object = new HookedObject(counts);
     object->AddRef();
@@ -112,7 +112,7 @@ TEST_F(ReferenceCounts, ReleaseOfTheLastCallsTheHookOnceThenCountsThenDeletes) {
     EXPECT_EQ(counts, (std::vector<int>{1, 100}));
 }
 
-TEST_F(ReferenceCounts, HookThatTakesAReferenceKeepsTheObject) {
+TEST_F(ReferenceCountedObject, HookThatTakesAReferenceKeepsTheObject) {
     std::vector<int> counts;
     auto* const object = new HookedObject(counts, true);
     object->AddRef();
@@ -123,7 +123,7 @@ TEST_F(ReferenceCounts, HookThatTakesAReferenceKeepsTheObject) {
     EXPECT_EQ(counts, (std::vector<int>{1, 1, 100}));
 }
 
-TEST_F(ReferenceCounts, ReleaseWithoutReferencesOnlyCounts) {
+TEST_F(ReferenceCountedObject, ReleaseWithoutReferencesOnlyCounts) {
     const StackObject object;
     object.Release();
     EXPECT_EQ(object.GetReferenceCount(), -1);
@@ -133,7 +133,7 @@ TEST_F(ReferenceCounts, ReleaseWithoutReferencesOnlyCounts) {
     EXPECT_EQ(object.HookCalls(), 0);
 }
 
-TEST_F(ReferenceCounts, DefaultHookDoesNothing) {
+TEST_F(ReferenceCountedObject, DefaultHookDoesNothing) {
     bool ended = false;
     auto* const object = new PlainObject(ended);
     object->AddRef();
@@ -144,7 +144,7 @@ TEST_F(ReferenceCounts, DefaultHookDoesNothing) {
     EXPECT_TRUE(ended);
 }
 
-TEST_F(ReferenceCounts, ObjectIsDeletedThroughTheInterface) {
+TEST_F(ReferenceCountedObject, ObjectIsDeletedThroughTheInterface) {
     bool ended = false;
     const ReferenceCounted* const object = new PlainObject(ended);
     object->AddRef();
@@ -152,7 +152,7 @@ TEST_F(ReferenceCounts, ObjectIsDeletedThroughTheInterface) {
     EXPECT_TRUE(ended);
 }
 
-TEST_F(ReferenceCounts, CopyStartsItsOwnCountAndAssignmentLeavesIt) {
+TEST_F(ReferenceCountedObject, CopyStartsItsOwnCountAndAssignmentLeavesIt) {
     StackObject object;
     object.AddRef();
     object.AddRef();

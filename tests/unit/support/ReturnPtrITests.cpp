@@ -21,9 +21,9 @@ static_assert(!std::is_convertible_v<Owner, bool>);
 static_assert(std::is_constructible_v<bool, Owner>);
 static_assert(sizeof(Owner) == sizeof(void*));
 
-class ReturnPointers : public Scripted::PlatformTest {};
+class ReturnPtrIOwner : public Scripted::PlatformTest {};
 
-TEST_F(ReturnPointers, OwnerTakesExactlyOneReference) {
+TEST_F(ReturnPtrIOwner, OwnerTakesExactlyOneReference) {
     Events events;
     {
         const Owner owner(new CountedObject(events));
@@ -33,7 +33,7 @@ TEST_F(ReturnPointers, OwnerTakesExactlyOneReference) {
     EXPECT_EQ(events, (Events{"AddRef", "Release", "end at 0"}));
 }
 
-TEST_F(ReturnPointers, OwnerOfNothingCallsNothing) {
+TEST_F(ReturnPtrIOwner, OwnerOfNothingCallsNothing) {
     const Owner none;
     const Owner null(nullptr);
     EXPECT_FALSE(none);
@@ -42,7 +42,7 @@ TEST_F(ReturnPointers, OwnerOfNothingCallsNothing) {
     EXPECT_EQ(null.Get(), nullptr);
 }
 
-TEST_F(ReturnPointers, TakingEmptiesTheOwnerAndKeepsTheReference) {
+TEST_F(ReturnPtrIOwner, TakingEmptiesTheOwnerAndKeepsTheReference) {
     Events events;
     CountedObject* taken = nullptr;
     {
@@ -59,7 +59,7 @@ TEST_F(ReturnPointers, TakingEmptiesTheOwnerAndKeepsTheReference) {
     EXPECT_EQ(events, (Events{"AddRef", "Release", "end at 0"}));
 }
 
-TEST_F(ReturnPointers, OwnerIsEmptyWhenItsObjectEnds) {
+TEST_F(ReturnPtrIOwner, OwnerIsEmptyWhenItsObjectEnds) {
     Events events;
     std::optional<Owner> owner;
     const CountedObject* seen = nullptr;
@@ -71,7 +71,7 @@ TEST_F(ReturnPointers, OwnerIsEmptyWhenItsObjectEnds) {
     EXPECT_EQ(seen, nullptr);
 }
 
-TEST_F(ReturnPointers, MoveHandsTheReferenceOver) {
+TEST_F(ReturnPtrIOwner, MoveHandsTheReferenceOver) {
     Events events;
     Owner first(new CountedObject(events));
     CountedObject* const object = first.Get();
@@ -81,7 +81,7 @@ TEST_F(ReturnPointers, MoveHandsTheReferenceOver) {
     EXPECT_EQ(events, Events{"AddRef"});
 }
 
-TEST_F(ReturnPointers, MoveAssignmentIsEmptyWhenItsOldObjectEnds) {
+TEST_F(ReturnPtrIOwner, MoveAssignmentIsEmptyWhenItsOldObjectEnds) {
     Events oldEvents, newEvents;
     Owner target;
     const CountedObject* seen = nullptr;
@@ -97,7 +97,7 @@ TEST_F(ReturnPointers, MoveAssignmentIsEmptyWhenItsOldObjectEnds) {
     EXPECT_FALSE(source);
 }
 
-TEST_F(ReturnPointers, SelfMoveAssignmentKeepsTheObject) {
+TEST_F(ReturnPtrIOwner, SelfMoveAssignmentKeepsTheObject) {
     Events events;
     Owner owner(new CountedObject(events));
     Owner& itself = owner;
@@ -106,7 +106,7 @@ TEST_F(ReturnPointers, SelfMoveAssignmentKeepsTheObject) {
     EXPECT_EQ(events, Events{"AddRef"});
 }
 
-TEST_F(ReturnPointers, SecondOwnerOfOneObjectSharesIt) {
+TEST_F(ReturnPtrIOwner, SecondOwnerOfOneObjectSharesIt) {
     Events events;
     const Owner first(new CountedObject(events));
     {

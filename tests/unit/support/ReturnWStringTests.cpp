@@ -105,7 +105,7 @@ TEST_F(ReturnWStrings, EveryFailingAllocationIsReported) {
     });
 }
 
-TEST(WideLiterals, EveryAsciiCharacterBecomesItsUnit) {
+TEST(ReturnWStringLiterals, EveryAsciiCharacterBecomesItsUnit) {
     static_assert("A~"_wide[0] == 0x41);
     static_assert("A~"_wide[1] == 0x7E);
     static_assert("A~"_wide[2] == 0);

@@ -13,7 +13,7 @@ namespace {
 using namespace Scripted;
 using Lines = std::vector<std::string>;
 
-class ScriptedNetwork : public PlatformTest {};
+class ScriptedPlatformNetwork : public PlatformTest {};
 
 std::string AddressOf(const Winsock::AddressInfo& entry) {
     return {static_cast<const char*>(entry.address), entry.addressLength};
@@ -23,7 +23,7 @@ std::string BytesOf(const Winsock::AddressStorage& storage, int length) {
     return {reinterpret_cast<const char*>(&storage), static_cast<std::size_t>(length)};
 }
 
-TEST_F(ScriptedNetwork, NameResolvesToOneUsualAddress) {
+TEST_F(ScriptedPlatformNetwork, NameResolvesToOneUsualAddress) {
     Winsock::AddressInfo hints{};
     hints.type = 1;
     hints.protocol = 6;
@@ -42,7 +42,7 @@ TEST_F(ScriptedNetwork, NameResolvesToOneUsualAddress) {
     EXPECT_EQ(LastEventOf("getaddrinfo").bytes, "host");
 }
 
-TEST_F(ScriptedNetwork, ListHoldsWhatIsScripted) {
+TEST_F(ScriptedPlatformNetwork, ListHoldsWhatIsScripted) {
     On::Getaddrinfo().Returns({{23, "2001:DB8::9", 81}, {2, "10.0.0.2", 82}, {1, "ab"}});
     Winsock::AddressInfo* list = nullptr;
     EXPECT_EQ(Winsock::getaddrinfo(nullptr, nullptr, nullptr, &list), 0);
@@ -60,7 +60,7 @@ TEST_F(ScriptedNetwork, ListHoldsWhatIsScripted) {
     EXPECT_EQ(Transcript(), (Lines{"getaddrinfo(null, null, null)", "freeaddrinfo(1)"}));
 }
 
-TEST_F(ScriptedNetwork, EmptyListIsNullAndNotOpen) {
+TEST_F(ScriptedPlatformNetwork, EmptyListIsNullAndNotOpen) {
     On::Getaddrinfo().ReturnsEmpty();
     Winsock::AddressInfo unused{};
     Winsock::AddressInfo* list = &unused;
@@ -71,7 +71,7 @@ TEST_F(ScriptedNetwork, EmptyListIsNullAndNotOpen) {
     EXPECT_EQ(LastEventOf("freeaddrinfo").text, "freeaddrinfo(null)");
 }
 
-TEST_F(ScriptedNetwork, FailedResolutionReturnsOneNumberAndMayLeaveAnother) {
+TEST_F(ScriptedPlatformNetwork, FailedResolutionReturnsOneNumberAndMayLeaveAnother) {
     On::Getaddrinfo().Fails(11001).FailsReturning(11002, 10093);
     Winsock::AddressInfo unused{};
     Winsock::AddressInfo* list = &unused;
@@ -82,7 +82,7 @@ TEST_F(ScriptedNetwork, FailedResolutionReturnsOneNumberAndMayLeaveAnother) {
     EXPECT_EQ(LastError(), 10093);
 }
 
-TEST_F(ScriptedNetwork, ListsGivenBackWronglyStandInTheLedger) {
+TEST_F(ScriptedPlatformNetwork, ListsGivenBackWronglyStandInTheLedger) {
     Winsock::AddressInfo* list = nullptr;
     Winsock::getaddrinfo("host", "80", nullptr, &list);
     Winsock::freeaddrinfo(list);
@@ -94,7 +94,7 @@ TEST_F(ScriptedNetwork, ListsGivenBackWronglyStandInTheLedger) {
     ForgetInLedger("surplus address list 1");
 }
 
-TEST_F(ScriptedNetwork, ListHasTheLowestNumberThatIsFree) {
+TEST_F(ScriptedPlatformNetwork, ListHasTheLowestNumberThatIsFree) {
     Winsock::AddressInfo* first = nullptr;
     Winsock::AddressInfo* second = nullptr;
     Winsock::getaddrinfo("host", "80", nullptr, &first);
@@ -108,7 +108,7 @@ TEST_F(ScriptedNetwork, ListHasTheLowestNumberThatIsFree) {
               (Lines{"freeaddrinfo(1)", "freeaddrinfo(2)", "freeaddrinfo(1)"}));
 }
 
-TEST_F(ScriptedNetwork, ListedTypeAndProtocolMayDifferFromTheHints) {
+TEST_F(ScriptedPlatformNetwork, ListedTypeAndProtocolMayDifferFromTheHints) {
     ListedAddress entry(2, "10.0.0.1", 80);
     entry.type = 3;
     entry.protocol = 4;
@@ -122,7 +122,7 @@ TEST_F(ScriptedNetwork, ListedTypeAndProtocolMayDifferFromTheHints) {
     Winsock::freeaddrinfo(list);
 }
 
-TEST_F(ScriptedNetwork, HintsWithMoreThanFourNumbersFailTheTest) {
+TEST_F(ScriptedPlatformNetwork, HintsWithMoreThanFourNumbersFailTheTest) {
     static Winsock::AddressInfo hints{};
     hints.addressLength = 16;
     EXPECT_NONFATAL_FAILURE(
@@ -144,7 +144,7 @@ struct Names {
     }
 };
 
-TEST_F(ScriptedNetwork, AddressesAreNamedByTheirNumbers) {
+TEST_F(ScriptedPlatformNetwork, AddressesAreNamedByTheirNumbers) {
     Names names;
     EXPECT_EQ(names.Get(SocketAddressBytes("1.2.3.4", 4711)), 0);
     EXPECT_STREQ(names.host, "1.2.3.4");
@@ -158,7 +158,7 @@ TEST_F(ScriptedNetwork, AddressesAreNamedByTheirNumbers) {
     EXPECT_EQ(LastEventOf("getnameinfo").bytes, ipv6);
 }
 
-TEST_F(ScriptedNetwork, NamesComeAsScriptedOrNotAtAll) {
+TEST_F(ScriptedPlatformNetwork, NamesComeAsScriptedOrNotAtAll) {
     On::Getnameinfo().Returns("host", "http").Fails(11001).FailsReturning(11002, 10055);
     Names names;
     EXPECT_EQ(names.Get("ab"), 0);
@@ -175,7 +175,7 @@ TEST_F(ScriptedNetwork, NamesComeAsScriptedOrNotAtAll) {
     EXPECT_EQ(Transcript()[0], "getnameinfo(0x6162, 2, 8, 8, 10)");
 }
 
-TEST_F(ScriptedNetwork, DatagramIsTakenWhole) {
+TEST_F(ScriptedPlatformNetwork, DatagramIsTakenWhole) {
     On::Sendto().Passes().Fails(10065).Returns(1);
     const std::string ipv4 = SocketAddressBytes("10.0.0.1", 80);
     const std::string ipv6 = SocketAddressBytesIpv6("::1", 81, 0, 1);
@@ -190,7 +190,7 @@ TEST_F(ScriptedNetwork, DatagramIsTakenWhole) {
     EXPECT_EQ(LastEventOf("sendto").bytes, "abc");
 }
 
-TEST_F(ScriptedNetwork, DatagramComesWithItsSender) {
+TEST_F(ScriptedPlatformNetwork, DatagramComesWithItsSender) {
     On::Recvfrom().Delivers("hello", "10.0.0.9", 4711).DeliversFrom("", "raw").Fails(10040);
     char buffer[8] = {};
     Winsock::AddressStorage sender{};
@@ -209,7 +209,7 @@ TEST_F(ScriptedNetwork, DatagramComesWithItsSender) {
     EXPECT_EQ(LastEventOf("recvfrom").pointer, buffer);
 }
 
-TEST_F(ScriptedNetwork, SenderIsLeftAloneWhereNoneIsScripted) {
+TEST_F(ScriptedPlatformNetwork, SenderIsLeftAloneWhereNoneIsScripted) {
     On::Recvfrom().Delivers("hi").Returns(0);
     char buffer[8] = {};
     Winsock::AddressStorage sender{.family = 99, .bytes = {}};
@@ -221,13 +221,13 @@ TEST_F(ScriptedNetwork, SenderIsLeftAloneWhereNoneIsScripted) {
     EXPECT_EQ(length, 128);
 }
 
-TEST_F(ScriptedNetwork, ReceivingADatagramWithoutAnAnswerFailsTheTest) {
+TEST_F(ScriptedPlatformNetwork, ReceivingADatagramWithoutAnAnswerFailsTheTest) {
     char buffer[1];
     EXPECT_NONFATAL_FAILURE(Winsock::recvfrom(7, buffer, 1, 0, nullptr, nullptr),
                             "recvfrom has no answer left");
 }
 
-TEST_F(ScriptedNetwork, SelectLeavesWhatIsReady) {
+TEST_F(ScriptedPlatformNetwork, SelectLeavesWhatIsReady) {
     On::Select().Ready({1002}, {1001}).Returns(7, {}, {1003}).Fails(10022);
     Winsock::HandleSet read{.count = 2, .handles = {1001, 1002}};
     Winsock::HandleSet write{.count = 1, .handles = {1001}};
@@ -251,20 +251,20 @@ TEST_F(ScriptedNetwork, SelectLeavesWhatIsReady) {
     EXPECT_EQ(Events()[0].numbers, (std::vector<long long>{1003, 1001, 1002, 1001, 2, 0}));
 }
 
-TEST_F(ScriptedNetwork, ReadyHandleWithoutASetFailsTheTest) {
+TEST_F(ScriptedPlatformNetwork, ReadyHandleWithoutASetFailsTheTest) {
     On::Select().Ready({1001});
     EXPECT_NONFATAL_FAILURE(Winsock::select(0, nullptr, nullptr, nullptr, nullptr),
                             "select has no set for what is ready");
 }
 
-TEST_F(ScriptedNetwork, LongOptionsAreHexBytes) {
+TEST_F(ScriptedPlatformNetwork, LongOptionsAreHexBytes) {
     const std::string request = AddressBytes("239.1.2.3") + AddressBytes("0.0.0.0");
     EXPECT_EQ(Winsock::setsockopt(7, 0, 12, request.data(), 8), 0);
     EXPECT_EQ(Transcript(), Lines{"setsockopt(7, 0x0, 0xC, 0xEF01020300000000, 8)"});
     EXPECT_EQ(LastEventOf("setsockopt").bytes, request);
 }
 
-TEST_F(ScriptedNetwork, VersionIsToldToARecordOfItsSize) {
+TEST_F(ScriptedPlatformNetwork, VersionIsToldToARecordOfItsSize) {
     On::GetVersionExW().Passes().Returns(5).Fails(50);
     System::VersionRecord record{};
     record.size = sizeof record;
@@ -283,7 +283,7 @@ TEST_F(ScriptedNetwork, VersionIsToldToARecordOfItsSize) {
     EXPECT_EQ(Events()[0].bytes, std::string("\x14\x01", 2) + std::string(274, '\0'));
 }
 
-TEST_F(ScriptedNetwork, Ipv6TextsAreReadWhole) {
+TEST_F(ScriptedPlatformNetwork, Ipv6TextsAreReadWhole) {
     EXPECT_EQ(Ipv6AddressBytes("::"), std::string(16, '\0'));
     EXPECT_EQ(Ipv6AddressBytes("FF02::1"),
               std::string("\xFF\x02", 2) + std::string(13, '\0') + "\1");

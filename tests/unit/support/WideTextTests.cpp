@@ -143,7 +143,7 @@ TEST_F(WideTexts, EveryFailingAllocationIsReported) {
     });
 }
 
-TEST(LengthLimits, RoomUpToTheMaximumIsGranted) {
+TEST(WideTextLimits, RoomUpToTheMaximumIsGranted) {
     EXPECT_NO_THROW(VelBase::RequireRoom(0, 0, 0, VelBase::VectorTooLong));
     EXPECT_NO_THROW(VelBase::RequireRoom(0, 10, 10, VelBase::VectorTooLong));
     EXPECT_NO_THROW(VelBase::RequireRoom(9, 1, 10, VelBase::VectorTooLong));
@@ -151,7 +151,7 @@ TEST(LengthLimits, RoomUpToTheMaximumIsGranted) {
     EXPECT_NO_THROW(VelBase::RequireRoom(0, Endless, Endless, VelBase::VectorTooLong));
 }
 
-TEST(LengthLimits, OneMoreIsRefusedWithTheText) {
+TEST(WideTextLimits, OneMoreIsRefusedWithTheText) {
     using VelBase::RequireRoom;
     EXPECT_EQ(LengthErrorOf([] { RequireRoom(10, 1, 10, VelBase::VectorTooLong); }),
               "vector<T> too long");
@@ -161,7 +161,7 @@ TEST(LengthLimits, OneMoreIsRefusedWithTheText) {
               "string too long");
 }
 
-TEST(LengthLimits, SumsThatOverflowAreRefused) {
+TEST(WideTextLimits, SumsThatOverflowAreRefused) {
     using VelBase::RequireRoom;
     EXPECT_EQ(LengthErrorOf([] { RequireRoom(Endless, 1, Endless, VelBase::StringTooLong); }),
               "string too long");
