@@ -7,7 +7,7 @@ namespace {
 static_assert(sizeof(SRWLOCK) <= sizeof(System::Lock));
 static_assert(alignof(SRWLOCK) <= alignof(System::Lock));
 
-// A lock of zeros is what SRWLOCK_INIT makes.
+// SRWLOCK_INIT is all zeros.
 SRWLOCK* ExclusiveIn(System::Lock& lock) noexcept {
     return static_cast<SRWLOCK*>(static_cast<void*>(lock.storage));
 }

@@ -6,17 +6,17 @@
 
 namespace {
 
-// The longest path that the system knows.
+// The longest path that the system accepts.
 constexpr int LongestPath = 32768;
 
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr char LineFeed = '\n';
 
-// Everything for the user whom the process runs for, nothing for anybody else, and nothing from the
-// folder above. Held in place, because opening a log must not depend on memory.
+// Grants the user that the process runs as full access, and nobody else any, with nothing inherited
+// from the folder. Needs no heap memory, so that a log can be opened without any.
 class OwnerOnly {
 public:
-    // False with the reason in the thread's last error.
+    // Returns false with the reason in the thread's last error.
     bool Prepare() noexcept {
         constexpr SECURITY_DESCRIPTOR_CONTROL alone = SE_DACL_PROTECTED;
         return ReadUser() && ::InitializeAcl(&access_.list, sizeof access_, ACL_REVISION) &&
@@ -64,7 +64,7 @@ HANDLE OpenForAppending(const wchar_t* path, void* security) noexcept {
                          FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-// INVALID_HANDLE_VALUE on failure, with the reason in the thread's last error.
+// Returns INVALID_HANDLE_VALUE on failure, with the reason in the thread's last error.
 HANDLE OpenOwnersFile(const char* path) noexcept {
     wchar_t wide[LongestPath];
     OwnerOnly security;
@@ -74,7 +74,7 @@ HANDLE OpenOwnersFile(const char* path) noexcept {
     return ready ? OpenForAppending(wide, security.Descriptor()) : INVALID_HANDLE_VALUE;
 }
 
-// A line feed when it cannot be read.
+// Returns a line feed if it cannot be read.
 char LastByte(HANDLE file, long long size) noexcept {
     LARGE_INTEGER place = {};
     place.QuadPart = size - 1;
@@ -112,7 +112,8 @@ std::size_t System::WriteLogFile(LogFile file, const char* bytes, std::size_t co
     return taken;
 }
 
-// The handle is for appending alone, and the path may mean another file by now.
+// Opens the file again by its handle, which itself can only append; the path may name another file
+// by now.
 bool System::EndsWithinLine(LogFile file) noexcept {
     LARGE_INTEGER size = {};
     const HANDLE handle = HandleOf(file);

@@ -14,14 +14,14 @@ struct Registry::Key {
 
 namespace {
 
-// That a key or value is not there is an answer, not a failure.
+// A missing key or value is an answer, not a failure.
 unsigned int FailureOf(LSTATUS status) noexcept {
     const bool missing = status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND;
     return missing ? 0U : static_cast<unsigned int>(status);
 }
 
-// Hives count the system's predefined keys from 1. Null for any other number; what the system keeps
-// among them that is no tree of settings does not count.
+// Hives number the system's predefined keys from 1. Returns null for any other number, and for
+// predefined keys that are not trees of settings.
 HKEY RootKey(int hive) noexcept {
     switch (hive) {
         case 1:
@@ -47,8 +47,8 @@ Registry::Key* Open(HKEY parent, const unsigned short* path, unsigned int& error
     return status == ERROR_SUCCESS ? key.release() : nullptr;
 }
 
-// Texts of both kinds as they are stored, of any other kind an error. References to environment
-// variables stay references: the library reads none.
+// Returns string values of both types as they are stored; any other type is an error. References to
+// environment variables are not expanded: the library reads none.
 LSTATUS QueryText(HKEY key, const std::wstring& name, std::wstring& text) {
     constexpr DWORD flags = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND;
     auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
@@ -58,7 +58,7 @@ LSTATUS QueryText(HKEY key, const std::wstring& name, std::wstring& text) {
     return status;
 }
 
-// The value may grow between two queries.
+// The value may grow between the two queries.
 LSTATUS QueryWholeText(HKEY key, const std::wstring& name, std::wstring& text) {
     constexpr std::size_t usualLength = 256;
     text.resize(usualLength);

@@ -1,4 +1,4 @@
-// Winsock's calls, handed on as they are.
+// Passes Winsock's calls on unchanged.
 
 #include "Platform/Winsock.h"
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// The system's address type, which stands for all of them.
+// The system's generic address type.
 const sockaddr* SystemAddress(const void* address) noexcept {
     return static_cast<const sockaddr*>(address);
 }
@@ -17,12 +17,12 @@ sockaddr* SystemAddress(void* address) noexcept {
     return static_cast<sockaddr*>(address);
 }
 
-// The system's own entry, which has our layout.
+// The system's own entry, which has the same layout as ours.
 Winsock::HostEntry* OwnEntry(hostent* entry) noexcept {
     return static_cast<Winsock::HostEntry*>(static_cast<void*>(entry));
 }
 
-// The same of the system's other structures.
+// The same for the system's other structures.
 const addrinfo* SystemList(const Winsock::AddressInfo* list) noexcept {
     return static_cast<const addrinfo*>(static_cast<const void*>(list));
 }
@@ -35,7 +35,7 @@ addrinfo** SystemPlace(Winsock::AddressInfo** list) noexcept {
 fd_set* SystemSet(Winsock::HandleSet* set) noexcept {
     return static_cast<fd_set*>(static_cast<void*>(set));
 }
-// Some of the system's headers forget that select leaves it alone.
+// Some system headers lack the const: select does not change it.
 timeval* SystemTime(const Winsock::TimeValue* time) noexcept {
     return static_cast<timeval*>(static_cast<void*>(const_cast<Winsock::TimeValue*>(time)));
 }

@@ -18,7 +18,7 @@ struct LocalMemory {
 };
 using SystemOwnedText = std::unique_ptr<wchar_t, LocalMemory>;
 
-// What the system has to say about the number, with a line break at the end; null for nothing.
+// Returns the system's text for the number, which ends with a line break; null if there is none.
 SystemOwnedText SystemDescription(unsigned int error) {
     constexpr DWORD flags =
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
@@ -33,7 +33,7 @@ std::wstring WithoutTrailingSpace(std::wstring text) {
     return text;
 }
 
-// The system counts in int; a longer text could not be converted at once.
+// The system's type is int; a longer string could not be converted in one call.
 int LengthOf(std::size_t length) {
     if (length > INT_MAX) throw std::bad_alloc();
     return static_cast<int>(length);
@@ -93,7 +93,7 @@ std::string System::CodePageFromWide(const unsigned short* units, std::size_t co
     return text;
 }
 
-// There is no cancelling of threads here that would unwind their stacks.
+// Windows has no cancellation of threads that would unwind their stacks.
 int System::HoldCancellation() noexcept {
     return 0;
 }

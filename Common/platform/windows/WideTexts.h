@@ -1,5 +1,5 @@
-// Between the library's wide texts and the system's, which are of a type of their own and just as
-// wide.
+// Converts between the library's wide strings and the system's, which have another type of the same
+// width.
 #pragma once
 
 #include "Platform/System.h"

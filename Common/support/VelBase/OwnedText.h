@@ -1,4 +1,4 @@
-// What the two owners of a text have in common.
+// Shared by the two owners of strings.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace VelBase {
 template <class Unit>
 inline constexpr Unit EmptyText[1] = {};
 
-// A copy on the heap up to and including the first zero; null for a null or an empty text.
+// Returns a heap copy up to and including the first zero; null for a null or empty string.
 template <class Unit>
 Unit* CopyText(const Unit* text) {
     if (text == nullptr || *text == 0) return nullptr;

@@ -46,7 +46,7 @@ ReturnString WideCharToMultiByte(const unsigned short* text, bool) {
 }
 
 ReturnWString ToDecimalWString(int number) {
-    char digits[std::numeric_limits<int>::digits10 + 2];  // with a sign
+    char digits[std::numeric_limits<int>::digits10 + 2];  // with the sign
     const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     return WideText().AppendUtf8({digits, end}).ToReturnWString();
 }

@@ -31,7 +31,7 @@ WideText& WideText::Append(unsigned short unit) {
 }
 
 WideText& WideText::AppendUtf8(std::string_view text) {
-    // No text has more units in UTF-16 than it has bytes in UTF-8.
+    // UTF-16 never needs more units than UTF-8 needs bytes.
     RequireRoomFor(text.size());
     const std::size_t start = Length();
     units_.resize(units_.size() + text.size());

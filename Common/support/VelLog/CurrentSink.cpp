@@ -9,11 +9,11 @@
 namespace VelLog {
 namespace {
 
-// Held while the sink is in use or is changed; the pointer may be peeked at without it.
+// Held while the sink is used or replaced; the pointer may be read without it.
 constinit VelSynch::StaticMutex g_mutex;
 constinit std::atomic<LogSink*> g_sink = nullptr;
 
-// The thread inside a sink's Write holds the mutex.
+// Whether this thread is inside a sink's Write and so holds the mutex.
 constinit thread_local bool t_isInsideSink = false;
 
 class InsideSink {

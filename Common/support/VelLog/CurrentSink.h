@@ -5,11 +5,11 @@
 
 namespace VelLog {
 
-// Whether a record of the calling thread would go anywhere: a sink is set, and the thread is not
+// Whether a record of the calling thread would be written: a sink is set, and the thread is not
 // inside it.
 bool IsRecordWanted() noexcept;
 
-// Hands the record to the sink, if one is still set. What the sink throws passes on. Only where
+// Passes the record to the sink, if one is still set, and lets through what it throws. Call only if
 // IsRecordWanted.
 void WriteToSink(const LogRecord& record);
 

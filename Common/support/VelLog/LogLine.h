@@ -1,4 +1,4 @@
-// How the ready-made sinks write a record.
+// Writes a record for the ready-made sinks.
 #pragma once
 
 #include "Platform/System.h"
@@ -6,9 +6,11 @@
 
 namespace VelLog {
 
-// Writes the record as one line of UTF-8, in one piece: "<time, UTC> <router>/<category>: <text>".
-// A line that cannot be written is lost. One that the file took in part stays so, and the next one
-// begins with a line feed: isCut says whether the file ends within a line, and is kept true.
+// Writes the record as one line of UTF-8 with one call: "<time, UTC> <router>/<category>: <text>".
+//
+// A line that cannot be written is lost. If the file takes only a part, that part stays, and the
+// next line begins with a line feed: isCut holds whether the file ends within a line, and is
+// updated.
 void WriteLogLine(System::LogFile file, const LogRecord& record, bool& isCut);
 
 }  // namespace VelLog

@@ -11,8 +11,8 @@ namespace {
 
 constinit VelResource::MessageFormatter g_formatter;
 
-// Whatever rendering and the sink do, the caller finds its error numbers and an empty formatter,
-// and its thread is not cancelled within.
+// Whatever formatting and the sink do, the caller finds its error numbers unchanged and the
+// formatter empty, and its thread is not cancelled meanwhile.
 class CallerState {
 public:
     explicit CallerState(VelResource::MessageFormatter& formatter) noexcept
@@ -56,7 +56,7 @@ void LogMessage(Router& router, const char* format, VelResource::MessageFormatte
     try {
         WriteRecord(router, formatter.Format(format));
     } catch (...) {
-        // A record that cannot be written is lost; the operation that it tells of goes on.
+        // A record that cannot be written is lost; the operation it reports goes on.
     }
 }
 

@@ -9,8 +9,8 @@
 namespace VelLog {
 namespace {
 
-// What the host asked for. Kept in place and without allocation, so that switching cannot fail half
-// way and nothing is left to free when the module goes.
+// The switches that the host has set. In static storage without allocation, so that switching
+// cannot fail half way and nothing is left to free when the module is unloaded.
 struct Switch {
     static constexpr std::size_t MaximumLength = 63;
 
@@ -25,11 +25,11 @@ struct Switch {
 
 constexpr std::size_t MaximumSwitches = 64;
 
-constinit VelSynch::StaticMutex g_mutex;  // guards all that follows
+constinit VelSynch::StaticMutex g_mutex;  // guards everything below
 constinit Switch g_switches[MaximumSwitches] = {};
 constinit std::size_t g_switchCount = 0;
 
-// A router that the host can switch while it lives.
+// A router that the host can switch during its lifetime.
 class SwitchedRouter final : public Router {
 public:
     SwitchedRouter(const char* name, const char* category) noexcept;

@@ -14,8 +14,8 @@ struct ArgumentList {
     int count;
 };
 
-// Nothing is made when a thread starts and nothing ended when it stops, so records can be written
-// while a thread or the process comes to its end.
+// Nothing is constructed when a thread starts and nothing destroyed when it ends, so that records
+// can be written while a thread or the process exits.
 static_assert(std::is_trivially_destructible_v<ArgumentList>);
 constinit thread_local ArgumentList t_list = {};
 
@@ -24,7 +24,7 @@ void Add(const MessageArgument& argument) noexcept {
         t_list.arguments[t_list.count++] = argument;
 }
 
-// The digit of a place that has an argument is 1 to the number of arguments.
+// The digits that name an argument are 1 to the number of arguments.
 bool IsPlace(std::string_view text) noexcept {
     return text.size() > 1 && text[0] == '%' && text[1] >= '1' && text[1] - '1' < t_list.count;
 }
@@ -36,7 +36,7 @@ std::size_t FindPlace(std::string_view text) noexcept {
     return position;
 }
 
-// Most texts are the same in every code page.
+// Most strings are ASCII, which is the same in every code page.
 bool IsAscii(std::string_view text) noexcept {
     return std::all_of(text.begin(), text.end(),
                        [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });

@@ -26,8 +26,7 @@ void ReferenceCountedImpl<Count>::AddRef() const {
     ++count_;
 }
 
-// The count is looked at again after the hook: a reference that the hook took keeps the object
-// alive.
+// The count is read again after the hook: a reference that the hook took keeps the object alive.
 template <class Count>
 void ReferenceCountedImpl<Count>::Release() const {
     if (count_ == 1) ReferenceCountIsAboutToReachZero();

@@ -1,15 +1,15 @@
 // The seam to the system's sockets: the calls of Windows Sockets 2 that the library makes, under
 // their own names.
 //
-// Everything here speaks Winsock's language, whatever system is below: its families, levels,
-// options, error numbers and structure layouts. Constants and structures have names of their own,
-// because the systems' headers turn the usual ones into macros. Exactly one implementation is
-// linked: posix, windows, or the scripted one of the tests.
+// All numbers are Winsock's, whatever system is below: families, levels, options, error numbers and
+// structure layouts. Constants and structures have their own names, because the systems' headers
+// define the usual ones as macros. Exactly one implementation is linked: posix, windows, or the
+// scripted one of the tests.
 //
-// Failing calls return SocketError, InvalidSocket or null and leave the reason in WSAGetLastError
-// of the calling thread; succeeding calls leave 0 there. Socket calls of a process that has not
-// called WSAStartup fail with 10093. A handle that is no open socket fails with 10038. No call ever
-// fails because of a signal, and none raises one.
+// A failing call returns SocketError, InvalidSocket or null and sets the calling thread's last
+// error (WSAGetLastError); a successful one sets it to 0. Without WSAStartup, socket calls fail
+// with 10093. A handle that is not an open socket fails with 10038. No call fails because of a
+// signal, and none raises one.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ using Handle = unsigned long long;
 inline constexpr Handle InvalidSocket = ~0ULL;
 inline constexpr int SocketError = -1;
 inline constexpr unsigned int NoAddress =
-    0xFFFFFFFFU;  // what inet_addr answers to a text that is none
+    0xFFFFFFFFU;  // inet_addr's result for a string that is not an address
 
 inline constexpr int FamilyUnspecified = 0;
 inline constexpr int FamilyIpv4 = 2;
@@ -39,20 +39,19 @@ inline constexpr int OptionBroadcast = 0x20;
 inline constexpr int OptionSendTimeout = 0x1005;
 inline constexpr int OptionReceiveTimeout = 0x1006;
 
-// Joining and leaving a group have the same numbers at the levels of both families.
+// Joining and leaving a group have the same numbers at both families' levels.
 inline constexpr int OptionAddMembership = 12;
 inline constexpr int OptionDropMembership = 13;
 
 inline constexpr unsigned int CommandNonBlocking = 0x8004667EU;
 inline constexpr unsigned int CommandBytesAvailable = 0x4004667FU;
 
-// What getnameinfo is to answer with: numbers for the host, numbers for the service, and the
-// service as datagrams have it.
+// Flags of getnameinfo: numeric host, numeric service, and the service's name for datagrams.
 inline constexpr int NumericHost = 2;
 inline constexpr int NumericService = 8;
 inline constexpr int DatagramService = 16;
 
-// The error numbers that the library tests for by name. All others pass through it as numbers.
+// The error numbers that the library compares with. All others are only passed on.
 inline constexpr int ErrorWouldBlock = 10035;
 
 // An IPv4 socket address. The port is in network byte order: its first byte is the higher one.
@@ -72,13 +71,13 @@ struct alignas(4) AddressIpv6 {
     unsigned int scope;
 };
 
-// Room for a socket address of any family.
+// A buffer for a socket address of any family.
 struct alignas(8) AddressStorage {
     unsigned short family;
     unsigned char bytes[126];
 };
 
-// What WSAStartup tells about the system's sockets.
+// What WSAStartup reports about the system's sockets.
 struct StartupData {
     unsigned short version;
     unsigned short highestVersion;
@@ -89,8 +88,8 @@ struct StartupData {
     char systemStatus[129];
 };
 
-// A host: its official name, its other names, and its addresses, both lists ended by null. It
-// belongs to the calling thread's socket layer and holds until that thread's next name call.
+// A host: its official name, its aliases and its addresses; both lists end with null. Owned by the
+// calling thread's socket layer and valid until that thread's next name call.
 struct HostEntry {
     char* name;
     char** aliases;
@@ -99,8 +98,8 @@ struct HostEntry {
     char** addresses;
 };
 
-// One address of a list that getaddrinfo has made. As a hint, only flags, family, type and protocol
-// count.
+// One address of a list that getaddrinfo returns. In a hint only flags, family, type and protocol
+// are used.
 struct AddressInfo {
     int flags;
     int family;
@@ -112,7 +111,7 @@ struct AddressInfo {
     AddressInfo* next;
 };
 
-// Which group to join or leave, on which interface; an interface of zeroes is the default one.
+// The group to join or leave, and the interface; an interface of zeros is the default one.
 struct alignas(4) MembershipIpv4 {
     unsigned char group[4];
     unsigned char interfaceAddress[4];
@@ -122,7 +121,7 @@ struct alignas(4) MembershipIpv6 {
     unsigned int interfaceIndex;
 };
 
-// The handles that select watches, or found ready.
+// The handles that select waits for, or found ready.
 struct HandleSet {
     static constexpr unsigned int Room = 64;
 
@@ -130,7 +129,7 @@ struct HandleSet {
     Handle handles[Room];
 };
 
-// How long select waits at most.
+// The longest time that select waits.
 struct TimeValue {
     int seconds;
     int microseconds;
@@ -142,21 +141,21 @@ static_assert(sizeof(AddressIpv4) == 16 && sizeof(AddressIpv6) == 28 &&
               sizeof(AddressStorage) == 128);
 static_assert(sizeof(StartupData) == 408 && sizeof(HostEntry) == 32);
 
-// Starts Winsock for the process, or counts one start more. The requested version has the major
-// number in its low byte. Returns 0 or the error number; the last error is not set.
+// Starts Winsock for the process, or counts another start. The requested version has the major
+// number in its low byte. Returns 0 or the error number; does not set the last error.
 int WSAStartup(unsigned short version, StartupData* data);
 
-// Takes back one WSAStartup. The last one closes every socket that is still open.
+// Undoes one WSAStartup. The last one closes all sockets that are still open.
 int WSACleanup();
 
-// The number of the calling thread's last failure.
+// Returns the calling thread's last error.
 int WSAGetLastError() noexcept;
 
 Handle socket(int family, int type, int protocol);
 int closesocket(Handle handle);
 
-// Address lengths are in bytes; a longer length than the family needs is accepted, a shorter one is
-// not.
+// Address lengths are in bytes. A length above that of the family's address is accepted, one below
+// is refused.
 int bind(Handle handle, const void* address, int length);
 int listen(Handle handle, int backlog);
 int connect(Handle handle, const void* address, int length);
@@ -164,23 +163,23 @@ Handle accept(Handle handle, void* address, int* length);
 int getsockname(Handle handle, void* address, int* length);
 int getpeername(Handle handle, void* address, int* length);
 
-// One transfer each; lengths and results in bytes.
+// Transfer bytes once; lengths and results are in bytes.
 int send(Handle handle, const char* buffer, int length, int flags);
 int recv(Handle handle, char* buffer, int length, int flags);
 
-// One datagram each. What a call has no room for is lost, and the call fails with 10040. recvfrom
-// on a connected stream leaves the address and its length alone.
+// Transfer one datagram. A datagram that is longer than the buffer is cut off, and the call fails
+// with 10040. On a connected stream recvfrom does not write the address and its length.
 int sendto(Handle handle, const char* buffer, int length, int flags, const void* address,
            int addressLength);
 int recvfrom(Handle handle, char* buffer, int length, int flags, void* address, int* addressLength);
 
-// Waits until a handle is ready or the time is over; a null time waits for ever. Returns how many
-// handles are ready and leaves those in the sets, in their order. Null sets count as empty; the
-// first argument is ignored.
+// Waits until a handle is ready or the time has elapsed, without limit if the time is null. Returns
+// how many handles are ready and leaves these in the sets, in their order. A null set counts as
+// empty; the first argument is ignored.
 int select(int ignored, HandleSet* read, HandleSet* write, HandleSet* except,
            const TimeValue* timeout);
 
-// Time-outs are 4-byte values in milliseconds, 0 for none.
+// Timeouts are 4-byte values in milliseconds; 0 means no limit.
 int setsockopt(Handle handle, int level, int option, const char* value, int length);
 int ioctlsocket(Handle handle, unsigned int command, unsigned int* argument);
 
@@ -188,20 +187,20 @@ HostEntry* gethostbyname(const char* name);
 HostEntry* gethostbyaddr(const char* address, int length, int family);
 int gethostname(char* name, int length);
 
-// The addresses of a host and service, both given as names or numbers; the caller gives the list
-// back. Fails by returning the error number, which is the last error as well, and stores null.
+// Resolves a host and a service, each given as a name or a number; the caller frees the list. On
+// failure returns the error number, which is also the last error, and stores null.
 int getaddrinfo(const char* host, const char* service, const AddressInfo* hints,
                 AddressInfo** result);
 void freeaddrinfo(AddressInfo* list);
 
-// The texts of an address; returns 0 or the error number, which is the last error as well. Rooms in
-// bytes, terminators included.
+// Returns the host and service strings of an address. The result is 0 or the error number, which is
+// also the last error. Buffer sizes are in bytes and include the terminator.
 int getnameinfo(const void* address, int addressLength, char* host, unsigned int hostRoom,
                 char* service, unsigned int serviceRoom, int flags);
 
-// The address of a dotted text as it stands in memory, first number at the lowest address;
-// NoAddress for a text that is none. Needs no WSAStartup and leaves the last error alone, except
-// for null.
+// Returns the address of a dotted string as it stands in memory, first number at the lowest
+// address, or NoAddress for any other string. Needs no WSAStartup; leaves the last error unchanged,
+// except for null.
 unsigned int inet_addr(const char* text);
 
 }  // namespace Winsock

@@ -1,20 +1,20 @@
-// The owner in which the library itself keeps a counted object.
+// The smart pointer that the library itself uses for reference-counted objects.
 #pragma once
 
 #include "VelBase/ReturnPtrI.h"
 
 namespace VelBase {
 
-// Holds one reference, or nothing. Neither copied nor moved: it stays where it was made.
+// Owns one reference, or is empty. Neither copied nor moved.
 template <class T>
 class InterfaceHolder {
 public:
-    // Takes a reference of its own.
+    // Takes a new reference (AddRef).
     explicit InterfaceHolder(T* object) : object_(object) {
         if (object_ != nullptr) object_->AddRef();
     }
 
-    // Takes over the reference that was handed out.
+    // Takes over the owner's reference.
     explicit InterfaceHolder(ReturnPtrI<T>&& handedOut) noexcept : object_(handedOut.Take()) {}
 
     InterfaceHolder(const InterfaceHolder&) = delete;
@@ -22,8 +22,8 @@ public:
 
     ~InterfaceHolder() { Reset(); }
 
-    // Forgets the object first, then releases it: whoever looks here from the object's destructor
-    // finds nothing.
+    // Clears the pointer before it releases the object, since the object's destructor may look at
+    // it and must find it empty.
     void Reset() {
         T* const released = object_;
         object_ = nullptr;

@@ -1,4 +1,4 @@
-// The one place where a container that would grow too long is refused.
+// Refuses to let a container grow too long.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,8 @@ inline constexpr char ListTooLong[] = "list<T> too long";
 inline constexpr char VectorTooLong[] = "vector<T> too long";
 inline constexpr char StringTooLong[] = "string too long";
 
-// Throws std::length_error with the text when length and more together pass the maximum. The text
-// is the same on every system, whatever the standard library at hand would say.
+// Throws std::length_error with the text if length plus more exceeds the maximum. The text is the
+// same on every system, whatever the standard library would say.
 void RequireRoom(std::size_t length, std::size_t more, std::size_t maximum, const char* text);
 
 }  // namespace VelBase

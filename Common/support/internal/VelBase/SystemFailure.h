@@ -1,4 +1,4 @@
-// Messages for what the operating system refused.
+// Composes messages for failures of the operating system.
 #pragma once
 
 #include "VelBase/Message.h"
@@ -6,7 +6,8 @@
 
 namespace VelBase {
 
-// "<what failed>: <the system's text for the error>", with the error as the identifier.
+// Returns "<what failed>: <the system's text for the error>", with the error number as the
+// identifier.
 Message DescribeSystemFailure(const WideText& whatFailed, unsigned int error);
 
 }  // namespace VelBase

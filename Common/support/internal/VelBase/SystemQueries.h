@@ -1,14 +1,14 @@
-// The few questions that the library asks of the machine.
+// The few things that the library asks the system for.
 #pragma once
 
 #include "VelBase/ReturnWString.h"
 
 namespace VelBase {
 
-// The local computer's name.
+// Returns the local host's name.
 ReturnWString GetComputerName();
 
-// The operating system's text for one of its error numbers.
+// Returns the system's text for one of its error numbers.
 ReturnWString GetSystemErrorDescription(unsigned int error);
 
 // Suspends the calling thread.

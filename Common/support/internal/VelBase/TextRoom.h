@@ -1,4 +1,4 @@
-// Room for a narrow text that is yet to come.
+// A buffer for a narrow string whose contents are not known yet.
 #pragma once
 
 #include "VelBase/ReturnString.h"
@@ -7,17 +7,17 @@
 
 namespace VelBase {
 
-// Takes the memory of a text before the text is known, so that handing it over cannot fail.
+// Allocates the memory before the contents are known, so that returning the string cannot fail.
 class TextRoom {
 public:
-    // So many bytes, the terminator included. Throws std::bad_alloc.
+    // The size is in bytes and includes the terminator. Throws std::bad_alloc.
     explicit TextRoom(std::size_t size);
 
-    // Where the text belongs; an empty one to begin with.
+    // Returns the buffer, which holds an empty string at first.
     char* Begin() noexcept { return text_.text_; }
 
-    // The text that was put there: a copy without the room that it left, or where there is no
-    // memory for one the room itself, which is gone then.
+    // Returns the string in the buffer: a copy without the unused rest or, if there is no memory
+    // for a copy, the buffer itself, which this object then no longer has.
     ReturnString HandOver() noexcept;
 
 private:

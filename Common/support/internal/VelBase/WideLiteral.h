@@ -1,4 +1,4 @@
-// Wide texts written as literals.
+// Literals of wide strings.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ struct WideLiteral {
     }
 };
 
-// "text"_wide is a pointer to the zero-terminated wide text in static storage.
+// "text"_wide is a pointer to a zero-terminated wide string in static storage.
 template <WideLiteral Literal>
 consteval const unsigned short* operator""_wide() noexcept {
     return Literal.units;

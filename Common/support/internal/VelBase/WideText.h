@@ -1,4 +1,4 @@
-// The one builder of wide texts.
+// The builder of wide strings.
 #pragma once
 
 #include "VelBase/ReturnWString.h"
@@ -9,18 +9,18 @@
 
 namespace VelBase {
 
-// A growing text of 16-bit units, zero-terminated at all times. Used by one thread at a time.
-// Growing throws std::bad_alloc, and std::length_error "string too long" past the longest possible
-// text.
+// A growing string of 16-bit units, zero-terminated at all times. Belongs to one thread at a time.
+//
+// Growing throws std::bad_alloc, and std::length_error "string too long" if no string can be that
+// long.
 class WideText {
 public:
     WideText();
 
-    // Makes room for so many units at once.
+    // Reserves memory for that many units.
     void Reserve(std::size_t units);
 
-    // Each returns the text itself. A null text appends nothing. The units must not be the text's
-    // own.
+    // Each returns the object itself. Null appends nothing. The units must not be the object's own.
     WideText& Append(const unsigned short* text);
     WideText& Append(const unsigned short* units, std::size_t count);
     WideText& Append(const std::vector<unsigned short>& units) {
@@ -28,14 +28,14 @@ public:
     }
     WideText& Append(const ReturnWString& text) { return Append(text.c_str()); }
     WideText& Append(unsigned short unit);
-    // UTF-8; each maximal broken part becomes U+FFFD.
+    // Takes UTF-8; each maximal invalid part becomes U+FFFD.
     WideText& AppendUtf8(std::string_view text);
 
-    // Without the terminator.
+    // Does not count the terminator.
     std::size_t Length() const noexcept { return units_.size() - 1; }
     const unsigned short* Units() const noexcept { return units_.data(); }
 
-    // The text as its reader will see it: up to the first zero unit, wherever that stands.
+    // Returns the text as a reader sees it: up to the first zero unit, wherever that is.
     ReturnWString ToReturnWString() const { return ReturnWString(Units()); }
 
 private:
@@ -44,7 +44,7 @@ private:
     std::vector<unsigned short> units_;  // with the terminator
 };
 
-// The number of units before the terminator; 0 for null.
+// Returns the number of units before the terminator; 0 for null.
 std::size_t WideLength(const unsigned short* text) noexcept;
 
 }  // namespace VelBase

@@ -3,8 +3,8 @@
 
 namespace VelRegistry {
 
-// The constructor brings the library up, the destructor takes it down. The registry library holds
-// nothing that would have to be made or ended, so all that an object does today is mark that span.
+// The constructor starts the library, the destructor stops it. The library has no state yet that
+// needs either, so an object only marks the span.
 class Initializer {
 public:
     Initializer();

@@ -1,4 +1,4 @@
-// The machine's settings, read key by key.
+// The local host's settings, read key by key.
 #pragma once
 
 #include "VelBase/ReturnWString.h"
@@ -12,19 +12,21 @@ struct Key;
 
 namespace VelRegistry {
 
-// Ends a key of the platform with its owner.
+// Closes a key of the platform at the end of its owner's life.
 struct SystemKeyClose {
     void operator()(Registry::Key* key) const noexcept;
 };
 using SystemKeyOwner = std::unique_ptr<Registry::Key, SystemKeyClose>;
 
-// The hives that paths start from. Any other number may be passed and names the system's own root,
-// if it has such a one; else there are no keys.
+// The root keys (hives). Any other number may be passed; it stands for the system's own root of
+// that number, or for one without keys.
 enum RootHives : int { ROOT_LOCAL_MACHINE = 3 };
 
-// An open key, owned by whoever opened it and ended with its Release; KeyRelease below does that at
-// the end of a scope. Every operation throws KeyException when the system cannot answer; that
-// something is simply not there is an answer.
+// An open key, owned by whoever opened it and closed with Release; KeyOwner below does that at the
+// end of a scope.
+//
+// Every operation throws KeyException if the system cannot answer. That something does not exist is
+// an answer.
 class Key {
 public:
     // Whether there is a sub-key of this name.
@@ -33,20 +35,20 @@ public:
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
 
-    // The sub-key, owned by the caller, or null when there is none. The flag has no effect; callers
+    // Returns the sub-key, owned by the caller, or null if there is none. The flag has no effect;
     // pass false.
     Key* OpenSubKey(const unsigned short* name, bool flag) const;
 
     // Whether there is a value of this name.
     bool HasValue(const unsigned short* name) const;
 
-    // The value's text; the empty text when there is no such value.
+    // Returns the value's text; empty if there is no such value.
     VelBase::ReturnWString ReadText(const unsigned short* name) const;
 
-    // The names of the sub-keys. The caller deletes the list after use.
+    // Returns the names of the sub-keys. The caller deletes the list.
     KeyList* ListSubKeys() const;
 
-    // Ends the key: the object is gone afterwards.
+    // Closes the key and deletes the object.
     void Release() noexcept;
 
 private:
@@ -62,11 +64,11 @@ private:
     VelBase::ReturnWString path_;  // for failure texts
 };
 
-// The key at the path, owned by the caller, or null when there is none. The flag has no effect;
-// callers pass false. Throws KeyException.
+// Returns the key at the path, owned by the caller, or null if there is none. The flag has no
+// effect; pass false. Throws KeyException.
 Key* OpenKeyFromRoot(RootHives root, const unsigned short* path, bool flag);
 
-// Ends a key at the end of a scope.
+// Closes a key at the end of a scope.
 struct KeyRelease {
     void operator()(Key* key) const noexcept { key->Release(); }
 };

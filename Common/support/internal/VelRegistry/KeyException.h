@@ -5,8 +5,8 @@
 
 namespace VelRegistry {
 
-// Thrown by value. Its text names what was asked of which key, and the system's reason; its
-// identifier is the system's error number. A handler for VelBase::Message& catches it too.
+// Thrown by value. The text names the operation, the key and the system's reason; the identifier is
+// the system's error number. A handler for VelBase::Message& catches it too.
 class KeyException : public VelBase::ExceptionImpl<VelBase::Message> {
 public:
     explicit KeyException(const VelBase::Message& message);

@@ -1,11 +1,11 @@
-// Puts arguments into the places of a message format.
+// Inserts arguments into a message format.
 #pragma once
 
 #include "VelBase/WideText.h"
 
 namespace VelResource {
 
-// One argument as it was fed. Texts are borrowed: they must live until the message is written.
+// One argument. Strings are not copied: they must live until the message has been written.
 struct MessageArgument {
     enum class Kind { WideText, NarrowText, Integer };
 
@@ -15,29 +15,29 @@ struct MessageArgument {
     int integer;
 };
 
-// The process has one formatter; the arguments that it holds are the calling thread's own, so
-// threads do not see each other's. Feeding allocates nothing, except a thread's list on its first
-// use where the compiler emulates thread storage (mingw-w64).
+// The process has one formatter, but each thread has its own list of arguments in it. Adding an
+// argument does not allocate, except for a thread's list on its first use where the compiler
+// emulates thread-local storage (mingw-w64).
 class MessageFormatter {
 public:
     static constexpr int MaximumArguments = 9;
 
-    // Each takes the next argument, %1 first, and returns the formatter itself. A tenth argument
-    // has no place in any format and is dropped.
+    // Each adds the next argument, %1 first, and returns the formatter. A tenth argument is
+    // dropped, since no format can name it.
     MessageFormatter& AddWideText(const unsigned short* text) noexcept;
-    MessageFormatter& AddNarrowText(const char* text) noexcept;  // in the code page
+    MessageFormatter& AddNarrowText(const char* text) noexcept;  // in the system's code page
     MessageFormatter& AddInteger(int number) noexcept;
 
-    // Forgets the calling thread's arguments.
+    // Clears the calling thread's arguments.
     void Clear() noexcept;
 
     int ArgumentCount() const noexcept;
-    // The argument at a position from 0 to ArgumentCount() - 1.
+    // Returns the argument at a position from 0 to ArgumentCount() - 1.
     const MessageArgument& Argument(int position) const noexcept;
 
-    // The format (UTF-8) with %1 to %9 replaced by the arguments in one pass: what an argument
-    // contains is not looked at again. A place without an argument, and a % before anything else,
-    // stand as they are.
+    // Returns the format (UTF-8) with %1 to %9 replaced by the arguments in one pass: placeholders
+    // inside an argument are not replaced. A placeholder without an argument, and a % before any
+    // other character, are kept.
     VelBase::WideText Format(const char* format) const;
 };
 

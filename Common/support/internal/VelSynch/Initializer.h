@@ -1,11 +1,10 @@
-// Keeps the synchronisation library up.
+// Keeps the synchronization library up.
 #pragma once
 
 namespace VelSynch {
 
-// The constructor brings the library up, the destructor takes it down. The synchronisation library
-// holds nothing that would have to be made or ended, so all that an object does today is mark that
-// span.
+// The constructor starts the library, the destructor stops it. The library has no state yet that
+// needs either, so an object only marks the span.
 class Initializer {
 public:
     Initializer();

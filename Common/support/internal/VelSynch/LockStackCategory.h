@@ -1,9 +1,9 @@
-// The place of a library's locks in the product's lock order.
+// The position of a library's locks in the product's lock order.
 #pragma once
 
 namespace VelSynch {
 
-// Any 32-bit value may be passed; the socket library has one place for all of its routers.
+// Any 32-bit value may be passed; the socket library uses one for all of its routers.
 enum EnumOrrinLockStackCategory : int { LOCK_STACK_CATEGORY_NETWORK = -3 };
 
 }  // namespace VelSynch

@@ -5,9 +5,9 @@
 
 namespace VelSynch {
 
-// Made at compile time and never ended, so that it can be used before the first dynamic initialiser
-// and after the last destructor of the process; std::mutex promises only the former, and on Windows
-// keeps neither. Not recursive. For use with std::lock_guard.
+// Constant-initialized and never destroyed, so that it can be used before the first dynamic
+// initializer and after the last destructor of the process; std::mutex promises only the former,
+// and on Windows keeps neither. Not recursive. For use with std::lock_guard.
 class StaticMutex {
 public:
     constexpr StaticMutex() noexcept = default;
