@@ -17,8 +17,8 @@ struct ErrorPair {
     int winsock;
 };
 
-// Where several numbers of the system become one of Winsock's, the first is the one to describe it
-// by.
+// Where several of the system's numbers have the same Winsock number, the first one provides its
+// description.
 constexpr ErrorPair Errors[] = {
     {EINTR, WinsockError::Interrupted},
     {EBADF, 10009},
@@ -74,7 +74,7 @@ constexpr ErrorPair Errors[] = {
     {EREMOTE, WinsockError::Remote},
 };
 
-// A number that the system reports for one reason must not be given two meanings.
+// No system number may be listed twice, with two meanings.
 constexpr bool EachSystemErrorOnce() {
     for (const auto* pair = std::begin(Errors); pair != std::end(Errors); ++pair) {
         const auto same = [pair](const ErrorPair& other) { return other.system == pair->system; };
@@ -96,7 +96,7 @@ int FailFromErrno() noexcept {
 }
 
 int WinsockFromErrno(int error) noexcept {
-    // A descriptor that turns out to be none is, to the caller, a handle that is no socket.
+    // To the caller, an invalid descriptor is a handle that is not a socket.
     if (error == EBADF) return WinsockError::NotSocket;
     const auto matches = [error](const ErrorPair& pair) { return pair.system == error; };
     const auto* found = std::find_if(std::begin(Errors), std::end(Errors), matches);

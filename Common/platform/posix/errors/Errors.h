@@ -1,4 +1,4 @@
-// The thread's last Winsock error, and the ways from the system's error numbers to Winsock's.
+// The thread's last Winsock error, and the translation of the system's error numbers to Winsock's.
 #pragma once
 
 #include "Platform/Winsock.h"
@@ -6,28 +6,28 @@
 
 namespace Posix {
 
-// Read and written by every transfer: the initial-exec model makes that one instruction. It needs
-// the module's thread storage to be small, so nothing else in the module may be thread_local and
-// large.
+// Every transfer reads and writes it, and with the initial-exec model that takes one instruction.
+// That model needs the module's thread-local storage to be small, so nothing else in the module may
+// be thread_local and large.
 [[gnu::visibility("hidden"),
   gnu::tls_model("initial-exec")]] extern constinit thread_local int lastError;
 
-// The result of a successful call.
+// Returns result, the result of a successful call, and clears the last error.
 inline int Succeed(int result = 0) noexcept {
     lastError = 0;
     return result;
 }
 
-// The result of a failed call.
+// Returns the result of a failed call and sets the last error.
 [[gnu::cold]] int Fail(int winsockError) noexcept;
 
-// The same with the number that stands for errno.
+// The same with the number for errno.
 [[gnu::cold]] int FailFromErrno() noexcept;
 
 int WinsockFromErrno(int error) noexcept;
 int WinsockFromResolver(int resolverError) noexcept;
 
-// The system's number that a Winsock number stands for; 0 for those that the system does not know.
+// Returns the system's number for one of Winsock's, or 0 if the system has none.
 int ErrnoFromWinsock(int winsockError) noexcept;
 
 }  // namespace Posix

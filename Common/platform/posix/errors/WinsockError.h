@@ -1,4 +1,4 @@
-// The Winsock error numbers that this side of the seam answers with by name.
+// The Winsock error numbers that the POSIX floor uses by name.
 #pragma once
 
 namespace WinsockError {

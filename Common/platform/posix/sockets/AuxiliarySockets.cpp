@@ -19,7 +19,8 @@ namespace {
 
 // --- The poll set
 
-// What arrives is stamped, so that the queues can be read in the order of arrival.
+// Datagrams get a time stamp (SO_TIMESTAMPNS), so that the queues can be read in the order of
+// arrival.
 bool Merge(const Descriptor& pollSet, int descriptor) {
     if (!SetBooleanOption(descriptor, SOL_SOCKET, SO_TIMESTAMPNS, true)) return false;
     epoll_event event = {.events = EPOLLIN, .data = {.fd = descriptor}};
@@ -37,7 +38,7 @@ bool HavePollSet(const Socket& socket, Reception& reception) {
 
 // --- Opening
 
-// None with errno when it cannot be had.
+// Returns an empty owner with errno on failure.
 Descriptor OpenAuxiliary(const Socket& socket, Reception& reception) {
     if (!HavePollSet(socket, reception)) return {};
     Descriptor made(MoveAboveStandardStreams(MakeDescriptor(socket.Has(Flag::Ipv6), true)));
@@ -46,7 +47,7 @@ Descriptor OpenAuxiliary(const Socket& socket, Reception& reception) {
     return complete ? std::move(made) : Descriptor();
 }
 
-// Has room for it made where it goes when it is bound, too.
+// Also reserves memory in the list that it moves to when it is bound.
 void Keep(Reception& reception, AuxiliarySocket opened, AuxiliarySockets& all) {
     reception.auxiliaries.reserve(reception.auxiliaries.size() + all.size() + 1);
     all.push_back(std::move(opened));
@@ -60,7 +61,7 @@ int OpenForBroadcast(const Socket& socket, Reception& reception, const Destinati
     return 0;
 }
 
-// An IPv6 group is joined on one interface, but the kernel would deliver what comes by any.
+// An IPv6 group is joined on one interface, but the kernel would deliver its datagrams from any.
 Destination JoinedDestination(int descriptor, const GroupRequest& request) {
     Destination group = {GroupOf(request), 0};
     if (request.level == IPPROTO_IP) return group;
@@ -78,7 +79,7 @@ const AuxiliarySocket* FindAuxiliary(const AuxiliarySockets& auxiliaries,
     return found == auxiliaries.end() ? nullptr : &*found;
 }
 
-// A group that has an auxiliary already is joined by that one.
+// A group that has an auxiliary socket already is joined with that one.
 int OpenForGroup(const Socket& socket, Reception& reception, const GroupRequest& request,
                  AuxiliarySockets& opened) {
     Descriptor made = OpenAuxiliary(socket, reception);
@@ -118,7 +119,8 @@ bool BindTo(const AuxiliarySocket& auxiliary, std::uint16_t port) {
     return ::bind(auxiliary.descriptor.Number(), &address.any, length) == 0;
 }
 
-// A program that keeps a broadcast address to itself does not keep others from their own address.
+// If another program has the broadcast address to itself, binding to one's own address must still
+// succeed.
 int BindAuxiliary(Reception& reception, AuxiliarySocket& auxiliary, std::uint16_t port,
                   const KernelAddress* peer) {
     if (!Filter(auxiliary, peer)) return WinsockFromErrno(errno);
@@ -140,14 +142,15 @@ int BindAll(const Socket& socket, Reception& reception, AuxiliarySockets& opened
     return 0;
 }
 
-// The auxiliaries have joined what the socket had.
+// Leaves the groups, which the auxiliary sockets have joined.
 void LeaveAllItself(const Socket& socket, Reception& reception) {
     for (const GroupRequest& request : reception.joinedItself)
         LeaveGroup(socket.descriptor, request);
     reception.joinedItself.clear();
 }
 
-// A socket that was bound to all addresses has one of its own as long as it has a peer.
+// While it has a peer, a socket that was bound to all addresses is bound to one, and its groups
+// need auxiliary sockets.
 int MoveGroups(const Socket& socket, Reception& reception, const KernelAddress& peer) {
     AuxiliarySockets opened;
     if (const int error = OpenForGroups(socket, reception, opened)) return error;
@@ -156,7 +159,7 @@ int MoveGroups(const Socket& socket, Reception& reception, const KernelAddress& 
     return 0;
 }
 
-// Whether a socket that is bound to the address receives everything itself.
+// Whether a socket that is bound to this address receives everything itself.
 bool NeedsNoAuxiliaries(const Socket& socket, const KernelAddress& address) {
     return !socket.Has(Flag::Datagram) || IsWildcard(address);
 }

@@ -15,13 +15,13 @@ namespace {
 
 using namespace Posix;
 
-// The kernel reports every refusal alike. Where it was to choose the port, all are in use.
+// The kernel reports all refusals as EADDRINUSE. If it was to choose the port, all are in use.
 int BindError(const Socket& socket, const KernelAddress& address) {
     const bool askedForReuse = socket.Has(Flag::Reuse) && PortOf(address) != 0;
     return errno == EADDRINUSE && askedForReuse ? WinsockError::Access : WinsockFromErrno(errno);
 }
 
-// The kernel would bind to what is sent to many, as if it were an address of this machine.
+// The kernel would bind to a group or broadcast address as if it were local.
 bool IsUnbindable(const KernelAddress& address) {
     if (address.any.sa_family == AF_INET6) return IN6_IS_ADDR_MULTICAST(&address.ipv6.sin6_addr);
     const in_addr_t ipv4 = ntohl(address.ipv4.sin_addr.s_addr);

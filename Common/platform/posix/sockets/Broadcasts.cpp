@@ -13,7 +13,7 @@ in_addr_t AddressOf(const ifreq& interface) {
     return reinterpret_cast<const sockaddr_in&>(interface.ifr_addr).sin_addr.s_addr;
 }
 
-// The interfaces' names and IPv4 addresses. This way of asking needs no descriptor of its own.
+// The interfaces' names and IPv4 addresses. SIOCGIFCONF needs no descriptor of its own.
 std::vector<ifreq> InterfaceAddresses(int descriptor) {
     ifconf list = {};
     if (::ioctl(descriptor, SIOCGIFCONF, &list) < 0) return {};
@@ -24,7 +24,7 @@ std::vector<ifreq> InterfaceAddresses(int descriptor) {
     return interfaces;
 }
 
-// 0 when the interface does not broadcast, or is gone.
+// Returns 0 if the interface does not broadcast, or has disappeared.
 unsigned int IndexIfBroadcasting(int descriptor, ifreq interface) {
     if (::ioctl(descriptor, SIOCGIFFLAGS, &interface) < 0) return 0;
     if ((interface.ifr_flags & IFF_BROADCAST) == 0) return 0;

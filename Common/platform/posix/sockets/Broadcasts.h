@@ -1,4 +1,4 @@
-// Which broadcasts concern an address.
+// The broadcast addresses that belong to a local address.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -7,15 +7,15 @@
 
 namespace Posix {
 
-// An address that others send to, by one interface or, where that is 0, by any.
+// An address that others send to, on one interface, or on any if that is 0.
 struct Destination {
     KernelAddress address;
     unsigned int interface;
 };
 
-// Those that come in by the interface that has the IPv4 address: the one to everybody and the one
-// to the address's network. None for the loopback interface and others that do not broadcast. The
-// descriptor is a socket's, of whatever kind; may throw std::bad_alloc.
+// Returns those of the interface that has the IPv4 address: the broadcast to everybody and the one
+// to the address's network; none for the loopback interface and others that do not broadcast. The
+// descriptor is any socket's. May throw std::bad_alloc.
 std::vector<Destination> BroadcastsAt(int descriptor, const KernelAddress& address);
 
 }  // namespace Posix

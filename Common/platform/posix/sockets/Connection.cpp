@@ -8,7 +8,7 @@
 #include "sockets/StreamConnect.h"
 
 void Posix::MarkConnected(const Socket& socket) noexcept {
-    // Set before cleared, so that no other thread finds the socket with neither.
+    // Set before Connecting is cleared, so that no other thread sees the socket with neither flag.
     socket.entry->Set(Flag::Connected | Flag::Bound);
     socket.entry->Clear(Flag::Connecting);
 }

@@ -5,7 +5,7 @@
 
 namespace Posix {
 
-// Also notices the outcome of a connect call that had to be left unfinished.
+// Also updates the outcome of a connect call that was left unfinished.
 bool IsConnected(const Socket& socket) noexcept;
 
 void MarkConnected(const Socket& socket) noexcept;

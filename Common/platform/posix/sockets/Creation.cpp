@@ -24,7 +24,7 @@ int ProtocolOfType(int type) {
     return type == Winsock::TypeDatagram ? Winsock::ProtocolUdp : Winsock::ProtocolTcp;
 }
 
-// The order of the tests decides which of several mistakes is reported.
+// The order of the checks decides which of several errors is reported.
 int CreationError(int family, int type, int protocol) {
     if (family == 0 && protocol == 0) return WinsockError::Invalid;
     if (type != Winsock::TypeStream && type != Winsock::TypeDatagram) {
@@ -37,7 +37,7 @@ int CreationError(int family, int type, int protocol) {
     return fits ? 0 : WinsockError::ProtocolNotSupported;
 }
 
-// An option of a family's sockets, or of its datagram sockets alone.
+// A socket option for all sockets of a family, or for its datagram sockets only.
 struct Default {
     bool datagramsOnly;
     int level;
@@ -45,17 +45,17 @@ struct Default {
     int value;
 };
 
-// What Winsock has otherwise than the kernel.
+// The options in which Winsock's defaults differ from the kernel's.
 constexpr Default Defaults[] = {
-    // IPv6 sockets do not take IPv4 traffic.
+    // IPv6 sockets do not accept IPv4 traffic.
     {false, IPPROTO_IPV6, IPV6_V6ONLY, 1},
-    // Datagram sockets are told of unreachable peers.
+    // Datagram sockets learn of unreachable peers.
     {true, IPPROTO_IP, IP_RECVERR, 1},
     {true, IPPROTO_IPV6, IPV6_RECVERR, 1},
-    // They receive from those groups only that they have joined themselves.
+    // They receive only from groups that they have joined themselves.
     {true, IPPROTO_IP, IP_MULTICAST_ALL, 0},
     {true, IPPROTO_IPV6, IPV6_MULTICAST_ALL, 0},
-    // Routers may divide what is too long for a link. Those of IPv6 never do.
+    // Routers may fragment packets that are too long for a link. IPv6 routers never do.
     {true, IPPROTO_IP, IP_MTU_DISCOVER, IP_PMTUDISC_DONT},
 };
 
@@ -63,7 +63,7 @@ bool Applies(const Default& given, bool ipv6, bool datagram) {
     return (given.level == IPPROTO_IPV6) == ipv6 && (datagram || !given.datagramsOnly);
 }
 
-// False with errno when the kernel refuses one of them.
+// Returns false with errno if the kernel refuses one of them.
 bool GiveDefaults(int descriptor, bool ipv6, bool datagram) {
     return std::all_of(std::begin(Defaults), std::end(Defaults), [&](const Default& given) {
         const int value = given.value;

@@ -1,10 +1,10 @@
-// The kernel's sockets with what Winsock has otherwise than the kernel.
+// Creates kernel sockets with Winsock's defaults.
 #pragma once
 
 namespace Posix {
 
-// Negative with errno when there is no such socket: one without a default would answer otherwise
-// than Winsock's, and nobody would know.
+// Returns a negative number with errno on failure, also if an option could not be set: without it
+// the socket would silently behave differently from Winsock's.
 int MakeDescriptor(bool ipv6, bool datagram);
 
 }  // namespace Posix

@@ -9,8 +9,8 @@ namespace Posix {
 
 namespace {
 
-// Where the kernel's filters find what they compare: the datagram begins with its ports, and the
-// packet's header, of IPv4 or IPv6, lies at an offset of its own.
+// Offsets for the kernel's filters: the datagram begins with its ports, and the IPv4 or IPv6 header
+// has an offset base of its own.
 constexpr std::uint32_t Interface = static_cast<std::uint32_t>(SKF_AD_OFF + SKF_AD_IFINDEX);
 constexpr std::uint32_t SourcePort = 0;
 constexpr std::uint32_t SourceOfIpv4 = static_cast<std::uint32_t>(SKF_NET_OFF + 12);
@@ -18,7 +18,7 @@ constexpr std::uint32_t SourceOfIpv6 = static_cast<std::uint32_t>(SKF_NET_OFF + 
 
 class FilterProgram {
 public:
-    // Drops what has not the value, in the host's byte order, at that place.
+    // Drops datagrams without this value, in host byte order, at that offset.
     void Require(std::uint16_t size, std::uint32_t place, std::uint32_t value) noexcept {
         Append({static_cast<std::uint16_t>(BPF_LD | BPF_ABS | size), 0, 0, place});
         Append({BPF_JMP | BPF_JEQ | BPF_K, 1, 0, value});

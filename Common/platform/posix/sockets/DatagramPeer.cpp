@@ -14,14 +14,14 @@ namespace Posix {
 
 namespace {
 
-// The sender of the datagram that is next; false with errno when there is none.
+// The sender of the next datagram; returns false with errno if there is none.
 bool NextSender(const Socket& socket, KernelAddress& sender) {
     socklen_t length = sizeof sender;
     return ::recvfrom(FirstToRead(socket), nullptr, 0, MSG_PEEK | MSG_DONTWAIT, &sender.any,
                       &length) >= 0;
 }
 
-// The same past the network's reports, which the kernel tells of first and once.
+// The same after the network's reports, which the kernel returns first and once each.
 bool NextSenderBehindReports(const Socket& socket, KernelAddress& sender) {
     while (!NextSender(socket, sender)) {
         if (!MayBeReport(errno)) return false;
@@ -38,7 +38,8 @@ void DiscardNext(const Socket& socket) {
     ::recv(FirstToRead(socket), nullptr, 0, MSG_DONTWAIT);
 }
 
-// The kernel lets go of the link with the peer, even of the one that the own address needs.
+// Disconnecting, the kernel unbinds the socket from the peer's link, even if its own address needs
+// that.
 bool KeepLink(const Socket& socket, const KernelAddress& former, const KernelAddress& local) {
     if (!socket.Has(Flag::Ipv6)) return true;
     const std::uint32_t link = former.ipv6.sin6_scope_id;
@@ -46,7 +47,7 @@ bool KeepLink(const Socket& socket, const KernelAddress& former, const KernelAdd
     return ::setsockopt(socket.descriptor, SOL_SOCKET, SO_BINDTOIFINDEX, &link, sizeof link) == 0;
 }
 
-// The kernel lets go of the address and of the port, too, unless bind was given them.
+// Disconnecting, the kernel drops the local address and the port unless bind was given them.
 bool KeepBinding(const Socket& socket, const KernelAddress& former) {
     KernelAddress local = {};
     if (!LocalAddress(socket, local)) return false;
@@ -62,7 +63,7 @@ void NotePort(const Socket& socket) {
     socket.entry->Change(Flag::Bound, has);
 }
 
-// A Winsock error or 0, as of all below.
+// Returns a Winsock error or 0, like all below.
 int TakePeerAway(const Socket& socket) {
     KernelAddress former = {};
     if (!LocalAddress(socket, former) || !ConnectToNobody(socket)) return WinsockFromErrno(errno);
@@ -73,29 +74,28 @@ int TakePeerAway(const Socket& socket) {
     return error;
 }
 
-// The kernel would try again later when there is no port, and finds no fault with the address when
-// the way to it does not begin where the socket is bound.
+// The kernel reports a lack of ports as EAGAIN, and as EINVAL that the peer cannot be reached from
+// the address that the socket is bound to.
 int ConnectError(int error) {
     if (error == EAGAIN) return WinsockError::AddressInUse;
     return error == EINVAL ? WinsockError::AddressNotAvailable : WinsockFromErrno(error);
 }
 
-// The port that the kernel has given the socket nevertheless stays.
+// The socket keeps a port that the kernel has given it nevertheless.
 int FailureToConnect(const Socket& socket) {
     const int error = ConnectError(errno);
     if (!socket.Has(Flag::Bound)) NotePort(socket);
     return error;
 }
 
-// Where the socket is known already, there may be strangers.
+// If the socket had a port already, its queue may hold datagrams of others.
 void MarkConnected(const Socket& socket) {
     const bool known = socket.Has(Flag::Bound);
     socket.entry->Set(Flag::Connected | Flag::Bound | (known ? Flag::Strangers : 0U));
     if (known) DiscardStrangers(socket);
 }
 
-// The kernel's connect gives the socket a port of its own choice, which might be one that others
-// share.
+// The kernel's connect would choose a port, possibly one that others share.
 bool CanConnect(const Socket& socket) {
     return !socket.Has(Flag::Reuse) || HavePort(socket);
 }
@@ -108,7 +108,7 @@ int FindWay(const Socket& socket, const KernelAddress& peer) {
     return error;
 }
 
-// The kernel keeps the way to the former peer, unless that is taken away first.
+// The kernel keeps the local address for the former peer unless the socket is disconnected first.
 int ReplacePeer(const Socket& socket, const KernelAddress& peer) {
     int error = socket.Has(Flag::Connected) ? TakePeerAway(socket) : 0;
     if (error == 0) error = FindWay(socket, peer);
@@ -120,7 +120,7 @@ int ChangePeer(const Socket& socket, const KernelAddress& peer) {
     const bool anywhere = IsWildcard(peer);
     const bool anyPort = PortOf(peer) == 0;
     if (anywhere && anyPort) return TakePeerAway(socket);
-    // The kernel would take the one for this machine, and the other for a peer.
+    // The kernel would treat the one as the local host and accept the other.
     if (anywhere || anyPort) return WinsockError::AddressNotAvailable;
     return ReplacePeer(socket, peer);
 }
@@ -140,7 +140,7 @@ void DiscardStrangers(const Socket& socket) {
         if (SameEndpoint(sender, peer)) return;
         DiscardNext(socket);
     }
-    // Nobody but the peer is let in any more.
+    // From now on the kernel lets in nobody but the peer.
     if (errno == EAGAIN) socket.entry->Clear(Flag::Strangers);
 }
 

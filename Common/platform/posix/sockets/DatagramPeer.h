@@ -1,7 +1,7 @@
 // The peer of a datagram socket, which may change.
 //
-// The kernel lets a socket with a peer hear nobody else, but leaves in its queue what had come from
-// others. Winsock does not; so that is taken out before anybody can see it.
+// Once a socket has a peer, the kernel accepts nobody else's datagrams, but leaves those in the
+// queue that have come before. Winsock does not; so they are removed before anybody can see them.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -9,11 +9,11 @@
 
 namespace Posix {
 
-// Gives the socket its peer, instead of the one that it had. No address and no port take it away.
+// Sets or replaces the socket's peer. No address and no port remove it.
 int ConnectDatagram(const Socket& socket, const KernelAddress& peer);
 
-// Discards what strangers have sent, up to what the peer has sent next. Called whenever a datagram
-// was taken out of a queue that may hold more of strangers.
+// Discards the datagrams of others up to the peer's next one. Called whenever a datagram was taken
+// from a queue that may hold more of them.
 void DiscardStrangers(const Socket& socket);
 
 }  // namespace Posix

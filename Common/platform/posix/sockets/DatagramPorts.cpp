@@ -8,7 +8,7 @@ namespace Posix {
 
 namespace {
 
-// The kernel would choose among the shared ports, too.
+// With the option on, the kernel might choose a shared port.
 bool BindWithoutSharing(const Socket& socket, const KernelAddress& address) noexcept {
     if (!SetPortSharing(socket, false)) return false;
     const bool bound = BindTo(socket, address);
@@ -25,7 +25,7 @@ bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept {
     return mayShare ? BindWithoutSharing(socket, address) : BindTo(socket, address);
 }
 
-// Of two threads one may come too late to choose it.
+// Another thread may have bound it meanwhile (EINVAL).
 bool HavePort(const Socket& socket) noexcept {
     if (socket.Has(Flag::Bound)) return true;
     KernelAddress any = {};

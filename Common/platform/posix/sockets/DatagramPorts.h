@@ -1,4 +1,4 @@
-// The ports of datagram sockets, most of which nobody names.
+// The ports of datagram sockets, which are mostly chosen by the system.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -6,11 +6,11 @@
 
 namespace Posix {
 
-// The kernel's bind. A port of its choice is nobody else's, also if the socket may share one. False
-// with errno when the kernel refuses.
+// The kernel's bind. A port that the kernel chooses is not shared, even if the socket may share
+// one. Returns false with errno if the kernel refuses.
 bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept;
 
-// A socket that sends has a port from then on. False with errno when there is none to have.
+// Gives a socket that sends a port. Returns false with errno if there is none.
 bool HavePort(const Socket& socket) noexcept;
 
 }  // namespace Posix

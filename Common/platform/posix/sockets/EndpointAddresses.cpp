@@ -1,4 +1,4 @@
-// The addresses of a socket's two ends.
+// The addresses of a socket's two endpoints.
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -9,7 +9,7 @@ namespace {
 
 using namespace Posix;
 
-// Whom the socket is connected to, or is connecting to.
+// The address that the socket is connected to, or is connecting to.
 bool FindPeer(const Socket& socket, KernelAddress& peer) {
     return IsConnected(socket) ? PeerAddress(socket, peer) : IntendedPeer(socket, peer);
 }

@@ -17,8 +17,8 @@ namespace Posix {
 
 namespace {
 
-// Room for the extended error and the address of the router that reported it, and for the stamp of
-// a socket whose datagrams have one.
+// A buffer for the extended error, for the address of the router that reported it, and for a time
+// stamp if the socket has these switched on.
 struct ReportRoom {
     alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(timespec)) +
                                 CMSG_SPACE(sizeof(sock_extended_err) + sizeof(sockaddr_in6))];
@@ -36,8 +36,8 @@ bool IsEndOfHops(const sock_extended_err& report) noexcept {
     return report.ee_type == ICMP6_TIME_EXCEEDED && report.ee_code == ICMP6_TIME_EXCEED_TRANSIT;
 }
 
-// The queue also holds what the own machine found wrong, which the failing call has already told,
-// and what the network says of packet sizes, which is the kernel's business.
+// The queue also holds local errors, which the failing call has already returned, and reports of
+// packet sizes, which the kernel handles itself.
 std::optional<Loss> LossFrom(const sock_extended_err& report) noexcept {
     const bool network =
         report.ee_origin == SO_EE_ORIGIN_ICMP || report.ee_origin == SO_EE_ORIGIN_ICMP6;

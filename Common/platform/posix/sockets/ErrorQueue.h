@@ -1,25 +1,25 @@
-// The network's reports that datagrams did not arrive.
+// The network's (ICMP) reports that datagrams did not arrive.
 //
-// The kernel gives such a report to the next call, whatever it is. Winsock lets every send succeed
-// and gives each report to one receive call. So reports are taken from the kernel's queue and
-// counted in the socket table.
+// The kernel fails the next call with such a report, whichever that is. On Winsock every send
+// succeeds and each report fails one receive call. So reports are read from the kernel's error
+// queue and counted in the socket table.
 #pragma once
 
 #include "sockets/SocketTable.h"
 
 namespace Posix {
 
-// Whether the system's error number is one that a report may have caused.
+// Whether a report may be the cause of this system error number.
 bool MayBeReport(int error) noexcept;
 
-// Takes all reports from the kernel; returns whether there was any. Keeps errno.
+// Reads all reports from the kernel; returns whether there was any. Preserves errno.
 bool CollectReports(const Socket& socket);
 
-// The same when a call failed with one. That counts even if it is not in the queue, which may have
-// had no room for it.
+// The same after a call that a report made fail. That counts one report even if the queue has none,
+// since it may have been full.
 void CollectTold(const Socket& socket);
 
-// The same when a wait was told of some error.
+// The same after a wait that was ended by some error.
 void CollectAnnounced(const Socket& socket);
 
 }  // namespace Posix

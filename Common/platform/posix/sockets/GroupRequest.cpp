@@ -27,21 +27,21 @@ static_assert(offsetof(Winsock::MembershipIpv6, interfaceIndex) ==
 
 namespace {
 
-// The options' numbers mean something else to the kernel.
+// Winsock's numbers of these options mean something else to the kernel.
 int KernelOption(int level, bool join) {
     if (level == IPPROTO_IPV6) return join ? IPV6_JOIN_GROUP : IPV6_LEAVE_GROUP;
     return join ? IP_ADD_MEMBERSHIP : IP_DROP_MEMBERSHIP;
 }
 
-// False with errno when the kernel refuses.
+// Returns false with errno if the kernel refuses.
 bool Change(int descriptor, const GroupRequest& request, bool join) {
     const socklen_t size = request.level == IPPROTO_IPV6 ? sizeof(ipv6_mreq) : sizeof(ip_mreq);
     return ::setsockopt(descriptor, request.level, KernelOption(request.level, join),
                         request.bytes.data(), size) == 0;
 }
 
-// A group that is joined already is no address to join once more; one that is not cannot be left,
-// even where no interface could have it.
+// A group that the socket has joined already cannot be joined again. One that it has not joined
+// cannot be left, even if no interface exists for it.
 int ErrorOfJoining(int error) {
     return error == EADDRINUSE ? WinsockError::AddressNotAvailable : WinsockFromErrno(error);
 }
@@ -55,7 +55,7 @@ struct InterfaceListFreer {
 };
 using InterfaceList = std::unique_ptr<struct if_nameindex, InterfaceListFreer>;
 
-// The kernel tells the sources of a membership that it has.
+// getsourcefilter succeeds only for an existing membership.
 bool IsMemberOn(int descriptor, unsigned int interface, const KernelAddress& group) {
     std::uint32_t mode = 0;
     std::uint32_t sources = 0;
@@ -73,7 +73,7 @@ int LeaveGroup(int descriptor, const GroupRequest& request) noexcept {
     return Change(descriptor, request, false) ? 0 : ErrorOfLeaving(errno);
 }
 
-// Asked by joining once more, since the kernel takes no plainer question.
+// Tries to join, since the kernel has no plainer way to ask.
 bool IsMember(int descriptor, const GroupRequest& request) noexcept {
     if (!Change(descriptor, request, true)) return errno == EADDRINUSE;
     Change(descriptor, request, false);

@@ -1,4 +1,4 @@
-// Requests to join a group or to leave it, and the kernel's answers to them.
+// Requests to join or leave a group, and the kernel's answers.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -10,25 +10,25 @@
 namespace Posix {
 
 struct GroupRequest {
-    int level = 0;  // the protocol's, IPPROTO_IP or IPPROTO_IPV6
-    // An ip_mreq or an ipv6_mreq, of which the rest is zero. Either begins with the group.
+    int level = 0;  // IPPROTO_IP or IPPROTO_IPV6
+    // An ip_mreq or an ipv6_mreq, padded with zeros. Both begin with the group.
     std::array<char, sizeof(ipv6_mreq)> bytes = {};
 
     bool operator==(const GroupRequest&) const = default;
 };
 
-// Each results in a Winsock error or 0.
+// Return a Winsock error or 0.
 int JoinGroup(int descriptor, const GroupRequest& request) noexcept;
 int LeaveGroup(int descriptor, const GroupRequest& request) noexcept;
 
-// Whether the descriptor has joined what the request asks for.
+// Whether the descriptor's socket is a member.
 bool IsMember(int descriptor, const GroupRequest& request) noexcept;
 
-// The group's address, with neither port nor scope.
+// Returns the group's address, without port and scope.
 KernelAddress GroupOf(const GroupRequest& request) noexcept;
 
-// The interface on which the descriptor has joined an IPv6 group, which the kernel may have chosen;
-// 0 when there is none.
+// Returns the interface on which the descriptor's socket has joined an IPv6 group, which the kernel
+// may have chosen; 0 if there is none.
 unsigned int InterfaceOfGroup(int descriptor, const KernelAddress& group) noexcept;
 
 }  // namespace Posix

@@ -1,4 +1,4 @@
-// Sockets that wait for connections, and the connections that they accept.
+// Listening sockets, and the connections that they accept.
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -24,8 +24,8 @@ int ListenError(const Socket& socket) {
     return socket.Has(Flag::Bound) ? 0 : WinsockError::Invalid;
 }
 
-// What the kernel answers for a connection that died before it was accepted, which is not the
-// listener's failure.
+// The kernel's errors for a connection that died before it was accepted, which are not failures of
+// the listener.
 bool IsOfDeadConnection(int error) {
     switch (error) {
         case ECONNABORTED:
@@ -43,13 +43,13 @@ bool IsOfDeadConnection(int error) {
     }
 }
 
-// There may be as many dead connections as the queue has room for. More of them are something else.
+// There may be as many dead connections as the queue holds. More of them mean something else.
 bool IsWorthAnotherAccept(const Socket& listener, int& deadConnections) {
     constexpr int Most = 4096;
     if (errno == EINTR) return true;
     if (IsOfDeadConnection(errno)) return ++deadConnections <= Most;
     if (errno != EAGAIN || listener.Has(Flag::NonBlocking)) return false;
-    // The kernel bounds accept by the receive time-out; Winsock does not.
+    // The receive timeout limits accept in the kernel, but not on Winsock.
     return WaitUntilReady(listener.descriptor, POLLIN, WithoutLimit);
 }
 
@@ -71,8 +71,8 @@ bool TakeOverTimeout(const Socket& listener, const Descriptor& connection, int o
            ::setsockopt(connection.Number(), SOL_SOCKET, option, &time, sizeof time) == 0;
 }
 
-// The kernel has given the connection what the listener had when the connection was made, which on
-// Winsock is done when it is accepted. False with errno when the kernel refuses.
+// The kernel copies the listener's timeouts when the connection is established, Winsock when it is
+// accepted. Returns false with errno if the kernel refuses.
 bool TakeOverTimeouts(const Socket& listener, const Descriptor& connection) {
     return TakeOverTimeout(listener, connection, SO_RCVTIMEO) &&
            TakeOverTimeout(listener, connection, SO_SNDTIMEO);

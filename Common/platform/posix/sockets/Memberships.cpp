@@ -19,26 +19,26 @@ int LengthOfRequest(int level) {
     return level == Winsock::LevelIpv6 ? sizeof(ipv6_mreq) : sizeof(ip_mreq);
 }
 
-// The kernel would take a request of IPv4 on a socket of IPv6.
+// The kernel would accept an IPv4 request on an IPv6 socket.
 int MembershipError(const Socket& socket, int level, int length) {
     const bool ofSocketsFamily = socket.Has(Flag::Ipv6) == (level == Winsock::LevelIpv6);
     if (!socket.Has(Flag::Datagram) || !ofSocketsFamily) return WinsockError::Invalid;
     return length < LengthOfRequest(level) ? WinsockError::Fault : 0;
 }
 
-// The levels have the protocols' numbers, on both systems.
+// Both systems use the protocols' numbers for these levels.
 GroupRequest RequestFromWinsock(int level, const char* value) {
     GroupRequest request = {level};
     std::memcpy(request.bytes.data(), value, static_cast<std::size_t>(LengthOfRequest(level)));
     return request;
 }
 
-// Whether what is sent elsewhere than to the socket's address comes by auxiliaries.
+// Whether datagrams for other destinations than the socket's address need auxiliary sockets.
 bool IsOnOneAddress(const Socket& socket) {
     return socket.Has(Flag::OwnAddress | Flag::Connected);
 }
 
-// What auxiliaries have joined stays theirs, even when their socket is on all addresses again.
+// Auxiliary sockets keep their memberships, even when their socket is on all addresses again.
 bool HasJoinedByAuxiliary(const Reception& reception, const GroupRequest& request) {
     return std::any_of(
         reception.auxiliaries.begin(), reception.auxiliaries.end(),

@@ -22,8 +22,8 @@ static_assert(EPOLLIN == POLLIN && EPOLLERR == POLLERR && EPOLLHUP == POLLHUP);
 
 namespace {
 
-// The queues that have something to tell. Of more than there is room for, the rest have their turn
-// the next time.
+// The queues that are readable or have reports. If there are more than fit, the others come up the
+// next time.
 struct ReadyQueues {
     explicit ReadyQueues(int pollSet) noexcept;
 
@@ -48,8 +48,8 @@ long long StampOf(msghdr& message) {
     return stamp.tv_sec * 1'000'000'000LL + stamp.tv_nsec;
 }
 
-// When the queue's first datagram came. What another thread has taken meanwhile came last. Only the
-// socket itself is told of reports, and once.
+// Returns when the queue's first datagram arrived; the latest possible time if another thread has
+// taken it meanwhile. Only the socket itself gets reports, once each.
 long long FirstArrival(const Socket& socket, int descriptor) {
     StampRoom room;
     msghdr message = {};
@@ -61,7 +61,7 @@ long long FirstArrival(const Socket& socket, int descriptor) {
     return std::numeric_limits<long long>::max();
 }
 
-// The network's reports come before datagrams, as in a queue of the kernel.
+// The network's reports come before datagrams, as in a single kernel queue.
 long long Rank(const Socket& socket, const epoll_event& event) {
     return (event.events & EPOLLERR) != 0 ? 0 : FirstArrival(socket, event.data.fd);
 }
@@ -78,7 +78,7 @@ int FirstOf(const Socket& socket, const ReadyQueues& ready) {
     return first;
 }
 
-// Negative when the socket has no other queue than its own.
+// Returns a negative number if the socket has only its own queue.
 int PollSetOf(const Socket& socket) {
     const Reception* const reception = FindReception(socket);
     if (reception == nullptr) return -1;

@@ -1,5 +1,5 @@
-// The datagrams of a socket and its auxiliaries, as if they were in one queue. For a socket without
-// auxiliaries that is its own, and asking takes no call of the system.
+// The datagrams of a socket and its auxiliary sockets, read as one queue. A socket without
+// auxiliary sockets has only its own, and that costs no system call.
 #pragma once
 
 #include "sockets/SocketTable.h"
@@ -8,17 +8,17 @@
 
 namespace Posix {
 
-// The descriptor that is readable when the queue has something to tell.
+// Returns the descriptor that polls as readable when the queue has a datagram or a report.
 int DescriptorToWatch(const Socket& socket) noexcept;
 
-// What poll tells of the queue, when it has told that of the descriptor to watch.
+// Returns poll's events for the queue, after poll has returned told for the descriptor to watch.
 short EventsToRead(const Socket& socket, short told) noexcept;
 
-// The descriptor of the kernel's queue whose first datagram is the first of all.
+// Returns the descriptor of the kernel queue with the datagram that arrived first.
 int FirstToRead(const Socket& socket) noexcept;
 
-// The system's recvmsg, which waits for a datagram in the socket's own queue alone: where there are
-// more it fails with EAGAIN, and the descriptor to watch is to be waited for.
+// The system's recvmsg. It only blocks if the socket has a single queue; otherwise it fails with
+// EAGAIN, and the caller waits for the descriptor to watch.
 ssize_t ReceiveFirst(const Socket& socket, msghdr& message, int flags);
 
 }  // namespace Posix

@@ -23,7 +23,7 @@ using namespace Posix;
 constexpr std::uint32_t NoTimeLimit = 0xFFFFFFFFU;
 
 bool IsKnownLevel(int level) {
-    // The levels of IPv4 and IPv6 have the protocols' numbers, on both systems.
+    // Both systems use the protocols' numbers for the levels of IPv4 and IPv6.
     return level == Winsock::LevelSocket || level == IPPROTO_IP || level == IPPROTO_IPV6 ||
            level == Winsock::ProtocolTcp || level == Winsock::ProtocolUdp;
 }
@@ -92,7 +92,7 @@ int SetNonBlocking(const Socket& socket, bool on) {
 
 int CountBytes(const Socket& socket, unsigned int& count) {
     int available = 0;
-    // The kernel refuses to answer for a listener, whose count is 0 as any unconnected stream's.
+    // The kernel refuses to answer for a listener, which has 0 bytes like any unconnected stream.
     const bool ask = socket.Has(Flag::Datagram) || IsConnected(socket);
     if (ask && ::ioctl(FirstToRead(socket), FIONREAD, &available) < 0) return FailFromErrno();
     count = static_cast<unsigned int>(available);

@@ -34,8 +34,8 @@ bool BindOverEndedConnections(const Socket& socket, const KernelAddress& address
     return bound;
 }
 
-// The kernel looks at the port once more when its stream begins to listen. What it is left with
-// then passes on to the connections.
+// The kernel checks the port again when its stream begins to listen. Connections inherit the option
+// as it is left here.
 bool ListenOverEndedConnections(const Socket& socket, int backlog) noexcept {
     SetKernelReuse(socket, true);
     if (::listen(socket.descriptor, backlog) == 0) return true;

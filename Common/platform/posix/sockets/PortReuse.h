@@ -1,13 +1,14 @@
-// Who may have a port that somebody has or had already.
+// Decides who may bind to a port that is or was in use.
 //
-// Winsock's reuse option lets streams share a port if all of them have asked for it. That is what
-// the kernel means by SO_REUSEPORT; for datagrams, where that one would deal each multicast to one
-// socket only, SO_REUSEADDR is alike.
+// Winsock's reuse option lets streams share a port if all of them have set it. The kernel's
+// SO_REUSEPORT means the same for streams. For datagrams it would deliver each multicast to only
+// one socket, so SO_REUSEADDR is used there.
 //
-// For a minute the kernel keeps ended connections, and with them their ports, which on Winsock are
-// free. A stream that carries SO_REUSEADDR may have the port of all streams that carry it too and
-// do not listen. So what is left of connections has to carry it, and whoever is being bound; those
-// that are bound or connected must not, or any process could take their ports.
+// The kernel keeps ended connections for a minute (TIME_WAIT), and with them their ports, which
+// Winsock frees at once. A stream with SO_REUSEADDR may bind to a port if all streams on it have
+// that option too and none of them listens. So ended connections and the socket that is being bound
+// must have it; sockets that are bound or connected must not, or any process could take their
+// ports.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -15,15 +16,15 @@
 
 namespace Posix {
 
-// Winsock's option. False with errno when the kernel refuses.
+// Sets Winsock's reuse option. Returns false with errno if the kernel refuses.
 bool SetPortSharing(const Socket& socket, bool on) noexcept;
 
-// The kernel's bind and listen for streams, to which ended connections are nothing. False with
-// errno when the kernel refuses.
+// The kernel's bind and listen for streams, which ignore ended connections. Return false with errno
+// if the kernel refuses.
 bool BindOverEndedConnections(const Socket& socket, const KernelAddress& address) noexcept;
 bool ListenOverEndedConnections(const Socket& socket, int backlog) noexcept;
 
-// Called before a socket is closed. Accepted connections have taken it over from their listener.
+// Called before a socket is closed. Accepted connections inherit the option from their listener.
 void LetPortBeBoundAgain(const Socket& socket) noexcept;
 
 }  // namespace Posix

@@ -6,7 +6,8 @@ constinit std::mutex receptionLock;
 
 namespace {
 
-// Beside the socket table, and like it memory that costs nothing until it is touched.
+// A table beside the socket table, likewise zeroed memory that takes up nothing until it is
+// touched.
 constinit Reception* receptions[SocketTableSize] = {};
 
 std::atomic_ref<Reception*> ReceptionAt(int descriptor) noexcept {

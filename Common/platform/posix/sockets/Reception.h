@@ -1,5 +1,5 @@
-// What a datagram socket receives beside what is sent to the address that it is bound to, for those
-// few of which that has to be known.
+// What a datagram socket receives beside datagrams for the address that it is bound to. Exists only
+// for sockets that need it.
 #pragma once
 
 #include "sockets/Broadcasts.h"
@@ -13,7 +13,7 @@
 
 namespace Posix {
 
-// One of the kernel's that receives for the socket what is sent to another destination, see
+// A kernel socket that receives on the socket's behalf what is sent to another destination, see
 // AuxiliarySockets.h.
 struct AuxiliarySocket {
     Destination destination;
@@ -22,22 +22,23 @@ struct AuxiliarySocket {
 using AuxiliarySockets = std::vector<AuxiliarySocket>;
 
 struct Reception {
-    std::vector<GroupRequest> joinedItself;  // while the socket is bound to all addresses, or none
-    AuxiliarySockets auxiliaries;            // they stay as long as the socket, whatever it leaves
-    Descriptor pollSet;                      // of the socket and its auxiliaries
-    std::atomic<int> pollSetNumber = -1;     // the same for those who receive
+    std::vector<GroupRequest>
+        joinedItself;              // while the socket is bound to all addresses, or not bound
+    AuxiliarySockets auxiliaries;  // kept until the socket is closed
+    Descriptor pollSet;            // of the socket and its auxiliaries
+    std::atomic<int> pollSetNumber = -1;  // its number, for receive calls
 };
 
-// For whoever looks at more than the number of the poll set.
+// Protects everything but pollSetNumber.
 [[gnu::visibility("hidden")]] extern constinit std::mutex receptionLock;
 
-// Null when the socket has none.
+// Returns null if the socket has none.
 Reception* FindReception(const Socket& socket) noexcept;
 
-// Makes one if there is none; may throw std::bad_alloc.
+// Creates one if there is none; may throw std::bad_alloc.
 Reception& ReceptionOf(const Socket& socket);
 
-// Called when no call uses the socket of that descriptor any more.
+// Called when no call uses that descriptor's socket any more.
 void CloseReception(int descriptor) noexcept;
 
 }  // namespace Posix

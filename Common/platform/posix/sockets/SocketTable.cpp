@@ -18,7 +18,7 @@ constinit SocketEntry socketTable[SocketTableSize] = {};
 
 namespace {
 
-// One more than the highest descriptor that ever had an entry, so that walks need not see the whole
+// One more than the highest descriptor that ever had an entry, which bounds walks through the
 // table.
 constinit std::atomic<int> entriesInUse = 0;
 
@@ -29,10 +29,10 @@ void RaiseEntriesInUse(int count) noexcept {
     }
 }
 
-// Wakes the calls that wait on the socket until all have left: again and again, since a call may
-// begin to wait just after it was woken. Reading ends first, and where that is enough the peer sees
-// of it no more than of a plain close. There is an end to it, since the call may be one that a
-// signal handler interrupts in order to close.
+// Wakes the calls that wait on the socket until all have left. Repeats that, since a call may begin
+// to wait just after it was woken. Shuts down only reception first: if that is enough, the peer
+// sees no more than a plain close. Gives up after a second, since the call may be one that the
+// closing signal handler has interrupted.
 void EndCalls(const SocketEntry& entry, int descriptor) noexcept {
     constexpr long long Patience = 1'000'000'000;
     constexpr timespec ToLeave = {.tv_sec = 0, .tv_nsec = 100'000};
@@ -51,7 +51,7 @@ void ForgetCalls() noexcept {
         socketTable[descriptor].ForgetCalls();
 }
 
-// None when there is no open socket.
+// Returns none if there is no open socket.
 Socket SocketAt(int descriptor) noexcept {
     if (!socketTable[descriptor].Has(Flag::Live)) return {};
     Socket socket(descriptor);
@@ -110,7 +110,7 @@ int SocketEntry::CloseIfLeft(int result) noexcept {
     if (!Atomic(calls_).compare_exchange_strong(none, 0)) return result;
     const int descriptor = static_cast<int>(this - socketTable);
     if (Has(Flag::Reception)) CloseReception(descriptor);
-    // The entry goes first: once the kernel has the number back, it may give it to anybody.
+    // The entry is cleared first: as soon as the kernel has the number back, any thread may get it.
     Atomic(flags_).store(0, std::memory_order_relaxed);
     CloseDescriptor(descriptor);
     return result;

@@ -11,7 +11,7 @@
 
 namespace {
 
-// The count changes under the lock, so that a start-up waits for a last clean-up to end.
+// The count is changed under the lock, so that a start-up waits until a last clean-up has ended.
 constinit std::mutex startUpLock;
 constinit std::atomic<unsigned int> startUpCount = 0;
 
@@ -20,14 +20,14 @@ constexpr unsigned short Version(unsigned int major, unsigned int minor) {
 }
 constexpr unsigned short HighestVersion = Version(2, 2);
 
-// The highest version that exists and is not above the requested one.
+// Returns the highest existing version that is not above the requested one.
 unsigned short NegotiatedVersion(unsigned int major, unsigned int minor) {
     if (major == 1) return Version(1, std::min(minor, 1U));
     if (major == 2) return Version(2, std::min(minor, 2U));
     return HighestVersion;
 }
 
-// Done once in the life of the module, which does nothing when it is loaded.
+// Done once, but not when the module is loaded, since loading does nothing.
 bool IsForkSeenTo() noexcept {
     static constinit bool done = false;
     done = done || Posix::ForgetCallsInForkedProcesses();
@@ -41,7 +41,7 @@ void Describe(Winsock::StartupData& data, unsigned short version) {
     std::strcpy(data.description, "WinSock 2.0");
     std::strcpy(data.systemStatus, "Running");
     if ((version & 0xFFU) > 1) return;
-    // Only programs written for version 1 read these two.
+    // Only programs for version 1 read these two.
     data.maximumSockets = 32767;
     data.maximumDatagram = 65467;
 }

@@ -5,7 +5,7 @@ namespace Posix {
 
 bool IsStarted() noexcept;
 
-// The same for a call that needs no socket; when it has not, that is the thread's last error.
+// The same for a call that needs no socket; if Winsock is not started, sets the last error.
 bool RequireStarted() noexcept;
 
 }  // namespace Posix

@@ -19,10 +19,10 @@ namespace {
 
 using namespace Posix;
 
-// Winsock gives up a silent peer after 21 seconds, the kernel after more than two minutes. With
-// three repetitions, which come after a second and then after twice as long each time, these are
-// 15 seconds; kernels that repeat the first few every second take 19. Where the host is set to even
-// fewer, that counts.
+// Winsock gives up on a silent peer after 21 seconds, the kernel after more than two minutes. Three
+// retransmissions (TCP_SYNCNT), the first after a second and each further one after twice the time,
+// give 15 seconds; kernels that send the first few every second take 19. A smaller setting of the
+// host is kept.
 void LimitRepetitions(const Socket& socket) {
     constexpr int Most = 3;
     int repetitions = 0;
@@ -32,52 +32,53 @@ void LimitRepetitions(const Socket& socket) {
     ::setsockopt(socket.descriptor, IPPROTO_TCP, TCP_SYNCNT, &Most, sizeof Most);
 }
 
-// The error number of the system, 0 or EINPROGRESS included.
+// Returns the system's error number, 0 or EINPROGRESS included.
 int ConnectOnce(const Socket& socket, const KernelAddress& peer) {
     return ConnectTo(socket, peer) ? 0 : errno;
 }
 
-// A connect call after a failed one whose outcome was taken otherwise only reports that; the next
-// one acts.
+// After a failed connect whose outcome was read otherwise, the next connect call only reports
+// ECONNABORTED; the one after that connects.
 int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
     const int error = ConnectOnce(socket, peer);
     return error == ECONNABORTED ? ConnectOnce(socket, peer) : error;
 }
 
-// What has become of a connect call with which the kernel goes on: 0 if there is a peer, why there
-// is none, or EINPROGRESS, with errno if the kernel does not tell.
+// Returns the outcome of a connect call that the kernel continues: 0 if there is a peer, an error
+// number, or EINPROGRESS, with errno set if the kernel does not tell.
 int OutcomeOf(const Socket& socket) {
     const int state = TcpState(socket.descriptor);
     if (state < 0 || state == TCP_SYN_SENT || state == TCP_SYN_RECV) return EINPROGRESS;
     if (state != TCP_CLOSE) return 0;
     const int error = TakePendingError(socket.descriptor);
-    // The kernel tells it once, and may have told somebody else.
+    // The kernel reports it once, and another caller may have read it.
     return error != 0 ? error : ECONNREFUSED;
 }
 
-// The same later; EINPROGRESS with errno if the system cannot wait.
+// Waits for the outcome; EINPROGRESS with errno if the system cannot wait.
 int AwaitOutcome(const Socket& socket) {
     const bool ready = WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit);
     return ready ? OutcomeOf(socket) : EINPROGRESS;
 }
 
-// Whether a stream without a peer has a port in the end. The kernel refuses to bind what is bound.
+// Whether a stream without a peer has a port after this. The kernel refuses to bind a bound socket
+// (EINVAL).
 bool HasPort(const Socket& socket, const KernelAddress& local) {
     if (BindTo(socket, local) || errno == EINVAL) return true;
     return errno == EADDRINUSE && BindTo(socket, WithPort(local, 0));
 }
 
-// On Winsock a connect call binds the socket, and that stays so when it fails. The kernel then
-// takes back a port that it has chosen itself, though it goes on telling its number, and forgets
-// which address it has chosen only when it is told so.
+// On Winsock a connect call binds the socket, which remains bound if the call fails. The kernel
+// releases a port that it chose itself, although it still reports its number, and drops the address
+// that it chose only when disconnected explicitly.
 void KeepName(const Socket& socket) {
     ConnectToNobody(socket);
     KernelAddress local = {};
     if (LocalAddress(socket, local) && HasPort(socket, local)) socket.entry->Set(Flag::Bound);
 }
 
-// Ends a connect call; returns whether it has led to a peer. What ends connections only tells that
-// there was one meanwhile.
+// Ends a connect call; returns whether a connection was established. ECONNRESET or EPIPE mean that
+// it was established and has ended since.
 bool Conclude(const Socket& socket, int error) {
     if (error == ECONNRESET) socket.entry->Set(Flag::Reset);
     if (error == EPIPE) socket.entry->Set(Flag::Aborted);
@@ -93,36 +94,36 @@ void ConcludeUnfinished(const Socket& socket) {
     socket.entry->Clear(Flag::Connecting);
 }
 
-// What stands in the way to the peer on this machine already, as the system's error number: nothing
-// is sent when a datagram socket connects, but the way is looked for, and the own address.
+// Returns the local obstacle to reaching the peer, as the system's error number. Connecting a
+// datagram socket sends nothing, but looks for a route and a local address.
 int ObstacleHere(const Socket& socket, const KernelAddress& peer) {
     const Descriptor probe(::socket(peer.any.sa_family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const auto length = static_cast<socklen_t>(AddressLength(socket));
     return ::connect(probe.Number(), &peer.any, length) == 0 ? 0 : errno;
 }
 
-// Some of the kernel's numbers have reasons to which Winsock gives different ones.
+// Some kernel errors have several causes, for which Winsock has different numbers.
 int ConnectError(const Socket& socket, const KernelAddress& peer, int error) {
     switch (error) {
-        case EINVAL:  // the address lacks its scope, or cannot be reached from the own one
+        case EINVAL:  // the address lacks its scope, or cannot be reached from the local one
             return WinsockError::AddressNotAvailable;
-        case EADDRNOTAVAIL:  // no own address leads there, or there is no port left
+        case EADDRNOTAVAIL:  // no local address for that route, or no port left
             if (ObstacleHere(socket, peer) != error) return WinsockError::AddressInUse;
             break;
-        case EACCES:  // forbidden here, or by a router
+        case EACCES:  // forbidden locally, or by a router
             if (ObstacleHere(socket, peer) != error) return WinsockError::HostUnreachable;
             break;
     }
     return WinsockFromErrno(error);
 }
 
-// The kernel goes on with the connect call; another one would be no continuation.
+// The kernel continues to connect; another connect call would start again.
 int LeaveUnfinished(const Socket& socket, int winsockError) {
     socket.entry->Set(Flag::Connecting | Flag::Bound);
     return Fail(winsockError);
 }
 
-// Interrupted, or cut short by the send time-out, which Winsock does not apply here.
+// Interrupted by a signal, or by the send timeout, which on Winsock does not limit connect.
 bool IsUnfinished(int error) {
     return error == EINPROGRESS || error == EINTR;
 }
@@ -144,14 +145,14 @@ int StartConnect(const Socket& socket, const KernelAddress& peer) {
 int Posix::ConnectStream(const Socket& socket, const KernelAddress& peer) {
     if (socket.Has(Flag::Listening)) return Fail(WinsockError::Invalid);
     if (IsConnected(socket)) return Fail(WinsockError::IsConnected);
-    // The kernel would take the wildcard for this machine.
+    // The kernel would treat the wildcard as the local host.
     if (IsWildcard(peer) || PortOf(peer) == 0) return Fail(WinsockError::AddressNotAvailable);
     if (socket.Has(Flag::Connecting)) return Fail(WinsockError::Already);
     return StartConnect(socket, peer);
 }
 
-// The kernel tells the reason of a failure once, so of several threads one asks. The others wait
-// for what it finds, which takes it a few system calls.
+// The kernel reports the reason of a failure once, so only one of several threads asks. The others
+// spin until it is done, for the duration of a few system calls.
 void Posix::NoticeOutcome(const Socket& socket) noexcept {
     const CancellationGuard whole;
     while ((socket.entry->Set(Flag::Concluding) & Flag::Concluding) != 0)

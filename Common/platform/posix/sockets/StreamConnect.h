@@ -1,4 +1,4 @@
-// Streams that connect.
+// Connects streams.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -8,7 +8,7 @@ namespace Posix {
 
 int ConnectStream(const Socket& socket, const KernelAddress& peer);
 
-// Notices what has become of a connect call that had to be left unfinished.
+// Updates the outcome of a connect call that was left unfinished.
 void NoticeOutcome(const Socket& socket) noexcept;
 
 }  // namespace Posix

@@ -8,7 +8,7 @@ namespace Posix {
 
 namespace {
 
-// Negative with errno when the kernel does not tell.
+// Returns a negative number with errno if the kernel does not tell.
 int AskKernel(int descriptor, tcp_info& information) noexcept {
     socklen_t length = sizeof information;
     return ::getsockopt(descriptor, IPPROTO_TCP, TCP_INFO, &information, &length);
@@ -25,7 +25,7 @@ int TcpState(int descriptor) noexcept {
 bool IsOwnEndAcknowledged(const Socket& socket) noexcept {
     tcp_info information = {};
     if (AskKernel(socket.descriptor, information) < 0) return false;
-    // The end of a half counts as a byte, and so does the beginning of who connected.
+    // The FIN counts as a byte, and so does the SYN of the side that connected.
     const unsigned int beginning = socket.Has(Flag::Accepted) ? 0 : 1;
     const auto bytes = information.tcpi_bytes_sent - information.tcpi_bytes_retrans;
     return information.tcpi_bytes_acked == beginning + bytes + 1;

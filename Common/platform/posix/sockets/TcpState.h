@@ -5,10 +5,11 @@
 
 namespace Posix {
 
-// The stream's state, TCP_ESTABLISHED and so on; negative with errno when the kernel does not tell.
+// Returns the stream's state, TCP_ESTABLISHED and so on; negative with errno if the kernel does not
+// tell.
 int TcpState(int descriptor) noexcept;
 
-// Whether the peer has acknowledged that this side ended its half.
+// Whether the peer has acknowledged this side's FIN.
 bool IsOwnEndAcknowledged(const Socket& socket) noexcept;
 
 }  // namespace Posix

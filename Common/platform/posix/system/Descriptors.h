@@ -1,4 +1,4 @@
-// Descriptors without surprises.
+// Owns and closes descriptors.
 #pragma once
 
 #include <pthread.h>
@@ -7,7 +7,7 @@
 
 namespace Posix {
 
-// Keeps a request to cancel the calling thread waiting, for what must be done as a whole.
+// Defers cancellation of the calling thread during an operation that must not be left half done.
 class CancellationGuard {
 public:
     CancellationGuard() noexcept { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state_); }
@@ -19,11 +19,11 @@ private:
     int state_ = 0;
 };
 
-// The kernel frees the descriptor whatever it answers, so closing is never repeated and cannot
-// fail. Keeps errno.
+// The kernel frees the descriptor even if close fails, so that closing is never repeated and cannot
+// fail. Preserves errno.
 void CloseDescriptor(int descriptor) noexcept;
 
-// The owner of a descriptor.
+// Owns a descriptor.
 class Descriptor {
 public:
     Descriptor() noexcept = default;
@@ -44,13 +44,14 @@ private:
     int number_ = -1;
 };
 
-// What the kernel has to tell of a socket, an unfinished connect or the end of a connection, as an
-// error number of the system; 0 for nothing. It tells each once.
+// Returns and clears the socket's pending error (SO_ERROR), from an unfinished connect or the end
+// of a connection, as a system error number; 0 if there is none. The kernel reports each once.
 int TakePendingError(int descriptor) noexcept;
 
-// A process whose standard streams are closed gets their numbers for what it opens next, and then
-// whatever it reports on standard error would go there. Takes a descriptor that was just made and
-// returns one above those numbers; negative with errno when there is none left, or none was made.
+// If a process has closed its standard streams, the next descriptors it opens get their numbers,
+// and whatever it then writes to standard error would end up there. Takes a new descriptor and
+// returns one above these numbers; negative with errno if there is none, or if the new one is
+// negative.
 int MoveAboveStandardStreams(int descriptor) noexcept;
 
 }  // namespace Posix

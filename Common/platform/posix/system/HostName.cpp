@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t Room = sizeof HostNameText::text;
 
-// Systems tell a name that they cut either by an error, or by leaving no terminator.
+// gethostname reports a name that it cut off either by an error or by a missing terminator.
 int ReadHostName(HostNameText& name) noexcept {
     if (::gethostname(name.text, Room - 1) < 0) return errno;
     return name.text[Room - 2] == '\0' ? 0 : ENAMETOOLONG;
@@ -25,7 +25,7 @@ int HostName(HostNameText& name) noexcept {
     const int error = ReadHostName(name);
     if (error == 0) return 0;
     name = {};
-    // Here a name that is too long is one that lacks room.
+    // Winsock reports a name that is too long as a buffer that is too small.
     return error == ENAMETOOLONG ? WinsockError::Fault : WinsockFromErrno(error);
 }
 

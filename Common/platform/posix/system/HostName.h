@@ -1,14 +1,14 @@
-// The local computer's name as the system has it.
+// The local host's name as the system reports it.
 #pragma once
 
 namespace Posix {
 
-// Room for the name and its terminator.
+// A buffer for the name and its terminator.
 struct HostNameText {
     char text[256];
 };
 
-// The result is a Winsock error or 0. A name is whole, or empty with an error.
+// Returns a Winsock error or 0. The name is complete, or empty with an error.
 int HostName(HostNameText& name) noexcept;
 
 }  // namespace Posix

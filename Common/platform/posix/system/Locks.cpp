@@ -7,7 +7,7 @@ namespace {
 static_assert(sizeof(pthread_mutex_t) <= sizeof(System::Lock));
 static_assert(alignof(pthread_mutex_t) <= alignof(System::Lock));
 
-// A lock of zeros is what PTHREAD_MUTEX_INITIALIZER makes.
+// PTHREAD_MUTEX_INITIALIZER is all zeros.
 pthread_mutex_t* MutexIn(System::Lock& lock) noexcept {
     return static_cast<pthread_mutex_t*>(static_cast<void*>(lock.storage));
 }

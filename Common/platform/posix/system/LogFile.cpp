@@ -16,8 +16,8 @@ namespace {
 
 constexpr char LineFeed = '\n';
 
-// Keeps the signals that a write may raise for the calling thread from reaching the host: a pipe
-// without a reader, a file at the size limit. Signals that were pending before are none of ours.
+// Blocks and consumes the signals that a write may raise for the calling thread: SIGPIPE for a pipe
+// without a reader, SIGXFSZ at the limit of file sizes. Leaves those that were pending before.
 class WriteSignalGuard {
 public:
     WriteSignalGuard() noexcept {
@@ -45,7 +45,7 @@ private:
     sigset_t mask_;
 };
 
-// Opening a pipe would otherwise wait for its reader.
+// O_NONBLOCK keeps open from waiting for a pipe's reader.
 int OpenWithoutWaiting(const char* path) {
     constexpr int Flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     return Posix::OpenThroughTrustedLinks(path, Flags, 0600);
@@ -55,8 +55,8 @@ void LetWritesWait(int descriptor) {
     ::fcntl(descriptor, F_SETFL, O_APPEND);
 }
 
-// After a write that did not fail, or only for now. A record that has been begun is finished,
-// though that may mean to wait for a reader: the next one must not be glued to half of it.
+// Whether to write again after this result. A record that is partly written is completed, even if
+// that means waiting for a reader: the next record must not be appended to half of one.
 bool MayGoOn(int descriptor, ssize_t result, bool begun) {
     if (result > 0 || (result < 0 && errno == EINTR)) return true;
     if (result == 0 || errno != EAGAIN || !begun) return false;
@@ -94,7 +94,8 @@ std::size_t System::WriteLogFile(LogFile file, const char* bytes, std::size_t co
     return written;
 }
 
-// The descriptor is for writing alone, and the path may mean another file by now.
+// Opens the file again by its descriptor, which itself can only write; the path may name another
+// file by now.
 bool System::EndsWithinLine(LogFile file) noexcept {
     const Posix::CancellationGuard whole;
     const off_t end = ::lseek(static_cast<int>(file), 0, SEEK_END);

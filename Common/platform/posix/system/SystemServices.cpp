@@ -17,7 +17,7 @@
 
 namespace {
 
-// The texts of Winsock's numbers that no number of the system stands for; empty for all others.
+// The texts for Winsock numbers without an equivalent among the system's; empty for all others.
 std::string_view WinsockOwnDescription(int error) {
     switch (error) {
         case WinsockError::SystemNotReady:
@@ -43,7 +43,7 @@ std::string_view WinsockOwnDescription(int error) {
 
 constexpr unsigned int FirstWinsockError = 10000;
 
-// The untranslated text: the translated one depends on what the host made of the locale.
+// The untranslated text; a translated one would depend on the host's locale.
 std::string Description(unsigned int error) {
     const int number = static_cast<int>(error);
     if (const std::string_view own = WinsockOwnDescription(number); !own.empty()) {
@@ -55,7 +55,7 @@ std::string Description(unsigned int error) {
     return text != nullptr ? text : "Unknown error " + std::to_string(error);
 }
 
-// Some thirty years: what the clock's count of nanoseconds has room for.
+// Some thirty years: the clock counts nanoseconds in 64 bits.
 constexpr unsigned long LongestSleep = 1'000'000'000'000;
 
 }  // namespace
@@ -73,11 +73,11 @@ void System::Sleep(unsigned long milliseconds) {
 
 System::WideUnits System::ComputerName() {
     Posix::HostNameText name;
-    Posix::HostName(name);  // empty without one
+    Posix::HostName(name);  // empty if there is none
     return Posix::WideFromUtf8(name.text);
 }
 
-// Programs ask so as to tell the releases of Windows apart, of which this is to be a late one.
+// Programs use it to distinguish the releases of Windows, of which this claims to be a late one.
 bool System::GetVersionExW(VersionRecord* version) {
     if (version == nullptr || version->size != sizeof *version) return false;
     *version = {.size = sizeof *version,

@@ -16,16 +16,16 @@ namespace Posix {
 
 namespace {
 
-// As many as the kernel follows.
+// The kernel's own limit.
 constexpr int MostLinks = 40;
 
-// The last part of a path.
+// Returns the last component of a path.
 const char* NameIn(const char* path) noexcept {
     const char* const separator = std::strrchr(path, '/');
     return separator != nullptr ? separator + 1 : path;
 }
 
-// The folder that the last part of the path stands in.
+// Opens the folder that contains the path's last component.
 Descriptor OpenFolderOf(int start, const char* path) noexcept {
     char folder[PATH_MAX] = ".";
     std::memcpy(folder, path, static_cast<std::size_t>(NameIn(path) - path));
@@ -40,8 +40,8 @@ bool CanOthersWrite(const struct stat& folder) noexcept {
     return !IsTrusted(folder.st_uid) || (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0;
 }
 
-// Where a path leads to: a name in a folder, which is kept open, so that the link that is looked at
-// is the one that is followed.
+// A name in an open folder. The folder is kept open so that the link that is checked is the link
+// that is followed.
 class Place {
 public:
     explicit Place(const char* path) noexcept {
@@ -53,7 +53,7 @@ public:
         return ::openat(folder_.Number(), NameIn(path_), flags, mode);
     }
 
-    // False with errno.
+    // Returns false with errno on failure.
     bool TakeTrustedLink() noexcept {
         link_ = Descriptor(Open(O_PATH | O_NOFOLLOW | O_CLOEXEC, 0));
         struct stat link = {};
@@ -64,8 +64,8 @@ public:
         return IsTrusted(link.st_uid) || !CanOthersWrite(folder);
     }
 
-    // What such a link says is no path, but the kernel knows where it leads: to the file behind a
-    // standard stream, for one.
+    // A link in /proc does not contain a path, but the kernel knows where it leads: to the file of
+    // a standard stream, for instance.
     bool IsLinkOfKernel() const noexcept {
         struct statfs system = {};
         return ::fstatfs(folder_.Number(), &system) == 0 && system.f_type == PROC_SUPER_MAGIC;

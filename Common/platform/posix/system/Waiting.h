@@ -1,4 +1,4 @@
-// Waits that signals do not cut short.
+// Waits that signals do not interrupt.
 #pragma once
 
 #include <poll.h>
@@ -9,19 +9,19 @@ namespace Posix {
 
 inline constexpr long long WithoutLimit = -1;
 
-// The monotonic clock's time in nanoseconds.
+// Returns the monotonic clock's time in nanoseconds.
 long long MonotonicTime() noexcept;
 
 timespec TimeFromNanoseconds(long long nanoseconds) noexcept;
 
-// The system's poll, for no longer than until the clock's time; a time of WithoutLimit waits for
-// ever.
+// The system's poll until a time of that clock at most; WithoutLimit waits for ever.
 int PollUntil(pollfd* waits, nfds_t count, long long until);
 
-// Waits until one of poll's events, or the peer's end, or the clock's time; a time of WithoutLimit
-// waits for ever. Returns false when the wait ended otherwise, with errno: EAGAIN when the time had
-// come, else why the system cannot wait. Once the time is over nothing counts as ready any more, so
-// that repeated attempts come to their end.
+// Waits for one of poll's events or the peer's end, until a time of that clock at most;
+// WithoutLimit waits for ever. Returns false with errno otherwise: EAGAIN if the time has come,
+// else why poll failed.
+//
+// Once the time has passed, nothing counts as ready any more, so that a loop of attempts ends.
 bool WaitUntilReady(int descriptor, short events, long long until);
 
 }  // namespace Posix
