@@ -18,16 +18,16 @@ struct HostRow {
     }
 };
 
-class NumericHost : public Started, public testing::WithParamInterface<HostRow> {};
+class AddressListNumericHost : public Started, public testing::WithParamInterface<HostRow> {};
 
-TEST_P(NumericHost, IsTheAddressThatItNames) {
+TEST_P(AddressListNumericHost, IsTheAddressThatItNames) {
     const Winsock::AddressInfo stream = Hints(0, 1);
     const List list = Resolved(GetParam().host, GetParam().service, &stream);
     EXPECT_EQ(AddressesOf(list), Texts{GetParam().address});
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, NumericHost,
+    Rows, AddressListNumericHost,
     testing::Values(
         HostRow{"127.0.0.1", "80", "127.0.0.1 80"}, HostRow{"0.0.0.0", "0", "0.0.0.0 0"},
         HostRow{"255.255.255.255", "65535", "255.255.255.255 65535"},
@@ -53,9 +53,9 @@ struct HintRow {
     }
 };
 
-class HintedSocket : public Started, public testing::WithParamInterface<HintRow> {};
+class AddressListHint : public Started, public testing::WithParamInterface<HintRow> {};
 
-TEST_P(HintedSocket, StandsUnchangedInTheOneEntryOfEachAddress) {
+TEST_P(AddressListHint, StandsUnchangedInTheOneEntryOfEachAddress) {
     const auto [type, protocol] = GetParam();
     if (type == 0 && protocol == 0 && WineGivesNoAnswer("a list without a type"))
         GTEST_SKIP() << "Wine gives no answer";
@@ -70,7 +70,7 @@ TEST_P(HintedSocket, StandsUnchangedInTheOneEntryOfEachAddress) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, HintedSocket,
+INSTANTIATE_TEST_SUITE_P(Rows, AddressListHint,
                          testing::Values(HintRow{0, 0}, HintRow{0, 6}, HintRow{0, 17},
                                          HintRow{1, 0}, HintRow{1, 6}, HintRow{1, 17},
                                          HintRow{2, 0}, HintRow{2, 6}, HintRow{2, 17},

@@ -67,9 +67,9 @@ TEST_F(Binding, ARefusedOneCanBeRepeatedElsewhere) {
     EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
 }
 
-using LocalName = Started;
+using BindingLocalName = Started;
 
-TEST_F(LocalName, AnUnboundSocketHasNoneAndTheRoomIsUntouched) {
+TEST_F(BindingLocalName, AnUnboundSocketHasNoneAndTheRoomIsUntouched) {
     for (const OwnedSocket& socket : {NewStream(), NewDatagram()}) {
         Winsock::AddressIpv4 address = Ipv4(9, 9, 9, 9, 99);
         int length = sizeof address;
@@ -79,7 +79,7 @@ TEST_F(LocalName, AnUnboundSocketHasNoneAndTheRoomIsUntouched) {
     }
 }
 
-TEST_F(LocalName, IsWrittenInWinsocksForm) {
+TEST_F(BindingLocalName, IsWrittenInWinsocksForm) {
     Winsock::AddressStorage storage;
     std::memset(&storage, 0x55, sizeof storage);
     int length = sizeof storage;
@@ -91,7 +91,7 @@ TEST_F(LocalName, IsWrittenInWinsocksForm) {
     EXPECT_EQ(storage.bytes[14], 0x55);
 }
 
-TEST_F(LocalName, OfAnIpv6SocketHasWinsocksFamily) {
+TEST_F(BindingLocalName, OfAnIpv6SocketHasWinsocksFamily) {
     const OwnedSocket socket = NewDatagram(Winsock::FamilyIpv6);
     ASSERT_TRUE(Succeeds(Bind(socket, LoopbackIpv6(0))));
     Winsock::AddressStorage storage = {};
@@ -102,7 +102,7 @@ TEST_F(LocalName, OfAnIpv6SocketHasWinsocksFamily) {
     EXPECT_EQ(storage.bytes[21], 1);
 }
 
-TEST_F(LocalName, NeedsRoom) {
+TEST_F(BindingLocalName, NeedsRoom) {
     const OwnedSocket socket = NewBoundStream();
     Winsock::AddressIpv4 address = {};
     int length = 15;
@@ -114,16 +114,16 @@ TEST_F(LocalName, NeedsRoom) {
     EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(socket.Get(), nullptr, &length)));
 }
 
-TEST_F(LocalName, ConnectingGivesOne) {
+TEST_F(BindingLocalName, ConnectingGivesOne) {
     EXPECT_NE(LocalPort(NewConnectedPair().client), 0U);
     const OwnedSocket datagram = NewDatagram();
     ASSERT_TRUE(Succeeds(Connect(datagram, Loopback(9))));
     EXPECT_NE(LocalPort(datagram), 0U);
 }
 
-using PeerName = Started;
+using BindingPeerName = Started;
 
-TEST_F(PeerName, NeedsAConnection) {
+TEST_F(BindingPeerName, NeedsAConnection) {
     Winsock::AddressIpv4 address = {};
     int length = sizeof address;
     for (const OwnedSocket& socket :
@@ -132,7 +132,7 @@ TEST_F(PeerName, NeedsAConnection) {
     }
 }
 
-TEST_F(PeerName, IsTheOtherSidesLocalName) {
+TEST_F(BindingPeerName, IsTheOtherSidesLocalName) {
     const Pair pair = NewConnectedPair();
     Winsock::AddressIpv4 address = {};
     int length = sizeof address;
@@ -144,9 +144,9 @@ TEST_F(PeerName, IsTheOtherSidesLocalName) {
     EXPECT_EQ(length, 15);
 }
 
-using Listening = Started;
+using BindingAndListening = Started;
 
-TEST_F(Listening, NeedsABoundStream) {
+TEST_F(BindingAndListening, NeedsABoundStream) {
     EXPECT_TRUE(FailsWith(10022, Winsock::listen(NewStream().Get(), 5)));
     EXPECT_TRUE(FailsWith(10045, Winsock::listen(NewDatagram().Get(), 5),
                           "listening on what cannot listen"));
@@ -157,20 +157,20 @@ TEST_F(Listening, NeedsABoundStream) {
                           "listening on what cannot listen"));
 }
 
-TEST_F(Listening, CanBeRepeated) {
+TEST_F(BindingAndListening, CanBeRepeated) {
     const OwnedSocket listener = NewListener();
     EXPECT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
     EXPECT_TRUE(Succeeds(Winsock::listen(listener.Get(), 0x7FFFFFFF)));
 }
 
-using AddressReuse = Started;
+using BindingReuse = Started;
 
 OwnedSocket NewReusing(OwnedSocket socket) {
     EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
     return socket;
 }
 
-TEST_F(AddressReuse, ATakenPortIsRefusedWithoutTheOption) {
+TEST_F(BindingReuse, ATakenPortIsRefusedWithoutTheOption) {
     const OwnedSocket bound = NewBoundStream();
     const OwnedSocket listener = NewListener();
     const OwnedSocket datagram = NewBoundDatagram();
@@ -179,7 +179,7 @@ TEST_F(AddressReuse, ATakenPortIsRefusedWithoutTheOption) {
     EXPECT_TRUE(FailsWith(10048, Bind(NewDatagram(), LocalAddress(datagram))));
 }
 
-TEST_F(AddressReuse, TheOptionOnTheSecondOnlyIsNoPermission) {
+TEST_F(BindingReuse, TheOptionOnTheSecondOnlyIsNoPermission) {
     const OwnedSocket bound = NewBoundStream();
     const OwnedSocket listener = NewListener();
     const OwnedSocket datagram = NewBoundDatagram();
@@ -188,14 +188,14 @@ TEST_F(AddressReuse, TheOptionOnTheSecondOnlyIsNoPermission) {
     EXPECT_TRUE(FailsWith(10013, Bind(NewReusing(NewDatagram()), LocalAddress(datagram))));
 }
 
-TEST_F(AddressReuse, ABoundPortIsNotFreeForOtherProgramsThatReuse) {
+TEST_F(BindingReuse, ABoundPortIsNotFreeForOtherProgramsThatReuse) {
     const OwnedSocket bound = NewBoundStream();
     EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(bound)));
     const OwnedSocket listener = NewListener();
     EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(listener)));
 }
 
-TEST_F(AddressReuse, AClientsBoundPortCanBeBoundAgainAtOnce) {
+TEST_F(BindingReuse, AClientsBoundPortCanBeBoundAgainAtOnce) {
     const OwnedSocket listener = NewListener();
     OwnedSocket client = NewBoundStream();
     const Winsock::AddressIpv4 address = LocalAddress(client);
@@ -208,7 +208,7 @@ TEST_F(AddressReuse, AClientsBoundPortCanBeBoundAgainAtOnce) {
     EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
 }
 
-TEST_F(AddressReuse, TheOptionOnTheFirstOnlyIsNotEnough) {
+TEST_F(BindingReuse, TheOptionOnTheFirstOnlyIsNotEnough) {
     const OwnedSocket stream = NewReusing(NewStream());
     const OwnedSocket datagram = NewReusing(NewDatagram());
     ASSERT_TRUE(Succeeds(Bind(stream, Loopback(0))));
@@ -217,7 +217,7 @@ TEST_F(AddressReuse, TheOptionOnTheFirstOnlyIsNotEnough) {
     EXPECT_TRUE(FailsWith(10048, Bind(NewDatagram(), LocalAddress(datagram))));
 }
 
-TEST_F(AddressReuse, TheOptionOnBothLetsBothListen) {
+TEST_F(BindingReuse, TheOptionOnBothLetsBothListen) {
     const OwnedSocket first = NewReusing(NewStream());
     const OwnedSocket second = NewReusing(NewStream());
     const OwnedSocket third = NewReusing(NewStream());
@@ -230,13 +230,13 @@ TEST_F(AddressReuse, TheOptionOnBothLetsBothListen) {
     EXPECT_TRUE(Succeeds(Winsock::listen(third.Get(), 5)));
 }
 
-TEST_F(AddressReuse, TheOptionOnBothLetsBothDatagramSocketsBind) {
+TEST_F(BindingReuse, TheOptionOnBothLetsBothDatagramSocketsBind) {
     const OwnedSocket first = NewReusing(NewDatagram());
     ASSERT_TRUE(Succeeds(Bind(first, Loopback(0))));
     EXPECT_TRUE(Succeeds(Bind(NewReusing(NewDatagram()), LocalAddress(first))));
 }
 
-TEST_F(AddressReuse, TheOptionSwitchedOffAgainIsNoOption) {
+TEST_F(BindingReuse, TheOptionSwitchedOffAgainIsNoOption) {
     const OwnedSocket bound = NewReusing(NewStream());
     ASSERT_TRUE(Succeeds(Bind(bound, Loopback(0))));
     const OwnedSocket second = NewReusing(NewStream());
@@ -244,13 +244,13 @@ TEST_F(AddressReuse, TheOptionSwitchedOffAgainIsNoOption) {
     EXPECT_TRUE(FailsWith(10048, Bind(second, LocalAddress(bound))));
 }
 
-TEST_F(AddressReuse, TheSamePortOfAnotherLocalAddressIsFree) {
+TEST_F(BindingReuse, TheSamePortOfAnotherLocalAddressIsFree) {
     const OwnedSocket bound = NewBoundStream();
     EXPECT_TRUE(Succeeds(Bind(NewStream(), Ipv4(127, 0, 0, 2, LocalPort(bound)))));
     EXPECT_TRUE(Succeeds(Bind(NewReusing(NewStream()), Ipv4(127, 0, 0, 3, LocalPort(bound)))));
 }
 
-TEST_F(AddressReuse, APortIsFreeAgainWhenItsSocketIsClosed) {
+TEST_F(BindingReuse, APortIsFreeAgainWhenItsSocketIsClosed) {
     OwnedSocket bound = NewListener();
     const Winsock::AddressIpv4 address = LocalAddress(bound);
     bound.Close();
@@ -267,7 +267,7 @@ Winsock::AddressIpv4 ServeOnceAndClose() {
     return address;
 }
 
-TEST_F(AddressReuse, AServerCanStartAgainAtOnceThoughItsConnectionsHaveJustEnded) {
+TEST_F(BindingReuse, AServerCanStartAgainAtOnceThoughItsConnectionsHaveJustEnded) {
     const Winsock::AddressIpv4 address = ServeOnceAndClose();
     ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
     const OwnedSocket again = NewStream();
@@ -276,14 +276,14 @@ TEST_F(AddressReuse, AServerCanStartAgainAtOnceThoughItsConnectionsHaveJustEnded
     EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), address)));
 }
 
-TEST_F(AddressReuse, AServerWithTheOptionCanStartAgainAtOnceToo) {
+TEST_F(BindingReuse, AServerWithTheOptionCanStartAgainAtOnceToo) {
     const Winsock::AddressIpv4 address = ServeOnceAndClose();
     const OwnedSocket again = NewReusing(NewStream());
     EXPECT_TRUE(Succeeds(Bind(again, address)));
     EXPECT_TRUE(Succeeds(Winsock::listen(again.Get(), 5)));
 }
 
-TEST_F(AddressReuse, AServerCanStartAgainWhileItsConnectionsGoOn) {
+TEST_F(BindingReuse, AServerCanStartAgainWhileItsConnectionsGoOn) {
     OwnedSocket listener = NewListener();
     const Winsock::AddressIpv4 address = LocalAddress(listener);
     const RawPeer client = RawPeer::ConnectedTo(PortOf(address));

@@ -12,14 +12,14 @@ unsigned int FreePort() {
     return LocalPort(NewBoundStream());
 }
 
-using Connecting = Started;
+using ConnectionAttempt = Started;
 
-TEST_F(Connecting, ToNobodyIsRefused) {
+TEST_F(ConnectionAttempt, ToNobodyIsRefused) {
     EXPECT_TRUE(FailsWith(10061, Connect(NewStream(), Loopback(FreePort()))));
     EXPECT_TRUE(FailsWith(10061, Connect(NewStream(23), LoopbackIpv6(FreePort()))));
 }
 
-TEST_F(Connecting, AgainAfterARefusalSucceeds) {
+TEST_F(ConnectionAttempt, AgainAfterARefusalSucceeds) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(FreePort()))));
@@ -27,7 +27,7 @@ TEST_F(Connecting, AgainAfterARefusalSucceeds) {
     EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener)), 0, "connecting after a refusal"));
 }
 
-TEST_F(Connecting, ToNoAddressAtAllIsRefusedAsSuch) {
+TEST_F(ConnectionAttempt, ToNoAddressAtAllIsRefusedAsSuch) {
     const OwnedSocket listener = NewListener();
     Winsock::AddressIpv6 any = LoopbackIpv6(LocalPort(listener));
     any.address[15] = 0;
@@ -37,7 +37,7 @@ TEST_F(Connecting, ToNoAddressAtAllIsRefusedAsSuch) {
     EXPECT_TRUE(FailsWith(10049, Connect(NewStream(), Loopback(0)), "connecting to port 0"));
 }
 
-TEST_F(Connecting, RefusesWrongAddresses) {
+TEST_F(ConnectionAttempt, RefusesWrongAddresses) {
     const Winsock::AddressIpv4 ipv4 = Loopback(9);
     const Winsock::AddressIpv6 ipv6 = LoopbackIpv6(9);
     EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream().Get(), &ipv4, 15),
@@ -50,7 +50,7 @@ TEST_F(Connecting, RefusesWrongAddresses) {
     EXPECT_TRUE(FailsWith(10014, Winsock::connect(NewStream().Get(), nullptr, 16)));
 }
 
-TEST_F(Connecting, TakesALongerLength) {
+TEST_F(ConnectionAttempt, TakesALongerLength) {
     const OwnedSocket listener = NewListener();
     const Winsock::AddressIpv4 address = LocalAddress(listener);
     Winsock::AddressStorage storage = {};
@@ -58,19 +58,19 @@ TEST_F(Connecting, TakesALongerLength) {
     EXPECT_TRUE(Succeeds(Connect(NewStream(), storage)));
 }
 
-TEST_F(Connecting, AConnectedSocketIsRefused) {
+TEST_F(ConnectionAttempt, AConnectedSocketIsRefused) {
     const OwnedSocket listener = NewListener();
     const Pair pair = NewConnectedPair();
     EXPECT_TRUE(FailsWith(10056, Connect(pair.client, LocalAddress(listener))));
     EXPECT_TRUE(FailsWith(10056, Connect(pair.server, LocalAddress(listener))));
 }
 
-TEST_F(Connecting, AListenerIsRefused) {
+TEST_F(ConnectionAttempt, AListenerIsRefused) {
     const OwnedSocket listener = NewListener();
     EXPECT_TRUE(FailsWith(10022, Connect(listener, LocalAddress(listener))));
 }
 
-TEST_F(Connecting, FromABoundSocketKeepsItsPort) {
+TEST_F(ConnectionAttempt, FromABoundSocketKeepsItsPort) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewBoundStream();
     const unsigned int port = LocalPort(socket);
@@ -78,7 +78,7 @@ TEST_F(Connecting, FromABoundSocketKeepsItsPort) {
     EXPECT_EQ(LocalPort(socket), port);
 }
 
-TEST_F(Connecting, OverIpv6Works) {
+TEST_F(ConnectionAttempt, OverIpv6Works) {
     const OwnedSocket listener = NewStream(23);
     ASSERT_TRUE(Succeeds(Bind(listener, LoopbackIpv6(0))));
     ASSERT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
@@ -97,7 +97,7 @@ TEST_F(Connecting, OverIpv6Works) {
     EXPECT_EQ(Receive(server), "six");
 }
 
-TEST_F(Connecting, OverIpv6GivesBothSidesTheNamesOfThatFamily) {
+TEST_F(ConnectionAttempt, OverIpv6GivesBothSidesTheNamesOfThatFamily) {
     const OwnedSocket listener = NewStream(23);
     ASSERT_TRUE(Succeeds(Bind(listener, LoopbackIpv6(0))));
     ASSERT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
@@ -120,7 +120,7 @@ TEST_F(Connecting, OverIpv6GivesBothSidesTheNamesOfThatFamily) {
     }
 }
 
-TEST_F(Connecting, IsNotBoundedByTheSendTimeout) {
+TEST_F(ConnectionAttempt, IsNotBoundedByTheSendTimeout) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionSendTimeout, 1)));
@@ -128,7 +128,7 @@ TEST_F(Connecting, IsNotBoundedByTheSendTimeout) {
     EXPECT_TRUE(Succeeds(Connect(socket, Loopback(listener.Port()))));
 }
 
-TEST_F(Connecting, IsNotCutShortBySignals) {
+TEST_F(ConnectionAttempt, IsNotCutShortBySignals) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
     {
@@ -139,14 +139,14 @@ TEST_F(Connecting, IsNotCutShortBySignals) {
     EXPECT_TRUE(Succeeds(Send(socket, "here"), 4));
 }
 
-TEST_F(Connecting, ThatIsInterruptedAndThenRefusedIsRefused) {
+TEST_F(ConnectionAttempt, ThatIsInterruptedAndThenRefusedIsRefused) {
     FullListener listener;
     const OwnedSocket socket = NewStream();
     const SignalStorm storm([&] { listener.Close(); });
     EXPECT_TRUE(FailsWith(10061, Connect(socket, Loopback(listener.Port()))));
 }
 
-TEST_F(Connecting, AgainAfterAnInterruptedRefusalSucceeds) {
+TEST_F(ConnectionAttempt, AgainAfterAnInterruptedRefusalSucceeds) {
     const OwnedSocket target = NewListener();
     FullListener listener;
     const OwnedSocket socket = NewStream();
@@ -157,7 +157,7 @@ TEST_F(Connecting, AgainAfterAnInterruptedRefusalSucceeds) {
     EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(target)), 0, "connecting after a refusal"));
 }
 
-class UnfinishedConnect : public Started {
+class ConnectionUnfinished : public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
@@ -177,22 +177,22 @@ protected:
     OwnedSocket socket_;
 };
 
-TEST_F(UnfinishedConnect, IsNotBegunAgain) {
+TEST_F(ConnectionUnfinished, IsNotBegunAgain) {
     EXPECT_TRUE(FailsWith(10037, ConnectAgain()));
     EXPECT_TRUE(FailsWith(10037, ConnectAgain()));
 }
 
-TEST_F(UnfinishedConnect, HasNoConnectionYet) {
+TEST_F(ConnectionUnfinished, HasNoConnectionYet) {
     EXPECT_TRUE(FailsWith(10057, Send(socket_, "early"), "transfer before the connection exists"));
     EXPECT_TRUE(FailsWith(10057, TryReceive(socket_), "transfer before the connection exists"));
     EXPECT_EQ(BytesAvailable(socket_), 0U);
 }
 
-TEST_F(UnfinishedConnect, HasALocalName) {
+TEST_F(ConnectionUnfinished, HasALocalName) {
     EXPECT_NE(LocalPort(socket_), 0U);
 }
 
-TEST_F(UnfinishedConnect, TellsWhomItIsFor) {
+TEST_F(ConnectionUnfinished, TellsWhomItIsFor) {
     Winsock::AddressIpv4 peer = {};
     int length = sizeof peer;
     ASSERT_TRUE(Succeeds(Winsock::getpeername(socket_.Get(), &peer, &length), 0,
@@ -202,14 +202,14 @@ TEST_F(UnfinishedConnect, TellsWhomItIsFor) {
     EXPECT_EQ(length, static_cast<int>(sizeof peer));
 }
 
-TEST_F(UnfinishedConnect, IsConnectedOnceThePeerHasAccepted) {
+TEST_F(ConnectionUnfinished, IsConnectedOnceThePeerHasAccepted) {
     listener_->Drain();
     EXPECT_TRUE(FailsWith(10056, RepeatWhile(10037, [this] { return ConnectAgain(); })));
     EXPECT_TRUE(FailsWith(10056, ConnectAgain()));
     EXPECT_TRUE(Succeeds(Send(socket_, "now"), 3));
 }
 
-TEST_F(UnfinishedConnect, CanSendOnceThePeerHasAcceptedThoughNobodyAskedForTheOutcome) {
+TEST_F(ConnectionUnfinished, CanSendOnceThePeerHasAcceptedThoughNobodyAskedForTheOutcome) {
     if (WineGivesNoAnswer("sending until the connection exists"))
         GTEST_SKIP() << "Wine gives no answer";
     listener_->Drain();
@@ -217,7 +217,7 @@ TEST_F(UnfinishedConnect, CanSendOnceThePeerHasAcceptedThoughNobodyAskedForTheOu
     EXPECT_TRUE(FailsWith(10035, TryReceive(socket_)));
 }
 
-TEST_F(UnfinishedConnect, ThatWasRefusedIsBegunAnew) {
+TEST_F(ConnectionUnfinished, ThatWasRefusedIsBegunAnew) {
     const OwnedSocket target = NewListener();
     listener_->Close();
     const auto connectToTarget = [&] { return Connect(socket_, LocalAddress(target)); };
@@ -231,9 +231,9 @@ TEST_F(UnfinishedConnect, ThatWasRefusedIsBegunAnew) {
     EXPECT_EQ(PortOf(peer), LocalPort(target));
 }
 
-using Accepting = Started;
+using ConnectionAcceptance = Started;
 
-TEST_F(Accepting, NeedsAListener) {
+TEST_F(ConnectionAcceptance, NeedsAListener) {
     EXPECT_TRUE(FailsWith(10022, Winsock::accept(NewStream().Get(), nullptr, nullptr)));
     EXPECT_TRUE(FailsWith(10022, Winsock::accept(NewBoundStream().Get(), nullptr, nullptr)));
     EXPECT_TRUE(
@@ -241,13 +241,13 @@ TEST_F(Accepting, NeedsAListener) {
     EXPECT_TRUE(FailsWith(10045, Winsock::accept(NewBoundDatagram().Get(), nullptr, nullptr)));
 }
 
-TEST_F(Accepting, WouldBlockOnANonBlockingListener) {
+TEST_F(ConnectionAcceptance, WouldBlockOnANonBlockingListener) {
     const OwnedSocket listener = NewListener();
     SetNonBlocking(listener);
     EXPECT_TRUE(FailsWith(10035, Winsock::accept(listener.Get(), nullptr, nullptr)));
 }
 
-TEST_F(Accepting, TellsTheClientsAddress) {
+TEST_F(ConnectionAcceptance, TellsTheClientsAddress) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket client = NewStream();
     ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
@@ -263,7 +263,7 @@ TEST_F(Accepting, TellsTheClientsAddress) {
     EXPECT_EQ(LocalPort(server), LocalPort(listener));
 }
 
-TEST_F(Accepting, WithTooLittleRoomLeavesTheConnectionWaiting) {
+TEST_F(ConnectionAcceptance, WithTooLittleRoomLeavesTheConnectionWaiting) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket client = NewStream();
     ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
@@ -276,7 +276,7 @@ TEST_F(Accepting, WithTooLittleRoomLeavesTheConnectionWaiting) {
     Accept(listener);
 }
 
-TEST_F(Accepting, InheritsTheListenersMode) {
+TEST_F(ConnectionAcceptance, InheritsTheListenersMode) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket first = NewStream();
     const OwnedSocket second = NewStream();
@@ -290,14 +290,14 @@ TEST_F(Accepting, InheritsTheListenersMode) {
     EXPECT_TRUE(FailsWith(10060, TryReceive(blocking)));
 }
 
-TEST_F(Accepting, InheritsTheListenersTimeout) {
+TEST_F(ConnectionAcceptance, InheritsTheListenersTimeout) {
     const OwnedSocket listener = NewListener();
     ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 10)));
     const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
     EXPECT_TRUE(FailsWith(10060, TryReceive(Accept(listener))));
 }
 
-TEST_F(Accepting, IsNotBoundedByTheListenersTimeout) {
+TEST_F(ConnectionAcceptance, IsNotBoundedByTheListenersTimeout) {
     const OwnedSocket listener = NewListener();
     const unsigned int port = LocalPort(listener);
     ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 1)));
@@ -307,7 +307,7 @@ TEST_F(Accepting, IsNotBoundedByTheListenersTimeout) {
     EXPECT_GE(SignalStorm::SignalCount(), 20);
 }
 
-TEST_F(Accepting, IsNotCutShortBySignals) {
+TEST_F(ConnectionAcceptance, IsNotCutShortBySignals) {
     const OwnedSocket listener = NewListener();
     const unsigned int port = LocalPort(listener);
     RawPeer client;
@@ -316,7 +316,7 @@ TEST_F(Accepting, IsNotCutShortBySignals) {
     EXPECT_GE(SignalStorm::SignalCount(), 20);
 }
 
-TEST_F(Accepting, AConnectionThatWasResetMeanwhileIsReportedByItsSocket) {
+TEST_F(ConnectionAcceptance, AConnectionThatWasResetMeanwhileIsReportedByItsSocket) {
     const OwnedSocket listener = NewListener();
     RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
     client.Reset();

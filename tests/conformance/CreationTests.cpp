@@ -16,14 +16,14 @@ struct CreationRow {
     }
 };
 
-class RefusedCreation : public testing::WithParamInterface<CreationRow>, public Started {};
+class CreationRefused : public testing::WithParamInterface<CreationRow>, public Started {};
 
-TEST_P(RefusedCreation, TellsWhichArgumentIsWrong) {
+TEST_P(CreationRefused, TellsWhichArgumentIsWrong) {
     const auto [family, type, protocol, error] = GetParam();
     EXPECT_TRUE(FailsWith(error, Winsock::socket(family, type, protocol)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, RefusedCreation,
+INSTANTIATE_TEST_SUITE_P(Rows, CreationRefused,
                          testing::Values(CreationRow{2, 2, 6, 10043}, CreationRow{2, 1, 17, 10043},
                                          CreationRow{23, 2, 6, 10043},
                                          CreationRow{2, 1, 4711, 10043},

@@ -106,7 +106,7 @@ TEST_F(Datagram, ThePeerCanBeChangedAndTakenAway) {
                           "a datagram to a peer that was taken away"));
 }
 
-class UnreachablePeer : public Started {
+class DatagramToAnUnreachablePeer : public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
@@ -126,14 +126,14 @@ protected:
     OwnedSocket sender_;
 };
 
-TEST_F(UnreachablePeer, LetsEverySendSucceed) {
+TEST_F(DatagramToAnUnreachablePeer, LetsEverySendSucceed) {
     for (int count = 0; count < 5; ++count) {
         EXPECT_TRUE(Succeeds(Send(sender_, "anybody?"), 8)) << count;
         AwaitEnd(sender_.Get());
     }
 }
 
-TEST_F(UnreachablePeer, FailsOneReceiveForEachDatagramThatWasTurnedAway) {
+TEST_F(DatagramToAnUnreachablePeer, FailsOneReceiveForEachDatagramThatWasTurnedAway) {
     EXPECT_TRUE(Succeeds(Send(sender_, "one"), 3));
     AwaitEnd(sender_.Get());
     EXPECT_TRUE(Succeeds(Send(sender_, "two"), 3));
@@ -143,13 +143,13 @@ TEST_F(UnreachablePeer, FailsOneReceiveForEachDatagramThatWasTurnedAway) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(sender_)));
 }
 
-TEST_F(UnreachablePeer, EndsABlockedReceive) {
+TEST_F(DatagramToAnUnreachablePeer, EndsABlockedReceive) {
     SetNonBlocking(sender_, false);
     EXPECT_TRUE(Succeeds(Send(sender_, "one"), 3));
     EXPECT_TRUE(FailsWith(10054, TryReceive(sender_)));
 }
 
-TEST_F(UnreachablePeer, LeavesTheSocketUsable) {
+TEST_F(DatagramToAnUnreachablePeer, LeavesTheSocketUsable) {
     EXPECT_TRUE(Succeeds(Send(sender_, "one"), 3));
     AwaitEnd(sender_.Get());
     EXPECT_TRUE(FailsWith(10054, TryReceive(sender_)));

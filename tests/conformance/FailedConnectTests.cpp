@@ -74,10 +74,10 @@ TEST_P(FailedConnect, CanBeFollowedByOneThatSucceedsFromTheSamePort) {
 
 INSTANTIATE_TEST_SUITE_P(AtOnceAndLater, FailedConnect, testing::Bool());
 
-using UnaskedConnect = Started;
+using FailedConnectUnasked = Started;
 
 // Connected, as its server knows, but nobody has asked the socket yet.
-TEST_F(UnaskedConnect, IsAConnectionWhateverIsAskedFirst) {
+TEST_F(FailedConnectUnasked, IsAConnectionWhateverIsAskedFirst) {
     const OwnedSocket listener = NewListener();
     const Winsock::AddressIpv4 address = LocalAddress(listener);
     for (const Winsock::AddressIpv4& other :
@@ -91,7 +91,7 @@ TEST_F(UnaskedConnect, IsAConnectionWhateverIsAskedFirst) {
     }
 }
 
-TEST_F(UnaskedConnect, CannotListen) {
+TEST_F(FailedConnectUnasked, CannotListen) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();
     SetNonBlocking(socket);
@@ -101,9 +101,9 @@ TEST_F(UnaskedConnect, CannotListen) {
         FailsWith(10056, Winsock::listen(socket.Get(), 5), "listening on what cannot listen"));
 }
 
-using UnreachableAddress = Started;
+using FailedConnectAddress = Started;
 
-TEST_F(UnreachableAddress, OfTheLinkWithoutTheLinkIsNoAddress) {
+TEST_F(FailedConnectAddress, OfTheLinkWithoutTheLinkIsNoAddress) {
     Winsock::AddressIpv6 address = LoopbackIpv6(9);
     address.address[0] = 0xFE;
     address.address[1] = 0x80;

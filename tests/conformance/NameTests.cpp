@@ -12,14 +12,14 @@ struct DottedRow {
     friend void PrintTo(const DottedRow& row, std::ostream* stream) { *stream << row.text; }
 };
 
-class DottedText : public testing::TestWithParam<DottedRow> {};
+class NameDottedText : public testing::TestWithParam<DottedRow> {};
 
-TEST_P(DottedText, IsReadAsTheSystemReadsIt) {
+TEST_P(NameDottedText, IsReadAsTheSystemReadsIt) {
     EXPECT_TRUE(Answers(GetParam().address, Winsock::inet_addr(GetParam().text)));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, DottedText,
+    Rows, NameDottedText,
     testing::Values(DottedRow{"127.0.0.1", 0x0100007F}, DottedRow{"1.2.3.4", 0x04030201},
                     DottedRow{"0.0.0.0", 0}, DottedRow{"255.255.255.255", 0xFFFFFFFF},
                     DottedRow{"1", 0x01000000}, DottedRow{"1.2", 0x02000001},
@@ -33,7 +33,7 @@ INSTANTIATE_TEST_SUITE_P(
                     DottedRow{"08.0.0.1", 0xFFFFFFFF}, DottedRow{"name", 0xFFFFFFFF},
                     DottedRow{"1.2.3.4x", 0xFFFFFFFF}, DottedRow{"::1", 0xFFFFFFFF}));
 
-TEST(DottedTexts, LeaveTheLastErrorAloneExceptNull) {
+TEST(NameDottedTexts, LeaveTheLastErrorAloneExceptNull) {
     EXPECT_EQ(Winsock::inet_addr(nullptr), 0xFFFFFFFF);
     EXPECT_EQ(Winsock::WSAGetLastError(), 10014);
     EXPECT_EQ(Winsock::inet_addr("no address"), 0xFFFFFFFF);
@@ -41,9 +41,9 @@ TEST(DottedTexts, LeaveTheLastErrorAloneExceptNull) {
     EXPECT_EQ(Winsock::WSAGetLastError(), 10014);
 }
 
-using OwnName = Started;
+using NameOfTheComputer = Started;
 
-TEST_F(OwnName, IsTerminatedAndFitsExactly) {
+TEST_F(NameOfTheComputer, IsTerminatedAndFitsExactly) {
     char name[300];
     std::memset(name, '#', sizeof name);
     ASSERT_TRUE(Succeeds(Winsock::gethostname(name, sizeof name)));
@@ -55,7 +55,7 @@ TEST_F(OwnName, IsTerminatedAndFitsExactly) {
     EXPECT_EQ(name[length + 1], '#');
 }
 
-TEST_F(OwnName, WithoutRoomIsNotWrittenAtAll) {
+TEST_F(NameOfTheComputer, WithoutRoomIsNotWrittenAtAll) {
     char name[300] = {};
     ASSERT_TRUE(Succeeds(Winsock::gethostname(name, sizeof name)));
     const int length = static_cast<int>(std::strlen(name));
@@ -67,9 +67,9 @@ TEST_F(OwnName, WithoutRoomIsNotWrittenAtAll) {
     EXPECT_TRUE(FailsWith(10014, Winsock::gethostname(nullptr, 100)));
 }
 
-using AddressQuery = Started;
+using NameQueryByAddress = Started;
 
-TEST_F(AddressQuery, RefusesWrongArguments) {
+TEST_F(NameQueryByAddress, RefusesWrongArguments) {
     const char address[16] = {127, 0, 0, 1};
     EXPECT_TRUE(FailsWith(10047, Winsock::gethostbyaddr(address, 4, 10)));
     EXPECT_TRUE(FailsWith(10047, Winsock::gethostbyaddr(address, 4, 0),

@@ -19,9 +19,9 @@ struct OptionRow {
     }
 };
 
-class RefusedOption : public testing::WithParamInterface<OptionRow>, public Started {};
+class OptionRefused : public testing::WithParamInterface<OptionRow>, public Started {};
 
-TEST_P(RefusedOption, TellsLevelFromOption) {
+TEST_P(OptionRefused, TellsLevelFromOption) {
     const auto [level, option, error] = GetParam();
     const OwnedSocket stream = NewStream();
     const OwnedSocket datagram = NewDatagram(Winsock::FamilyIpv6);
@@ -30,7 +30,7 @@ TEST_P(RefusedOption, TellsLevelFromOption) {
 }
 
 // The numbers 1, 2, 20 and 21 are options of Linux, which must not be reached through here.
-INSTANTIATE_TEST_SUITE_P(Rows, RefusedOption,
+INSTANTIATE_TEST_SUITE_P(Rows, OptionRefused,
                          testing::Values(OptionRow{0x8000, 4, 10022}, OptionRow{-1, 4, 10022},
                                          OptionRow{1, 2, 10022}, OptionRow{0, 0, 10042},
                                          OptionRow{41, 0, 10042}, OptionRow{Level, 0, 10042},
@@ -38,16 +38,16 @@ INSTANTIATE_TEST_SUITE_P(Rows, RefusedOption,
                                          OptionRow{Level, 21, 10042},
                                          OptionRow{Level, 0x7FFF, 10042}));
 
-class TimeoutOption : public testing::WithParamInterface<int>, public Started {};
+class OptionTimeout : public testing::WithParamInterface<int>, public Started {};
 
-TEST_P(TimeoutOption, TakesAnyValueOnAnySocket) {
+TEST_P(OptionTimeout, TakesAnyValueOnAnySocket) {
     for (const unsigned int value : {0U, 1U, 999U, 1000U, 1001U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
         EXPECT_TRUE(Succeeds(SetOption(NewStream(), GetParam(), value))) << value;
         EXPECT_TRUE(Succeeds(SetOption(NewDatagram(), GetParam(), value))) << value;
     }
 }
 
-TEST_P(TimeoutOption, NeedsFourBytesAndTakesMore) {
+TEST_P(OptionTimeout, NeedsFourBytesAndTakesMore) {
     const OwnedSocket socket = NewStream();
     for (const int length : {-1, 0, 1, 3}) {
         EXPECT_TRUE(FailsWith(10014, setsockopt(socket.Get(), Level, GetParam(), Value, length),
@@ -56,18 +56,18 @@ TEST_P(TimeoutOption, NeedsFourBytesAndTakesMore) {
     EXPECT_TRUE(Succeeds(setsockopt(socket.Get(), Level, GetParam(), Value, 8)));
 }
 
-TEST_P(TimeoutOption, RefusesNull) {
+TEST_P(OptionTimeout, RefusesNull) {
     const OwnedSocket socket = NewStream();
     EXPECT_TRUE(FailsWith(10014, setsockopt(socket.Get(), Level, GetParam(), nullptr, 4)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, TimeoutOption,
+INSTANTIATE_TEST_SUITE_P(Both, OptionTimeout,
                          testing::Values(Winsock::OptionSendTimeout,
                                          Winsock::OptionReceiveTimeout));
 
-using ReuseOption = Started;
+using OptionReuse = Started;
 
-TEST_F(ReuseOption, TakesAnyLength) {
+TEST_F(OptionReuse, TakesAnyLength) {
     for (const int length : {0, 1, 2, 4, 8}) {
         const OwnedSocket socket = NewStream();
         EXPECT_TRUE(Succeeds(setsockopt(socket.Get(), Level, 4, Value, length))) << length;
@@ -75,13 +75,13 @@ TEST_F(ReuseOption, TakesAnyLength) {
     }
 }
 
-TEST_F(ReuseOption, RefusesNull) {
+TEST_F(OptionReuse, RefusesNull) {
     EXPECT_TRUE(FailsWith(10014, setsockopt(NewStream().Get(), Level, 4, nullptr, 4)));
 }
 
-using BroadcastOption = Started;
+using OptionBroadcast = Started;
 
-TEST_F(BroadcastOption, IsForDatagrams) {
+TEST_F(OptionBroadcast, IsForDatagrams) {
     for (const int family : {2, 23}) {
         const OwnedSocket socket = NewDatagram(family);
         EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionBroadcast, 1)));
@@ -89,20 +89,20 @@ TEST_F(BroadcastOption, IsForDatagrams) {
     }
 }
 
-TEST_F(BroadcastOption, IsNotForStreams) {
+TEST_F(OptionBroadcast, IsNotForStreams) {
     for (const OwnedSocket& socket : {NewStream(), NewStream(23), NewListener()}) {
         EXPECT_TRUE(FailsWith(10042, SetOption(socket, Winsock::OptionBroadcast, 1),
                               "a stream that broadcasts"));
     }
 }
 
-TEST_F(BroadcastOption, RefusesNull) {
+TEST_F(OptionBroadcast, RefusesNull) {
     EXPECT_TRUE(FailsWith(10014, setsockopt(NewDatagram().Get(), Level, 0x20, nullptr, 4)));
 }
 
-using Command = Started;
+using OptionCommand = Started;
 
-TEST_F(Command, NonBlockingModeIsTakenInAnyState) {
+TEST_F(OptionCommand, NonBlockingModeIsTakenInAnyState) {
     SetNonBlocking(NewStream());
     SetNonBlocking(NewDatagram());
     SetNonBlocking(NewListener());
@@ -114,7 +114,7 @@ TEST_F(Command, NonBlockingModeIsTakenInAnyState) {
     EXPECT_TRUE(FailsWith(10060, TryReceive(pair.client)));
 }
 
-TEST_F(Command, RefusesNullAndTheUnknown) {
+TEST_F(OptionCommand, RefusesNullAndTheUnknown) {
     const OwnedSocket socket = NewStream();
     unsigned int argument = 1;
     EXPECT_TRUE(FailsWith(10014, Winsock::ioctlsocket(socket.Get(), 0x8004667EU, nullptr)));
@@ -122,7 +122,7 @@ TEST_F(Command, RefusesNullAndTheUnknown) {
     EXPECT_TRUE(FailsWith(10045, Winsock::ioctlsocket(socket.Get(), 0x5421U, &argument)));
 }
 
-TEST_F(Command, AStreamThatIsNotConnectedHasNoBytes) {
+TEST_F(OptionCommand, AStreamThatIsNotConnectedHasNoBytes) {
     EXPECT_EQ(BytesAvailable(NewStream()), 0U);
     EXPECT_EQ(BytesAvailable(NewBoundStream()), 0U);
     const OwnedSocket listener = NewListener();
@@ -132,7 +132,7 @@ TEST_F(Command, AStreamThatIsNotConnectedHasNoBytes) {
     EXPECT_EQ(BytesAvailable(listener), 0U);
 }
 
-TEST_F(Command, AConnectedStreamCountsItsBytesUntilTheyAreRead) {
+TEST_F(OptionCommand, AConnectedStreamCountsItsBytesUntilTheyAreRead) {
     Pair pair = NewConnectedPair();
     ASSERT_TRUE(Succeeds(Send(pair.client, "12345"), 5));
     AwaitReadable(pair.server.Get());
@@ -145,7 +145,7 @@ TEST_F(Command, AConnectedStreamCountsItsBytesUntilTheyAreRead) {
     EXPECT_EQ(BytesAvailable(pair.server), 0U);
 }
 
-TEST_F(Command, AResetStreamHasNoBytesAndTheQuestionSucceeds) {
+TEST_F(OptionCommand, AResetStreamHasNoBytesAndTheQuestionSucceeds) {
     const OwnedSocket listener = NewListener();
     RawPeer peer = RawPeer::ConnectedTo(LocalPort(listener));
     const OwnedSocket socket = Accept(listener);
@@ -156,7 +156,7 @@ TEST_F(Command, AResetStreamHasNoBytesAndTheQuestionSucceeds) {
     EXPECT_EQ(BytesAvailable(socket), 0U);
 }
 
-TEST_F(Command, ADatagramSocketCountsWhatWaits) {
+TEST_F(OptionCommand, ADatagramSocketCountsWhatWaits) {
     const OwnedSocket receiver = NewBoundDatagram();
     const OwnedSocket sender = NewDatagram();
     EXPECT_EQ(BytesAvailable(receiver), 0U);

@@ -175,7 +175,7 @@ Winsock::AddressIpv6 Nobody() {
     return LocalIpv6Address(NewBoundIpv6Datagram());
 }
 
-class SendingToNobody : public Started {
+class ReceivingFromAfterSendingToNobody : public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
@@ -200,15 +200,15 @@ protected:
     }
 };
 
-TEST_F(SendingToNobody, FailsOneReceiveForEachDatagram) {
+TEST_F(ReceivingFromAfterSendingToNobody, FailsOneReceiveForEachDatagram) {
     ExpectOneFailureForEach<Winsock::AddressIpv4>(NewDatagram());
 }
 
-TEST_F(SendingToNobody, OverIpv6FailsOneReceiveForEachDatagram) {
+TEST_F(ReceivingFromAfterSendingToNobody, OverIpv6FailsOneReceiveForEachDatagram) {
     ExpectOneFailureForEach<Winsock::AddressIpv6>(NewDatagram(23));
 }
 
-TEST_F(SendingToNobody, DoesNotKeepDatagramsFromOthers) {
+TEST_F(ReceivingFromAfterSendingToNobody, DoesNotKeepDatagramsFromOthers) {
     const OwnedSocket receiver = NewBoundDatagram();
     const OwnedSocket sender = NewBoundDatagram();
     const auto nobody = Nobody<Winsock::AddressIpv4>();
@@ -221,7 +221,7 @@ TEST_F(SendingToNobody, DoesNotKeepDatagramsFromOthers) {
     EXPECT_EQ(RepeatWhile(10054, [&] { return TryReceive(sender); }), 4);
 }
 
-TEST_F(SendingToNobody, EndsABlockedReceive) {
+TEST_F(ReceivingFromAfterSendingToNobody, EndsABlockedReceive) {
     const OwnedSocket sender = NewDatagram();
     EXPECT_TRUE(Succeeds(SendTo(sender, "one", Nobody<Winsock::AddressIpv4>()), 3));
     EXPECT_TRUE(FailsWith(10054, ReceiveFrom(sender).result));

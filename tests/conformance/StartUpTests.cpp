@@ -17,9 +17,9 @@ struct VersionRow {
     }
 };
 
-class VersionNegotiation : public testing::TestWithParam<VersionRow> {};
+class StartUpVersion : public testing::TestWithParam<VersionRow> {};
 
-TEST_P(VersionNegotiation, AnswersTheHighestVersionNotAboveTheRequested) {
+TEST_P(StartUpVersion, AnswersTheHighestVersionNotAboveTheRequested) {
     Winsock::StartupData data;
     ASSERT_TRUE(Answers(0, Winsock::WSAStartup(GetParam().requested, &data)));
     EXPECT_EQ(data.version, GetParam().negotiated);
@@ -27,7 +27,7 @@ TEST_P(VersionNegotiation, AnswersTheHighestVersionNotAboveTheRequested) {
     EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Versions, VersionNegotiation,
+INSTANTIATE_TEST_SUITE_P(Versions, StartUpVersion,
                          testing::Values(VersionRow{0x001, 0x001}, VersionRow{0x101, 0x101},
                                          VersionRow{0x201, 0x101}, VersionRow{0x002, 0x002},
                                          VersionRow{0x102, 0x102}, VersionRow{0x202, 0x202},
@@ -81,7 +81,7 @@ TEST(StartUp, DottedTextsAreReadBeforeIt) {
     EXPECT_EQ(Winsock::inet_addr("1.2.3.4"), 0x04030201U);
 }
 
-TEST(CleanUp, AnInnerOneLeavesSocketsOpen) {
+TEST(StartUpAndCleanUp, AnInnerOneLeavesSocketsOpen) {
     Winsock::StartupData data;
     ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
     const OwnedSocket socket = NewBoundDatagram();
@@ -91,7 +91,7 @@ TEST(CleanUp, AnInnerOneLeavesSocketsOpen) {
     EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
 }
 
-TEST(CleanUp, TheLastOneClosesAllSockets) {
+TEST(StartUpAndCleanUp, TheLastOneClosesAllSockets) {
     Winsock::StartupData data;
     ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
     Pair pair = NewConnectedPair();
@@ -106,7 +106,7 @@ TEST(CleanUp, TheLastOneClosesAllSockets) {
     EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
 }
 
-TEST(CleanUp, TheLastOneEndsConnections) {
+TEST(StartUpAndCleanUp, TheLastOneEndsConnections) {
     Winsock::StartupData data;
     ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
     OwnedSocket listener = NewListener();
@@ -119,10 +119,10 @@ TEST(CleanUp, TheLastOneEndsConnections) {
     EXPECT_TRUE(Succeeds(Winsock::WSACleanup()));
 }
 
-using LastError = Started;
+using StartUpAndLastError = Started;
 
 // Between the two looks at its last error this thread makes no call, not even to wait.
-TEST_F(LastError, IsEachThreadsOwn) {
+TEST_F(StartUpAndLastError, IsEachThreadsOwn) {
     int atStart = -1;
     int afterFailure = -1;
     std::atomic<bool> begun = false;
@@ -145,7 +145,7 @@ TEST_F(LastError, IsEachThreadsOwn) {
     EXPECT_EQ(afterFailure, 10044);
 }
 
-TEST_F(LastError, IsSavedAndRestoredWithTheSystemsOwn) {
+TEST_F(StartUpAndLastError, IsSavedAndRestoredWithTheSystemsOwn) {
     EXPECT_EQ(Winsock::closesocket(Winsock::InvalidSocket), -1);
     const System::ErrorNumbers numbers = System::SaveErrorNumbers();
     EXPECT_EQ(numbers.winsock, 10038);

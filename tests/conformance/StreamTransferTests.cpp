@@ -119,7 +119,7 @@ TEST_F(StreamTransfer, ReceivingAfterASendThatAClosedPeerRefusedIsAborted) {
     EXPECT_TRUE(FailsWith(10053, Send(pair.server, "later"), "sending to a closed peer"));
 }
 
-class AfterReset : public Started {
+class StreamTransferAfterReset : public Started {
 protected:
     void SetUp() override {
         Started::SetUp();
@@ -136,20 +136,20 @@ protected:
     OwnedSocket socket_;
 };
 
-TEST_F(AfterReset, ReceivingFailsForEver) {
+TEST_F(StreamTransferAfterReset, ReceivingFailsForEver) {
     EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
     EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
     EXPECT_TRUE(FailsWith(10054, Send(socket_, "x")));
     EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
 }
 
-TEST_F(AfterReset, SendingFailsForEver) {
+TEST_F(StreamTransferAfterReset, SendingFailsForEver) {
     EXPECT_TRUE(FailsWith(10054, Send(socket_, "x")));
     EXPECT_TRUE(FailsWith(10054, Send(socket_, "x")));
     EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
 }
 
-TEST_F(AfterReset, ItIsStillAConnectedSocketToConnect) {
+TEST_F(StreamTransferAfterReset, ItIsStillAConnectedSocketToConnect) {
     EXPECT_TRUE(FailsWith(10054, TryReceive(socket_), "receiving after a reset"));
     EXPECT_TRUE(FailsWith(10056, Connect(socket_, Loopback(9))));
 }

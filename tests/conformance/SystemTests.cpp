@@ -6,7 +6,7 @@
 namespace Conformance {
 namespace {
 
-TEST(ErrorDescriptions, AreNeverEmptyAndDifferForWhatDiffers) {
+TEST(SystemErrorDescriptions, AreNeverEmptyAndDifferForWhatDiffers) {
     for (unsigned int error = 0; error < 12'000; ++error) {
         EXPECT_FALSE(System::ErrorDescription(error).empty()) << error;
     }
@@ -17,7 +17,7 @@ TEST(ErrorDescriptions, AreNeverEmptyAndDifferForWhatDiffers) {
     EXPECT_NE(System::ErrorDescription(12345), System::ErrorDescription(12346));
 }
 
-TEST(Version, IsToldToARecordOfItsSize) {
+TEST(SystemVersion, IsToldToARecordOfItsSize) {
     System::VersionRecord version = {};
     version.size = 276;
     ASSERT_TRUE(System::GetVersionExW(&version));
@@ -26,7 +26,7 @@ TEST(Version, IsToldToARecordOfItsSize) {
     EXPECT_EQ(version.platform, 2U);
 }
 
-TEST(Version, IsNotToldToARecordOfAnotherSize) {
+TEST(SystemVersion, IsNotToldToARecordOfAnotherSize) {
     for (const unsigned int size : {0U, 148U, 275U, 277U}) {
         System::VersionRecord version = {};
         version.size = size;
@@ -36,12 +36,12 @@ TEST(Version, IsNotToldToARecordOfAnotherSize) {
     }
 }
 
-TEST(Sleeping, LastsAsLongAsAsked) {
+TEST(SystemSleep, LastsAsLongAsAsked) {
     EXPECT_GE(TimeOf([] { System::Sleep(30); }), Milliseconds(30));
     System::Sleep(0);
 }
 
-TEST(Sleeping, IsNotCutShortBySignals) {
+TEST(SystemSleep, IsNotCutShortBySignals) {
     InSignalStorm(10, [] { EXPECT_GE(TimeOf([] { System::Sleep(150); }), Milliseconds(150)); });
 }
 

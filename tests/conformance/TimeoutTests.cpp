@@ -111,7 +111,7 @@ TEST_F(Timeout, OfSendingALargeBufferCountsTheWholeCallOnce) {
 }
 
 // A signal that comes late in the time must not begin it anew.
-class InterruptedTimeout : public Started {
+class TimeoutInterrupted : public Started {
 protected:
     static constexpr unsigned int LongLimit = 1200;
     static constexpr int SignalEvery = 900;
@@ -126,19 +126,19 @@ protected:
     }
 };
 
-TEST_F(InterruptedTimeout, OfReceivingEndsInItsTime) {
+TEST_F(TimeoutInterrupted, OfReceivingEndsInItsTime) {
     const Pair pair = NewConnectedPair();
     ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, LongLimit)));
     ExpectTimeInTime([&] { return TryReceive(pair.client); });
 }
 
-TEST_F(InterruptedTimeout, OfReceivingADatagramEndsInItsTime) {
+TEST_F(TimeoutInterrupted, OfReceivingADatagramEndsInItsTime) {
     const OwnedSocket socket = NewBoundDatagram();
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, LongLimit)));
     ExpectTimeInTime([&] { return TryReceive(socket); });
 }
 
-TEST_F(InterruptedTimeout, OfSendingEndsInItsTime) {
+TEST_F(TimeoutInterrupted, OfSendingEndsInItsTime) {
     const Pair pair = NewConnectedPair();
     SetNonBlocking(pair.client);
     ASSERT_TRUE(FailsWith(10035, SendUntilFailure(pair.client)));
