@@ -16,7 +16,7 @@ fail() {
 # A project that keeps to every rule.
 make_project() {
   rm -rf "${project:?}"/*
-  mkdir -p "$project"/{tools/cat,examples,tests/unit,bench,Common/support/{VelBase,VelLog},Common/support/include/VelBase} \
+  mkdir -p "$project"/{tools/cat,examples,tests/unit/posix,bench,Common/support/{VelBase,VelLog},Common/support/include/VelBase} \
     "$project"/Common/platform/posix/{errors,names}
   put Common/support/include/VelBase/Text.h '#pragma once' '' 'int Length(const char* text);'
   put Common/support/VelBase/Text.cpp '#include "VelBase/Text.h"' '' '#include <cstring>' '' \
@@ -26,6 +26,8 @@ make_project() {
   put run '#!/usr/bin/env bash' 'echo "$1"'
   chmod +x "$project/run"
   put README.md '# A project'
+  put tests/unit/CatTests.cpp 'TEST(Cat, Purrs) {}' 'TEST_F(' '    CatThatSleeps, Purrs) {}'
+  put tests/unit/posix/CatTailTests.cpp 'TEST_P(CatTail, Wags) {}'
 }
 
 # put FILE LINE...
@@ -51,7 +53,9 @@ expect_fault() {
 }
 
 make_project
-for rule in CheckFloors.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh; do expect_pass "$rule"; done
+for rule in CheckFloors.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh CheckTestNames.sh; do
+  expect_pass "$rule"
+done
 
 put Common/platform/posix/errors/Errors.h '#include <names/Names.h>'
 expect_fault CheckFloors.sh 'errors/Errors.h must not include names/Names.h'
@@ -100,5 +104,14 @@ put README.md 'words '
 expect_fault CheckMarkdown.sh 'README.md:1: a blank at the end'
 put README.md "| $(lines 25 'words' | xargs) |"
 expect_pass CheckMarkdown.sh
+
+put tests/unit/Cat.h 'TEST(Cat, Purrs) {}'
+expect_fault CheckTestNames.sh 'tests/unit/Cat.h: has tests, so its name must end in Tests.cpp'
+put tests/unit/CatTests.cpp 'TEST(Cat, Purrs) {}' 'TEST_F(' '    SleepingCat, Purrs) {}'
+expect_fault CheckTestNames.sh 'tests/unit/CatTests.cpp: the suite SleepingCat must begin with Cat'
+put tests/unit/CatTests.cpp 'TEST(CatTail, Wags) {}'
+expect_fault CheckTestNames.sh 'tests/unit/CatTests.cpp: the suite CatTail belongs to CatTailTests.cpp by its name'
+put tests/unit/CatTests.cpp '// Nothing.'
+expect_fault CheckTestNames.sh 'tests/unit/CatTests.cpp: has no tests, though it is named for them'
 
 echo "$faults planted faults are noticed"
