@@ -1,5 +1,6 @@
 #include "CurrentSink.h"
 
+#include "RouterSwitches.h"
 #include "VelLog/LogControl.h"
 #include "VelSynch/StaticMutex.h"
 
@@ -27,6 +28,13 @@ private:
     const std::lock_guard<VelSynch::StaticMutex> lock_{g_mutex};
 };
 
+// The caller holds the mutex.
+LogSink* ExchangeSink(LogSink* sink) noexcept {
+    LogSink* const earlier = g_sink.exchange(sink);
+    TellRoutersOfSink(sink != nullptr);
+    return earlier;
+}
+
 }  // namespace
 
 bool IsRecordWanted() noexcept {
@@ -39,9 +47,9 @@ void WriteToSink(const LogRecord& record) {
 }
 
 LogSink* SetSink(LogSink* sink) noexcept {
-    if (t_isInsideSink) return g_sink.exchange(sink);
+    if (t_isInsideSink) return ExchangeSink(sink);
     const std::lock_guard lock(g_mutex);
-    return g_sink.exchange(sink);
+    return ExchangeSink(sink);
 }
 
 }  // namespace VelLog

@@ -1,5 +1,6 @@
 #include "VelLog/Router.h"
 
+#include "RouterSwitches.h"
 #include "VelLog/LogControl.h"
 #include "VelSynch/StaticMutex.h"
 
@@ -28,6 +29,7 @@ constexpr std::size_t MaximumSwitches = 64;
 constinit VelSynch::StaticMutex g_mutex;  // guards everything below
 constinit Switch g_switches[MaximumSwitches] = {};
 constinit std::size_t g_switchCount = 0;
+constinit bool g_isSinkSet = false;
 
 // A router that the host can switch during its lifetime.
 class SwitchedRouter final : public Router {
@@ -35,9 +37,11 @@ public:
     SwitchedRouter(const char* name, const char* category) noexcept;
     ~SwitchedRouter() override;
 
-    static void SwitchAll(const char* name, const char* category, bool enabled) noexcept;
+    static void UpdateAll() noexcept;
 
 private:
+    void Update() noexcept;
+
     static constinit SwitchedRouter* s_first;
 
     SwitchedRouter* previous_ = nullptr;
@@ -56,8 +60,7 @@ Switch* FindSwitch(const char* name, const char* category) noexcept {
 SwitchedRouter::SwitchedRouter(const char* name, const char* category) noexcept
     : Router(name, category) {
     const std::lock_guard lock(g_mutex);
-    const Switch* const known = FindSwitch(name, category);
-    SetFlag(known != nullptr && known->enabled);
+    Update();
     next_ = s_first;
     if (next_ != nullptr) next_->previous_ = this;
     s_first = this;
@@ -69,11 +72,16 @@ SwitchedRouter::~SwitchedRouter() {
     if (next_ != nullptr) next_->previous_ = previous_;
 }
 
-void SwitchedRouter::SwitchAll(const char* name, const char* category, bool enabled) noexcept {
-    for (SwitchedRouter* router = s_first; router != nullptr; router = router->next_) {
-        if (std::strcmp(router->Name(), name) != 0) continue;
-        if (std::strcmp(router->Category(), category) == 0) router->SetFlag(enabled);
-    }
+void SwitchedRouter::UpdateAll() noexcept {
+    for (SwitchedRouter* router = s_first; router != nullptr; router = router->next_)
+        router->Update();
+}
+
+// Without a sink nothing is enabled, whatever the host has asked for: log sites then make nothing
+// that nobody would read.
+void SwitchedRouter::Update() noexcept {
+    const Switch* const known = FindSwitch(Name(), Category());
+    SetFlag(g_isSinkSet && known != nullptr && known->enabled);
 }
 
 bool CanBeKept(const char* text) noexcept {
@@ -97,8 +105,14 @@ bool SetRouterEnabled(const char* router, const char* category, bool enabled) no
     if (kept == nullptr) kept = AddSwitch(router, category);
     if (kept == nullptr) return false;
     kept->enabled = enabled;
-    SwitchedRouter::SwitchAll(router, category, enabled);
+    SwitchedRouter::UpdateAll();
     return true;
+}
+
+void TellRoutersOfSink(bool isSet) noexcept {
+    const std::lock_guard lock(g_mutex);
+    g_isSinkSet = isSet;
+    SwitchedRouter::UpdateAll();
 }
 
 VelBase::ReturnPtrI<Router> CreateRouter(const char* name, const char* category,

@@ -110,6 +110,8 @@ TEST_F(LogConcurrency, SinksMayEndOnceAnotherIsSet) {
 }
 
 TEST_F(LogConcurrency, RoutersComeAndGoWhileTheyAreSwitched) {
+    Support::RecordingSink sink;
+    const SinkScope scope(sink);
     bool enabled = false;
     std::atomic<int> seen = 0;  // so that the flags are read while they change
     RunBeside(
@@ -129,6 +131,24 @@ TEST_F(LogConcurrency, RoutersComeAndGoWhileTheyAreSwitched) {
     EXPECT_EQ(router->IsEnabled(), enabled);
     VelLog::SetRouterEnabled("Network", "Error", false);
     VelLog::SetRouterEnabled("Network", "Packet Trace", false);
+}
+
+TEST_F(LogConcurrency, RoutersAgreeWithTheSinkWhoeverSetsIt) {
+    const ReturnPtrI<Router> router = Create("Error");
+    VelLog::SetRouterEnabled("Network", "Error", true);
+    Support::RecordingSink sink;
+    for (int round = 0; round < 50; ++round) {
+        const auto setAndTake = [&] {
+            VelLog::SetSink(&sink);
+            VelLog::SetSink(nullptr);
+        };
+        RunBeside(setAndTake, setAndTake);
+        EXPECT_FALSE(router->IsEnabled());
+        VelLog::SetSink(&sink);
+        EXPECT_TRUE(router->IsEnabled());
+    }
+    VelLog::SetSink(nullptr);
+    VelLog::SetRouterEnabled("Network", "Error", false);
 }
 
 TEST_F(LogConcurrency, ThreadsLogWhileRoutersAndSinksAreSwitched) {

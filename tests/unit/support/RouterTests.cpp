@@ -6,7 +6,7 @@
 #include <type_traits>
 
 #include "EveryAllocation.h"
-#include "scripted/ScriptedPlatform.h"
+#include "LogTest.h"
 
 namespace {
 
@@ -27,11 +27,20 @@ ReturnPtrI<Router> Create(const char* name, const char* category) {
 
 class Routers : public Scripted::PlatformTest {
 protected:
+    void SetUp() override {
+        PlatformTest::SetUp();
+        VelLog::SetSink(&sink_);
+    }
+
     void TearDown() override {
+        VelLog::SetSink(nullptr);
         SetRouterEnabled("Network", "Error", false);
         SetRouterEnabled("Network", "Packet Trace", false);
         PlatformTest::TearDown();
     }
+
+private:
+    Support::RecordingSink sink_;
 };
 
 TEST_F(Routers, NewRouterIsOffAndHasOneReference) {
@@ -66,6 +75,58 @@ TEST_F(Routers, LaterRoutersAreSwitchedAsWasLastAskedFor) {
     EXPECT_TRUE(Create("Network", "Error")->IsEnabled());
     SetRouterEnabled("Network", "Error", false);
     EXPECT_FALSE(Create("Network", "Error")->IsEnabled());
+}
+
+TEST_F(Routers, NoneIsEnabledWithoutASink) {
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    const ReturnPtrI<Router> other = Create("Network", "Packet Trace");
+    SetRouterEnabled("Network", "Error", true);
+    VelLog::LogSink* const sink = VelLog::SetSink(nullptr);
+    EXPECT_FALSE(router->IsEnabled());
+    EXPECT_FALSE(Create("Network", "Error")->IsEnabled());
+    EXPECT_TRUE(SetRouterEnabled("Network", "Error", true));
+    EXPECT_FALSE(router->IsEnabled());
+    VelLog::SetSink(sink);
+    EXPECT_TRUE(router->IsEnabled());
+    EXPECT_FALSE(other->IsEnabled());
+    EXPECT_TRUE(Create("Network", "Error")->IsEnabled());
+}
+
+TEST_F(Routers, WhatIsSwitchedWithoutASinkHoldsOnceThereIsOne) {
+    const ReturnPtrI<Router> error = Create("Network", "Error");
+    const ReturnPtrI<Router> packets = Create("Network", "Packet Trace");
+    SetRouterEnabled("Network", "Error", true);
+    VelLog::LogSink* const sink = VelLog::SetSink(nullptr);
+    SetRouterEnabled("Network", "Error", false);
+    SetRouterEnabled("Network", "Packet Trace", true);
+    VelLog::SetSink(sink);
+    EXPECT_FALSE(error->IsEnabled());
+    EXPECT_TRUE(packets->IsEnabled());
+}
+
+TEST_F(Routers, AreEnabledWhicheverSinkIsSet) {
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    SetRouterEnabled("Network", "Error", true);
+    Support::RecordingSink another;
+    VelLog::LogSink* const sink = VelLog::SetSink(&another);
+    EXPECT_TRUE(router->IsEnabled());
+    VelLog::SetSink(sink);
+    EXPECT_TRUE(router->IsEnabled());
+}
+
+// Takes itself away.
+class LeavingSink : public VelLog::LogSink {
+public:
+    void Write(const VelLog::LogRecord&) override { VelLog::SetSink(nullptr); }
+};
+
+TEST_F(Routers, NoneIsEnabledOnceASinkHasTakenItselfAway) {
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    SetRouterEnabled("Network", "Error", true);
+    LeavingSink leaving;
+    VelLog::SetSink(&leaving);
+    Support::Log(*router, "text");
+    EXPECT_FALSE(router->IsEnabled());
 }
 
 TEST_F(Routers, OnlyTheSameNameAndCategoryAreSwitched) {

@@ -29,9 +29,9 @@ private:
     const char* category_;
 };
 
-// Creates a router, switched as the host last asked for this name and category, otherwise off. The
-// names must outlive it. The lock-stack category gives the router's lock its position in the
-// product's order; this library's routers need none. Throws std::bad_alloc.
+// Creates a router, enabled while a sink is set and the host has switched this name and category
+// on. The names must outlive it. The lock-stack category gives the router's lock its position in
+// the product's order; this library's routers need none. Throws std::bad_alloc.
 VelBase::ReturnPtrI<Router> CreateRouter(const char* name, const char* category,
                                          VelSynch::EnumOrrinLockStackCategory lockStackCategory);
 
