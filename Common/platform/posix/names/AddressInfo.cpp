@@ -1,4 +1,4 @@
-// From host and service texts to lists of addresses.
+// getaddrinfo: from host and service strings to lists of addresses.
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "names/AddressInfoList.h"
@@ -21,15 +21,15 @@ namespace {
 
 using namespace Posix;
 
-// What is asked for, in the system's terms. The port is the same for all addresses.
+// The query in the system's terms. All addresses get the same port.
 struct Question {
     const char* host;
     std::uint16_t port;
     addrinfo hints;
 };
 
-// A type of its own for each service, but any protocol: the system would refuse odd pairs, and
-// would answer each address once for each type.
+// Asks for one socket type and any protocol: the system would refuse unusual pairs, and without a
+// type would list each address once per type.
 addrinfo SystemHints(const Winsock::AddressInfo& hints) noexcept {
     const bool datagrams =
         hints.type == Winsock::TypeDatagram || hints.protocol == Winsock::ProtocolUdp;
@@ -51,7 +51,7 @@ int HintsError(const Winsock::AddressInfo& hints) noexcept {
     return type ? 0 : WinsockError::SocketTypeNotSupported;
 }
 
-// The system takes a star for a text that is not given; here it is a name that nobody has.
+// The system treats "*" as an omitted string; on Winsock it is an unknown name.
 bool IsStar(const char* text) noexcept {
     return text != nullptr && std::strcmp(text, "*") == 0;
 }
@@ -68,7 +68,7 @@ void Append(const SystemList& found, std::uint16_t port, AddressInfoList& list) 
     }
 }
 
-// Of an empty list, too.
+// True for an empty list too.
 bool IsLoopbackOnly(const SystemList& found) noexcept {
     const addrinfo* next = found.get();
     while (next != nullptr && IsLoopback(AddressOf(*next)))
@@ -76,7 +76,7 @@ bool IsLoopbackOnly(const SystemList& found) noexcept {
     return next == nullptr;
 }
 
-// Answers what consists of numbers; false when the system has to be asked.
+// Answers numeric hosts; returns false if the system has to be asked.
 bool AnswerNumbers(const Question& question, AddressInfoList& list) {
     KernelAddress address = {};
     if (!ParseNumericHost(question.host, address)) return false;
@@ -86,7 +86,7 @@ bool AnswerNumbers(const Question& question, AddressInfoList& list) {
     return true;
 }
 
-// The addresses of no host are those of the loopback interface.
+// Without a host the addresses are those of the loopback interface.
 int AnswerLoopback(const Question& question, AddressInfoList& list) {
     SystemList found;
     const int error = FindSystemAddresses(nullptr, "0", question.hints, found);
@@ -94,8 +94,8 @@ int AnswerLoopback(const Question& question, AddressInfoList& list) {
     return error;
 }
 
-// A computer knows itself, though no table and no server may know it, or only by addresses that
-// others cannot reach it at.
+// The local host's own name must resolve, even if no table and no server knows it or they know only
+// loopback addresses, which others cannot reach.
 int AnswerLocalHostName(const Question& question, int error, const SystemList& found,
                         AddressInfoList& list) {
     if (error != 0 && !MeansUnknown(error, question.host)) return error;
@@ -110,7 +110,7 @@ int AnswerLocalHostName(const Question& question, int error, const SystemList& f
     return list.IsEmpty() ? WinsockError::HostNotFound : 0;
 }
 
-// Numbers first, then the system's tables and servers.
+// Tries numbers first, then the system's tables and servers.
 int AnswerName(const Question& question, AddressInfoList& list) {
     if (AnswerNumbers(question, list)) return 0;
     SystemList found;
@@ -130,7 +130,7 @@ int AnswerOwnName(Question question, AddressInfoList& list) {
     return AnswerName(question, list);
 }
 
-// "[literal]" or "[literal]:port", where the port counts for nothing.
+// "[literal]" or "[literal]:port"; the port is ignored.
 bool ParseBrackets(const std::string& text, std::string& literal) {
     const std::size_t end = text.find(']');
     if (end == std::string::npos) return false;

@@ -8,14 +8,14 @@ namespace Posix {
 
 namespace {
 
-// An entry together with the address that it points to.
+// An entry and the address that it points to.
 struct Entry {
     Winsock::AddressInfo info;
     alignas(Winsock::AddressStorage) unsigned char address[sizeof(Winsock::AddressIpv6)];
 };
 
 Entry& EntryOf(Winsock::AddressInfo* info) noexcept {
-    return *static_cast<Entry*>(static_cast<void*>(info));  // its first member
+    return *static_cast<Entry*>(static_cast<void*>(info));  // info is its first member
 }
 
 std::unique_ptr<Entry> NewEntry(const Winsock::AddressInfo& hints, const KernelAddress& address) {

@@ -1,5 +1,5 @@
-// The lists of addresses that getaddrinfo answers with. The system's own lists have another layout
-// and belong to its allocator, so these are made anew.
+// Builds the lists that getaddrinfo returns. The system's lists have another layout and belong to
+// its allocator, so the entries are copied.
 #pragma once
 
 #include "Platform/Winsock.h"
@@ -7,10 +7,10 @@
 
 namespace Posix {
 
-// A list that is being made. What is not taken is given back.
+// A list under construction, freed unless Take is called.
 class AddressInfoList {
 public:
-    // Each entry repeats the hints' type and protocol, whatever they are.
+    // Each entry has the hints' type and protocol, whatever they are.
     explicit AddressInfoList(const Winsock::AddressInfo& hints) noexcept : hints_(hints) {}
     ~AddressInfoList();
     AddressInfoList(const AddressInfoList&) = delete;
@@ -18,10 +18,10 @@ public:
 
     bool IsEmpty() const noexcept { return first_ == nullptr; }
 
-    // Appends the address unless the list has it; may throw std::bad_alloc.
+    // Appends the address unless it is in the list already; may throw std::bad_alloc.
     void Append(const KernelAddress& address);
 
-    // The caller ends the list with freeaddrinfo.
+    // Returns the list, which the caller frees with freeaddrinfo.
     Winsock::AddressInfo* Take() noexcept;
 
 private:

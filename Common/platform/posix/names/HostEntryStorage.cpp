@@ -10,13 +10,13 @@ namespace Posix {
 
 namespace {
 
-// A thread-specific key with the C library's own free as its destructor: the blocks go with their
-// threads, and no code of this module has to run then, which may have been unloaded by that time.
+// A thread-specific key with the C library's free as its destructor: each block is freed with its
+// thread, without running code of this module, which may have been unloaded by then.
 using StoredKey = std::atomic<unsigned long>;
 constexpr unsigned long NoKey = ~0UL;
 constinit StoredKey storedKey = NoKey;
 
-// Of several threads that make the key at the same time, the first one wins.
+// If several threads create the key at once, the first one wins.
 bool EnsureKey() noexcept {
     if (storedKey.load(std::memory_order_acquire) != NoKey) return true;
     pthread_key_t made = 0;
@@ -30,8 +30,8 @@ pthread_key_t Key() noexcept {
     return static_cast<pthread_key_t>(storedKey.load(std::memory_order_acquire));
 }
 
-// A process has few keys, so the module gives its own back when it is unloaded. The unloading
-// thread's block goes with it; those of threads that live on are lost.
+// A process has few keys, so the module deletes its own when it is unloaded. That frees the
+// unloading thread's block; those of other living threads leak.
 [[gnu::destructor]] void DeleteKey() noexcept {
     const unsigned long stored = storedKey.exchange(NoKey);
     if (stored == NoKey) return;

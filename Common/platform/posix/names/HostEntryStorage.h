@@ -1,5 +1,5 @@
-// Where the host entry lies that a name call returns: one for each thread, which its next call
-// overwrites.
+// The storage of the host entry that a name call returns: one per thread, overwritten by its next
+// call.
 #pragma once
 
 #include "Platform/Winsock.h"
@@ -10,7 +10,7 @@
 
 namespace Posix {
 
-// An entry with the room that its texts and lists lie in.
+// An entry followed by the memory for its strings and lists.
 struct HostEntryStorage {
     Winsock::HostEntry entry;
     std::size_t room;
@@ -18,11 +18,12 @@ struct HostEntryStorage {
     char* Room() noexcept { return static_cast<char*>(static_cast<void*>(this + 1)); }
 };
 
-// The calling thread's block with at least that much room, its former contents lost; null without
-// memory.
+// Returns the calling thread's block with at least that much memory, its former contents lost; null
+// if memory runs out.
 HostEntryStorage* HostEntryOfThread(std::size_t room) noexcept;
 
-// Makes the block's entry the host that the system's resolver has put into the block's room.
+// Fills the block's entry from the host that the system's resolver has stored in the block's
+// memory.
 Winsock::HostEntry* FillFromHost(HostEntryStorage& block, const hostent& host) noexcept;
 
 }  // namespace Posix

@@ -28,8 +28,8 @@ Winsock::HostEntry* FailLookUp(int error) {
     return nullptr;
 }
 
-// Asks the system's resolver with more room until the answer fits. The query takes the host
-// structure, the room, and where to put the found host and the resolver's error; it returns the
+// Calls the system's resolver with growing buffers until the result fits. The query takes the host
+// structure, the buffer, and where to store the found host and the resolver's error; it returns the
 // system's error number.
 template <typename Query>
 Winsock::HostEntry* LookUp(Query query) {
@@ -55,7 +55,8 @@ Winsock::HostEntry* LookUpName(const char* name) {
     });
 }
 
-// The layout of an entry that no resolver has made: the lists of pointers, the addresses, the name.
+// The layout of an entry that no resolver has filled: the lists of pointers, the addresses, the
+// name.
 Winsock::HostEntry* FillOwn(HostEntryStorage& block, const std::vector<KernelAddress>& addresses,
                             const char* name) {
     auto** pointers = static_cast<char**>(static_cast<void*>(block.Room()));
@@ -91,8 +92,9 @@ bool IsLoopbackOnly(const Winsock::HostEntry& entry) noexcept {
     return true;
 }
 
-// A computer knows itself, though no table and no server may know it, or only by addresses that
-// others cannot reach it at. The entry is what the resolver has found, or null with an error.
+// The local host's own name must resolve, even if no table and no server knows it or they know only
+// loopback addresses, which others cannot reach. The entry is the resolver's result, or null with
+// an error.
 Winsock::HostEntry* LocalHost(Winsock::HostEntry* entry, const char* name) {
     if (entry == nullptr && !MeansUnknown(lastError, name)) return nullptr;
     std::vector<KernelAddress> addresses;
@@ -151,7 +153,7 @@ Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int 
     if (!RequireStarted()) return nullptr;
     if (const int error = AddressQueryError(address, length, family)) return FailLookUp(error);
     HostEntry* entry = LookUpAddress(address, family == FamilyIpv6);
-    // An address without a name is a host without data, not an unknown host.
+    // An address without a name is "no data", not "host not found".
     if (entry == nullptr && lastError == WinsockError::HostNotFound) Fail(WinsockError::NoData);
     return entry;
 }
@@ -172,6 +174,6 @@ unsigned int Winsock::inet_addr(const char* text) {
         return NoAddress;
     }
     if (std::strcmp(text, " ") == 0)
-        return 0;  // Required: Winsock takes a single blank for 0.0.0.0.
+        return 0;  // Required: Winsock treats a single space as 0.0.0.0.
     return ::inet_addr(text);
 }

@@ -24,8 +24,8 @@ struct InterfaceListFreer {
 };
 using InterfaceList = std::unique_ptr<ifaddrs, InterfaceListFreer>;
 
-// A system that does not let the process see its interfaces has none for it. The kernel answers at
-// once, and what the C library holds meanwhile would be lost with the thread.
+// If the process may not see the interfaces, it has none. The kernel answers without delay, and a
+// cancelled thread would leak what the C library holds meanwhile.
 int ListInterfaces(InterfaceList& interfaces) noexcept {
     const CancellationGuard whole;
     ifaddrs* list = nullptr;

@@ -1,4 +1,4 @@
-// What this computer is called and which addresses its interfaces have.
+// The local host's names and the addresses of its interfaces.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -7,11 +7,11 @@
 
 namespace Posix {
 
-// Whether the name, in any case, is this computer's whole name or its first label. What stands for
-// the loopback interface, or is an address itself, is so whatever the computer is called.
+// Whether the name, in any case, is the local host's whole name or its first label. Names of the
+// loopback interface and addresses are not, whatever the host is called.
 bool IsLocalHostName(const char* name) noexcept;
 
-// Whether it is the name of the loopback interface, in any case.
+// Whether the name, in any case, is that of the loopback interface.
 bool IsLocalhost(const char* name) noexcept;
 
 bool IsLoopback(const in_addr& address) noexcept;
@@ -20,8 +20,8 @@ bool IsLoopbackOnly(const std::vector<KernelAddress>& addresses) noexcept;
 
 KernelAddress Ipv4Loopback() noexcept;
 
-// The addresses of the interfaces that are up, IPv6 before IPv4; those of the loopback interface
-// when there is no other. The family is the system's, or AF_UNSPEC for both. The result is a
+// Finds the addresses of the interfaces that are up, IPv6 before IPv4; those of the loopback
+// interface only if there is no other. The family is the system's, or AF_UNSPEC for both. Returns a
 // Winsock error or 0.
 int FindLocalAddresses(int family, std::vector<KernelAddress>& addresses);
 

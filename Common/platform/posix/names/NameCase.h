@@ -1,4 +1,4 @@
-// Names compare without case as far as ASCII letters go, whatever the process's locale is.
+// Compares names without case in ASCII letters only, whatever the process's locale is.
 #pragma once
 
 #include <algorithm>

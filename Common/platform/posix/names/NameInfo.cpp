@@ -1,4 +1,4 @@
-// From addresses to host and service texts.
+// getnameinfo: from addresses to host and service strings.
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "names/NumericHosts.h"
@@ -15,7 +15,7 @@ namespace {
 
 using namespace Posix;
 
-// Where one of the texts goes; without room it is not wanted.
+// The buffer for one of the strings, which is not wanted if the size is 0.
 struct TextRoom {
     char* text;
     unsigned int size;
@@ -53,7 +53,7 @@ int ReadAddress(const void* source, int length, KernelAddress& address) noexcept
     return 0;
 }
 
-// The host's name; that of an address without one consists of numbers.
+// Returns the host's name, or the numeric address if there is none.
 int WriteHost(const KernelAddress& address, int flags, const TextRoom& room) {
     if (!room.IsWanted()) return 0;
     int error = WinsockError::HostNotFound;

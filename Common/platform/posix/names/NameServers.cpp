@@ -19,8 +19,8 @@ constexpr unsigned long Streams = RES_USEVC;
 
 enum class Reply { None, Failure, Other };
 
-// What the servers reply to a question. Without a usable answer the resolver leaves the last reply
-// where the answer would be.
+// The servers' reply to a question. If there is no usable answer, the resolver leaves the last
+// reply in the buffer.
 class ReplyMessage {
 public:
     unsigned char* Room() noexcept { return bytes_; }
@@ -33,7 +33,7 @@ private:
     unsigned char bytes_[Size] = {};
 };
 
-// The resolver with the system's settings, but in haste.
+// The resolver with the system's settings but short timeouts.
 class Resolver {
 public:
     Resolver() noexcept : isMade_(::res_ninit(&state_) == 0) {
@@ -49,7 +49,7 @@ public:
 
     bool IsMade() const noexcept { return isMade_; }
 
-    // The domains that the name is looked for in, up to a null.
+    // The search domains, ended by null.
     const char* const* SearchedDomains() const noexcept { return state_.dnsrch; }
 
     Reply Ask(const char* name, const char* domain) {
@@ -68,8 +68,7 @@ private:
 
 }  // namespace
 
-// The system answers look-ups with the same error whether a server failed, refused, was silent, or
-// was not there at all.
+// A look-up's error is the same whether a server failed, refused, was silent, or did not exist.
 bool DoesNameServerFail(const char* name) {
     Resolver resolver;
     if (!resolver.IsMade()) return true;

@@ -3,8 +3,8 @@
 
 namespace Posix {
 
-// Whether a name server, asked about the name, tells that it fails, or has it after all. Silence is
-// neither, nor is a refusal. Waits a second for each server that is silent.
+// Whether a name server that is asked about the name reports a failure (SERVFAIL), or knows the
+// name after all. Silence and refusal are neither. Waits one second for each silent server.
 bool DoesNameServerFail(const char* name);
 
 }  // namespace Posix

@@ -25,7 +25,7 @@ bool ParseIpv6(const char* text, KernelAddress& address) noexcept {
     return ::inet_pton(AF_INET6, text, &address.ipv6.sin6_addr) == 1;
 }
 
-// The system's own way formats each number anew from a pattern.
+// inet_ntop would interpret a format string for each number.
 void WriteDotted(const in_addr& address, char* text, char* last) noexcept {
     unsigned char octets[sizeof address];
     std::memcpy(octets, &address, sizeof address);

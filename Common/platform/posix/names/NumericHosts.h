@@ -1,5 +1,5 @@
-// Hosts and ports as numbers, which every datagram that is sent or received asks for. The system's
-// resolver knows these, too, but takes longer.
+// Numeric hosts and ports, which are needed for every datagram that is sent or received. The
+// system's resolver knows them too, but is slower.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -10,12 +10,11 @@
 
 namespace Posix {
 
-// The address that a text stands for: four decimal numbers without leading zeroes, or an IPv6
-// literal without a scope. The port is 0. False for every other text, though the system may have a
-// meaning for it.
+// Parses four decimal numbers without leading zeros, or an IPv6 literal without a scope, with port
+// 0. Returns false for every other string, even if the system accepts it.
 bool ParseNumericHost(const char* text, KernelAddress& address) noexcept;
 
-// The port that one to five digits stand for, the last 16 bits of it. False for every other text.
+// Parses one to five digits, of which the last 16 bits count. Returns false for every other string.
 bool ParseNumericPort(const char* text, std::uint16_t& port) noexcept;
 
 struct HostText {
@@ -25,7 +24,7 @@ struct PortText {
     char text[sizeof "65535"];
 };
 
-// A scope follows as a number, never as an interface's name.
+// A scope is written as a number, never as an interface's name.
 HostText FormatNumericHost(const KernelAddress& address) noexcept;
 PortText FormatNumericPort(std::uint16_t port) noexcept;
 

@@ -8,13 +8,13 @@ namespace Posix {
 
 namespace {
 
-// What is special to no call is, to who asks for a name, a resolver that failed.
+// An error that is not specific to a call means, for a name query, that the resolver failed.
 int WinsockFromResolversErrno() noexcept {
     const int error = WinsockFromErrno(errno);
     return error == WinsockError::Invalid ? WinsockError::NoRecovery : error;
 }
 
-// A table that could not be opened or read has no names, as far as the resolver goes.
+// If the resolver could not open or read a table, it reports that the name is unknown.
 int UnlessShortage(int error) noexcept {
     return IsShortage(errno) ? WinsockFromResolversErrno() : error;
 }

@@ -1,4 +1,4 @@
-// Questions to the system's resolver, and Winsock's errors for its answers.
+// Calls of the system's resolver, and Winsock's errors for their results.
 #pragma once
 
 #include <netdb.h>
@@ -7,11 +7,11 @@
 
 namespace Posix {
 
-// The Winsock error that an error of getaddrinfo or getnameinfo stands for, with the errno that it
-// left; 0 for none.
+// Returns the Winsock error for an error of getaddrinfo or getnameinfo, which may have left errno;
+// 0 for none.
 int WinsockFromNameError(int error) noexcept;
 
-// Asks until no signal interrupts; the result is a Winsock error or 0.
+// Repeats the call while signals interrupt it; returns a Winsock error or 0.
 template <typename Question>
 int Ask(Question question) {
     int error = 0;
@@ -22,20 +22,19 @@ int Ask(Question question) {
     return WinsockFromNameError(error);
 }
 
-// The Winsock error that a look-up's number of the resolver stands for; where it tells none, the
-// number of the system decides.
+// Returns the Winsock error for a look-up's h_errno; if that is not set, errno decides.
 int WinsockFromLookUp(int resolverError, int systemError) noexcept;
 
-// Whether the number of the system tells that it ran out of something, or could not read.
+// Whether errno means that a resource ran out or something could not be read.
 bool IsShortage(int systemError) noexcept;
 
-// Whether the Winsock error is what the resolver has to say of a name that nobody told it anything
-// of, and not of a question that failed here.
+// Whether the resolver returns this Winsock error for a name without any entry, as opposed to a
+// query that failed locally.
 bool MeansUntold(int error) noexcept;
 
-// Whether it tells that nobody knows the name. What the resolver calls a temporary failure may mean
-// that, too: that a server fails, but also that none is there, or willing, to be asked. May wait to
-// find out.
+// Whether the error means that nobody knows the name. What the resolver calls a temporary failure
+// may mean that too: not only that a server fails, but also that there is none that answers. May
+// wait to find out.
 bool MeansUnknown(int error, const char* name);
 
 }  // namespace Posix

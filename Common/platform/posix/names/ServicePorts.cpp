@@ -19,7 +19,7 @@ int AskForPort(const char* service, const addrinfo& hints, std::uint16_t& port) 
     return error;
 }
 
-// The system knows a service only as its table spells it.
+// The system compares services with case.
 int AskForPortAsSpelled(const char* service, const addrinfo& hints, std::uint16_t& port) {
     int error = WinsockError::ServiceNotFound;
     SystemTable services("/etc/services");

@@ -7,8 +7,8 @@
 
 namespace Posix {
 
-// The port of a service that is given by its number or by its name, in any case; without a text it
-// is 0. The hints tell whose table of names counts. The result is a Winsock error or 0.
+// Finds the port of a service, given as a number or by its name in any case; 0 if it is null. The
+// hints select the protocol's names. Returns a Winsock error or 0.
 int FindPort(const char* service, const addrinfo& hints, std::uint16_t& port);
 
 }  // namespace Posix

@@ -1,4 +1,4 @@
-// The lists of addresses that the system's resolver answers with.
+// The address lists of the system's resolver.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -14,7 +14,7 @@ struct SystemListFreer {
 };
 using SystemList = std::unique_ptr<addrinfo, SystemListFreer>;
 
-// Null for a text that is not given. A list that is found has at least one address. The result is a
+// Null stands for an omitted string. A list that is found has at least one address. Returns a
 // Winsock error or 0.
 int FindSystemAddresses(const char* host, const char* service, const addrinfo& hints,
                         SystemList& found);

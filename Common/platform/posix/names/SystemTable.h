@@ -1,4 +1,4 @@
-// The tables of names that a system keeps in files of lines: of hosts, of services.
+// Tables of names that the system keeps in text files: hosts, services.
 #pragma once
 
 #include <cstdio>
@@ -14,12 +14,12 @@ struct LineFreer {
     void operator()(char* line) const noexcept;
 };
 
-// The lines of a table, without comments; none where there is no such file.
+// The lines of a table, without comments; none if there is no such file.
 class SystemTable {
 public:
     explicit SystemTable(const char* path);
 
-    // The next line, which holds until the one after it is read. False at the end.
+    // Reads the next line, valid until the following call. Returns false at the end.
     bool Next(std::string_view& line);
 
 private:
@@ -28,11 +28,11 @@ private:
     std::size_t room_ = 0;
 };
 
-// The line's word that is the name but for the case, as the line spells it; empty where there is
-// none.
+// Returns the word of the line that equals the name except for case, as the line spells it; empty
+// if there is none.
 std::string_view SpellingIn(std::string_view line, std::string_view name) noexcept;
 
-// Whether the system's table of hosts has the name.
+// Whether /etc/hosts has the name.
 bool IsInHostsFile(std::string_view name);
 
 }  // namespace Posix

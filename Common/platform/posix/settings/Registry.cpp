@@ -1,8 +1,8 @@
-// The settings on systems without a registry: a tree of files and, where that says nothing of the
-// machine's network, what the system's resolver is told.
+// The settings on systems without a registry: a tree of files and, if that says nothing about the
+// host's network, the settings of the system's resolver.
 //
-// A request to cancel the thread waits for the end of each operation: none takes long, and a
-// descriptor that a cancelled call had just made would be lost.
+// Cancellation of the thread is deferred during each operation: none takes long, and a descriptor
+// that a cancelled call had just opened would leak.
 #include "Platform/Registry.h"
 
 #include "settings/RegistryKey.h"
@@ -14,7 +14,7 @@ namespace {
 
 using namespace Posix;
 
-// The tree speaks for the machine as soon as it has its parameters, whatever they say.
+// As soon as the tree has the parameters' key, only the tree counts.
 std::unique_ptr<Registry::Key> OpenMachineKey(Name path, unsigned int& error) {
     const std::optional<Name> parameters = ResolverParametersPath(path);
     if (!parameters || OpenTreeKey(*parameters, error) != nullptr || error != 0) return nullptr;

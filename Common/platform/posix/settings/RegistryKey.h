@@ -1,4 +1,4 @@
-// A key of the settings, whatever its contents come from, and how keys and values are named.
+// A key of the settings, whatever its source, and how keys and values are named.
 #pragma once
 
 #include "Platform/Registry.h"
@@ -17,13 +17,13 @@ struct Name {
 
 Name NameOf(const unsigned short* text) noexcept;
 
-// Whether it is that name, which is UTF-8; ASCII letters compare without case.
+// Whether it equals that UTF-8 name; ASCII letters are compared without case.
 bool IsNamed(Name wanted, std::string_view name);
 
 inline constexpr unsigned short PathSeparator = '\\';
 
-// Hands the parts of a path to the step, one after the other, until the step refuses one. Returns
-// whether it took all. Even an empty path has a part.
+// Calls step with each part of a path until it returns false. Returns whether it accepted all. Even
+// an empty path has one part.
 template <typename Step>
 bool TakeParts(Name path, Step step) {
     for (const unsigned short* begin = path.begin;; ++begin) {
@@ -36,7 +36,7 @@ bool TakeParts(Name path, Step step) {
 
 }  // namespace Posix
 
-// What is not there is no error: then a result is null or false, and the error 0.
+// That something does not exist is not an error: the result is null or false, and the error 0.
 struct Registry::Key {
     Key() = default;
     Key(const Key&) = delete;

@@ -1,4 +1,4 @@
-// Where the settings tree lies.
+// The root of the settings tree.
 #pragma once
 
 namespace Posix {

@@ -1,11 +1,11 @@
-// Where the system's resolver has its settings.
+// The files with the system resolver's settings.
 #pragma once
 
 namespace Posix {
 
 const char* ResolverFile() noexcept;
 
-// The settings that the local name server, if the machine runs one, goes by itself.
+// The settings that the local name server, if the host runs one, uses itself.
 const char* LocalServersResolverFile() noexcept;
 
 }  // namespace Posix

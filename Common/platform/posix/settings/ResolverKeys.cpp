@@ -9,13 +9,14 @@ namespace Posix {
 
 namespace {
 
-// The one way down from the hive.
+// The only path below the hive.
 constexpr std::string_view Way[] = {"System",     "CurrentControlSet", "Services", "Tcpip",
                                     "Parameters", "Interfaces",        "Resolver"};
 constexpr std::size_t ParametersDepth = 5;
 constexpr std::size_t InterfacesDepth = 6;
 
-// How deep the path leads from a depth of the way, if it does not leave it.
+// Returns the depth that the path leads to, starting from a depth on that path, if it does not
+// leave it.
 std::optional<std::size_t> Descend(std::size_t depth, Name path) {
     const auto step = [&depth](Name part) {
         return depth < std::size(Way) && IsNamed(part, Way[depth++]);
@@ -60,7 +61,7 @@ public:
     }
 
 private:
-    // Empty for a value that is not there.
+    // Returns the empty string for a value that does not exist.
     std::string Value(Name name) const {
         if (depth_ == InterfacesDepth) return {};
         if (IsNamed(name, "Domain")) return settings_.domain;

@@ -1,5 +1,5 @@
-// Read here and not by the C library's resolver, since that lets environment variables overrule the
-// file. What a line means is what it means there.
+// Parses the file instead of asking the C library's resolver, since environment variables can
+// override that. The lines have the same meaning as there.
 #include "settings/ResolverSettings.h"
 
 #include "settings/ResolverFiles.h"
@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t MostServers = 3;
 constexpr std::string_view Blanks = " \t";
 
-// Splits the text up to the separator off the rest.
+// Splits off the string up to the separator.
 std::string_view TakeUpTo(char separator, std::string_view& rest) noexcept {
     const std::size_t end = rest.find(separator);
     const std::string_view taken = rest.substr(0, end);
@@ -26,7 +26,7 @@ std::string_view TakeUpTo(char separator, std::string_view& rest) noexcept {
     return taken;
 }
 
-// The first word behind the keyword, which begins the line; none when it is another line.
+// Returns the first word after the keyword that begins the line; none for any other line.
 std::string_view WordAfter(std::string_view keyword, std::string_view line) noexcept {
     if (!line.starts_with(keyword)) return {};
     line.remove_prefix(keyword.size());
@@ -36,7 +36,7 @@ std::string_view WordAfter(std::string_view keyword, std::string_view line) noex
     return line.substr(0, line.find_first_of(Blanks));
 }
 
-// An address in any of the forms that were ever usual, but with nothing behind it.
+// Parses an address in any of inet_aton's forms, with nothing after it.
 std::optional<std::string> Ipv4Text(const std::string& word) {
     in_addr address = {};
     const bool hasTail = word.find_first_of("\r\v\f") != std::string::npos;
@@ -51,7 +51,7 @@ bool IsIpv6(const std::string& word) {
     return ::inet_pton(AF_INET6, literal.c_str(), &address) == 1;
 }
 
-// Servers of both families count for how many the resolver asks.
+// The resolver uses a limited number of servers of both families together.
 void TakeServer(const std::string& word, ResolverSettings& settings) {
     if (settings.serverCount == MostServers) return;
     const std::optional<std::string> ipv4 = Ipv4Text(word);
@@ -67,25 +67,25 @@ void TakeLine(std::string_view line, ResolverSettings& settings) {
     TakeServer(std::string(WordAfter("nameserver", line)), settings);
 }
 
-// A line ends where the C library's ends, at a terminator, too. Comments begin with no keyword.
+// A line ends where it does for the C library, also at a terminator. No keyword begins a comment.
 ResolverSettings Parse(std::string_view text) {
     ResolverSettings settings;
     while (!text.empty()) {
         std::string_view line = TakeUpTo('\n', text);
         TakeLine(TakeUpTo('\0', line), settings);
     }
-    // The root is how a file says that there is no domain.
+    // The root (".") means that there is no domain.
     if (settings.domain == ".") settings.domain.clear();
     return settings;
 }
 
-// A server of the machine's own that asks others.
+// A local server that forwards to others.
 bool NamesLocalServerOnly(const ResolverSettings& settings) {
     return settings.serverCount == 1 &&
            settings.ipv4Servers == std::vector<std::string>{"127.0.0.53"};
 }
 
-// Without the file the settings stay as they are.
+// Without the file the settings remain unchanged.
 unsigned int ReadFile(const char* path, ResolverSettings& settings) {
     const Descriptor file = RegularFile(Descriptor(::open(path, FileFlags)));
     if (!file) return ErrorUnlessMissing();

@@ -1,4 +1,4 @@
-// The machine's DNS domain and name servers, as the system's resolver is told them.
+// The host's DNS domain and name servers, from the settings of the system's resolver.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 namespace Posix {
 
 struct ResolverSettings {
-    std::string domain;                    // empty for none
-    std::vector<std::string> ipv4Servers;  // dotted texts, in order
+    std::string domain;                    // empty if there is none
+    std::vector<std::string> ipv4Servers;  // dotted strings, in order
     std::size_t serverCount = 0;           // those of both families
 };
 
-// The settings that hold at this moment; a machine without a file of them has none. Returns the
-// system's error number, or 0.
+// Reads the current settings; a host without the file has none. Returns the system's error number,
+// or 0.
 unsigned int ReadResolverSettings(ResolverSettings& settings);
 
 }  // namespace Posix

@@ -43,8 +43,8 @@ unsigned int ReadWhole(const Descriptor& file, std::string& text) {
     return EFBIG;
 }
 
-// A local socket, which cannot be opened, is no more there than a pipe, and nothing has a name that
-// no name can be as long as.
+// A local socket cannot be opened and counts as missing, like a pipe; so does a name that is longer
+// than any name can be.
 unsigned int ErrorUnlessMissing() noexcept {
     const bool missing =
         errno == ENOENT || errno == ENOTDIR || errno == ENXIO || errno == ENAMETOOLONG;

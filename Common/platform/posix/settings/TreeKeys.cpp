@@ -1,5 +1,5 @@
-// Names that are asked for are those of entries, never paths: what no visible entry can be named is
-// not there. Entries whose name begins with a point do not exist here: besides "." and ".." they
+// Names that are passed in are names of entries, never paths; what cannot be the name of a visible
+// entry does not exist. Entries whose names begin with a dot are hidden: besides "." and ".." they
 // are how a mounted Kubernetes ConfigMap is built.
 #include "settings/TreeKeys.h"
 
@@ -24,8 +24,8 @@ bool IsVisible(std::string_view entry) noexcept {
     return !entry.empty() && entry.front() != '.';
 }
 
-// The visible entries that the test selects, in code-point order; none when the folder cannot be
-// listed to its end.
+// Returns the visible entries that the predicate selects, in code-point order; none if the folder
+// cannot be listed completely.
 template <typename Test>
 std::vector<std::string> SelectEntries(const TreePlace& folder, Test test, unsigned int& error) {
     std::vector<std::string> names;
@@ -43,7 +43,7 @@ std::vector<std::string> SelectEntries(const TreePlace& folder, Test test, unsig
     return names;
 }
 
-// The entry that is spelt just as the name, if there can be one.
+// Returns the entry that is spelled exactly like the name, if there can be one.
 std::optional<std::string> Spelling(Name name) {
     std::string text = Utf8FromWide(name.begin, static_cast<std::size_t>(name.end - name.begin));
     const bool possible = IsVisible(text) && text.find('/') == std::string::npos;
@@ -51,9 +51,9 @@ std::optional<std::string> Spelling(Name name) {
     return text;
 }
 
-// What opens first of the entries of that name: the one that is spelt so, or else, in code-point
-// order, one that differs in case. A folder is listed for the latter alone: to find many entries by
-// their own names must not take a listing each.
+// Opens the first of the entries with that name: the one that is spelled like it or else, in
+// code-point order, one that differs in case. Only the latter needs a listing of the folder:
+// finding many entries by their exact names must not take one each.
 template <typename Open>
 auto OpenEntry(const TreePlace& folder, Name name, Open open, unsigned int& error) {
     decltype(open(folder)) opened{};
@@ -80,7 +80,7 @@ Descriptor FileAt(const TreePlace& place) {
     return place.OpenFile();
 }
 
-// The folder at the end of the path, each part of which must exist below the one before.
+// Returns the folder at the end of the path, each part of which must exist below the one before.
 std::optional<TreePlace> Descend(TreePlace start, Name path, unsigned int& error) {
     std::optional<TreePlace> place = std::move(start);
     TakeParts(path, [&](Name part) {
@@ -134,7 +134,7 @@ std::unique_ptr<Registry::Key> NewKey(std::optional<TreePlace> place) {
     return place ? std::make_unique<TreeKey>(*std::move(place)) : nullptr;
 }
 
-// The root may be a link, as may what leads to it: whoever built the library chose it.
+// The root, and folders above it, may be links: whoever built the library chose the path.
 Descriptor OpenRoot() noexcept {
     return Descriptor(::open(RegistryRoot(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }

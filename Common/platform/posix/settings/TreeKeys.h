@@ -5,7 +5,7 @@
 
 namespace Posix {
 
-// The key at the path below the local machine's hive.
+// Opens the key at the path below the local machine's hive.
 std::unique_ptr<Registry::Key> OpenTreeKey(Name path, unsigned int& error);
 
 }  // namespace Posix

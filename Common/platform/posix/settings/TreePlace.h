@@ -1,4 +1,4 @@
-// A place in the settings tree, and what lies there.
+// A path in the settings tree, and what is there.
 #pragma once
 
 #include "system/Descriptors.h"
@@ -15,23 +15,23 @@ struct ListingCloser {
 };
 using Listing = std::unique_ptr<DIR, ListingCloser>;
 
-// A path from the tree's root, which is opened anew for each thing that is asked: so links on the
-// way may lead anywhere in the tree, and one that leads out of it is refused with EXDEV. What
-// cannot be opened is none, with errno.
+// A path relative to the tree's root, resolved again on every access. Links on it may lead anywhere
+// in the tree; one that leads out of it is refused with EXDEV. What cannot be opened is returned as
+// none, with errno.
 class TreePlace {
 public:
     TreePlace(Descriptor root, std::string name)
         : root_(std::make_shared<Descriptor>(std::move(root))), path_(std::move(name)) {}
 
-    // The place of an entry of this folder.
+    // The path of an entry of this folder.
     TreePlace Below(const std::string& entry) const { return {root_, path_ + '/' + entry}; }
 
-    // Whether a folder is there, readable or not.
+    // Whether there is a folder, readable or not.
     bool IsFolder() const noexcept;
     Descriptor OpenFolder() const noexcept;
-    // The entries of a folder.
+    // Opens a listing of the folder.
     Listing OpenListing() const noexcept;
-    // What is no regular file is not there.
+    // Anything but a regular file counts as missing.
     Descriptor OpenFile() const noexcept;
 
 private:

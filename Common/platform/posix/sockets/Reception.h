@@ -22,11 +22,10 @@ struct AuxiliarySocket {
 using AuxiliarySockets = std::vector<AuxiliarySocket>;
 
 struct Reception {
-    std::vector<GroupRequest>
-        joinedItself;              // while the socket is bound to all addresses, or not bound
-    AuxiliarySockets auxiliaries;  // kept until the socket is closed
-    Descriptor pollSet;            // of the socket and its auxiliaries
-    std::atomic<int> pollSetNumber = -1;  // its number, for receive calls
+    std::vector<GroupRequest> joinedItself;  // unless bound to one address
+    AuxiliarySockets auxiliaries;            // kept until the socket is closed
+    Descriptor pollSet;                      // of the socket and its auxiliaries
+    std::atomic<int> pollSetNumber = -1;     // its number, for receive calls
 };
 
 // Protects everything but pollSetNumber.

@@ -18,7 +18,8 @@ namespace {
 
 using namespace Posix;
 
-// What a packet has room for behind its headers. IPv6 does not count its own header.
+// The longest datagram that fits into a packet after its headers. IPv6 does not count its own
+// header.
 int LongestDatagram(const Socket& socket) {
     return socket.Has(Flag::Ipv6) ? 65527 : 65507;
 }
@@ -33,19 +34,20 @@ int FailDatagram(const Socket& socket) {
     return timedOut ? Fail(WinsockError::TimedOut) : FailFromErrno();
 }
 
-// Whether an attempt to send met the report of an earlier datagram, which is put aside. Nothing
-// else refuses a datagram's connection, so that another thread may have put this one aside.
+// Whether a send was refused because of the report of an earlier datagram, which is now collected.
+// ECONNREFUSED has no other cause on a datagram socket, so with that another thread may have
+// collected the report.
 bool MetReport(const Socket& socket) {
     return MayBeReport(errno) && (CollectReports(socket) || errno == ECONNREFUSED);
 }
 
-// What the own machine has no more room for on its way out counts as sent, like what is lost later.
-// The kernel tells of the one because it is asked to tell of the other.
+// A datagram for which the local send queue has no space counts as sent, like one that is lost
+// later. The kernel reports ENOBUFS only because IP_RECVERR is set.
 int FinishFailedSend(const Socket& socket, int length) {
     return errno == ENOBUFS ? Succeed(length) : FailDatagram(socket);
 }
 
-// New reports may come in while others are put aside, so there is a limit to that.
+// New reports may arrive while others are collected, so the attempts are limited.
 int SendToKernel(const Socket& socket, const char* buffer, int length, const KernelAddress* peer) {
     constexpr int MostReports = 16;
     const auto peerLength = static_cast<socklen_t>(AddressLength(socket));
@@ -67,8 +69,8 @@ bool MayBroadcast(const Socket& socket) {
     return value != 0;
 }
 
-// The kernel would take no address for this machine, and look for a way to everybody before it asks
-// whether the socket may go it.
+// The kernel would treat the wildcard as the local host, and look for a route to a broadcast
+// address before it checks whether the socket may broadcast.
 int DestinationError(const Socket& socket, const KernelAddress& peer) {
     if (IsWildcard(peer)) return WinsockError::AddressNotAvailable;
     const bool everybody = !socket.Has(Flag::Ipv6) && peer.ipv4.sin_addr.s_addr == INADDR_BROADCAST;
@@ -84,7 +86,7 @@ int DestinationFromWinsock(const Socket& socket, const void* address, int length
 int ReceiveError(const Socket& socket, const char* buffer, int length, const void* address,
                  const int* addressLength) {
     if (!socket.Has(Flag::Bound)) return WinsockError::Invalid;
-    // The kernel would lose a datagram to these.
+    // With an invalid buffer the kernel would drop a datagram.
     if (buffer == nullptr && length > 0) return WinsockError::Fault;
     const bool room = address == nullptr || HasRoomForAddress(socket, address, addressLength);
     return room ? 0 : WinsockError::Fault;
@@ -96,7 +98,7 @@ ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
         deadline, [&](int attemptFlags) { return ReceiveFirst(socket, message, attemptFlags); });
 }
 
-// Negative when the call has failed, with the thread's last error.
+// Returns a negative number, with the last error set, if the call has failed.
 ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
     if (const int error = socket.entry->TakeLoss()) return Fail(error);
     ssize_t received = ReceiveMessage(socket, message);
@@ -114,7 +116,7 @@ ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
 int Posix::SendDatagram(const Socket& socket, const char* buffer, int length,
                         const KernelAddress* peer) {
     if (const int error = DatagramError(socket, buffer, length)) return Fail(error);
-    // To the kernel port 0 is a mistake, to Winsock just one where nobody listens.
+    // The kernel refuses port 0; on Winsock it is a port where nobody listens.
     if (peer != nullptr && PortOf(*peer) == 0) return Succeed(length);
     return SendToKernel(socket, buffer, length, peer);
 }
@@ -144,7 +146,7 @@ int Winsock::sendto(Handle handle, const char* buffer, int length, int flags, co
                     int addressLength) {
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
-    // A stream has its peer, whatever the address.
+    // A stream ignores the address and sends to its peer.
     if (address == nullptr || !socket.Has(Flag::Datagram)) {
         return send(handle, buffer, length, flags);
     }

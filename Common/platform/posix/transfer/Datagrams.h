@@ -1,4 +1,4 @@
-// Datagrams, which arrive whole or not at all.
+// Sends and receives datagrams.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -6,11 +6,11 @@
 
 namespace Posix {
 
-// Sends to the socket's peer, or to another one.
+// Sends to the socket's peer, or to the given one.
 int SendDatagram(const Socket& socket, const char* buffer, int length,
                  const KernelAddress* peer = nullptr);
 
-// Tells the sender unless the address is null.
+// Stores the sender unless the address is null.
 int ReceiveDatagram(const Socket& socket, char* buffer, int length, void* address = nullptr,
                     int* addressLength = nullptr);
 

@@ -1,4 +1,4 @@
-// The wait for many sockets at once. It is the system's poll, which knows no highest descriptor.
+// Waits for many sockets at once. Uses poll, which works with descriptors of any number.
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -35,7 +35,7 @@ int DescriptorFor(const Socket& socket, Interest interest) {
     return interest == Interest::Read ? DescriptorToWatch(socket) : socket.descriptor;
 }
 
-// What is ready before the kernel is asked.
+// Whether the socket is ready without asking the kernel.
 bool IsReadyAlready(const Socket& socket, Interest interest) {
     switch (interest) {
         case Interest::Read:
@@ -47,16 +47,16 @@ bool IsReadyAlready(const Socket& socket, Interest interest) {
     }
 }
 
-// An error of a datagram socket is one of the network's reports, or of the own machine's, which is
-// none to wake anybody for.
+// POLLERR of a datagram socket stands for a report of the network, or for a local error, which is
+// not a reason to wake up.
 bool IsReadyDatagram(const Socket& socket, Interest interest, short events) {
     if (interest == Interest::Read) events = EventsToRead(socket, events);
     if ((events & POLLERR) != 0) CollectAnnounced(socket);
     return (events & EventsOf(interest)) != 0 || IsReadyAlready(socket, interest);
 }
 
-// To the kernel a stream that is neither connected nor listening is ready for everything. An
-// unfinished connect that has failed is in no other set than the last.
+// The kernel reports a stream that is neither connected nor listening as ready for everything. A
+// failed unfinished connect is only in the set for exceptions.
 bool IsReadyStream(const Socket& socket, Interest interest) {
     const bool connected = IsConnected(socket);
     if (interest == Interest::Except) return socket.Has(Flag::ConnectFailed);
@@ -72,13 +72,14 @@ struct Entry {
 
 class Selection {
 public:
-    // False when that cannot be, with the thread's last error.
+    // Returns false, with the last error set, for an invalid set.
     bool Add(const Winsock::HandleSet* set, Interest interest);
 
-    // Waits until an entry is ready or the clock's time; returns how many are, or a failure.
+    // Waits until an entry is ready, or for a time of the clock. Returns how many are ready, or a
+    // failure.
     int Wait(long long until);
 
-    // Leaves only what is ready in the set.
+    // Leaves only the ready handles in the set.
     void Answer(Winsock::HandleSet* set, Interest interest) const;
 
 private:
@@ -92,7 +93,7 @@ private:
     void JudgeEntry(Entry& entry, pollfd& wait);
 
     Entry entries_[Room];
-    pollfd waits_[Room];  // beside the entries; without descriptor where there is nothing to come
+    pollfd waits_[Room];  // parallel to the entries; descriptor -1 where nothing is awaited
     int count_ = 0;
     int ready_ = 0;
     bool isAnyUnwatched_ = false;
@@ -128,7 +129,7 @@ void Selection::Watch(Socket socket, Interest interest) {
     if (ready) ++ready_;
 }
 
-// The kernel may have woken us for what is nothing to Winsock; then the wait goes on.
+// The wait goes on if the kernel has woken it for something that Winsock ignores.
 int Selection::Wait(long long until) {
     constexpr long long atOnce = 0;
     if (ready_ > 0) until = atOnce;
@@ -141,8 +142,8 @@ int Selection::Wait(long long until) {
     return ready_;
 }
 
-// The kernel cannot wake us when a stream that it is not asked about is closed, so there are looks
-// in between. Who closes the stream waits for that as long.
+// poll does not wake when an unwatched stream is closed, so it is interrupted every ten
+// milliseconds to look. The thread that closes the stream waits as long.
 long long Selection::NextLook(long long until) const {
     if (!isAnyUnwatched_) return until;
     const long long next = MonotonicTime() + 10'000'000;
@@ -154,7 +155,7 @@ bool Selection::IsAnyClosed() const {
                        [](const Entry& entry) { return !entry.socket.IsOpen(); });
 }
 
-// False when somebody else took a descriptor away.
+// Returns false if a descriptor is invalid: something outside the library has closed it.
 bool Selection::Judge() {
     for (int index = 0; index < count_; ++index) {
         if ((waits_[index].revents & POLLNVAL) != 0) return false;
@@ -169,7 +170,7 @@ void Selection::JudgeEntry(Entry& entry, pollfd& wait) {
                            : IsReadyStream(entry.socket, entry.interest);
     if (entry.ready) ++ready_;
     if (datagram) return;
-    // What a stream has to tell it tells for ever, so there is nothing more to come.
+    // A stream's state never goes away, so poll must not look at it again.
     wait.fd = -1;
     isAnyUnwatched_ = true;
 }

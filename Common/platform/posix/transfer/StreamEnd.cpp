@@ -23,8 +23,8 @@ int MarkEnd(const Socket& socket, int error) {
     return error;
 }
 
-// The numbers by which the kernel tells an end. A connection that lives on may have any of them to
-// tell as well: a filter refused a packet, a router sent a report, this side has ended its half.
+// The errors by which the kernel reports an end. A living connection can have each of them too: a
+// filter refused a packet, a router sent a report, this side has shut down its half.
 bool MayTellEnd(int error) {
     switch (error) {
         case ECONNRESET:
@@ -37,7 +37,7 @@ bool MayTellEnd(int error) {
     }
 }
 
-// An end of one half, or of both as long as one is not acknowledged, is another state.
+// Connections of which one half is shut down, or both but not acknowledged, are in other states.
 bool IsTornDown(const Socket& socket) {
     return TcpState(socket.descriptor) == TCP_CLOSE;
 }
@@ -48,7 +48,7 @@ int ReadableBytes(const Socket& socket) {
     return count;
 }
 
-// What the kernel says is in the queue, the peer's end of its half included.
+// The number of bytes in the queue according to TCP_INQ, which counts the peer's FIN.
 int QueuedBytes(const Socket& socket) {
     SetBooleanOption(socket.descriptor, IPPROTO_TCP, TCP_INQ, true);
     alignas(cmsghdr) char room[CMSG_SPACE(sizeof(int))] = {};
@@ -62,10 +62,10 @@ int QueuedBytes(const Socket& socket) {
     return count;
 }
 
-// Whether the peer had ended its half in good order, of a connection that is torn down and has told
-// why. The state does not say, and the report may have gone to another thread; but the kernel
-// counts the peer's end as a byte of the queue for ever, and never as a readable one. What another
-// thread reads meanwhile would look like it.
+// Whether the peer had shut down its half before the connection was torn down and its error read.
+// The state does not tell, and another thread may have read the error. But TCP_INQ counts the
+// peer's FIN as a byte of the queue for ever, and FIONREAD never does. The loop is for bytes that
+// another thread reads in between, which would look the same.
 bool HasPeerEnded(const Socket& socket) {
     int readable = 0;
     int queued = 0;
@@ -76,8 +76,8 @@ bool HasPeerEnded(const Socket& socket) {
     return queued > readable;
 }
 
-// To a sender the kernel says of any end that was told already only that there was one, and the
-// same of orderly ends of both halves.
+// EPIPE tells a sender only that there was an end whose error has been read, or that both halves
+// were shut down in order.
 int ErrorOfBrokenPipe(const Socket& socket) {
     if (const int end = MarkedEnd(socket)) return end;
     if (!HasPeerEnded(socket)) return MarkEnd(socket, WinsockError::ConnectionReset);
@@ -85,13 +85,13 @@ int ErrorOfBrokenPipe(const Socket& socket) {
     return MarkEnd(socket, WinsockError::ConnectionAborted);
 }
 
-// Only this side may have ended its half of a connection that is not torn down.
+// If the connection is not torn down, EPIPE means that this side has shut down its half.
 int ErrorOfLiving(int systemError) {
     return systemError == EPIPE ? WinsockError::ShutDown : WinsockFromErrno(systemError);
 }
 
-// Behind the peer's orderly end the kernel keeps a later one to itself: that it refused what was
-// sent (EPIPE). Without that end, and without a report, another call has been told of a reset.
+// After the peer's FIN the kernel keeps a later error (EPIPE) to itself: the peer refused what was
+// sent. Without a FIN and without an error, another call has read the reset.
 int EndWithoutBytes(const Socket& socket) {
     if (const int end = MarkedEnd(socket)) return end;
     const int told = TakePendingError(socket.descriptor);
@@ -123,7 +123,7 @@ int StreamError(const Socket& socket) {
 }
 
 int ErrorOfNothing(const Socket& socket) {
-    // A receive call without room gets nothing though there are bytes.
+    // A receive call with an empty buffer returns 0 even if there are bytes.
     return IsTornDown(socket) && !HasBytes(socket) ? EndWithoutBytes(socket) : 0;
 }
 

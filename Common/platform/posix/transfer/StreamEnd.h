@@ -1,23 +1,24 @@
 // How connections end.
 //
-// The kernel tells an end once, to whoever asks first, and pretends an orderly one from then on; so
-// the socket table remembers it. What was received before the end is given first.
+// The kernel reports an end once, to whoever asks first, and an orderly one from then on, so the
+// socket table remembers it. Bytes that were received before the end are delivered first.
 #pragma once
 
 #include "sockets/SocketTable.h"
 
 namespace Posix {
 
-// The end that the connection is known to have met, as Winsock's error number, or 0.
+// Returns the connection's known end as Winsock's error number, or 0.
 int MarkedEnd(const Socket& socket) noexcept;
 
-// Whether bytes wait to be received.
+// Whether there are bytes to receive.
 bool HasBytes(const Socket& socket);
 
-// The answer to a transfer that failed with errno. Remembers the end that it met.
+// Returns the Winsock error for a transfer that failed with errno, and remembers an end of the
+// connection.
 int StreamError(const Socket& socket);
 
-// The same for a receive call that got nothing; 0 when nothing is what there was to get.
+// The same for a receive call that returned 0; returns 0 for an orderly end, or an empty buffer.
 int ErrorOfNothing(const Socket& socket);
 
 }  // namespace Posix

@@ -1,5 +1,5 @@
-// The calls that move bytes. A plain transfer on a connected stream is nearly the bare system call;
-// whatever needs more thought is out of line.
+// The calls that transfer bytes. A plain transfer on a connected stream is little more than the
+// system call; everything else is out of line.
 #include "transfer/Transfer.h"
 
 #include "Platform/Winsock.h"
@@ -27,15 +27,15 @@ int FinishWithNothing(const Socket& socket) {
     return error != 0 ? Fail(error) : Succeed();
 }
 
-// The failure of the last attempt is marked even when it is not answered yet.
+// The last attempt's failure is remembered even if this call does not return it.
 int FinishSending(const Socket& socket, int sent) {
     const int error = StreamError(socket);
     if (!socket.IsOpen()) return Fail(WinsockError::Interrupted);
     return sent == 0 ? Fail(error) : Succeed(sent);
 }
 
-// A blocking send takes the whole buffer, though signals make the kernel return in the middle of
-// it. Parts that were sent before a failure count; the failure shows in the next call.
+// A blocking send takes the whole buffer, although signals make the kernel return early. Parts that
+// were sent before a failure count; the next call returns the failure.
 int SendStream(const Socket& socket, const char* buffer, int length) {
     TransferDeadline deadline(socket, Sending);
     std::size_t sent = 0;
@@ -51,8 +51,8 @@ int SendStream(const Socket& socket, const char* buffer, int length) {
     return cutShort ? Fail(WinsockError::Interrupted) : Succeed(static_cast<int>(sent));
 }
 
-// The kernel waits for bytes though none are wanted, and answers alike when they came and when the
-// time was over.
+// The kernel waits for bytes even if length is 0, and returns the same whether some came or the
+// time elapsed.
 bool WaitedInVain(const Socket& socket, int length) {
     pollfd wait = {socket.descriptor, POLLIN, 0};
     return length == 0 && socket.Has(Flag::ReceiveTimeout) && ::poll(&wait, 1, 0) == 0;
@@ -106,11 +106,11 @@ int ReceiveOnce(const Socket& socket, char* buffer, int length, int received) {
     return Fail(StreamError(socket));
 }
 
-// A direct transfer as one of the calls on its socket.
+// Counts a direct transfer as a call on its socket.
 class DirectCall {
 public:
     explicit DirectCall(Winsock::Handle handle) noexcept : entry_(&socketTable[handle]) {
-        // Keeps the compiler from computing the entry's address once more for each of its fields.
+        // Keeps the compiler from computing the entry's address again for each field.
         asm("" : "+r"(entry_));
         entry_->Enter();
     }
@@ -128,13 +128,13 @@ private:
     SocketEntry* entry_;
 };
 
-// The call once more, for what goes on when the direct way is left.
+// Counts the call again, for the code that takes over from a direct transfer.
 Socket SocketOf(const SocketEntry& entry) noexcept {
     return Socket(static_cast<int>(&entry - socketTable));
 }
 
-// What a direct transfer was asked to do. It lies in memory, where only the ways out of line read
-// it: registers that survive the system call would have to be saved and restored around each. The
+// The arguments of a direct transfer. Kept in memory, where only the out-of-line code reads them:
+// registers that survive the system call would have to be saved and restored around each. The
 // length is volatile so that the compiler leaves it there.
 template <typename Buffer>
 struct Request {
@@ -144,7 +144,7 @@ struct Request {
 using SendRequest = Request<const char*>;
 using ReceiveRequest = Request<char*>;
 
-// Goes on after a direct send that did not take the whole buffer.
+// Continues a direct send that did not take the whole buffer.
 [[gnu::cold, gnu::noinline]] int FinishSend(const SocketEntry& entry, const SendRequest& request,
                                             int sent) {
     const Socket socket = SocketOf(entry);

@@ -1,4 +1,4 @@
-// What the calls that move bytes have in common.
+// Shared by the calls that transfer bytes.
 #pragma once
 
 #include "errors/WinsockError.h"
@@ -7,7 +7,7 @@
 
 namespace Posix {
 
-// What is wrong with a transfer whatever its socket, or 0.
+// Returns the error of arguments that are invalid for every socket, or 0.
 inline int TransferError(int length, int flags) noexcept {
     if (length < 0) return WinsockError::Fault;
     return flags != 0 ? WinsockError::OperationNotSupported : 0;

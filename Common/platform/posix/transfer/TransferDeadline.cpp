@@ -25,7 +25,8 @@ bool TransferDeadline::AllowsAnother() {
     const bool toRead = direction_.readyEvent == POLLIN;
     const int descriptor = toRead ? DescriptorToWatch(socket_) : socket_.descriptor;
     if (!WaitUntilReady(descriptor, direction_.readyEvent, Deadline())) return false;
-    // Readiness may be gone again; the wait that counts the time is the one above.
+    // The socket may no longer be ready. Only the wait above counts the time, so the attempt must
+    // not block.
     attemptFlags_ = MSG_DONTWAIT;
     return true;
 }
@@ -37,7 +38,7 @@ bool TransferDeadline::AllowsRest() {
 
 long long TransferDeadline::Deadline() noexcept {
     if (!socket_.Has(direction_.timeoutFlag)) return WithoutLimit;
-    // Another thread may have set the time-out during the transfer.
+    // Another thread may have set the timeout during the transfer.
     if (start_ == NotCounting) start_ = MonotonicTime();
     timeval limit = {};
     socklen_t length = sizeof limit;

@@ -1,11 +1,11 @@
-// How long one transfer may go on when signals or the kernel's short counts interrupt it.
+// Limits how long a transfer may take that signals or partial results interrupt.
 #pragma once
 
 #include "sockets/SocketTable.h"
 
 namespace Posix {
 
-// What distinguishes the two directions of a transfer.
+// The differences between the two directions of a transfer.
 struct Direction {
     std::uint32_t timeoutFlag;
     int timeoutOption;
@@ -14,21 +14,20 @@ struct Direction {
 extern const Direction Receiving;
 extern const Direction Sending;
 
-// Bounds all attempts of a transfer together by the socket's time-out. The first attempt is left to
-// the kernel, which knows the time-out; only when it was cut short is the rest of the time counted
-// here.
+// Limits all attempts of a transfer together by the socket's timeout. The first attempt is left to
+// the kernel, which knows the timeout; only if it is cut short is the remaining time counted here.
 class TransferDeadline {
 public:
     TransferDeadline(const Socket& socket, const Direction& direction) noexcept;
 
-    // What the next attempt must add to its flags.
+    // The flags that the next attempt must add.
     int AttemptFlags() const noexcept { return attemptFlags_; }
 
-    // After an attempt that failed: waits for the next one if it was only interrupted or not ready.
-    // False when there must be none; errno says why.
+    // After an attempt that failed: waits for the next one if it was interrupted or not ready.
+    // Returns false if there must be none; errno holds the reason.
     bool AllowsAnother();
 
-    // After an attempt that moved only a part: waits for the next one.
+    // After an attempt that transferred only a part: waits for the next one.
     bool AllowsRest();
 
 private:
@@ -42,7 +41,7 @@ private:
     int attemptFlags_ = 0;
 };
 
-// Repeats the attempt, which takes the flags to add and returns what the system call returned.
+// Repeats the attempt, which takes the flags to add and returns the system call's result.
 template <typename Attempt>
 auto RepeatInterrupted(TransferDeadline& deadline, Attempt attempt) {
     auto result = attempt(deadline.AttemptFlags());
