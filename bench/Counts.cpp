@@ -16,13 +16,7 @@ namespace {
 
 Bench::Cases AllCases() {
     Bench::Cases cases;
-    Bench::AddTransferRows(cases);
-    Bench::AddCreationRows(cases);
-    Bench::AddConnectionRows(cases);
-    Bench::AddDatagramRows(cases);
-    Bench::AddSelectionRows(cases);
-    Bench::AddFailureRows(cases);
-    Bench::AddRecordRows(cases);
+    Bench::AddPlainRows(cases);
     Bench::AddPortRows(cases);
     return cases;
 }

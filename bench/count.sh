@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Counts what operations ask for, and prints it in lines "ROW SUBJECT COUNTER VALUE", all for one operation.
 #
-#   count.sh PROGRAM...
+#   count.sh PROGRAM [WORD...]
 #
-# Each program prints such lines itself: how many operations it measured, their allocations and locks. Added to
+# The program prints such lines itself: how many operations it measured, their allocations and locks. Added to
 # these are the user-space instructions between the marks that it sets, by callgrind, and the system calls between
 # them by their names, by strace ("call:NAME").
 set -euo pipefail
@@ -14,12 +14,12 @@ trap 'rm -rf "$scratch"' EXIT
 ulimit -n "$(ulimit -H -n)"
 
 run_under_callgrind() {
-  valgrind --quiet --tool=callgrind --callgrind-out-file="$scratch/profile" --collect-atstart=no "$1" \
+  valgrind --quiet --tool=callgrind --callgrind-out-file="$scratch/profile" --collect-atstart=no "$@" \
     >"$scratch/log" 2>&1 || fail "$1 under callgrind"
 }
 
 run_under_strace() {
-  strace -f -qq -e signal=none -o "$scratch/trace" "$1" >"$scratch/printed" 2>"$scratch/log" ||
+  strace -f -qq -e signal=none -o "$scratch/trace" "$@" >"$scratch/printed" 2>"$scratch/log" ||
     fail "$1 under strace"
 }
 
@@ -45,7 +45,7 @@ system_calls() {
       next
     }
     inside != "" && $2 ~ /^[a-z0-9_]+\(/ { ++calls[inside " call:" substr($2, 1, index($2, "(") - 1)] }
-    END { for (call in calls) print call, calls[call] }' "$scratch/trace"
+    END { for (call in calls) print call, calls[call] }' "$scratch/trace" | LC_ALL=C sort
 }
 
 # What was counted by others is for all measured operations together.
@@ -55,9 +55,6 @@ per_operation() {
        { print }' "$@"
 }
 
-for program in "$@"; do
-  rm -rf "${scratch:?}"/*
-  run_under_callgrind "$program"
-  run_under_strace "$program"
-  per_operation "$scratch/printed" <(instructions) <(system_calls)
-done
+run_under_callgrind "$@"
+run_under_strace "$@"
+per_operation "$scratch/printed" <(instructions) <(system_calls)

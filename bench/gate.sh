@@ -14,7 +14,7 @@ counts=$(mktemp)
 trap 'rm -f "$counts"' EXIT
 
 "$here/count.sh" "$programs/bench_counts" >"$counts"
-"$here/module.sh" "$programs/bench_load" "$module" >>"$counts"
+"$here/module.sh" "$programs/bench_load" library "$module" >>"$counts"
 
 awk '
   FILENAME == ARGV[1] {

@@ -3,19 +3,12 @@
 #include <unistd.h>
 
 #include "Rows.h"
+#include "Scenes.h"
 #include "harness/LibrarySockets.h"
 #include "harness/RawSockets.h"
 
 namespace Bench {
 namespace {
-
-class ConnectionScene {
-public:
-    static constexpr int Operations = 20;
-    static constexpr int Result = 1;
-
-    void Prepare() const noexcept {}
-};
 
 class RawConnection : public ConnectionScene {
 public:

@@ -4,19 +4,12 @@
 #include <unistd.h>
 
 #include "Rows.h"
+#include "Scenes.h"
 #include "harness/LibrarySockets.h"
 #include "harness/RawSockets.h"
 
 namespace Bench {
 namespace {
-
-class LifeScene {
-public:
-    static constexpr int Operations = 50;
-    static constexpr int Result = 1;
-
-    void Prepare() const noexcept {}
-};
 
 class RawLife : public LifeScene {
 public:

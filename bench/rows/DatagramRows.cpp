@@ -7,23 +7,12 @@
 #include <string>
 
 #include "Rows.h"
+#include "Scenes.h"
 #include "harness/LibrarySockets.h"
 #include "harness/RawSockets.h"
-#include "harness/Transfers.h"
 
 namespace Bench {
 namespace {
-
-class DatagramScene {
-public:
-    static constexpr int Operations = 20;
-    static constexpr int Result = 2 * BlockSize;
-
-    void Prepare() const noexcept {}
-
-protected:
-    Block block_{};
-};
 
 // With addresses in the system's form, which no text was made into.
 class RawDatagrams : public DatagramScene {

@@ -6,23 +6,12 @@
 #include <cerrno>
 
 #include "Rows.h"
+#include "Scenes.h"
 #include "harness/LibrarySockets.h"
 #include "harness/RawSockets.h"
-#include "harness/Transfers.h"
 
 namespace Bench {
 namespace {
-
-class FailureScene {
-public:
-    static constexpr int Operations = 20;
-    static constexpr int Result = 1;
-
-    void Prepare() const noexcept {}
-
-protected:
-    Block block_{};
-};
 
 class RawFailure : public FailureScene {
 public:

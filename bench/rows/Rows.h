@@ -12,7 +12,10 @@ void AddDatagramRows(Cases& cases);
 void AddSelectionRows(Cases& cases);
 void AddFailureRows(Cases& cases);
 void AddRecordRows(Cases& cases);
-// Opens 10,000 sockets.
+// Opens 10,000 sockets: not to be played beside others.
 void AddPortRows(Cases& cases);
+
+// All but the last.
+void AddPlainRows(Cases& cases);
 
 }  // namespace Bench

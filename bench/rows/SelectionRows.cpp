@@ -8,22 +8,12 @@
 #include <memory>
 
 #include "Rows.h"
+#include "Scenes.h"
 #include "harness/LibrarySockets.h"
 #include "harness/RawSockets.h"
 
 namespace Bench {
 namespace {
-
-constexpr int WatchedSockets = 64;
-
-template <int ReadySockets>
-class SelectionScene {
-public:
-    static constexpr int Operations = 20;
-    static constexpr int Result = ReadySockets;
-
-    void Prepare() const noexcept {}
-};
 
 template <int ReadySockets>
 class RawSelection : public SelectionScene<ReadySockets> {

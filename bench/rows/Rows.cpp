@@ -1,0 +1,15 @@
+#include "Rows.h"
+
+namespace Bench {
+
+void AddPlainRows(Cases& cases) {
+    AddTransferRows(cases);
+    AddCreationRows(cases);
+    AddConnectionRows(cases);
+    AddDatagramRows(cases);
+    AddSelectionRows(cases);
+    AddFailureRows(cases);
+    AddRecordRows(cases);
+}
+
+}  // namespace Bench
