@@ -2,7 +2,7 @@
 
 #include <optional>
 
-namespace VelBase {
+namespace Text {
 namespace {
 
 // What a lead byte announces: how many bytes follow, its own bits, and where the next byte must
@@ -99,4 +99,4 @@ unsigned short* PutUtf16(unsigned short* units, char32_t codePoint) noexcept {
     return units;
 }
 
-}  // namespace VelBase
+}  // namespace Text

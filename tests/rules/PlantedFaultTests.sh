@@ -17,7 +17,7 @@ fail() {
 make_project() {
   rm -rf "${project:?}"/*
   mkdir -p "$project"/{tools/cat,examples,tests/unit/posix,bench,Common/support/{VelBase,VelLog},Common/support/include/VelBase} \
-    "$project"/Common/platform/posix/{errors,names}
+    "$project"/Common/text "$project"/Common/platform/posix/{errors,names}
   put Common/support/include/VelBase/Text.h '#pragma once' '' 'int Length(const char* text);'
   put Common/support/VelBase/Text.cpp '#include "VelBase/Text.h"' '' '#include <cstring>' '' \
     'int Length(const char* text) {' '    return static_cast<int>(std::strlen(text));' '}'
@@ -63,6 +63,10 @@ put Common/support/VelBase/Text.cpp '#include <VelLog/Router.h>'
 expect_fault CheckFloors.sh 'VelBase/Text.cpp must not include VelLog/Router.h'
 put Common/support/VelBase/Text.cpp '#include <sys/socket.h>'
 expect_fault CheckFloors.sh 'VelBase/Text.cpp must not include sys/socket.h'
+put Common/text/Utf8.cpp '#include <Platform/System.h>'
+expect_fault CheckFloors.sh 'Common/text/Utf8.cpp must not include Platform/System.h'
+put Common/text/Utf8.cpp '#include <VelBase/Text.h>'
+expect_fault CheckFloors.sh 'Common/text/Utf8.cpp must not include VelBase/Text.h'
 put tools/cat/main.cpp '#ifdef _WIN32'
 expect_fault CheckFloors.sh 'tools/cat/main.cpp must not hold a conditional'
 put examples/Client.cpp '#define PORT 4000'

@@ -1,12 +1,11 @@
 #include "WideTexts.h"
 
+#include "Text/WideLength.h"
+
 static_assert(sizeof(wchar_t) == sizeof(unsigned short));
 
 std::wstring Windows::SystemText(const unsigned short* text) {
-    std::size_t count = 0;
-    while (text[count] != 0)
-        ++count;
-    return SystemText(text, count);
+    return SystemText(text, Text::WideLength(text));
 }
 
 std::wstring Windows::SystemText(const unsigned short* units, std::size_t count) {

@@ -9,15 +9,12 @@ namespace VelBase {
 template <class Unit>
 inline constexpr Unit EmptyText[1] = {};
 
-// Returns a heap copy up to and including the first zero; null for a null or empty string.
+// Returns a heap copy of that many units and their terminator; null for an empty string.
 template <class Unit>
-Unit* CopyText(const Unit* text) {
-    if (text == nullptr || *text == 0) return nullptr;
-    std::size_t units = 1;
-    while (text[units - 1] != 0)
-        ++units;
-    Unit* const copy = new Unit[units];
-    std::copy_n(text, units, copy);
+Unit* CopyText(const Unit* text, std::size_t length) {
+    if (length == 0) return nullptr;
+    Unit* const copy = new Unit[length + 1];
+    std::copy_n(text, length + 1, copy);
     return copy;
 }
 

@@ -2,12 +2,21 @@
 
 #include "OwnedText.h"
 
+#include <cstring>
 #include <utility>
 
 namespace VelBase {
 
+namespace {
+
+std::size_t LengthOf(const char* text) noexcept {
+    return text != nullptr ? std::strlen(text) : 0;
+}
+
+}  // namespace
+
 ReturnString::ReturnString() noexcept = default;
-ReturnString::ReturnString(const char* text) : text_(CopyText(text)) {}
+ReturnString::ReturnString(const char* text) : text_(CopyText(text, LengthOf(text))) {}
 ReturnString::ReturnString(const ReturnString& other) : ReturnString(other.text_) {}
 ReturnString::ReturnString(ReturnString&& other) noexcept
     : text_(std::exchange(other.text_, nullptr)) {}

@@ -1,13 +1,15 @@
 #include "VelBase/ReturnWString.h"
 
 #include "OwnedText.h"
+#include "Text/WideLength.h"
 
 #include <utility>
 
 namespace VelBase {
 
 ReturnWString::ReturnWString() noexcept = default;
-ReturnWString::ReturnWString(const unsigned short* text) : text_(CopyText(text)) {}
+ReturnWString::ReturnWString(const unsigned short* text)
+    : text_(CopyText(text, Text::WideLength(text))) {}
 ReturnWString::ReturnWString(const ReturnWString& other) : ReturnWString(other.text_) {}
 ReturnWString::ReturnWString(ReturnWString&& other) noexcept
     : text_(std::exchange(other.text_, nullptr)) {}

@@ -1,7 +1,8 @@
 #include "VelBase/TextConversions.h"
 
 #include "Platform/System.h"
-#include "Text/CodePoints.h"
+#include "Text/Utf8.h"
+#include "Text/WideLength.h"
 #include "VelBase/WideText.h"
 
 #include <charconv>
@@ -14,14 +15,6 @@ std::string_view ViewOf(const char* text) noexcept {
     return text != nullptr ? text : "";
 }
 
-ReturnString Utf8FromUnits(std::span<const unsigned short> units) {
-    std::string text;
-    text.reserve(units.size());
-    while (!units.empty())
-        AppendToUtf8(text, TakeFromUtf16(units));
-    return text.c_str();
-}
-
 }  // namespace
 
 ReturnWString UTF8ToWideChar(const char* text, bool) {
@@ -29,11 +22,11 @@ ReturnWString UTF8ToWideChar(const char* text, bool) {
 }
 
 ReturnString WideCharToUTF8(const unsigned short* text, bool) {
-    return Utf8FromUnits({text, WideLength(text)});
+    return Text::Utf8FromUtf16({text, Text::WideLength(text)}).c_str();
 }
 
 ReturnString WideCharToUTF8UsingLength(const unsigned short* units, unsigned int length, bool) {
-    return Utf8FromUnits({units, length});
+    return Text::Utf8FromUtf16({units, length}).c_str();
 }
 
 ReturnWString MultiByteToWideChar(const char* text, bool) {
@@ -42,7 +35,7 @@ ReturnWString MultiByteToWideChar(const char* text, bool) {
 }
 
 ReturnString WideCharToMultiByte(const unsigned short* text, bool) {
-    return System::CodePageFromWide(text, WideLength(text)).c_str();
+    return System::CodePageFromWide(text, Text::WideLength(text)).c_str();
 }
 
 ReturnWString ToDecimalWString(int number) {

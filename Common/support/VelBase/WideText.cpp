@@ -1,6 +1,7 @@
 #include "VelBase/WideText.h"
 
-#include "Text/CodePoints.h"
+#include "Text/Utf8.h"
+#include "Text/WideLength.h"
 #include "VelBase/LengthLimit.h"
 
 namespace VelBase {
@@ -17,7 +18,7 @@ void WideText::Reserve(std::size_t units) {
 }
 
 WideText& WideText::Append(const unsigned short* text) {
-    return Append(text, WideLength(text));
+    return Append(text, Text::WideLength(text));
 }
 
 WideText& WideText::Append(const unsigned short* units, std::size_t count) {
@@ -31,24 +32,13 @@ WideText& WideText::Append(unsigned short unit) {
 }
 
 WideText& WideText::AppendUtf8(std::string_view text) {
-    // UTF-16 never needs more units than UTF-8 needs bytes.
     RequireRoomFor(text.size());
     const std::size_t start = Length();
     units_.resize(units_.size() + text.size());
-    unsigned short* end = units_.data() + start;
-    while (!text.empty())
-        end = PutUtf16(end, TakeFromUtf8(text));
+    unsigned short* const end = Text::PutUtf16(units_.data() + start, text);
     *end = 0;
     units_.resize(static_cast<std::size_t>(end - units_.data()) + 1);
     return *this;
-}
-
-std::size_t WideLength(const unsigned short* text) noexcept {
-    if (text == nullptr) return 0;
-    std::size_t length = 0;
-    while (text[length] != 0)
-        ++length;
-    return length;
 }
 
 }  // namespace VelBase

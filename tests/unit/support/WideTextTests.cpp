@@ -96,12 +96,6 @@ TEST_F(WideTexts, GrowthAllocatesSeldom) {
     EXPECT_LT(mark.Requests(), 20u);
 }
 
-TEST_F(WideTexts, LengthIsCountedUpToTheTerminator) {
-    EXPECT_EQ(VelBase::WideLength("abc"_wide), 3u);
-    EXPECT_EQ(VelBase::WideLength(""_wide), 0u);
-    EXPECT_EQ(VelBase::WideLength(nullptr), 0u);
-}
-
 TEST_F(WideTexts, GrowingPastEveryLimitIsRefused) {
     WideText text;
     text.Append("a"_wide);

@@ -1,6 +1,7 @@
 #include "settings/RegistryKey.h"
 
 #include "Text/Utf8.h"
+#include "Text/WideLength.h"
 
 namespace Posix {
 
@@ -14,14 +15,11 @@ unsigned short WithoutCase(unsigned short unit) noexcept {
 }  // namespace
 
 Name NameOf(const unsigned short* text) noexcept {
-    const unsigned short* end = text;
-    while (*end != 0)
-        ++end;
-    return {text, end};
+    return {text, text + Text::WideLength(text)};
 }
 
 bool IsNamed(Name wanted, std::string_view name) {
-    const System::WideUnits units = WideFromUtf8(name);
+    const System::WideUnits units = Text::Utf16FromUtf8(name);
     const auto same = [](unsigned short left, unsigned short right) {
         return WithoutCase(left) == WithoutCase(right);
     };

@@ -49,14 +49,14 @@ public:
         error = 0;
         const std::string value = Value(name);
         if (value.empty()) return false;
-        if (text != nullptr) *text = WideFromUtf8(value);
+        if (text != nullptr) *text = Text::Utf16FromUtf8(value);
         return true;
     }
 
     std::vector<System::WideUnits> SubKeys(unsigned int& error) const override {
         error = 0;
         std::vector<System::WideUnits> names;
-        if (depth_ < std::size(Way)) names.push_back(WideFromUtf8(Way[depth_]));
+        if (depth_ < std::size(Way)) names.push_back(Text::Utf16FromUtf8(Way[depth_]));
         return names;
     }
 

@@ -45,7 +45,7 @@ std::vector<std::string> SelectEntries(const TreePlace& folder, Test test, unsig
 
 // Returns the entry that is spelled exactly like the name, if there can be one.
 std::optional<std::string> Spelling(Name name) {
-    std::string text = Utf8FromWide(name.begin, static_cast<std::size_t>(name.end - name.begin));
+    std::string text = Text::Utf8FromUtf16({name.begin, name.end});
     const bool possible = IsVisible(text) && text.find('/') == std::string::npos;
     if (!possible || !IsNamed(name, text)) return {};
     return text;
@@ -113,7 +113,7 @@ public:
         error = ReadWhole(file, contents);
         if (error != 0) return false;
         if (contents.ends_with('\n')) contents.pop_back();
-        *text = WideFromUtf8(contents);
+        *text = Text::Utf16FromUtf8(contents);
         return true;
     }
 
@@ -121,7 +121,7 @@ public:
         const auto isKey = [this](const dirent& entry) { return IsKey(place_, entry); };
         std::vector<System::WideUnits> names;
         for (const std::string& name : SelectEntries(place_, isKey, error)) {
-            names.push_back(WideFromUtf8(name));
+            names.push_back(Text::Utf16FromUtf8(name));
         }
         return names;
     }

@@ -74,7 +74,7 @@ void System::Sleep(unsigned long milliseconds) {
 System::WideUnits System::ComputerName() {
     Posix::HostNameText name;
     Posix::HostName(name);  // empty if there is none
-    return Posix::WideFromUtf8(name.text);
+    return Text::Utf16FromUtf8(name.text);
 }
 
 // Programs use it to distinguish the releases of Windows, of which this claims to be a late one.
@@ -90,15 +90,15 @@ bool System::GetVersionExW(VersionRecord* version) {
 }
 
 System::WideUnits System::ErrorDescription(unsigned int error) {
-    return Posix::WideFromUtf8(Description(error));
+    return Text::Utf16FromUtf8(Description(error));
 }
 
 System::WideUnits System::WideFromCodePage(const char* text, std::size_t length) {
-    return Posix::WideFromUtf8({text, length});
+    return Text::Utf16FromUtf8({text, length});
 }
 
 std::string System::CodePageFromWide(const unsigned short* units, std::size_t count) {
-    return Posix::Utf8FromWide(units, count);
+    return Text::Utf8FromUtf16({units, count});
 }
 
 int System::HoldCancellation() noexcept {

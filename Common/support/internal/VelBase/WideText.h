@@ -44,7 +44,4 @@ private:
     std::vector<unsigned short> units_;  // with the terminator
 };
 
-// Returns the number of units before the terminator; 0 for null.
-std::size_t WideLength(const unsigned short* text) noexcept;
-
 }  // namespace VelBase

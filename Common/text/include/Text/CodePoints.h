@@ -5,12 +5,11 @@
 // its end.
 #pragma once
 
-#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
 
-namespace VelBase {
+namespace Text {
 
 inline constexpr char32_t ReplacementCharacter = 0xFFFD;
 
@@ -19,7 +18,7 @@ char32_t TakeFromUtf16(std::span<const unsigned short>& text) noexcept;
 
 void AppendToUtf8(std::string& text, char32_t codePoint);
 
-// Writes one unit or two and returns what stands behind them.
+// Writes one unit or two and returns where the next one goes.
 unsigned short* PutUtf16(unsigned short* units, char32_t codePoint) noexcept;
 
-}  // namespace VelBase
+}  // namespace Text

@@ -1,15 +1,19 @@
-// Between UTF-8, which all texts of the system are taken to be, and UTF-16. Broken input becomes
-// U+FFFD.
+// Whole strings between UTF-8 and UTF-16. Each maximal broken part becomes U+FFFD.
 #pragma once
 
-#include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace Posix {
+namespace Text {
 
-std::vector<unsigned short> WideFromUtf8(std::string_view text);
-std::string Utf8FromWide(const unsigned short* units, std::size_t count);
+// Throw std::bad_alloc.
+std::vector<unsigned short> Utf16FromUtf8(std::string_view text);
+std::string Utf8FromUtf16(std::span<const unsigned short> units);
 
-}  // namespace Posix
+// Writes UTF-16 without a terminator and returns its end. UTF-16 never needs more units than UTF-8
+// needs bytes; that many units must fit.
+unsigned short* PutUtf16(unsigned short* units, std::string_view text) noexcept;
+
+}  // namespace Text
