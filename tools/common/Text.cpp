@@ -9,10 +9,8 @@ bool IsControl(char character) {
     return value < 0x20 || value == 0x7F;
 }
 
-std::string Hexadecimal(char character) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    const auto value = static_cast<unsigned char>(character);
-    return {'\\', 'x', digits[value / 16], digits[value % 16]};
+std::string Escape(char character) {
+    return "\\x" + HexDigits(static_cast<unsigned char>(character));
 }
 
 }  // namespace
@@ -20,9 +18,14 @@ std::string Hexadecimal(char character) {
 std::string OneLine(std::string_view text) {
     std::string line;
     for (const char character : text) {
-        line += IsControl(character) ? Hexadecimal(character) : std::string(1, character);
+        line += IsControl(character) ? Escape(character) : std::string(1, character);
     }
     return line;
+}
+
+std::string HexDigits(unsigned char byte) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    return {digits[byte / 16], digits[byte % 16]};
 }
 
 }  // namespace VelSockTools

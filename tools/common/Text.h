@@ -10,4 +10,7 @@ namespace VelSockTools {
 // neither start a second line nor drive the terminal.
 std::string OneLine(std::string_view text);
 
+// The two hexadecimal digits of a byte.
+std::string HexDigits(unsigned char byte);
+
 }  // namespace VelSockTools

@@ -2,7 +2,7 @@
 
 #include <VelBase/TextConversions.h>
 
-#include <string_view>
+#include "Text.h"
 
 namespace VelSockResolve {
 
@@ -13,15 +13,10 @@ std::string ValidUtf8(const std::string& text) {
     return VelBase::WideCharToUTF8(wide.c_str(), false).c_str();
 }
 
-std::string CodePoint(unsigned char value) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    return std::string("\\u00") + digits[value / 16] + digits[value % 16];
-}
-
 std::string Escape(char character) {
     const auto value = static_cast<unsigned char>(character);
     if (character == '"' || character == '\\') return {'\\', character};
-    if (value < 0x20 || value == 0x7F) return CodePoint(value);
+    if (value < 0x20 || value == 0x7F) return "\\u00" + VelSockTools::HexDigits(value);
     return {character};
 }
 

@@ -1,8 +1,8 @@
 #include "Socket/TraceRecords.h"
 
+#include "Text/HexDigit.h"
 #include "VelLog/LogMessage.h"
 
-#include <cstdio>
 #include <string>
 
 namespace VelNet {
@@ -27,6 +27,13 @@ void WriteRecordWithData(VelLog::Router& router, LogFormat format, const char* d
     WriteRecord(router, format, formatter);
 }
 
+void AppendWidened(std::string& text, char byte) {
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse): the sign is meant to spread.
+    const int widened = static_cast<signed char>(byte);
+    for (int shift = widened < 0 ? 28 : 4; shift >= 0; shift -= 4)
+        text += Text::HexDigit(static_cast<unsigned int>(widened) >> shift);
+}
+
 }  // namespace
 
 void WriteConnectionRecord(VelLog::Router& router, LogFormat format,
@@ -49,13 +56,8 @@ void WriteTransferRecords(const TransferFormats& formats, const char* data, int 
 VelBase::ReturnString FormatTraceBytes(const char* data, unsigned int count) {
     std::string text;
     text.reserve(2 * static_cast<std::size_t>(count) + 1);
-    for (unsigned int index = 0; index < count; ++index) {
-        char digits[sizeof "FFFFFFFF"];
-        // NOLINTNEXTLINE(bugprone-signed-char-misuse): the sign is meant to spread.
-        const int widened = static_cast<signed char>(data[index]);
-        std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned int>(widened));
-        text += digits;
-    }
+    for (unsigned int index = 0; index < count; ++index)
+        AppendWidened(text, data[index]);
     return {text.c_str()};
 }
 

@@ -1,5 +1,6 @@
 #include "VisibleText.h"
 
+#include "Text/HexDigit.h"
 #include "VelBase/WideLiteral.h"
 
 namespace VelLog {
@@ -19,7 +20,7 @@ bool IsSeparatorOrDirection(unsigned short unit) noexcept {
 void AppendEscape(VelBase::WideText& text, unsigned short unit) {
     text.Append("\\u"_wide);
     for (int shift = 12; shift >= 0; shift -= 4) {
-        text.Append("0123456789ABCDEF"_wide[unit >> shift & 0xF]);
+        text.Append(static_cast<unsigned char>(Text::HexDigit(unit >> shift)));
     }
 }
 
