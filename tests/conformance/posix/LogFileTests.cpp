@@ -105,7 +105,7 @@ TEST_F(LogFile, NeverTakesTheNumberOfAClosedStandardStream) {
         System::CloseLogFile(file);
         afterwards = ClosedStandardStreams::InUse();
     }
-    EXPECT_GT(file, STDERR_FILENO);
+    EXPECT_GT(static_cast<int>(file), STDERR_FILENO);
     EXPECT_EQ(whileOpen, 0);
     EXPECT_EQ(afterwards, 0);
     EXPECT_LT(::fcntl(static_cast<int>(file), F_GETFD), 0);

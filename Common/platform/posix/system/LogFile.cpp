@@ -5,16 +5,40 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
+#include <optional>
 
 namespace {
 
 constexpr char LineFeed = '\n';
+
+// Beside the descriptor in the number of a log file: whether it is a regular file.
+constexpr System::LogFile RegularFile = 1LL << 32;
+
+System::LogFile LogFileOf(int descriptor) noexcept {
+    struct stat status = {};
+    const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    return isRegular ? descriptor | RegularFile : descriptor;
+}
+
+int DescriptorOf(System::LogFile file) noexcept {
+    return static_cast<int>(file);
+}
+
+// A regular file raises a signal at a limit of file sizes alone. That is asked for each time: it
+// may come and go while the file is open.
+bool MayRaiseSignal(System::LogFile file) noexcept {
+    rlimit limit = {};
+    return (file & RegularFile) == 0 || ::getrlimit(RLIMIT_FSIZE, &limit) != 0 ||
+           limit.rlim_cur != RLIM_INFINITY;
+}
 
 // Blocks and consumes the signals that a write may raise for the calling thread: SIGPIPE for a pipe
 // without a reader, SIGXFSZ at the limit of file sizes. Leaves those that were pending before.
@@ -77,14 +101,16 @@ System::LogFile System::OpenLogFile(const char* path, unsigned int& error) noexc
     } while (descriptor < 0 && errno == EINTR);
     descriptor = Posix::MoveAboveStandardStreams(descriptor);
     error = descriptor < 0 ? static_cast<unsigned int>(errno) : 0U;
-    if (descriptor >= 0) LetWritesWait(descriptor);
-    return descriptor;
+    if (descriptor < 0) return NoLogFile;
+    LetWritesWait(descriptor);
+    return LogFileOf(descriptor);
 }
 
 std::size_t System::WriteLogFile(LogFile file, const char* bytes, std::size_t count) noexcept {
     const Posix::CancellationGuard whole;
-    const WriteSignalGuard quiet;
-    const int descriptor = static_cast<int>(file);
+    std::optional<WriteSignalGuard> quiet;
+    if (MayRaiseSignal(file)) quiet.emplace();
+    const int descriptor = DescriptorOf(file);
     std::size_t written = 0;
     while (written < count) {
         const ssize_t result = ::write(descriptor, bytes + written, count - written);
@@ -98,10 +124,10 @@ std::size_t System::WriteLogFile(LogFile file, const char* bytes, std::size_t co
 // file by now.
 bool System::EndsWithinLine(LogFile file) noexcept {
     const Posix::CancellationGuard whole;
-    const off_t end = ::lseek(static_cast<int>(file), 0, SEEK_END);
+    const off_t end = ::lseek(DescriptorOf(file), 0, SEEK_END);
     if (end <= 0) return false;
     char path[32];
-    std::snprintf(path, sizeof path, "/proc/self/fd/%d", static_cast<int>(file));
+    std::snprintf(path, sizeof path, "/proc/self/fd/%d", DescriptorOf(file));
     const Posix::Descriptor reader(::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY));
     char last = LineFeed;
     return ::pread(reader.Number(), &last, 1, end - 1) == 1 && last != LineFeed;
@@ -109,6 +135,6 @@ bool System::EndsWithinLine(LogFile file) noexcept {
 
 void System::CloseLogFile(LogFile file) noexcept {
     if (file != NoLogFile && file != STDERR_FILENO) {
-        Posix::CloseDescriptor(static_cast<int>(file));
+        Posix::CloseDescriptor(DescriptorOf(file));
     }
 }
