@@ -3,6 +3,7 @@
 set(VELSOCK_SUPPORT_BASE_SOURCES
   support/VelBase/ExceptionImpl.cpp
   support/VelBase/LengthLimit.cpp
+  support/VelBase/LibraryConversions.cpp
   support/VelBase/Message.cpp
   support/VelBase/ReferenceCounted.cpp
   support/VelBase/ReturnString.cpp

@@ -1,6 +1,7 @@
 // Reads the DNS domain and servers from the local host's settings.
 #include "Platform/System.h"
 #include "Socket/FailureText.h"
+#include "VelBase/LibraryConversions.h"
 #include "VelBase/TextConversions.h"
 #include "VelBase/WideLiteral.h"
 #include "VelNet/SocketAddress.h"

@@ -5,6 +5,7 @@
 #include "Socket/SocketLayerState.h"
 #include "Socket/SystemSocket.h"
 #include "VelBase/InterfaceHolder.h"
+#include "VelBase/LibraryConversions.h"
 #include "VelBase/TextConversions.h"
 #include "VelBase/WideLiteral.h"
 

@@ -1,7 +1,7 @@
 #include "Socket/SocketXtFailure.h"
 
 #include "Socket/FailureText.h"
-#include "VelBase/TextConversions.h"
+#include "VelBase/LibraryConversions.h"
 #include "VelBase/WideLiteral.h"
 
 namespace VelNet {

@@ -1,7 +1,7 @@
 #include "Socket/SocketXtTexts.h"
 
+#include "VelBase/LibraryConversions.h"
 #include "VelBase/SystemQueries.h"
-#include "VelBase/TextConversions.h"
 
 namespace VelNet {
 

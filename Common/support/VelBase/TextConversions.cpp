@@ -1,47 +1,17 @@
 #include "VelBase/TextConversions.h"
 
-#include "Platform/System.h"
 #include "Text/Utf8.h"
 #include "Text/WideLength.h"
 #include "VelBase/WideText.h"
 
-#include <charconv>
-#include <limits>
-
 namespace VelBase {
-namespace {
-
-std::string_view ViewOf(const char* text) noexcept {
-    return text != nullptr ? text : "";
-}
-
-}  // namespace
 
 ReturnWString UTF8ToWideChar(const char* text, bool) {
-    return WideText().AppendUtf8(ViewOf(text)).ToReturnWString();
+    return WideText().AppendUtf8(text != nullptr ? text : "").ToReturnWString();
 }
 
 ReturnString WideCharToUTF8(const unsigned short* text, bool) {
     return Text::Utf8FromUtf16({text, Text::WideLength(text)}).c_str();
-}
-
-ReturnString WideCharToUTF8UsingLength(const unsigned short* units, unsigned int length, bool) {
-    return Text::Utf8FromUtf16({units, length}).c_str();
-}
-
-ReturnWString MultiByteToWideChar(const char* text, bool) {
-    const std::string_view view = ViewOf(text);
-    return WideText().Append(System::WideFromCodePage(view.data(), view.size())).ToReturnWString();
-}
-
-ReturnString WideCharToMultiByte(const unsigned short* text, bool) {
-    return System::CodePageFromWide(text, Text::WideLength(text)).c_str();
-}
-
-ReturnWString ToDecimalWString(int number) {
-    char digits[std::numeric_limits<int>::digits10 + 2];  // with the sign
-    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    return WideText().AppendUtf8({digits, end}).ToReturnWString();
 }
 
 }  // namespace VelBase

@@ -1,6 +1,6 @@
 #include "VelResource/MessageFormatter.h"
 
-#include "VelBase/TextConversions.h"
+#include "VelBase/LibraryConversions.h"
 
 #include <algorithm>
 #include <string_view>

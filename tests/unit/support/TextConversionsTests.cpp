@@ -1,3 +1,4 @@
+#include <VelBase/LibraryConversions.h>
 #include <VelBase/TextConversions.h>
 #include <VelBase/WideLiteral.h>
 
