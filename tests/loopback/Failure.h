@@ -2,12 +2,16 @@
 #pragma once
 
 #include <VelNet/Exception.h>
-#include <loopback/Text.h>
+#include <support/Text.h>
 
 #include <iosfwd>
 #include <string>
 
 namespace Loopback {
+
+using Support::ErrorTail;
+using Support::Text;
+using Support::Widen;
 
 // What a VelNet::Exception carries.
 struct Failure {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 #include <loopback/RecordingSink.h>
-#include <loopback/Text.h>
+#include <support/Text.h>
 
 #include <ostream>
 #include <utility>
@@ -13,7 +13,7 @@ void PrintTo(const Record& record, std::ostream* stream) {
 
 void RecordingSink::Write(const VelLog::LogRecord& record) {
     EXPECT_STREQ(record.router, "Network");
-    Entry entry{{record.category, Text(record.text)}, std::this_thread::get_id()};
+    Entry entry{{record.category, Support::Text(record.text)}, std::this_thread::get_id()};
     const std::lock_guard lock(mutex_);
     entries_.push_back(std::move(entry));
 }

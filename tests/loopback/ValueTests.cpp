@@ -6,7 +6,7 @@
 #include <VelNet/SocketAddress.h>
 #include <VelSynch/ReferenceCountedImpl.h>
 #include <gtest/gtest.h>
-#include <loopback/Text.h>
+#include <support/Text.h>
 
 #include <string>
 #include <utility>
@@ -14,6 +14,8 @@
 
 namespace Loopback {
 namespace {
+
+using Support::Text;
 
 TEST(Values, TextsAreConvertedAndCopied) {
     const std::string utf8 = "caf\xC3\xA9 \xF0\x9F\x98\x80";

@@ -25,7 +25,7 @@ std::u16string AsRecorded(const std::u16string& text) {
     std::u16string shown;
     for (const char16_t unit : text) {
         const bool isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
-        shown += isControl ? u"\\u" + Loopback::Widen(HexNumber(unit, 4)) : std::u16string(1, unit);
+        shown += isControl ? u"\\u" + Widen(HexNumber(unit, 4)) : std::u16string(1, unit);
     }
     return shown;
 }

@@ -81,7 +81,7 @@ TEST_F(Resolution, RefusedTextIsAFailureWithoutANumber) {
             u"VelNet::SocketAddress::ConvertDottedStringToOctets() - FAIL. The input parameter is "
             u"not an Internet Protocol dotted address: ";
         EXPECT_EQ(FailureOf([&] { SocketAddress::ConvertDottedStringToOctets(text); }),
-                  (Failure{told + Loopback::Widen(text), -1}));
+                  (Failure{told + Widen(text), -1}));
         EXPECT_EQ(CountOf("WSAGetLastError"), 0);
     }
 }

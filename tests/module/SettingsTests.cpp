@@ -30,7 +30,7 @@ Lines NameServers() {
 }
 
 Failure NotRead(const std::string& operation, const std::string& reason) {
-    return {Loopback::Widen("VelNet::SocketAddress::" + operation + NotConfigured + reason), -1};
+    return {Widen("VelNet::SocketAddress::" + operation + NotConfigured + reason), -1};
 }
 
 // Two interfaces, of which the second has what is asked for.
@@ -113,7 +113,7 @@ TEST_F(Settings, EachFailureToReadIsToldWithItsReason) {
 TEST_F(Settings, LongValuesAreReadWhole) {
     const std::u16string domain(1000, u'd');
     RegistryTree().Value(InterfacePath("{A}"), "Domain", domain);
-    EXPECT_EQ(Loopback::Widen(Domain()), domain);
+    EXPECT_EQ(Widen(Domain()), domain);
 }
 
 TEST_F(Settings, IpVersionIsReadOnceAStart) {

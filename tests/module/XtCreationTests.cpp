@@ -107,7 +107,7 @@ std::u16string ThrownBy(const Scoped& operation, SocketXt& socket) {
         return u"another exception";
     } catch (const VelBase::ExceptionImpl<VelBase::Message>& thrown) {
         EXPECT_EQ(thrown.GetDomain(), VelBase::MESSAGE_DOMAIN_UNKNOWN);
-        return Loopback::Widen(std::to_string(thrown.GetID()) + ' ') + Text(thrown.GetMessage());
+        return Widen(std::to_string(thrown.GetID()) + ' ') + Text(thrown.GetMessage());
     }
     return u"nothing";
 }
@@ -120,10 +120,9 @@ TEST_F(XtCreationStartUp, EachRefusalIsThrownWithTheSystemsWordsAndNotCleanedUp)
             const auto unsignedDigits = std::to_string(static_cast<unsigned int>(number));
             ClearTranscript();
             On::WSAStartup().Fails(number);
-            EXPECT_EQ(
-                ThrownBy(operation, *socket),
-                Loopback::Widen(digits + ' ' + operation.function +
-                                " ::WSAStartup failed\nDescription of " + unsignedDigits + '.'));
+            EXPECT_EQ(ThrownBy(operation, *socket),
+                      Widen(digits + ' ' + operation.function +
+                            " ::WSAStartup failed\nDescription of " + unsignedDigits + '.'));
             EXPECT_EQ(TranscriptWithout({"ErrorDescription"}), Lines{"WSAStartup(0x0101)"});
         }
     }

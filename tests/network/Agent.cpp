@@ -12,7 +12,7 @@
 
 #include "Commands.h"
 #include "Host.h"
-#include "Text.h"
+#include "support/Text.h"
 
 namespace {
 
@@ -54,10 +54,10 @@ std::string Answer(Host& host, const std::string& line) try {
     return LineOf("ok", CarryOut(host, WordsOf(line)));
 } catch (const VelNet::Exception& exception) {
     const std::string code = std::to_string(exception.GetErrorCode());
-    return LineOf("failed", {code, Narrow(exception.GetMessage())});
+    return LineOf("failed", {code, Support::Narrow(exception.GetMessage())});
 } catch (const VelBase::Message& message) {
     const std::string number = std::to_string(message.GetID());
-    return LineOf("not started", {number, Narrow(message.GetMessage())});
+    return LineOf("not started", {number, Support::Narrow(message.GetMessage())});
 } catch (const std::exception& exception) {
     return LineOf("cannot", {exception.what()});
 }

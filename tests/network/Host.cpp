@@ -3,12 +3,12 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Text.h"
+#include "support/Text.h"
 
 namespace Network {
 
 void Recorder::Write(const VelLog::LogRecord& record) {
-    records_.push_back(std::string(record.category) + ": " + Narrow(record.text));
+    records_.push_back(std::string(record.category) + ": " + Support::Narrow(record.text));
 }
 
 std::vector<std::string> Recorder::Take() {

@@ -25,13 +25,19 @@
 
 #include <gtest/gtest.h>
 
+#include "scripted/AddressBytes.h"
 #include "scripted/Allocations.h"
+#include "scripted/ErrorNumbers.h"
 #include "scripted/RegistryTree.h"
 #include "scripted/Script.h"
-#include "scripted/Text.h"
 #include "scripted/Transcript.h"
+#include "support/Text.h"
 
 namespace Scripted {
+
+using Support::Text;
+using Support::Wide;
+using Support::Widen;
 
 // Forgets everything: events, answers, observers, ledger, registry, log files, the calling thread's
 // last error; handles start at 1001 again and memory is counted anew.

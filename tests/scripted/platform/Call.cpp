@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "scripted/Text.h"
+#include "support/Text.h"
 
 namespace Scripted {
 
@@ -113,7 +113,7 @@ Call& Call::Quoted(const char* text) {
 }
 
 Call& Call::Quoted(const unsigned short* text) {
-    return Pointer(text).Plain(text == nullptr ? "null" : QuotedUnits(Text(text)));
+    return Pointer(text).Plain(text == nullptr ? "null" : QuotedUnits(Support::Text(text)));
 }
 
 Call& Call::Bare() {

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "Call.h"
-#include "scripted/Text.h"
+#include "scripted/AddressBytes.h"
 
 namespace Scripted {
 

@@ -7,7 +7,7 @@
 
 #include "Call.h"
 #include "scripted/RegistryTree.h"
-#include "scripted/Text.h"
+#include "support/Text.h"
 
 namespace Registry {
 
@@ -102,14 +102,14 @@ Key* OpenKey(int hive, const unsigned short* path, unsigned int& error) {
     if (!Finish(call, answer, error)) return nullptr;
     const auto found = state.hives.find(hive);
     if (found == state.hives.end()) return nullptr;
-    return OpenAndEnter(Descend(&found->second, Scripted::Text(path), false));
+    return OpenAndEnter(Descend(&found->second, Support::Text(path), false));
 }
 
 Key* OpenSubKey(Key& key, const unsigned short* name, unsigned int& error) {
     Call call("OpenSubKey");
     const Scripted::Answer& answer = call.Number(key.number).Quoted(name).Play();
     if (!Finish(call, answer, error)) return nullptr;
-    return OpenAndEnter(Descend(key.node, Scripted::Text(name), false));
+    return OpenAndEnter(Descend(key.node, Support::Text(name), false));
 }
 
 void CloseKey(Key* key) noexcept {
@@ -125,7 +125,7 @@ bool ReadValue(Key& key, const unsigned short* name, System::WideUnits* text, un
     if (text == nullptr) call.Plain("null");
     const Scripted::Answer& answer = call.Play();
     if (!Finish(call, answer, error)) return false;
-    const auto found = key.node->values.find(Folded(Scripted::Text(name)));
+    const auto found = key.node->values.find(Folded(Support::Text(name)));
     if (found == key.node->values.end()) return false;
     const Scripted::Counted counted;
     if (text != nullptr) text->assign(found->second.begin(), found->second.end());

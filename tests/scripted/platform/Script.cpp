@@ -4,7 +4,7 @@
 #include <map>
 
 #include "Call.h"
-#include "scripted/Text.h"
+#include "scripted/AddressBytes.h"
 
 namespace Scripted {
 

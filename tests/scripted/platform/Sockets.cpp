@@ -6,7 +6,7 @@
 
 #include "Addresses.h"
 #include "Call.h"
-#include "scripted/Text.h"
+#include "scripted/AddressBytes.h"
 
 namespace Winsock {
 

@@ -5,7 +5,7 @@
 #include <map>
 
 #include "Call.h"
-#include "scripted/Text.h"
+#include "support/Text.h"
 
 namespace System {
 

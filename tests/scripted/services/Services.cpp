@@ -209,7 +209,7 @@ void LogMessage(Router& router, const char* format, VelResource::MessageFormatte
         .function = function,
         .line = line,
         .arguments = Scripted::Arguments(formatter),
-        .text = Scripted::Text(formatter.Format(format).Units()),
+        .text = Support::Text(formatter.Format(format).Units()),
         .thread = std::this_thread::get_id()};
     Scripted::Keep(message);
     call.Plain(message.category).Plain(Scripted::QuotedUnits(message.text)).Play();

@@ -20,10 +20,6 @@ std::string Ascii(const std::u16string& text) {
     return ascii;
 }
 
-std::u16string Widened(std::string_view text) {
-    return {text.begin(), text.end()};
-}
-
 Record RecordOf(const LoggedMessage& message) {
     return {message.category, message.format, message.arguments};
 }
@@ -94,7 +90,7 @@ void ExpectEmptyBase(const VelBase::Message& base) {
 }
 
 std::u16string FailureText(std::string_view labelAndDescription, int error) {
-    const std::u16string head = Widened(labelAndDescription) + u", errno = ";
+    const std::u16string head = Widen(labelAndDescription) + u", errno = ";
     const auto unit = static_cast<char16_t>(error);
     if (unit == 0) return head;
     return head + unit + u' ' + Text(Exception::GetErrorString(error));

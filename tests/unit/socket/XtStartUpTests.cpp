@@ -63,10 +63,6 @@ Thrown Attempt(const ScopedOperation& operation, SocketXt& socket) {
     return {};
 }
 
-std::u16string Widened(const std::string& text) {
-    return {text.begin(), text.end()};
-}
-
 class XtStartUp : public XtTest {
 protected:
     const std::vector<ScopedOperation> operations_ = ScopedOperations();
@@ -138,8 +134,8 @@ TEST_F(XtStartUp, FailureIsTheSupportLibrarysExceptionAndNotLogged) {
             EXPECT_EQ(thrown.kind, 1);
             EXPECT_EQ(thrown.domain, VelBase::MESSAGE_DOMAIN_UNKNOWN);
             EXPECT_EQ(thrown.id, error);
-            EXPECT_EQ(thrown.text, Widened(operation.function + " ::WSAStartup failed\n" +
-                                           "Description of " + number + '.'));
+            EXPECT_EQ(thrown.text, Widen(operation.function + " ::WSAStartup failed\n" +
+                                         "Description of " + number + '.'));
             EXPECT_EQ(Transcript(),
                       (Lines{"WSAStartup(0x0101)", "ErrorDescription(" + number + ")"}));
             EXPECT_EQ(FieldsOf(*socket), before);
