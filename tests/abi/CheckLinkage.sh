@@ -29,13 +29,8 @@ describe() {
   "$objdump" --dwarf=info headers.o >debugging
 }
 
-# specified HEADER...: the symbols in the specifications, which have all but copy and move constructors. A header
-# of macros alone has no specification.
-specified() {
-  local header
-  for header in "$@"; do cat "$(tr 'A-Z/.' 'a-z__' <<<"$header").ads" 2>/dev/null || true; done |
-    sed -nE 's/.*(External_Name => |CPP_Constructor \([^,]*, )"([^"]*)".*/\2/p'
-}
+# The symbols in the specifications, which have all but copy and move constructors.
+specified() { sed -nE 's/.*(External_Name => |CPP_Constructor \([^,]*, )"([^"]*)".*/\2/p' ./*.ads; }
 
 # The symbols of constructors in the debugging information, except those of templates that the specifications do
 # not know: clients instantiate them.
@@ -51,7 +46,7 @@ debugged_constructors() {
 complete() {
   "$nm" --defined-only headers.o | awk '{ print $NF }'
   awk '/Abbrev Number:/ { symbol = "" }
-       /DW_AT_linkage_name/ { symbol = $NF; sub(/C4E/, "C1E", symbol) }
+       /DW_AT_linkage_name/ { symbol = $NF; sub(/C4E/, "C1E", symbol); sub(/D4E/, "D1E", symbol) }
        symbol != "" && /DW_AT_(inline|deleted) |DW_AT_defaulted .*in class/ { print symbol }' debugging
 }
 
@@ -61,7 +56,7 @@ with_companions() { sed -E 'p; s/([CD])1E/\12E/' | LC_ALL=C sort -u; }
 # declared HEADER...: all symbols that they leave to the module.
 declared() {
   describe "$@"
-  specified "$@" >specified.txt
+  specified >specified.txt
   debugged_constructors >constructors.txt
   complete | with_companions >complete.txt
   with_companions < <(cat specified.txt constructors.txt) | grep -vxFf complete.txt

@@ -47,6 +47,7 @@ class Complete {
 public:
     Complete() = default;
     Complete(const Complete&) = delete;
+    ~Complete() = default;
     explicit Complete(int number) : number_(number) {}
     int Number() const { return number_; }
     template <class T>
