@@ -7,6 +7,15 @@ namespace VelNet {
 
 using VelBase::operator""_wide;
 
+namespace {
+
+VelBase::ReturnWString Compose(const unsigned short* label, const unsigned short* description,
+                               int error) {
+    return ComposeFailureText(label, description, static_cast<unsigned int>(error));
+}
+
+}  // namespace
+
 VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned short* description) {
     VelBase::WideText text;
     text.Reserve(FailureTextRoom);
@@ -14,17 +23,17 @@ VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned s
     return text;
 }
 
-void AppendError(VelBase::WideText& text, const unsigned short* leadIn, unsigned int error) {
+void AppendError(VelBase::WideText& text, const unsigned short* leadIn, int error) {
     text.Append(leadIn)
         .Append(static_cast<unsigned short>(error))
         .Append(" "_wide)
-        .Append(Exception::GetErrorString(static_cast<int>(error)));
+        .Append(Exception::GetErrorString(error));
 }
 
 VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
                                           const unsigned short* description, unsigned int error) {
     VelBase::WideText text = BeginFailureText(label, description);
-    AppendError(text, ", errno = "_wide, error);
+    AppendError(text, ", errno = "_wide, static_cast<int>(error));
     return text.ToReturnWString();
 }
 
@@ -42,16 +51,14 @@ void ThrowFailure(const VelBase::ReturnWString& text, SOCKET_ERR code, LogFormat
     throw Exception(text.c_str(), code);
 }
 
-void ThrowSystemFailure(const unsigned short* label, const unsigned short* description, int error) {
-    ThrowFailure(ComposeFailureText(label, description, static_cast<unsigned int>(error)),
-                 Exception::GetSocketError(error));
+void ThrowSystemFailure(const unsigned short* label, const unsigned short* description, int error,
+                        LogFormat format) {
+    ThrowFailure(Compose(label, description, error), Exception::GetSocketError(error), format);
 }
 
 void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
                    LogFormat format) noexcept {
-    TryLogFailure(
-        [=] { return ComposeFailureText(label, description, static_cast<unsigned int>(error)); },
-        format);
+    TryLogFailure([=] { return Compose(label, description, error); }, format);
 }
 
 }  // namespace VelNet

@@ -27,7 +27,7 @@ VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned s
 //
 // Required: the number is one unit of its low 16 bits, not digits. If these are zero, the unit ends
 // the text for every reader.
-void AppendError(VelBase::WideText& text, const unsigned short* leadIn, unsigned int error);
+void AppendError(VelBase::WideText& text, const unsigned short* leadIn, int error);
 
 // Returns the usual failure text: label, space, description, ", errno = ", number, space, error
 // text.
@@ -41,7 +41,7 @@ VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
 
 // The same with the usual failure text for a number of the system.
 [[noreturn]] void ThrowSystemFailure(const unsigned short* label, const unsigned short* description,
-                                     int error);
+                                     int error, LogFormat format = FailureFormat);
 
 // Logs the text under "Error" if that router is on.
 void LogFailure(const VelBase::ReturnWString& text, LogFormat format);

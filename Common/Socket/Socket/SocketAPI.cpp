@@ -20,10 +20,9 @@ void StartWinsock() {
     if (result == 0 && data.version == WinsockVersion && data.highestVersion == WinsockVersion)
         return;
 
-    ThrowFailure(
-        ComposeFailureText("VelNet::SocketAPI::Initialize() - FAIL."_wide,
-                           "The ::WSAStartup failed"_wide, static_cast<unsigned int>(result)),
-        Exception::GetSocketError(result), "Cannot initialize socket layer: %1"_format);
+    ThrowSystemFailure("VelNet::SocketAPI::Initialize() - FAIL."_wide,
+                       "The ::WSAStartup failed"_wide, result,
+                       "Cannot initialize socket layer: %1"_format);
 }
 
 void StopWinsock() noexcept {

@@ -52,7 +52,7 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
     VelBase::WideText text = BeginLookUpFailure(
         "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL."_wide,
         "The host name supplied is not resolvable on this machine."_wide, name.c_str());
-    AppendError(text, "}, errno = "_wide, static_cast<unsigned int>(error));
+    AppendError(text, "}, errno = "_wide, error);
     ThrowFailure(text.ToReturnWString(), Exception::GetSocketError(error));
 }
 
@@ -72,7 +72,7 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
         BeginLookUpFailure("VelNet::SocketAddress::GetMachineNameFromOctets() - FAIL"_wide,
                            "The address supplied is not resolvable on this machine."_wide,
                            octets.GetAddressString().c_str());
-    AppendError(text, "}, errno = "_wide, static_cast<unsigned int>(error));
+    AppendError(text, "}, errno = "_wide, error);
     throw Exception(text.Units(), Exception::GetSocketError(error));
 }
 

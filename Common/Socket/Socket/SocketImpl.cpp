@@ -52,7 +52,7 @@ private:
     text.Append(VelBase::UTF8ToWideChar(address.GetAddressString().c_str(), false))
         .Append(separator)
         .Append(VelBase::ToDecimalWString(port));
-    AppendError(text, ", errno = "_wide, static_cast<unsigned int>(error));
+    AppendError(text, ", errno = "_wide, error);
     ThrowFailure(text.ToReturnWString(), Exception::GetSocketError(error));
 }
 

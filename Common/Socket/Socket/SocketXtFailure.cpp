@@ -24,7 +24,7 @@ VelBase::ReturnWString Compose(const SocketXtFailure& failure) {
             .Append(" : "_wide)
             .Append(Wide(failure.secondAddress));
     }
-    AppendError(text, " , errno = "_wide, static_cast<unsigned int>(failure.error));
+    AppendError(text, " , errno = "_wide, failure.error);
     return text.ToReturnWString();
 }
 
