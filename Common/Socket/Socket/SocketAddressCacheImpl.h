@@ -2,11 +2,11 @@
 #pragma once
 
 #include "Socket/CacheEntry.h"
+#include "VelBase/InterfaceHolder.h"
 #include "VelBase/ReturnPtrI.h"
 #include "VelNet/SocketAddressCache.h"
 #include "VelSynch/ReferenceCountedImpl.h"
 
-#include <utility>
 #include <vector>
 
 namespace VelNet {
@@ -19,23 +19,7 @@ public:
     VelBase::ReturnString GetMachineNameFromOctets(Octets address) override;
 
 private:
-    // A counted reference that can be copied with its list.
-    class EntryReference {
-    public:
-        explicit EntryReference(CacheEntry* entry) : entry_(entry) { entry_->AddRef(); }
-        EntryReference(const EntryReference& other) : EntryReference(other.entry_) {}
-        EntryReference& operator=(EntryReference other) noexcept {
-            std::swap(entry_, other.entry_);
-            return *this;
-        }
-        ~EntryReference() { entry_->Release(); }
-
-        CacheEntry* operator->() const noexcept { return entry_; }
-        CacheEntry* Get() const noexcept { return entry_; }
-
-    private:
-        CacheEntry* entry_;
-    };
+    using EntryReference = VelBase::InterfaceHolder<CacheEntry>;
     using EntryList = std::vector<EntryReference>;
 
     // Returns the first entry that matches, or an empty owner.

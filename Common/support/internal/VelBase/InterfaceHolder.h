@@ -3,9 +3,11 @@
 
 #include "VelBase/ReturnPtrI.h"
 
+#include <utility>
+
 namespace VelBase {
 
-// Owns one reference, or is empty. Neither copied nor moved.
+// Owns one reference, or is empty. A copy owns another reference to the same object.
 template <class T>
 class InterfaceHolder {
 public:
@@ -17,8 +19,11 @@ public:
     // Takes over the owner's reference.
     explicit InterfaceHolder(ReturnPtrI<T>&& handedOut) noexcept : object_(handedOut.Take()) {}
 
-    InterfaceHolder(const InterfaceHolder&) = delete;
-    InterfaceHolder& operator=(const InterfaceHolder&) = delete;
+    InterfaceHolder(const InterfaceHolder& other) : InterfaceHolder(other.object_) {}
+    InterfaceHolder& operator=(InterfaceHolder other) noexcept {
+        std::swap(object_, other.object_);
+        return *this;
+    }
 
     ~InterfaceHolder() { Reset(); }
 
