@@ -3,10 +3,12 @@ set(VELSOCK_SOCKET_SOURCES
   Socket/Socket/Address.cpp
   Socket/Socket/Exception.cpp
   Socket/Socket/FailureText.cpp
+  Socket/Socket/IpVersionSetting.cpp
   Socket/Socket/LocalDomain.cpp
   Socket/Socket/LogFormat.cpp
   Socket/Socket/Octets.cpp
   Socket/Socket/OctetsCollection.cpp
+  Socket/Socket/OctetsCollectionImpl.cpp
   Socket/Socket/Socket.cpp
   Socket/Socket/SocketAddress.cpp
   Socket/Socket/SocketAddressCache.cpp

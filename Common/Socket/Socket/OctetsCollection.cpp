@@ -1,8 +1,5 @@
 #include "VelNet/OctetsCollection.h"
 
-#include "Socket/OctetsCollectionImpl.h"
-#include "VelBase/LengthLimit.h"
-
 namespace VelNet {
 
 OctetsCollection::OctetsCollection() = default;
@@ -12,30 +9,6 @@ OctetsCollection::~OctetsCollection() = default;
 // NOLINTNEXTLINE(cert-oop54-cpp, bugprone-unhandled-self-assignment): nothing is assigned.
 OctetsCollection& OctetsCollection::operator=(const OctetsCollection&) {
     return *this;
-}
-
-// Required: the other list's count is read again after each element.
-void OctetsCollectionImpl::AddCollection(const OctetsCollection& other) {
-    for (unsigned int index = 0; index < other.GetCount(); ++index)
-        Add(other.GetOctets(index));
-}
-
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the value.
-void OctetsCollectionImpl::Add(Octets octets) {
-    VelBase::RequireRoom(elements_.size(), 1, elements_.max_size(), VelBase::VectorTooLong);
-    elements_.push_back(octets);
-}
-
-unsigned int OctetsCollectionImpl::GetCount() const {
-    return static_cast<unsigned int>(elements_.size());
-}
-
-Octets OctetsCollectionImpl::GetOctets(unsigned int index) const {
-    return elements_[index];
-}
-
-OctetsCollection* CreateOctetsCollection() {
-    return new OctetsCollectionImpl;
 }
 
 }  // namespace VelNet
