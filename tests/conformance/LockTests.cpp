@@ -16,9 +16,9 @@ TEST(Lock, LetsInOneThreadAtATime) {
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&] {
             for (int time = 0; time < times; ++time) {
-                System::AcquireLock(g_lock);
+                g_lock.lock();
                 ++count;
-                System::ReleaseLock(g_lock);
+                g_lock.unlock();
             }
         });
     }

@@ -14,10 +14,10 @@ SRWLOCK* ExclusiveIn(System::Lock& lock) noexcept {
 
 }  // namespace
 
-void System::AcquireLock(Lock& lock) noexcept {
-    ::AcquireSRWLockExclusive(ExclusiveIn(lock));
+void System::Lock::lock() noexcept {
+    ::AcquireSRWLockExclusive(ExclusiveIn(*this));
 }
 
-void System::ReleaseLock(Lock& lock) noexcept {
-    ::ReleaseSRWLockExclusive(ExclusiveIn(lock));
+void System::Lock::unlock() noexcept {
+    ::ReleaseSRWLockExclusive(ExclusiveIn(*this));
 }

@@ -1,8 +1,8 @@
 #include "CurrentSink.h"
 
+#include "Platform/System.h"
 #include "RouterSwitches.h"
 #include "VelLog/LogControl.h"
-#include "VelSynch/StaticMutex.h"
 
 #include <atomic>
 #include <mutex>
@@ -11,7 +11,7 @@ namespace VelLog {
 namespace {
 
 // Held while the sink is used or replaced; the pointer may be read without it.
-constinit VelSynch::StaticMutex g_mutex;
+constinit System::Lock g_mutex;
 constinit std::atomic<LogSink*> g_sink = nullptr;
 
 // Whether this thread is inside a sink's Write and so holds the mutex.
@@ -25,7 +25,7 @@ public:
     InsideSink& operator=(const InsideSink&) = delete;
 
 private:
-    const std::lock_guard<VelSynch::StaticMutex> lock_{g_mutex};
+    const std::lock_guard<System::Lock> lock_{g_mutex};
 };
 
 // The caller holds the mutex.

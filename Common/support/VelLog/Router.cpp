@@ -1,8 +1,8 @@
 #include "VelLog/Router.h"
 
+#include "Platform/System.h"
 #include "RouterSwitches.h"
 #include "VelLog/LogControl.h"
-#include "VelSynch/StaticMutex.h"
 
 #include <cstring>
 #include <mutex>
@@ -26,7 +26,7 @@ struct Switch {
 
 constexpr std::size_t MaximumSwitches = 64;
 
-constinit VelSynch::StaticMutex g_mutex;  // guards everything below
+constinit System::Lock g_mutex;  // guards everything below
 constinit Switch g_switches[MaximumSwitches] = {};
 constinit std::size_t g_switchCount = 0;
 constinit bool g_isSinkSet = false;

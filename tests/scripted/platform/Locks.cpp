@@ -17,16 +17,16 @@ bool IsHeld(const System::Lock& lock) {
 
 }  // namespace
 
-void System::AcquireLock(Lock& lock) noexcept {
+void System::Lock::lock() noexcept {
     std::unique_lock guard(mutex);
-    released.wait(guard, [&] { return !IsHeld(lock); });
-    lock.storage[0] = 1;
+    released.wait(guard, [&] { return !IsHeld(*this); });
+    storage[0] = 1;
 }
 
-void System::ReleaseLock(Lock& lock) noexcept {
+void System::Lock::unlock() noexcept {
     {
         const std::lock_guard guard(mutex);
-        lock.storage[0] = 0;
+        storage[0] = 0;
     }
     released.notify_all();
 }

@@ -54,14 +54,22 @@ void RestoreErrorNumbers(ErrorNumbers numbers) noexcept;
 int HoldCancellation() noexcept;
 void ReleaseCancellation(int held) noexcept;
 
-// A lock for static storage. All zeros is a free lock, and locks are never destroyed, so that one
-// can be used before the first dynamic initializer and after the last destructor of the process.
-// Not recursive; acquiring does not allocate.
-struct Lock {
-    alignas(8) unsigned char storage[48];
+// A lock for static storage, to be used with std::lock_guard. All zeros is a free lock, and locks
+// are never destroyed, so that one can be used before the first dynamic initializer and after the
+// last destructor of the process; std::mutex promises only the former, and on Windows keeps
+// neither. Not recursive; acquiring does not allocate.
+class Lock {
+public:
+    constexpr Lock() noexcept = default;
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+    void lock() noexcept;
+    void unlock() noexcept;
+
+    // The system's own lock.
+    alignas(8) unsigned char storage[48] = {};
 };
-void AcquireLock(Lock& lock) noexcept;
-void ReleaseLock(Lock& lock) noexcept;
 
 // A file that records are appended to. A write is one system call, unless the file takes only a
 // part at once, so that the records of several writers do not mix. Nothing here raises a signal.

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <mutex>
 #include <new>
 #include <utility>
 

@@ -2,7 +2,7 @@
 
 namespace Posix {
 
-constinit std::mutex receptionLock;
+constinit System::Lock receptionLock;
 
 namespace {
 

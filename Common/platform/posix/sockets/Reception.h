@@ -2,13 +2,13 @@
 // for sockets that need it.
 #pragma once
 
+#include "Platform/System.h"
 #include "sockets/Broadcasts.h"
 #include "sockets/GroupRequest.h"
 #include "sockets/SocketTable.h"
 #include "system/Descriptors.h"
 
 #include <atomic>
-#include <mutex>
 #include <vector>
 
 namespace Posix {
@@ -29,7 +29,7 @@ struct Reception {
 };
 
 // Protects everything but pollSetNumber.
-[[gnu::visibility("hidden")]] extern constinit std::mutex receptionLock;
+[[gnu::visibility("hidden")]] extern constinit System::Lock receptionLock;
 
 // Returns null if the socket has none.
 Reception* FindReception(const Socket& socket) noexcept;

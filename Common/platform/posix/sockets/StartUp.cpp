@@ -1,5 +1,6 @@
 #include "sockets/StartUp.h"
 
+#include "Platform/System.h"
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/SocketTable.h"
@@ -12,7 +13,7 @@
 namespace {
 
 // The count is changed under the lock, so that a start-up waits until a last clean-up has ended.
-constinit std::mutex startUpLock;
+constinit System::Lock startUpLock;
 constinit std::atomic<unsigned int> startUpCount = 0;
 
 constexpr unsigned short Version(unsigned int major, unsigned int minor) {

@@ -14,10 +14,10 @@ pthread_mutex_t* MutexIn(System::Lock& lock) noexcept {
 
 }  // namespace
 
-void System::AcquireLock(Lock& lock) noexcept {
-    ::pthread_mutex_lock(MutexIn(lock));
+void System::Lock::lock() noexcept {
+    ::pthread_mutex_lock(MutexIn(*this));
 }
 
-void System::ReleaseLock(Lock& lock) noexcept {
-    ::pthread_mutex_unlock(MutexIn(lock));
+void System::Lock::unlock() noexcept {
+    ::pthread_mutex_unlock(MutexIn(*this));
 }
