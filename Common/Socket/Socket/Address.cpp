@@ -70,6 +70,7 @@ Address::Address(const char* host, unsigned short port) : Address(FirstOctetsOf(
 
 Address::Address(SpecialAddress special, unsigned short port) : Address(OctetsOf(special), port) {}
 
+// Required (AddressValues.CopyOfADefaultOneCountsAsInitialized): even if the original does not.
 Address::Address(const Address& other) : record_(new Record(*other.record_)) {
     record_->initialized = true;
 }
@@ -79,6 +80,7 @@ const Address& Address::operator=(const Address& other) {
         Address copy(other);
         std::swap(record_, copy.record_);
     }
+    // Required (AddressValues.SelfAssignmentIsAnAssignmentAndInitializes): even in self-assignment.
     record_->initialized = true;
     return *this;
 }

@@ -3,8 +3,8 @@
 
 namespace VelNet {
 
-// Required: a destroyed value holds null. The compiler would drop a plain store to an object whose
-// lifetime ends.
+// Required (OctetsValue.DestructorFreesTheBlockAndNullsThePointer): a destroyed value holds null.
+// The compiler would drop a plain store to an object whose lifetime ends.
 template <class T>
 void ClearForGood(T*& pointer) noexcept {
     T* volatile& kept = pointer;

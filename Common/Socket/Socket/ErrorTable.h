@@ -29,7 +29,7 @@ using VelBase::operator""_wide;
 // clang-format off
 inline constexpr ErrorTableRow ErrorTable[] = {
 //   BSD, AIX, HP-UX, Solaris, Linux, key, code, text
-    // Required: keyed 10000, not 0.
+    // Required (ErrorTableLookUp.SuccessIsKnownAsTenThousandOnly): keyed 10000, not 0.
     {  0,   0,   0,   0,   0, 10000, SOCKET_ERR_SUCCESS,         "The function succeeded"_wide},
     { 13,  13,  13,  13,  13, 10013, SOCKET_ERR_ACCES,           "Permission denied"_wide},
     { 48,  67, 226, 125,  98, 10048, SOCKET_ERR_ADDRINUSE,       "Address already in use"_wide},
@@ -64,12 +64,13 @@ inline constexpr ErrorTableRow ErrorTable[] = {
     { 45,  64, 223, 122,  95, 10045, SOCKET_ERR_OPNOTSUPP,       "Operation not supported"_wide},
     { 46,  65, 224, 123,  96, 10046, SOCKET_ERR_PFNOSUPPORT,     "Protocol family not supported"_wide},
     { 67,  83,  -1,  -1,  -1, 10067, SOCKET_ERR_PROCLIM,         "Too many processes"_wide},
-    // Required: keyed without the usual offset of 10000.
+    // Required (ErrorTableLookUp.NumbersWithoutTheOffsetAreTheOnesThatAreKnown): keyed without the
+    // usual offset of 10000.
     { 43,  62, 221, 120,  93,    43, SOCKET_ERR_PROTONOSUPPORT,  "Protocol not supported"_wide},
     { 41,  60, 219,  98,  91, 10041, SOCKET_ERR_PROTOTYPE,       "Protocol wrong type for socket"_wide},
     { 71,  93,  71,  66,  66, 10071, SOCKET_ERR_REMOTE,          "Too many levels of remote in path"_wide},
     { 58,  77, 236, 143, 108, 10058, SOCKET_ERR_SHUTDOWN,        "Cannot send after socket shutdown"_wide},
-    // Required: keyed without the offset, like 43.
+    // Required (ErrorTableLookUp.NumbersWithoutTheOffsetAreTheOnesThatAreKnown): like 43.
     { 44,  63, 222, 121,  94,    44, SOCKET_ERR_SOCKTNOSUPPORT,  "Socket type not supported"_wide},
     { 70,  52,  70, 151, 116, 10070, SOCKET_ERR_STALE,           "Stale NFS file handle"_wide},
     { 60,  78, 238, 145, 110, 10060, SOCKET_ERR_TIMEDOUT,        "Connection timed out"_wide},
@@ -82,9 +83,10 @@ inline constexpr ErrorTableRow ErrorTable[] = {
     {104,  -2,  -2,  59,  -2, 11003, SOCKET_ERR_NO_RECOVERY,     "This is a nonrecoverable error"_wide},
     { -2,  46,  -2,  -2,  -2, 10091, SOCKET_ERR_SYSNOTREADY,     "Network subsystem is unavailable"_wide},
     { 35,  11,  11,  11,  11, 11002, SOCKET_ERR_TRY_AGAIN,       "Nonauthoritative host not found"_wide},
-    // Required: keyed without the offset, like 43.
+    // Required (ErrorTableLookUp.NumbersWithoutTheOffsetAreTheOnesThatAreKnown): like 43.
     { -2,  -2,  -2,  -2,  -2,    92, SOCKET_ERR_VERNOTSUPPORTED, "WINSOCK.DLL version out of range"_wide},
-    // Required: five rows share the key -2; a look-up finds only the first.
+    // Required (ErrorTableLookUp.MinusTwoGivesTheFirstOfItsFiveRows): five rows share the key -2; a
+    // look-up finds only the first.
     {  1,   1,   1,   1,   1,    -2, SOCKET_ERR_NOT_PERMITTED,   "Operation not permitted"_wide},
     { 30,  30,  30,  30,  30,    -2, SOCKET_ERR_READ_ONLY,       "Read only file system"_wide},
     {  2,   2,   2,   2,   2,    -2, SOCKET_ERR_NO_ENTRY,        "No such file or directory"_wide},

@@ -15,7 +15,8 @@ const ErrorTableRow& FindRow(int error) noexcept {
 
 }  // namespace
 
-// Required: a null text leaves text and code as the memory was, so there are no initializers.
+// Required (ExceptionValue.NullTextLeavesTextAndCodeUnwritten): a null text leaves text and code as
+// the memory was, so there are no initializers.
 Exception::Exception(const unsigned short* text, SOCKET_ERR code) {
     if (text == nullptr) return;
 

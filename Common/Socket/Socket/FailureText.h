@@ -25,8 +25,8 @@ VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned s
 
 // Appends the lead-in, the error number, a space and the error's text.
 //
-// Required: the number is one unit of its low 16 bits, not digits. If these are zero, the unit ends
-// the text for every reader.
+// Required (FailureTexts.CarryTheNumberAsOneUnit): the number is one unit of its low 16 bits, not
+// digits. If these are zero, the unit ends the text for every reader.
 void AppendError(VelBase::WideText& text, const unsigned short* leadIn, int error);
 
 // Returns the usual failure text: label, space, description, ", errno = ", number, space, error

@@ -14,7 +14,7 @@ constexpr const unsigned short* ProductKey = "SOFTWARE\\Corvane"_wide;
 constexpr const unsigned short* ServerKey = "Orrin Server"_wide;
 constexpr const unsigned short* IpVersionValue = "IPVersion"_wide;
 
-// Exactly this character: neither "06" nor "6 ".
+// Required (IpVersion.EveryOtherValueIsIpv4): exactly this character, neither "06" nor "6 ".
 bool IsSix(const unsigned short* text) noexcept {
     return text[0] == '6' && text[1] == 0;
 }

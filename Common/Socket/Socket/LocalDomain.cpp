@@ -80,7 +80,8 @@ private:
     std::unique_ptr<VelRegistry::KeyList> names_;
 };
 
-// Required: the first interface that has either value ends the search, even if the text is empty.
+// Required (LocalDomain.EmptyDhcpDomainEndsTheWalk): the first interface that has either value ends
+// the search, even if the text is empty.
 VelBase::ReturnWString ReadDomainOfInterfaces() {
     const Interfaces interfaces;
     for (unsigned int index = 0; index < interfaces.Count(); ++index) {
@@ -93,7 +94,8 @@ VelBase::ReturnWString ReadDomainOfInterfaces() {
     return {};
 }
 
-// Required: from the last interface to the first, skipping those whose texts are empty.
+// Required (NameServers.NewerLayoutIsReadFromTheInterfacesKeyBackwards): from the last interface to
+// the first, skipping those whose texts are empty.
 VelBase::ReturnWString ReadNameServersOfInterfaces() {
     const Interfaces interfaces;
     for (unsigned int index = interfaces.Count(); index-- > 0;) {
@@ -105,7 +107,8 @@ VelBase::ReturnWString ReadNameServersOfInterfaces() {
     return {};
 }
 
-// Required: the precedence of the two values is the reverse of that for interfaces.
+// Required (LocalDomain.WithinAnInterfaceDhcpWins): the precedence of the two values is the reverse
+// of that for interfaces.
 VelBase::ReturnWString ReadDomain() {
     return HasInterfaces() ? ReadDomainOfInterfaces() : ReadFromParameters(Domain, DhcpDomain);
 }

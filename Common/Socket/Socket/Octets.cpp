@@ -58,6 +58,7 @@ unsigned char Octets::GetOctet4() const noexcept {
     return bytes_[3];
 }
 
+// Required (OctetsValue.AddressIsTheWordReversed): the opposite byte order of the constructor's.
 unsigned int Octets::GetAddress() const noexcept {
     unsigned int address = 0;
     for (std::size_t index = 0; index < OctetCount; ++index)

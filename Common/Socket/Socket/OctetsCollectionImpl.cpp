@@ -8,7 +8,8 @@ OctetsCollection* CreateOctetsCollection() {
     return new OctetsCollectionImpl;
 }
 
-// Required: the other list's count is read again after each element.
+// Required (OctetsCollectionList.CountIsAskedForAgainAfterEveryElement): the other list's count is
+// read again after each element.
 void OctetsCollectionImpl::AddCollection(const OctetsCollection& other) {
     for (unsigned int index = 0; index < other.GetCount(); ++index)
         Add(other.GetOctets(index));

@@ -16,6 +16,8 @@ constexpr unsigned short WinsockVersion = 0x0202;
 
 void StartWinsock() {
     Winsock::StartupData data = {};
+    // Required (StartUpFailure.OtherVersionThanTwoTwoIsUnknownFailureWithoutCleanUp): another
+    // version is a failure with the number 0, and Winsock is left started.
     const int result = Winsock::WSAStartup(WinsockVersion, &data);
     if (result == 0 && data.version == WinsockVersion && data.highestVersion == WinsockVersion)
         return;

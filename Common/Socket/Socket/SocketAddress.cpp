@@ -23,7 +23,8 @@ namespace {
 
 constexpr int HostNameRoom = 200;
 
-// Required: a name that begins with these nine letters is looked up as these letters.
+// Required (HostResolution.NamesThatBeginWithLocalhostAreLookedUpAsJustThat): a name that begins
+// with these nine letters is looked up as these letters.
 constexpr char LocalHost[] = "localhost";
 
 std::string NameToLookUp(const char* name) {
@@ -57,7 +58,7 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
 }
 
 [[noreturn]] void ThrowWithoutAddress(const std::string& name) {
-    // Required: no dot after FAIL.
+    // Required (HostResolution.HostWithoutAddressIsToldWithoutPointAndNumber): no dot after FAIL.
     VelBase::WideText text = BeginLookUpFailure(
         "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL"_wide,
         "The host name supplied does not have an ip address."_wide, name.c_str());
@@ -65,9 +66,11 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
     ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
 }
 
-// Required: this failure is thrown without being logged, unlike all others.
+// Required (ReverseResolution.EachFailureIsThrownWithoutALog): this failure is thrown without being
+// logged, unlike all others.
 [[noreturn]] void ThrowNameless(const Octets& octets, int error) {
-    // Required: no dot after FAIL.
+    // Required (ReverseResolution.AddressWithoutNameIsToldWithoutPointAndWithTheNumberAsOneUnit):
+    // no dot after FAIL.
     VelBase::WideText text =
         BeginLookUpFailure("VelNet::SocketAddress::GetMachineNameFromOctets() - FAIL"_wide,
                            "The address supplied is not resolvable on this machine."_wide,
@@ -146,6 +149,7 @@ VelBase::ReturnString SocketAddress::GetMachineNameFromOctets(Octets octets) {
 
 Octets SocketAddress::ConvertDottedStringToOctets(const char* text) {
     const unsigned int address = Winsock::inet_addr(text);
+    // Required (DottedText.BroadcastAddressIsRejected): 255.255.255.255 is that number too.
     if (address == Winsock::NoAddress) ThrowNotDotted(text);
 
     char bytes[sizeof address];

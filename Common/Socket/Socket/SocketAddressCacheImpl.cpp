@@ -20,6 +20,8 @@ VelBase::ReturnPtrI<CacheEntry> FindFirst(const EntryList& entries, Matches matc
 }  // namespace
 
 SocketAddressCache* CreateSocketAddressCache() {
+    // Required (AddressCacheLookUps.WithoutMemoryThereIsNoCacheAndNoException): unlike the other
+    // factories.
     return new (std::nothrow) SocketAddressCacheImpl;
 }
 
@@ -28,7 +30,10 @@ Octets SocketAddressCacheImpl::GetOctetsFromMachineName(const char* name) {
 
     const VelBase::ReturnPtrI<CacheEntry> entry(new CacheEntry);
     entry->hostName = OrEmpty(name);
+    // Required (AddressCacheLookUps.OnlyTheFirstAddressIsKeptAndReturnedEachTime): the others are
+    // dropped.
     entry->address = SocketAddress::GetOctetsFromMachineName(name)->GetOctets(0);
+    // Required (AddressCacheLookUps.WhatOneOperationLearntTheOtherDoesNotKnow): known by name only.
     byName_.emplace_back(entry.Get());
     return entry->address;
 }

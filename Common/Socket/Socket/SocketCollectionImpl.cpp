@@ -79,6 +79,8 @@ SocketCollection* SocketCollectionImpl::Select(unsigned int seconds) {
     WatchedSockets watched;
     for (const Entry& entry : entries_)
         watched.Watch(HandleOf(*entry.socket), entry.event);
+    // Required (Selecting.EmptyCollectionSleepsTheWholeTime): the system's select would fail at
+    // once.
     if (watched.IsEmpty()) {
         VelBase::Sleep(MillisecondsFrom(seconds));
         return nullptr;
@@ -110,7 +112,8 @@ const SocketCollectionImpl::Entry& SocketCollectionImpl::EntryAt(unsigned int in
     return *std::next(entries_.begin(), index);
 }
 
-// Required: the status is read again for each kind of event, and before the event is looked at.
+// Required (SelectResultReady.StatusIsAskedForThreeTimesWhateverTheEvent): the status is read again
+// for each kind of event, and before the event is looked at.
 void SocketCollectionImpl::AddIfReadable(const Entry& entry) {
     for (const ReadableState& readable : ReadableStates) {
         if (entry.socket->GetStatus() == readable.status && entry.event == readable.event)

@@ -15,9 +15,11 @@ using VelBase::operator""_wide;
 
 namespace {
 
+// Required (Listen.AsksForTwoPendingConnectionsAndNothingElse): not the system's maximum.
 constexpr int Backlog = 2;
 
-// The number of "would block" on other systems, accepted beside Winsock's own.
+// Required (Accept.NothingPendingIsAnEmptyResultWithoutALog): the number of "would block" on other
+// systems, accepted beside Winsock's own, by Accept alone.
 constexpr int ErrorTryAgain = 11;
 
 // The stored addresses of a socket, formatted once for all records of a call.
@@ -120,11 +122,14 @@ void SocketImpl::Connect(Octets address, unsigned short port) {
     const Winsock::AddressIpv4 systemAddress = SystemAddressFrom(address, port);
     if (Winsock::connect(handle_, &systemAddress, sizeof systemAddress) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
-        // Required: no space after the colon, unlike in the text of Bind.
+        // Required (Connect.RefusedPeerIsToldWithColonAlone): no space after the colon, unlike in
+        // the text of Bind.
         ThrowEndpointFailure("VelNet::SocketImpl::Connect() - FAIL."_wide,
                              "Cannot connect to a socket: "_wide, address, ":"_wide, port, error);
     }
     state_ = STATE_CONNECTED;
+    // Required (Connect.AsksForTheAddressesThroughTheInterface): both go through the interface, and
+    // the socket stays connected if one throws.
     local_ = GetLocalAddress();
     remote_ = GetRemoteAddress();
     TraceConnection(ConnectedFormat);
@@ -139,7 +144,7 @@ VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
     if (handle == Winsock::InvalidSocket) {
         const int error = Winsock::WSAGetLastError();
         if (error == Winsock::ErrorWouldBlock || error == ErrorTryAgain) return {};
-        // Required: the label names SocketAPI.
+        // Required (Accept.FailureIsToldUnderTheNameOfTheSocketLayer): the label names SocketAPI.
         ThrowSystemFailure("VelNet::SocketAPI::Accept() - FAIL."_wide,
                            "Cannot accept a connection"_wide, error);
     }
@@ -147,7 +152,8 @@ VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
     accepted->handle_ = handle;
     accepted->state_ = STATE_CONNECTED;
     remote = SocketAddressFrom(address);
-    // Required: the address that the listener is bound to, not the one that the connection reached.
+    // Required (Accept.AsksTheListenerForItsOwnAddressAndWritesTheRecord): the address that the
+    // listener is bound to, not the one that the connection reached.
     accepted->local_ = GetLocalAddress();
     accepted->remote_ = remote;
     accepted->TraceConnection(ConnectedFormat);
@@ -161,7 +167,8 @@ void SocketImpl::SetReceiveTimeout(unsigned int milliseconds) {
 }
 
 void SocketImpl::SetSendTimeout(unsigned int milliseconds) {
-    // Required: the label names the receive timeout.
+    // Required (SocketOptions.FailedSendTimeoutNamesTheReceiveTimeoutsFunction): the label names
+    // the receive timeout.
     SetOption(Winsock::OptionSendTimeout, milliseconds,
               "VelNet::SocketImpl::SetReceiveTimeout() - FAIL."_wide,
               "Cannot set Send Timeout"_wide);
@@ -172,6 +179,8 @@ void SocketImpl::SetReuseAddress() {
               "Cannot set Reuse Address"_wide);
 }
 
+// Required (SocketClose.FailureIsLoggedAndTheSocketIsClosedAllTheSame): a failure is logged and not
+// thrown, and the handle is dropped even then.
 void SocketImpl::Close() noexcept {
     if (Winsock::closesocket(handle_) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
@@ -229,7 +238,8 @@ SocketAddress SocketImpl::QueryAddress(AddressQuery query,
     int length = sizeof address;
     if (query(handle_, &address, &length) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
-        // Required: the label is that of Send for both addresses.
+        // Required (SocketAddresses.FailureIsLoggedAndThrownWithTheLabelOfSend): the label is that
+        // of Send for both addresses.
         ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, description, error);
     }
     return SocketAddressFrom(address);
@@ -237,6 +247,7 @@ SocketAddress SocketImpl::QueryAddress(AddressQuery query,
 
 void SocketImpl::SetOption(int option, unsigned int value, const unsigned short* label,
                            const unsigned short* description) const {
+    // Required (SocketOptions.FailureIsLoggedAndNotThrown): unlike other failures of the class.
     if (SetSocketOption(handle_, option, value)) return;
     const int error = Winsock::WSAGetLastError();
     TryLogFailure(label, description, error);
@@ -248,7 +259,8 @@ int SocketImpl::FailedSend() {
     ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, "The ::send failed"_wide, error);
 }
 
-// Required: unlike in Send, a call that would block is a failure like any other.
+// Required (Receive.NothingToReceiveOnANonBlockingSocketThrows): unlike in Send, a call that would
+// block is a failure like any other.
 void SocketImpl::ThrowReceiveFailure(int result) {
     constexpr const unsigned short* label = "VelNet::SocketImpl::Receive() - FAIL."_wide;
     if (result == Winsock::SocketError) {

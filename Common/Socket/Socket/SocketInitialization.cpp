@@ -28,7 +28,9 @@ SocketInitialization::SocketInitialization() {
     if (++g_socketInitializationCount != 1) return;
 
     StateMemory memory = AllocateState();
-    if (memory == nullptr) return;  // counts nevertheless, without a state
+    // Required (StartUpFailure.OfMemoryForTheStateIsCountedAndStartsNothing): counts nevertheless,
+    // without a state.
+    if (memory == nullptr) return;
 
     try {
         SocketAPI::Initialize(*memory);
@@ -41,6 +43,8 @@ SocketInitialization::SocketInitialization() {
 
 SocketInitialization::~SocketInitialization() {
     const StartUpGuard guard;
+    // Required (StartUp.EndOfAnObjectTooManyMakesTheCountNegativeAndShutsNothingDown): nothing
+    // keeps the count from going below zero.
     if (--g_socketInitializationCount != 0) return;
     if (g_socketLayer == nullptr) return;
 

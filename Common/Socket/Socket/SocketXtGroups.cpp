@@ -64,8 +64,9 @@ void SocketXtImpl::SetSocketForMulticast(SpecialAddressKind group, int mode) {
     SocketXtImpl::SetSocketForMulticast(GetSpecialAddress(group, family_).c_str(), mode);
 }
 
-// Required: unlike all other operations that resolve, does not start Winsock, and never frees the
-// list of addresses.
+// Required (XtStartUp.OtherOperationsHaveNone,
+// XtMulticast.EveryCallKeepsItsListOpenWhateverComesOfIt): unlike all other operations that
+// resolve, does not start Winsock, and never frees the list of addresses.
 void SocketXtImpl::SetSocketForMulticast(const char* group, int mode) {
     constexpr const char* function = "VelNet::SocketXtImpl::SetSocketForMulticast";
     constexpr const char* description = "cannot set option for multicast";
@@ -82,11 +83,12 @@ void SocketXtImpl::SetSocketForMulticast(const char* group, int mode) {
         refused = !ChangeMembership(handle_, *entry, MembershipOption(mode));
         if (!refused) return;
     }
+    // Required (XtMulticast.AddressesOfOtherFamiliesAreSkippedAndNoFailure): nothing was tried.
     if (!refused) return;
 
     const int error = Winsock::WSAGetLastError();
-    // Required: the texts name IPv4's options for both families, and every mode but joining counts
-    // as leaving.
+    // Required (XtMulticast.FailureTextsAreToldWhole): the texts name IPv4's options for both
+    // families, and every mode but joining counts as leaving.
     ThrowSocketXtError(
         {function, description,
          mode == JoinGroup ? "::setsockopt(IP_ADD_MEMBERSHIP)" : "::setsockopt(IP_DROP_MEMBERSHIP)",

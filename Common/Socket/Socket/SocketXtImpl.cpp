@@ -12,6 +12,7 @@ namespace VelNet {
 
 namespace {
 
+// Required (XtBindAndListen.BacklogIsTwo): not the system's maximum.
 constexpr int Backlog = 2;
 constexpr char AnyPort[] = "0";
 
@@ -86,7 +87,8 @@ bool SocketXtImpl::IsValid() const {
     return state_ != STATE_CLOSED && handle_ != Winsock::InvalidSocket;
 }
 
-// Operations by Octets are not available for this socket.
+// Required (XtBasics.OperationsByOctetsDoNothing): operations by Octets are not available for this
+// socket, and that is not a failure.
 void SocketXtImpl::Bind(Octets, unsigned short) {}
 
 void SocketXtImpl::Connect(Octets, unsigned short) {}
@@ -153,12 +155,15 @@ void SocketXtImpl::Bind(const char* host, const char* port) {
             return Winsock::bind(handle_, entry.address, AddressLength(entry)) !=
                    Winsock::SocketError;
         });
-    // Required: if there is no address, nothing is bound, and that is not a failure.
+    // Required (XtBind.HostWithoutAddressesIsNoFailureAndChangesNothing): if there is no address,
+    // nothing is bound, and that is not a failure.
     if (walk.outcome == AddressWalk::NoAddress) return;
     if (walk.outcome != AddressWalk::Accepted) {
         ThrowSocketXtError({operation.function, operation.description, "::bind", walk.error,
                             newHost.c_str(), newPort.c_str()});
     }
+    // Required (XtBind.StreamSocketIsBoundAndDatagramSocketConnected): a bound datagram socket
+    // counts as connected, so that its status reports waiting data.
     if (socketType_ == Winsock::TypeDatagram) state_ = STATE_CONNECTED;
     if (socketType_ == Winsock::TypeStream) state_ = STATE_BOUND;
     localHost_ = std::move(newHost);
@@ -186,7 +191,8 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
     const WinsockScope scope(operation.function);
     std::string newHost(OrEmpty(host));
     std::string newPort(OrEmpty(port));
-    // Required: these are kept even if the call fails.
+    // Required (XtConnect.FailureLeavesThisMachinesNameAndAllElseAsItWas): these are kept even if
+    // the call fails.
     localHost_ = std::string(NarrowComputerName().c_str());
     localPort_ = std::string(AnyPort);
 
@@ -205,7 +211,8 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
         remoteHost_ = std::move(newHost);
         remotePort_ = std::move(newPort);
     }
-    // Required: written even if there was no address, which is not a failure.
+    // Required (XtConnect.HostWithoutAddressesIsRecordedAsConnectedAllTheSame): written even if
+    // there was no address, which is not a failure.
     TraceConnection(ConnectedFormat);
 }
 
@@ -217,7 +224,8 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
     // All memory is allocated before the system is asked: a connection must not be lost because
     // memory runs out.
     //
-    // Required: the new socket has no address strings.
+    // Required (XtAccept.NewSocketIsConnectedLikeItsListenerAndKnowsNoTexts): the new socket has no
+    // address strings.
     const VelBase::InterfaceHolder<SocketXtImpl> accepted(
         new SocketXtImpl(Winsock::InvalidSocket, STATE_CLOSED, socketType_, protocol_, family_));
     PeerTexts peer;
@@ -234,11 +242,15 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
 
     accepted->handle_ = handle;
     accepted->state_ = STATE_CONNECTED;
+    // Required (XtAccept.PeersNumericTextsComeOutAndStayWithTheListener): the listener, not the new
+    // socket, stores the peer's strings and writes the record.
     if (TellPeer(storage, 0, peer)) {
         RememberPeer(peer, host, port);
         TraceConnection(ConnectedFormat);
     } else {
         const int error = Winsock::WSAGetLastError();
+        // Required (XtAccept.EachFailureToTellThePeerIsLoggedAndTheSocketReturned): "host name",
+        // where RecvFrom says "host".
         ReportSocketXtError({function, "cannot get remote host name and port", "::getnameinfo",
                              error, NoHost, NoPort});
     }
@@ -249,7 +261,8 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
 void SocketXtImpl::Close() {
     if (Winsock::closesocket(handle_) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
-        // Required: the text names another call.
+        // Required (XtClose.EachFailureIsReportedAndKeepsTheHandle): the text names another call,
+        // and the handle and the state are kept, unlike in the classic socket.
         ThrowSocketXtError({"VelNet::SocketXtImpl::Close", "cannot close a socket", "::getaddrinfo",
                             error, localHost_.c_str(), localPort_.c_str()});
     }

@@ -15,7 +15,8 @@ std::string JoinEndpoint(const std::string& host, const std::string& port) {
 
 bool TellPeer(const Winsock::AddressStorage& storage, int flags, PeerTexts& texts) {
     constexpr int numeric = Winsock::NumericHost | Winsock::NumericService;
-    // Required: the length is that of the storage, not of the address in it.
+    // Required (XtAccept.AddressIsPutToTheResolverWithTheLengthOfTheStorage): the length is that of
+    // the storage, not of the address in it.
     return Winsock::getnameinfo(&storage, sizeof storage, texts.host.Begin(), SocketXt::MAXHOST,
                                 texts.port.Begin(), SocketXt::MAXPORT, numeric | flags) == 0;
 }

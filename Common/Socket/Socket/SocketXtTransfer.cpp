@@ -59,8 +59,8 @@ int SocketXtImpl::SendTo(const char* buffer, int length, const char* host, const
         ThrowSocketXtError({operation.function, operation.description, "::sendto", error,
                             OrEmpty(host), OrEmpty(port)});
     }
-    // Required: the local address is the local host's name without a port, whatever the socket is
-    // bound to.
+    // Required (XtSendTo.RecordsShowNeitherTheSocketsTextsNorItsPeers): the local address is the
+    // local host's name without a port, whatever the socket is bound to.
     TryWriteTransferRecords(SendtoFormats, buffer, sent, [&] {
         return TextEndpoints(NarrowComputerName().c_str(), "Random Port", OrEmpty(host),
                              OrEmpty(port));
@@ -91,6 +91,7 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
         ReportSocketXtError(
             {function, "cannot get remote host and port", "::getnameinfo", error, NoHost, NoPort});
     }
+    // Required (XtRecvFrom.SenderThatCannotBeToldIsRecordedAsTheTextsStand): written either way.
     TryWriteTransferRecords(RecvfromFormats, buffer, received, [&] {
         return TextEndpoints(localHost_, localPort_, host.c_str(), port.c_str());
     });
@@ -110,16 +111,19 @@ int SocketXtImpl::FailedSend() const {
                         JoinEndpoint(remoteHost_, remotePort_).c_str()});
 }
 
-// Required: unlike in Send, a call that would block is a failure like any other.
+// Required (XtTransferReceive.NothingWaitingIsAFailure): unlike in Send, a call that would block is
+// a failure like any other.
 void SocketXtImpl::ThrowReceiveFailure(int result) const {
     constexpr const char* function = "VelNet::SocketXtImpl::Receive";
     if (result == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
+        // Required (XtTransferReceive.EachFailureIsReportedWithBothEndpoints): this spelling.
         ThrowSocketXtError({function, "recieve on socket failed", "::recv", error,
                             JoinEndpoint(localHost_, localPort_).c_str(),
                             JoinEndpoint(remoteHost_, remotePort_).c_str()});
     }
-    // Required: the local host with a colon, then the local port, unlike above.
+    // Required (XtTransferReceive.ClosedConnectionIsToldWithTheLocalTextsAlone): the local host
+    // with a colon, then the local port, unlike above.
     ThrowSocketXtError({function,
                         "::recv could not be completed because the connection has been closed",
                         "::recv", NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});

@@ -7,7 +7,8 @@ namespace VelNet {
 
 inline constexpr unsigned int StartUpLockHeld = 0x12345678;
 
-// StartUpLockHeld while the lock is held; any other value means that it is free.
+// StartUpLockHeld while the lock is held. Required (StartUpLock.AnyWordButTheHoldersIsFree): any
+// other value means that it is free.
 extern constinit std::atomic<unsigned int> g_startUpLock;
 
 // The number of living SocketInitialization objects. Changed under the lock.

@@ -87,8 +87,8 @@ void TryWriteTransferRecords(const TransferFormats& formats, const char* data, i
 
 // Returns all bytes in hexadecimal without separators.
 //
-// Required: each byte is sign-extended, so that 0x80 to 0xFF give eight digits ("FFFFFF80") and all
-// others two.
+// Required (FormatTraceBytesText.EachByteAloneHasTwoOrEightDigits): each byte is sign-extended, so
+// that 0x80 to 0xFF give eight digits ("FFFFFF80") and all others two.
 VelBase::ReturnString FormatTraceBytes(const char* data, unsigned int count);
 
 }  // namespace VelNet

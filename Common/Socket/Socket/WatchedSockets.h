@@ -11,7 +11,8 @@ class WatchedSockets {
 public:
     // Adds the handle to the set for the event; ignores an event without a set.
     //
-    // Required: the system's sets hold 64 different handles, and further ones are not watched.
+    // Required (SelectingManyHandles.SixtyFifthIsNotWatched): the system's sets hold 64 different
+    // handles, and further ones are not watched.
     void Watch(Winsock::Handle handle, int event) noexcept;
 
     bool IsEmpty() const noexcept { return reading_.IsEmpty() && writing_.IsEmpty(); }

@@ -3,9 +3,10 @@
 
 namespace VelNet {
 
-// Starts Winsock 1.1 for the scope, in addition to the start that keeps the layer up. Required of
-// CreateSocketXt, Bind, Connect, Accept, SendTo and RecvFrom of the extended socket, and of nothing
-// else.
+// Starts Winsock 1.1 for the scope, in addition to the start that keeps the layer up.
+//
+// Required (XtStartUp.OtherOperationsHaveNone): in CreateSocketXt, Bind, Connect, Accept, SendTo
+// and RecvFrom of the extended socket, and nowhere else.
 //
 // Throws VelBase::ExceptionImpl<VelBase::Message> if Winsock does not start, which is not logged;
 // there is nothing to clean up then.

@@ -27,6 +27,7 @@ void ReferenceCountedImpl<Count>::AddRef() const {
 }
 
 // The count is read again after the hook: a reference that the hook took keeps the object alive.
+// Required (ReferenceCountedObject.ReleaseWithoutReferencesOnlyCounts): a count of 0 becomes -1.
 template <class Count>
 void ReferenceCountedImpl<Count>::Release() const {
     if (count_ == 1) ReferenceCountIsAboutToReachZero();

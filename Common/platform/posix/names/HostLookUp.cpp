@@ -173,7 +173,7 @@ unsigned int Winsock::inet_addr(const char* text) {
         Fail(WinsockError::Fault);
         return NoAddress;
     }
-    if (std::strcmp(text, " ") == 0)
-        return 0;  // Required: Winsock treats a single space as 0.0.0.0.
+    // Required (NameDottedText.IsReadAsTheSystemReadsIt): a single space is 0.0.0.0.
+    if (std::strcmp(text, " ") == 0) return 0;
     return ::inet_addr(text);
 }
