@@ -20,7 +20,9 @@ make_project() {
     "$project"/Common/text "$project"/Common/platform/posix/{errors,names}
   put Common/support/include/VelBase/Text.h '#pragma once' '' 'int Length(const char* text);'
   put Common/support/VelBase/Text.cpp '#include "VelBase/Text.h"' '' '#include <cstring>' '' \
+    '// Required (Texts.EmptyIsNone,' '// Texts.NullIsNone): null has no length.' \
     'int Length(const char* text) {' '    return static_cast<int>(std::strlen(text));' '}'
+  put tests/unit/TextTests.cpp 'TEST(Texts, NullIsNone) {}' 'TEST_F(Texts,' '       EmptyIsNone) {}'
   put Common/platform/posix/errors/Errors.h '#pragma once'
   put Common/platform/posix/names/Names.cpp '#include <errors/Errors.h>'
   put run '#!/usr/bin/env bash' 'echo "$1"'
@@ -53,7 +55,8 @@ expect_fault() {
 }
 
 make_project
-for rule in CheckFloors.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh CheckTestNames.sh; do
+for rule in CheckFloors.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh CheckRequired.sh \
+  CheckTestNames.sh; do
   expect_pass "$rule"
 done
 
@@ -96,6 +99,18 @@ put tests/unit/Tests.cpp 'TEST(Cat, Purrs) {' "$(lines 49 'f();')" '}'
 expect_fault CheckSizes.sh 'tests/unit/Tests.cpp:1: a function of 51 lines; 50 are allowed'
 put tools/cat/Help.cpp 'const char* Help() {' 'return R"(' "$(lines 90 '}')" ')";' '}'
 expect_pass CheckSizes.sh
+
+put tests/unit/TextTests.cpp 'TEST(Texts, NullIsNone) {}' 'TEST_F(Texts, DISABLED_EmptyIsNone) {}'
+expect_fault CheckRequired.sh 'VelBase/Text.cpp: there is no test Texts.EmptyIsNone'
+put Common/support/VelBase/Text.cpp '// Required: null has no length.'
+expect_fault CheckRequired.sh 'VelBase/Text.cpp: "Required:" names no test'
+put Common/support/VelBase/Text.cpp 'int zero;  // Required (): null has no length.'
+expect_fault CheckRequired.sh 'VelBase/Text.cpp: "Required:" names no test'
+mkdir -p "$project/Common/Socket/include/VelNet"
+put Common/Socket/include/VelNet/Text.h '// Required: null has no length.'
+expect_fault CheckRequired.sh 'VelNet/Text.h: holds 1 marks of what is required'
+put Common/support/VelBase/Text.cpp '// Nothing.'
+expect_fault CheckRequired.sh 'no marks of what is required were found'
 
 put run '#!/usr/bin/env bash' 'rm $1'
 expect_fault CheckScripts.sh 'SC2086'
