@@ -20,6 +20,7 @@ set(VELSOCK_SOCKET_SOURCES
   Socket/Socket/SocketInitialization.cpp
   Socket/Socket/SocketLayerState.cpp
   Socket/Socket/SocketXt.cpp
+  Socket/Socket/SocketXtAccept.cpp
   Socket/Socket/SocketXtFailure.cpp
   Socket/Socket/SocketXtGroups.cpp
   Socket/Socket/SocketXtImpl.cpp

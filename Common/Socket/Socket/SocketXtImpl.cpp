@@ -4,7 +4,6 @@
 #include "Socket/SocketXtTexts.h"
 #include "Socket/SystemSocket.h"
 #include "Socket/WinsockScope.h"
-#include "VelBase/InterfaceHolder.h"
 
 #include <utility>
 
@@ -216,48 +215,6 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
     TraceConnection(ConnectedFormat);
 }
 
-VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt>& socket,
-                                                    VelBase::ReturnString& host,
-                                                    VelBase::ReturnString& port) {
-    constexpr const char* function = "VelNet::SocketXtImpl::Accept";
-    const WinsockScope scope(function);
-    // All memory is allocated before the system is asked: a connection must not be lost because
-    // memory runs out.
-    //
-    // Required (XtAccept.NewSocketIsConnectedLikeItsListenerAndKnowsNoTexts): the new socket has no
-    // address strings.
-    const VelBase::InterfaceHolder<SocketXtImpl> accepted(
-        new SocketXtImpl(Winsock::InvalidSocket, STATE_CLOSED, socketType_, protocol_, family_));
-    PeerTexts peer;
-    MakeRoomForPeer();
-
-    Winsock::AddressStorage storage = {};
-    int length = sizeof storage;
-    const Winsock::Handle handle = Winsock::accept(handle_, &storage, &length);
-    if (handle == Winsock::InvalidSocket) {
-        const int error = Winsock::WSAGetLastError();
-        ThrowSocketXtError({function, "cannot accept on local socket from remote address",
-                            "::accept", error, localHost_.c_str(), localPort_.c_str()});
-    }
-
-    accepted->handle_ = handle;
-    accepted->state_ = STATE_CONNECTED;
-    // Required (XtAccept.PeersNumericTextsComeOutAndStayWithTheListener): the listener, not the new
-    // socket, stores the peer's strings and writes the record.
-    if (TellPeer(storage, 0, peer)) {
-        RememberPeer(peer, host, port);
-        TraceConnection(ConnectedFormat);
-    } else {
-        const int error = Winsock::WSAGetLastError();
-        // Required (XtAccept.EachFailureToTellThePeerIsLoggedAndTheSocketReturned): "host name",
-        // where RecvFrom says "host".
-        ReportSocketXtError({function, "cannot get remote host name and port", "::getnameinfo",
-                             error, NoHost, NoPort});
-    }
-    socket = VelBase::ReturnPtrI<SocketXt>(accepted.Get());
-    return socket;
-}
-
 void SocketXtImpl::Close() {
     if (Winsock::closesocket(handle_) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
@@ -296,19 +253,6 @@ void SocketXtImpl::SetOption(int option, unsigned int value, const char* functio
 
 Winsock::AddressInfo SocketXtImpl::Hints() const noexcept {
     return AddressHints(socketType_, protocol_);
-}
-
-void SocketXtImpl::MakeRoomForPeer() {
-    remoteHost_.reserve(MAXHOST);
-    remotePort_.reserve(MAXPORT);
-}
-
-void SocketXtImpl::RememberPeer(PeerTexts& peer, VelBase::ReturnString& host,
-                                VelBase::ReturnString& port) {
-    remoteHost_ = peer.host.Begin();
-    remotePort_ = peer.port.Begin();
-    host = peer.host.HandOver();
-    port = peer.port.HandOver();
 }
 
 void SocketXtImpl::TraceConnection(LogFormat format) const noexcept {
