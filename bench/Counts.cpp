@@ -9,6 +9,7 @@
 #include "harness/Counting.h"
 #include "harness/FailureReason.h"
 #include "harness/Memory.h"
+#include "harness/OwnNetwork.h"
 #include "harness/RawSockets.h"
 #include "rows/Rows.h"
 
@@ -26,6 +27,7 @@ Bench::Cases AllCases() {
 int main() {
     try {
         Bench::RaiseDescriptorLimit();
+        Bench::EnterOwnNetwork();
         const VelNet::SocketInitialization sockets;
         Bench::PrintSocketMemory();
         Bench::CountCases(AllCases());

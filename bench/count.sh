@@ -15,7 +15,7 @@ ulimit -n "$(ulimit -H -n)"
 
 run_under_callgrind() {
   valgrind --quiet --tool=callgrind --callgrind-out-file="$scratch/profile" --collect-atstart=no "$@" \
-    >"$scratch/log" 2>&1 || fail "$1 under callgrind"
+    >/dev/null 2>"$scratch/log" || fail "$1 under callgrind"
 }
 
 run_under_strace() {

@@ -12,11 +12,8 @@ namespace Bench {
 namespace {
 
 // First uses bind symbols, fill caches and size buffers once and for all.
-constexpr int WarmUpRuns = 2;
-constexpr int MeasuredRuns = 5;
-
-void WarmUp(Work& work) {
-    for (int run = 0; run < WarmUpRuns; ++run) {
+void WarmUp(Work& work, int runs) {
+    for (int run = 0; run < runs; ++run) {
         work.Prepare();
         work.Run();
         work.Restore();
@@ -38,32 +35,32 @@ Counters CountRun(const Case& measured, Work& work) {
 }
 
 void Print(const Case& measured, const char* counter, double value) {
-    std::printf("%s %s %s %.4f\n", measured.row, measured.subject, counter, value);
+    std::printf("%s %s %s %.4f\n", measured.row.c_str(), measured.subject.c_str(), counter, value);
 }
 
-void CountCase(const Case& measured) {
+void CountCase(const Case& measured, const Runs& runs) {
     const auto work = measured.make();
-    WarmUp(*work);
+    WarmUp(*work, runs.warmUp);
     Counters sum;
-    for (int run = 0; run < MeasuredRuns; ++run)
+    for (int run = 0; run < runs.measured; ++run)
         sum += CountRun(measured, *work);
     WriteInstructions(measured);
-    const double operations = double{MeasuredRuns} * measured.operations;
+    const double operations = static_cast<double>(runs.measured) * measured.operations;
     Print(measured, "operations", operations);
     Print(measured, "allocations", static_cast<double>(sum.allocations) / operations);
     Print(measured, "locks", static_cast<double>(sum.locks) / operations);
 }
 
 std::runtime_error FailureOf(const Case& measured, const std::string& reason) {
-    return std::runtime_error(std::string(measured.row) + " " + measured.subject + ": " + reason);
+    return std::runtime_error(measured.row + " " + measured.subject + ": " + reason);
 }
 
 }  // namespace
 
-void CountCases(const Cases& cases) {
+void CountCases(const Cases& cases, const Runs& runs) {
     for (const Case& measured : cases) {
         try {
-            CountCase(measured);
+            CountCase(measured, runs);
         } catch (...) {
             throw FailureOf(measured, FailureReason());
         }

@@ -5,9 +5,14 @@
 
 namespace Bench {
 
-// Prints for each case the lines "ROW SUBJECT operations N", and so on for allocations, locks and,
-// where the work says so, other figures. All of them are for one operation, but the first, which is
-// how many were measured: a tracer's or an instruction counter's sums are divided by it.
-void CountCases(const Cases& cases);
+struct Runs {
+    int warmUp = 2;
+    int measured = 5;
+};
+
+// Prints for each case the lines "ROW SUBJECT operations N", and so on for allocations and locks.
+// All of them are for one operation, but the first, which is how many were measured: a tracer's or
+// an instruction counter's sums are divided by it.
+void CountCases(const Cases& cases, const Runs& runs = {});
 
 }  // namespace Bench

@@ -11,7 +11,8 @@ namespace {
 
 void MarkForTracers(const char* word, const Case& measured) noexcept {
     char text[100];
-    std::snprintf(text, sizeof text, "bench %s %s %s", word, measured.row, measured.subject);
+    std::snprintf(text, sizeof text, "bench %s %s %s", word, measured.row.c_str(),
+                  measured.subject.c_str());
     // There is no such file: all that matters is that a tracer sees the text.
     [[maybe_unused]] const int found = ::access(text, F_OK);
 }
@@ -37,7 +38,7 @@ MeasuredSpan::~MeasuredSpan() {
 }
 
 void WriteInstructions(const Case& measured) {
-    const std::string words = std::string(measured.row) + " " + measured.subject;
+    const std::string words = measured.row + " " + measured.subject;
     CALLGRIND_DUMP_STATS_AT(words.c_str());
 }
 

@@ -65,8 +65,8 @@ void Print(const Contender& contender, const std::vector<double>& baseline) {
     std::vector<double> ratios = contender.times;
     for (std::size_t index = 0; index < ratios.size(); ++index)
         ratios[index] /= baseline[index];
-    const char* const row = contender.timed.row;
-    const char* const subject = contender.timed.subject;
+    const char* const row = contender.timed.row.c_str();
+    const char* const subject = contender.timed.subject.c_str();
     std::printf("%s %s nanoseconds %.1f\n", row, subject, Quartile(contender.times, 2));
     std::printf("%s %s ratio %.3f %.3f %.3f\n", row, subject, Quartile(ratios, 1),
                 Quartile(ratios, 2), Quartile(ratios, 3));

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -31,8 +32,8 @@ public:
 // The cases of a row stand together. The first is what the others are compared with, most often the
 // bare system calls.
 struct Case {
-    const char* row;      // what is done, as the limits name it
-    const char* subject;  // who does it: "library", "raw" or another library's name
+    std::string row;      // what is done, as the limits name it
+    std::string subject;  // who does it: "library", "raw" or another library's name
     int operations;       // how many one Run does
     std::function<std::unique_ptr<Work>()> make;
 };
@@ -51,6 +52,9 @@ using Cases = std::vector<Case>;
 template <class Scene>
 class SceneWork final : public Work {
 public:
+    template <class... Arguments>
+    explicit SceneWork(Arguments... arguments) : scene_(arguments...) {}
+
     void Prepare() override { scene_.Prepare(); }
 
     void Run() override {
@@ -69,9 +73,11 @@ private:
     Scene scene_;
 };
 
-template <class Scene>
-Case CaseOf(const char* row, const char* subject) {
-    return {row, subject, Scene::Operations, [] { return std::make_unique<SceneWork<Scene>>(); }};
+// The arguments make the scene.
+template <class Scene, class... Arguments>
+Case CaseOf(const std::string& row, const std::string& subject, Arguments... arguments) {
+    return {row, subject, Scene::Operations,
+            [=] { return std::make_unique<SceneWork<Scene>>(arguments...); }};
 }
 
 }  // namespace Bench

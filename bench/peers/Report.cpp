@@ -15,6 +15,7 @@
 #include "harness/Counting.h"
 #include "harness/FailureReason.h"
 #include "harness/Memory.h"
+#include "harness/OwnNetwork.h"
 #include "harness/RawSockets.h"
 #include "harness/Timing.h"
 #include "rows/Rows.h"
@@ -37,9 +38,7 @@ void AddPeerCases(Cases& cases) {
 Cases InRows(const Cases& cases) {
     Cases ordered;
     for (const Case& first : cases) {
-        const auto isOfRow = [&](const Case& other) {
-            return std::string_view(other.row) == first.row;
-        };
+        const auto isOfRow = [&](const Case& other) { return other.row == first.row; };
         if (std::any_of(ordered.begin(), ordered.end(), isOfRow)) continue;
         std::copy_if(cases.begin(), cases.end(), std::back_inserter(ordered), isOfRow);
     }
@@ -87,6 +86,7 @@ int main(int count, char** words) {
     }
     try {
         Bench::RaiseDescriptorLimit();
+        Bench::EnterOwnNetwork();
         return Run(mode);
     } catch (...) {
         std::fprintf(stderr, "bench: %s\n", Bench::FailureReason().c_str());
