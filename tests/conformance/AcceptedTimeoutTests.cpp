@@ -1,4 +1,4 @@
-// The time-outs of accepted sockets are those that the listener has when it accepts.
+// The timeouts of accepted sockets are those that the listener has when it accepts.
 #include <chrono>
 #include <condition_variable>
 #include <mutex>

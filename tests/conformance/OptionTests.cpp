@@ -51,7 +51,7 @@ TEST_P(OptionTimeout, NeedsFourBytesAndTakesMore) {
     const OwnedSocket socket = NewStream();
     for (const int length : {-1, 0, 1, 3}) {
         EXPECT_TRUE(FailsWith(10014, setsockopt(socket.Get(), Level, GetParam(), Value, length),
-                              "a time-out of negative length"));
+                              "a timeout of negative length"));
     }
     EXPECT_TRUE(Succeeds(setsockopt(socket.Get(), Level, GetParam(), Value, 8)));
 }

@@ -6,7 +6,7 @@
 namespace Conformance {
 namespace {
 
-// A socket whose peer is not the library's. Both directions have time-outs that never pass, or
+// A socket whose peer is not the library's. Both directions have timeouts that never pass, or
 // none.
 class StreamEnd : public testing::WithParamInterface<unsigned int>, public Started {
 protected:

@@ -24,7 +24,7 @@ constexpr WineAnswer Answers[] = {
     {"a host by null", -1, -1073741819},
     {"a host by too short an address", -1, 10047},
     {"a host by too short an address", -1, 11001},
-    {"a time-out of negative length", 0, 0},
+    {"a timeout of negative length", 0, 0},
     {"an accept whose socket is closed", -1, 995},
     {"an address of the other family", -1, -9},
     {"an IPv4 address for an IPv6 socket", -1, 10022},

@@ -27,7 +27,7 @@ const char* LoopbackOf(SocketXt::ADDR_FAMILY family);
 // An address that is no machine's.
 const char* ForeignOf(SocketXt::ADDR_FAMILY family);
 
-// Empty when this machine has no sockets of the version for us. Sockets have time-outs.
+// Empty when this machine has no sockets of the version for us. Sockets have timeouts.
 XtPtr StreamXt(SocketXt::ADDR_FAMILY family);
 XtPtr DatagramXt(SocketXt::ADDR_FAMILY family);
 // Bound to the loopback address.

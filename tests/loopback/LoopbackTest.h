@@ -1,6 +1,6 @@
 // What the loopback tests share: the layer, the log, sockets on 127.0.0.1.
 //
-// Ports are always the system's choice. Every socket made here has time-outs, so that a test whose
+// Ports are always the system's choice. Every socket made here has timeouts, so that a test whose
 // bytes never come ends with a failure.
 #pragma once
 

@@ -58,7 +58,7 @@ TEST_F(Timeout, ADatagramSocketsReceiveEndsNotBeforeItsTime) {
     EXPECT_GE(Clock::now() - start, milliseconds(250));
 }
 
-// The time-out of another connection measures the time: twice the listener's own.
+// The timeout of another connection measures the time: twice the listener's own.
 TEST_F(Timeout, AListenersReceiveTimeoutDoesNotEndAccept) {
     const Connection idle = Connected();
     idle.client->SetReceiveTimeout(300);

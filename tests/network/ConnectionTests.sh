@@ -28,7 +28,7 @@ connect_classic_hosts() {
 
 # --- Links
 
-# Cuts the link in the middle of a transfer and waits for both time-outs:
+# Cuts the link in the middle of a transfer and waits for both timeouts:
 # cut_transfer ANSWER-OF-SENDER ANSWER-OF-RECEIVER
 cut_transfer() {
   expect alpha "timeouts client 1000" ok

@@ -1,4 +1,4 @@
-// Stand-ins for the services that the socket layer brings up and logs through: initialisers,
+// Stand-ins for the services that the socket layer brings up and logs through: initializers,
 // routers, the writing of records. They write into the one transcript:
 //
 //   VelSynch up   VelSynch down   VelRegistry up   …   VelLog down

@@ -208,7 +208,7 @@ TestAPeerThatResetsEndsWith4() {
   expect_match "$(cat peer.err)" "^velsock-cat: ($(failing Receive)|$(failing Send)).* \(code 1005[34]\)$"
 }
 
-# Bash's zero time-out only asks whether there is something to read.
+# Bash's zero timeout only asks whether there is something to read.
 wait_until_received() {
   until read -r -t 0 -u "$1"; do :; done
 }

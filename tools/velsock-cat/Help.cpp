@@ -56,7 +56,7 @@ Exit codes:
   2  the name does not resolve
   3  cannot connect, bind, listen or join
   4  the connection was lost during the transfer, or a datagram not taken
-  5  a time-out passed
+  5  a timeout elapsed
   6  local input or output failed
 
 Every failure is told in one line on standard error.

@@ -16,7 +16,7 @@ namespace VelNet {
 struct SocketLayerState {
     SocketLayerState();
 
-    VelSynch::Initializer synchronisation;
+    VelSynch::Initializer synchronization;
     VelRegistry::Initializer registry;
     VelLog::Initializer log;
     VelBase::InterfaceHolder<VelLog::Router> errorRouter;

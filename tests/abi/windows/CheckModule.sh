@@ -14,7 +14,7 @@ fail() {
   exit 1
 }
 
-# A copy of an exported function that the optimiser makes for itself is exported along.
+# A copy of an exported function that the optimizer makes for itself is exported along.
 exports() {
   sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$headers" | awk 'NR > 1 && NF >= 3 { print $NF }' |
     c++filt | grep -v "\[clone " | LC_ALL=C sort -u

@@ -39,7 +39,7 @@ int Number(const OwnedSocket& socket) {
     return static_cast<int>(socket.Get());
 }
 
-// A socket whose peer is not the library's. Both directions have time-outs that never pass, or
+// A socket whose peer is not the library's. Both directions have timeouts that never pass, or
 // none.
 class ConnectionFault : public testing::WithParamInterface<unsigned int>, public Started {
 protected:

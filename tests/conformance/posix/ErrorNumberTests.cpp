@@ -115,13 +115,13 @@ const PlainCall PlainCalls[] = {
      SystemCall::Getpeername,
      {},
      [](const Sockets& sockets) { return Ask(Winsock::getpeername, sockets.pair.client); }},
-    {"receive time-out",
+    {"receive timeout",
      SystemCall::Setsockopt,
      {.level = SOL_SOCKET, .option = SO_RCVTIMEO},
      [](const Sockets& sockets) {
          return SetOption(sockets.fresh, Winsock::OptionReceiveTimeout, 5);
      }},
-    {"send time-out",
+    {"send timeout",
      SystemCall::Setsockopt,
      {.level = SOL_SOCKET, .option = SO_SNDTIMEO},
      [](const Sockets& sockets) {

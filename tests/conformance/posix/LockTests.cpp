@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-TEST(Lock, OfZerosIsWhatTheSystemsInitialiserMakes) {
+TEST(Lock, OfZerosIsWhatTheSystemsInitializerMakes) {
     const System::Lock zeros = {};
     const pthread_mutex_t free = PTHREAD_MUTEX_INITIALIZER;
     EXPECT_EQ(std::memcmp(zeros.storage, &free, sizeof free), 0);

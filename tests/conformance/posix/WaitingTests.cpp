@@ -1,4 +1,4 @@
-// Waits that fail themselves, or whose time-out comes when they have begun.
+// Waits that fail themselves, or whose timeout comes when they have begun.
 #include <Platform/System.h>
 #include <sys/time.h>
 

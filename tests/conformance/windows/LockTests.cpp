@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-TEST(Lock, OfZerosIsWhatTheSystemsInitialiserMakes) {
+TEST(Lock, OfZerosIsWhatTheSystemsInitializerMakes) {
     const System::Lock zeros = {};
     const SRWLOCK free = SRWLOCK_INIT;
     EXPECT_EQ(std::memcmp(zeros.storage, &free, sizeof free), 0);

@@ -207,8 +207,8 @@ TEST_F(ClassicFault, OfTheAddressesLeavesAConnectedSocketConnected) {
     ExpectExchange(*client, *Accepted(*listener));
 }
 
-// Required: a failure to set these is logged and not thrown, and the text for the send time-out
-// names the receive time-out.
+// Required: a failure to set these is logged and not thrown, and the text for the send timeout
+// names the receive timeout.
 TEST_F(ClassicFault, OfAnOptionIsLoggedOnly) {
     const SocketPtr socket = DatagramSocket();
     for (const Fault& fault : Faults) {

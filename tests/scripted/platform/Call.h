@@ -12,7 +12,7 @@ namespace Scripted {
 // Guards all of the scripted platform's state. Never held while code of a test runs.
 std::unique_lock<std::mutex> LockState();
 
-// Has the function called by every Reset. True, so that a constant can be initialised with it.
+// Has the function called by every Reset. True, so that a constant can be initialized with it.
 bool AtReset(void (*forget)());
 
 // Counts allocations again within an Uncounted scope: for what is handed to the code under test.

@@ -24,7 +24,7 @@ VelBase::ReturnPtrI<VelLog::Router> ErrorRouter() {
 
 TEST_F(RecordingServices, LibrariesGoUpAndDown) {
     {
-        const VelSynch::Initializer synchronisation;
+        const VelSynch::Initializer synchronization;
         const VelRegistry::Initializer registry;
         EXPECT_EQ(Ledger(), (Lines{"VelRegistry", "VelSynch"}));
         On::LogInitializer().Throws(std::runtime_error("no log"));

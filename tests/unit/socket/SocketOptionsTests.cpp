@@ -24,7 +24,7 @@ constexpr Setter Setters[] = {
     {"SetReceiveTimeout", [](Socket& socket) { socket.SetReceiveTimeout(1500); },
      "setsockopt(1001, 0xFFFF, 0x1006, 1500, 4)",
      "VelNet::SocketImpl::SetReceiveTimeout() - FAIL. Cannot set Receive Timeout"},
-    // Required: the label of the receive time-out.
+    // Required: the label of the receive timeout.
     {"SetSendTimeout", [](Socket& socket) { socket.SetSendTimeout(2500); },
      "setsockopt(1001, 0xFFFF, 0x1005, 2500, 4)",
      "VelNet::SocketImpl::SetReceiveTimeout() - FAIL. Cannot set Send Timeout"},

@@ -113,7 +113,7 @@ TEST_F(StartUp, StateHasItsMembersInOrder) {
     const SocketInitialization initialization;
     const auto at = [](const auto& member) { return reinterpret_cast<std::uintptr_t>(&member); };
     const SocketLayerState& state = *g_socketLayer;
-    EXPECT_LT(at(state.synchronisation), at(state.registry));
+    EXPECT_LT(at(state.synchronization), at(state.registry));
     EXPECT_LT(at(state.registry), at(state.log));
     EXPECT_LT(at(state.log), at(state.errorRouter));
     EXPECT_LT(at(state.errorRouter), at(state.connectionTraceRouter));

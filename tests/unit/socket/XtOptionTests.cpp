@@ -1,4 +1,4 @@
-// The options of the extended socket: time-outs, reuse of addresses, broadcast.
+// The options of the extended socket: timeouts, reuse of addresses, broadcast.
 #include <climits>
 
 #include "XtFixture.h"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Loading the module must do nothing: it holds no initialiser but the compiler's own single entry, and needs
+# Loading the module must do nothing: it holds no initializer but the compiler's own single entry, and needs
 # nothing but the language's and the system's libraries.
-# usage: CheckInitialisers.sh MODULE
+# usage: CheckInitializers.sh MODULE
 set -euo pipefail
 
 module=$1
@@ -14,7 +14,7 @@ if [[ -z $size ]]; then
   exit 1
 fi
 if ((16#$size > entry_size)); then
-  echo "The module has $((16#$size / entry_size)) initialisers; one, the compiler's own, is expected."
+  echo "The module has $((16#$size / entry_size)) initializers; one, the compiler's own, is expected."
   exit 1
 fi
 
@@ -22,4 +22,4 @@ if readelf --dynamic "$module" | grep NEEDED | grep -vE '\[(libstdc\+\+|libm|lib
   echo "The module depends on more than the language's and the system's libraries."
   exit 1
 fi
-echo "one initialiser, the compiler's own; no foreign library"
+echo "one initializer, the compiler's own; no foreign library"
