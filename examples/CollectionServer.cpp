@@ -1,4 +1,4 @@
-// Sends back to each of many clients what it sends, all of them in one thread.
+// Echoes to each of many clients what it sends, all of them in one thread.
 //
 //   CollectionServer PORT      0 lets the system choose; the first line of output tells the port
 #include <VelBase/TextConversions.h>
@@ -28,7 +28,7 @@ using CollectionOwner = std::unique_ptr<SocketCollection, DestroyCollection>;
 
 struct Client {
     std::string name;
-    std::string pending;  // what its socket has not taken yet
+    std::string pending;  // what its socket has not accepted yet
     unsigned long long echoed = 0;
 };
 
@@ -39,7 +39,7 @@ public:
           listener_(VelNet::CreateSocket(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP)) {
         listener_->Bind(VelNet::Octets(127, 0, 0, 1), port);
         listener_->Listen();
-        listener_->SetNonBlocking();  // and so is what it accepts
+        listener_->SetNonBlocking();  // accepted sockets inherit it
         collection_->Add(listener_.Get(), VelNet::EVENT_ACCEPT);
         Tell("listening on " + NameOf(listener_->GetLocalAddress()));
     }
@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    // An entry may be left from a client that an earlier one has ended.
+    // An entry may belong to a client that was removed for an earlier entry.
     void Serve(Socket& socket, int event) {
         if (event == VelNet::EVENT_ACCEPT) return Accept();
         const auto found = clients_.find(&socket);
@@ -74,8 +74,8 @@ private:
         if (!waits && event == VelNet::EVENT_WRITE) WaitToRead(socket);
     }
 
-    // A client that reads nothing is read no further: no more than one block is kept for it. While
-    // bytes wait in the socket it would be ready for closing, too, and the server never at rest.
+    // A client that does not read is not read from either, so that at most one block is buffered
+    // for it. An EVENT_CLOSE entry would make Select return at once as long as bytes are waiting.
     void WaitToWrite(Socket& socket) {
         collection_->Remove(&socket, VelNet::EVENT_READ);
         collection_->Remove(&socket, VelNet::EVENT_CLOSE);
@@ -91,7 +91,7 @@ private:
     void Accept() {
         VelNet::SocketAddress address;
         const auto socket = listener_->Accept(address);
-        if (!socket) return;  // the client has given up meanwhile
+        if (!socket) return;  // the client has given up
         clients_[socket.Get()].name = NameOf(address);
         WaitToRead(*socket);
         if (clients_.size() == MostClients)
@@ -106,7 +106,7 @@ private:
     static void SendPending(Socket& socket, Client& client) {
         const int sent =
             socket.Send(client.pending.data(), static_cast<int>(client.pending.size()));
-        client.pending.erase(0, static_cast<std::size_t>(sent));  // none when it has no room
+        client.pending.erase(0, static_cast<std::size_t>(sent));  // 0 if the send buffer is full
         client.echoed += static_cast<unsigned int>(sent);
     }
 

@@ -1,4 +1,4 @@
-// How the tools fail: the exit codes, and the exception that carries one of them.
+// The tools' exit codes, and the exception that carries one of them.
 #pragma once
 
 #include <VelBase/Message.h>
@@ -9,7 +9,7 @@
 
 namespace VelSockTools {
 
-// What a process ends with. Part of every tool's contract: scripts decide by these numbers, and a
+// The exit code of a process. Part of every tool's contract: scripts depend on these numbers, and a
 // number means the same in all tools.
 enum class ExitCode : int {
     InOrder = 0,
@@ -22,15 +22,15 @@ enum class ExitCode : int {
     NotConfigured = 7,
 };
 
-// A failure that ends the program, with the text for the person who called it.
+// A failure that ends the program, with a text for its user.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
 
-    // The library's own text in UTF-8, with its code, and what the tool has to say about it.
+    // The library's own text in UTF-8, with its code, and the tool's remark.
     Failure(ExitCode code, const VelNet::Exception& cause, const std::string& remark = "");
 
-    // What the support layer has to say.
+    // The support layer's text.
     Failure(ExitCode code, const VelBase::Message& cause);
 
     ExitCode Code() const noexcept { return code_; }
@@ -39,14 +39,14 @@ private:
     ExitCode code_;
 };
 
-// Whether the resolver has no answer, as opposed to a failure of the socket.
+// Whether the resolver failed, as opposed to the socket.
 bool IsNotResolved(const VelNet::Exception& exception) noexcept;
 
-// The library's text in UTF-8.
+// Returns the library's text in UTF-8.
 std::string TextOf(const VelNet::Exception& exception);
 
-// Prints the failure as one line on standard error, behind the program's name, and returns its exit
-// code.
+// Prints the program's name and the failure as one line on standard error, and returns the
+// failure's exit code.
 ExitCode Report(const char* program, const Failure& failure);
 
 }  // namespace VelSockTools

@@ -8,7 +8,7 @@ namespace VelSockTools {
 
 namespace {
 
-// VelNet::Exception is a VelBase::Message whose text stands elsewhere, so it comes first.
+// VelNet::Exception is a VelBase::Message that keeps its text elsewhere, so it is caught first.
 ExitCode RunAndReport(const char* program, Work work, const std::vector<std::string>& words) {
     try {
         PrepareStandardStreams();
@@ -27,7 +27,7 @@ ExitCode RunAndReport(const char* program, Work work, const std::vector<std::str
 }  // namespace
 
 int RunProgram(const char* program, Work work, int count, char** words) {
-    // A caller may leave out even the program's name.
+    // A caller may omit even the program's name.
     const int first = count > 0 ? 1 : 0;
     return static_cast<int>(RunAndReport(program, work, {words + first, words + count}));
 }

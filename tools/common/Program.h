@@ -1,4 +1,4 @@
-// What every tool's main function does.
+// The main function of every tool.
 #pragma once
 
 #include <string>
@@ -8,12 +8,12 @@
 
 namespace VelSockTools {
 
-// The work of a tool, on the words of the command line without the program's name; what the process
-// is to end with. Throws Failure, and what the library throws.
+// Does the tool's work with the command line, which lacks the program's name, and returns the exit
+// code. Throws Failure, and what the library throws.
 using Work = ExitCode (*)(const std::vector<std::string>& words);
 
-// Makes the standard streams ready, does the work, and tells its failure in one line. Returns what
-// the process is to end with.
+// Prepares the standard streams, does the work, and reports a failure in one line. Returns the exit
+// code.
 int RunProgram(const char* program, Work work, int count, char** words);
 
 }  // namespace VelSockTools

@@ -1,5 +1,4 @@
-// The process's standard streams as bytes, unbuffered. What the operating system offers for that
-// differs; each system has its own source.
+// The process's standard streams as unbuffered bytes. Each system has its own source.
 #pragma once
 
 #include <cstddef>
@@ -7,15 +6,15 @@
 
 namespace VelSockTools {
 
-// Makes a stream that the caller of the program has closed fail when it is used, instead of letting
-// the first socket take its place; and lets a write to a closed pipe fail instead of ending the
-// process.
+// If the program was started with a standard stream closed, makes that stream fail when it is used,
+// so that the first socket does not get its number. Makes a write to a closed pipe fail instead of
+// ending the process.
 void PrepareStandardStreams();
 
-// True when a read of standard input would not have to wait.
+// Whether a read of standard input would not block.
 bool InputIsReady();
 
-// Waits for bytes and returns how many came, at most size; 0 at the end of the input. Throws
+// Waits for bytes and returns how many were read, at most size; 0 at the end of the input. Throws
 // Failure with LocalFailure.
 std::size_t ReadInput(char* buffer, std::size_t size);
 

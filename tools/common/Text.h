@@ -1,4 +1,4 @@
-// Texts for people.
+// Strings for display.
 #pragma once
 
 #include <string>
@@ -6,11 +6,11 @@
 
 namespace VelSockTools {
 
-// A host name may hold anything. Made visible, as \x0A and the like, its control characters can
-// neither start a second line nor drive the terminal.
+// A host name may contain any bytes. Returns it with control characters shown as \x0A and the like,
+// so that they can neither begin a second line nor control the terminal.
 std::string OneLine(std::string_view text);
 
-// The two hexadecimal digits of a byte.
+// Returns the two hexadecimal digits of a byte.
 std::string HexDigits(unsigned char byte);
 
 }  // namespace VelSockTools

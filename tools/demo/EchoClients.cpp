@@ -1,9 +1,9 @@
-// Fifty clients of an echo server at once, over the system's own sockets: one reads slowly, one
-// resets its connection, one never reads. Checks every byte that comes back.
+// Fifty clients of an echo server at once, using the system's sockets: one reads slowly, one resets
+// its connection, one never reads. Checks every byte that comes back.
 //
 //   EchoClients PORT      of the server on 127.0.0.1
 //
-// Prints what it saw and ends with 0 only when all of it was right.
+// Prints its results and exits with 0 only if all were right.
 
 #include <netdb.h>
 #include <poll.h>
@@ -22,7 +22,7 @@ namespace {
 constexpr int Fast = 47;
 constexpr std::size_t FastBytes = 1000003;
 constexpr std::size_t SlowBytes = 300007;
-constexpr int Patience = 30000;  // milliseconds that the server may rest on a busy machine
+constexpr int Patience = 30000;  // milliseconds without progress, on a busy host
 
 [[noreturn]] void Fail(const std::string& text) {
     std::fprintf(stderr, "echo clients: %s\n", text.c_str());
@@ -31,7 +31,7 @@ constexpr int Patience = 30000;  // milliseconds that the server may rest on a b
 
 class Connection {
 public:
-    // The buffers get the size, if one is given.
+    // Sets the buffer sizes, if one is given.
     explicit Connection(const char* port, int bufferSize = 0) {
         addrinfo hints{};
         hints.ai_family = AF_INET;
@@ -49,13 +49,13 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    // Which of the events have come; none when the time was over first.
+    // Returns which of the events occurred; none if the time elapsed first.
     short Wait(short events, int milliseconds) const {
         pollfd request{descriptor_, events, 0};
         return ::poll(&request, 1, milliseconds) > 0 ? request.revents : short{0};
     }
 
-    // How many bytes the system took; 0 when it has no room, or the server is gone.
+    // Returns how many bytes the system took; 0 if its buffer is full or the server is gone.
     std::size_t SendSome(const char* bytes, std::size_t count) const {
         const ssize_t sent = ::send(descriptor_, bytes, count, MSG_DONTWAIT | MSG_NOSIGNAL);
         return sent > 0 ? static_cast<std::size_t>(sent) : 0;
@@ -67,7 +67,7 @@ public:
         return static_cast<std::size_t>(received);
     }
 
-    // The connection will end with a reset.
+    // Makes close reset the connection.
     void ResetAtEnd() const {
         const linger none{1, 0};
         ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &none, sizeof none);
@@ -93,8 +93,8 @@ std::string BytesOf(unsigned int client, std::size_t count) {
     return bytes;
 }
 
-// Sends and receives at the same time, at most so much at once, until everything has come back.
-// Sees to it that what came back is what was sent.
+// Sends and receives at the same time, at most this much at once, until everything has come
+// back, and checks that it is what was sent.
 class Echo {
 public:
     Echo(const Connection& connection, std::string bytes, std::size_t atOnce)
@@ -128,8 +128,8 @@ private:
     std::size_t received_ = 0;
 };
 
-// Sends without reading until the server has taken nothing for a second, which only a server does
-// that keeps a limited amount for it.
+// Sends without reading until the server has accepted nothing for a second, which only a server
+// with a limited buffer does.
 void SendWithoutReading(const Connection& connection) {
     constexpr std::size_t muchTooMuch = std::size_t{256} * 1024 * 1024;
     const std::string block(65536, 'n');
@@ -184,7 +184,7 @@ private:
         std::puts("a client that resets: got its 5000 bytes back and reset the connection");
     }
 
-    // After all that, the server still takes a new client and still serves an old one.
+    // After all that, the server still accepts a new client and still serves an old one.
     void EchoAgain() {
         const Connection late(port_);
         Echo(late, BytesOf(Fast + 2, 10000), 65536).RunToEnd();

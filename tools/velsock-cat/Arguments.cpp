@@ -9,8 +9,8 @@ namespace VelSockCat {
 
 namespace {
 
-// A command and what stands behind it: a port, and before it a host that is needed or may be left
-// out, or none at all.
+// A command and its operands: a port, and before it a host that is required, optional, or not
+// allowed.
 enum class Host { None, Optional, Needed };
 
 struct CommandRow {
@@ -124,7 +124,7 @@ private:
         if (arguments_.port == 0) CheckChoiceOfPort(row);
     }
 
-    // An extended socket does not tell its port, and a port that nobody learns is of no use.
+    // An extended socket cannot report its port, and an unknown port is of no use.
     void CheckChoiceOfPort(const CommandRow& row) const {
         if (!row.systemMayChoosePort) Refuse(std::string(row.name) + " needs a port from 1");
         if (arguments_.Family() == SocketFamily::Extended) {

@@ -11,13 +11,13 @@ enum class Command { Help, Version, Listen, Connect, UdpSend, UdpListen, Broadca
 
 enum class SocketFamily { Extended, Classic };
 
-// Which way the bytes of a connection go.
+// The direction in which bytes are transferred.
 enum class Direction { Both, SendOnly, ReceiveOnly };
 
 struct Arguments {
     Command command = Command::Help;
     std::optional<SocketFamily> chosenFamily;
-    std::optional<std::string> host;  // without one, the loopback address
+    std::optional<std::string> host;  // the loopback address if omitted
     unsigned short port = 0;
     Direction direction = Direction::Both;
     bool reuseAddress = false;
@@ -32,7 +32,7 @@ struct Arguments {
     SocketFamily Family() const { return chosenFamily.value_or(SocketFamily::Extended); }
 };
 
-// The arguments without the program's name. Throws Failure with WrongUsage.
+// Parses the arguments, without the program's name. Throws Failure with WrongUsage.
 Arguments ParseArguments(const std::vector<std::string>& words);
 
 }  // namespace VelSockCat

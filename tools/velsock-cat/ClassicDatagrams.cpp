@@ -14,7 +14,7 @@ namespace {
 using VelBase::ReturnPtrI;
 using VelNet::Socket;
 
-// A classic socket sends to the one address that it is connected to, and does not tell senders.
+// A classic socket sends to the address that it is connected to, and does not report senders.
 class ClassicDatagrams : public DatagramSocket {
 public:
     explicit ClassicDatagrams(ReturnPtrI<Socket> socket) : socket_(std::move(socket)) {}

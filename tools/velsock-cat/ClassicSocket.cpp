@@ -54,7 +54,7 @@ ReturnPtrI<Socket> ConnectTo(Kind kind, const Octets& address, unsigned short po
 
 }  // namespace
 
-// Resolve gives at least one address.
+// Resolve returns at least one address.
 ReturnPtrI<Socket> ConnectClassic(Kind kind, const Arguments& arguments) {
     const std::vector<Octets> addresses = Resolve(arguments.host);
     for (auto address = addresses.begin();; ++address) {

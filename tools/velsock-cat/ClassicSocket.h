@@ -1,4 +1,4 @@
-// How the program comes by a classic socket, which speaks IPv4 by address.
+// Opens classic sockets, which speak IPv4 by address.
 #pragma once
 
 #include <VelBase/ReturnPtrI.h>
@@ -10,11 +10,13 @@ namespace VelSockCat {
 
 enum class Kind { Stream, Datagram };
 
-// Connected to the first address of the host that answers; when none does, the failure of the last
-// is thrown. Both functions throw Failure with NameNotResolvable, and VelNet::Exception.
+// Connects to the first address of the host that accepts; if none does, throws the failure of the
+// last.
+//
+// Both functions throw Failure with NameNotResolvable, and VelNet::Exception.
 VelBase::ReturnPtrI<VelNet::Socket> ConnectClassic(Kind kind, const Arguments& arguments);
 
-// Bound to the host's first address.
+// Binds to the host's first address.
 VelBase::ReturnPtrI<VelNet::Socket> BindClassic(Kind kind, const Arguments& arguments);
 
 }  // namespace VelSockCat

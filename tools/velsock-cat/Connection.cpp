@@ -12,8 +12,7 @@ using VelBase::ReturnPtrI;
 using VelNet::Socket;
 using VelNet::SocketXt;
 
-// In both accepting functions the listening socket ends with the function: one connection is all
-// that is served.
+// Both functions close the listening socket when they return: only one connection is served.
 ReturnPtrI<Socket> AcceptClassic(const Arguments& arguments) {
     const auto listener = BindClassic(Kind::Stream, arguments);
     listener->Listen();

@@ -1,4 +1,4 @@
-// How the program comes by its connection.
+// Opens the program's connection.
 #pragma once
 
 #include <VelBase/ReturnPtrI.h>
@@ -8,8 +8,8 @@
 
 namespace VelSockCat {
 
-// Listens or connects as the command line asks, and returns the connected socket with its time-outs
-// set. Throws Failure with NameNotResolvable or NotConnected, and what the library throws.
+// Listens or connects as the command line requests, and returns the connected socket with its
+// timeouts set. Throws Failure with NameNotResolvable or NotConnected, and what the library throws.
 VelBase::ReturnPtrI<VelNet::Socket> OpenConnection(const Arguments& arguments);
 
 }  // namespace VelSockCat

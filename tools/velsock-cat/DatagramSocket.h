@@ -1,4 +1,4 @@
-// Datagrams over a socket of either family.
+// Sends and receives datagrams through either socket class.
 #pragma once
 
 #include <cstddef>
@@ -11,15 +11,15 @@
 namespace VelSockCat {
 
 struct Datagram {
-    std::string_view bytes;  // in the buffer that was given
-    std::string senderHost;  // empty when the socket does not tell
+    std::string_view bytes;  // in the caller's buffer
+    std::string senderHost;  // empty if the socket does not report it
     std::string senderPort;
 };
 
-// Both operations throw Failure with what TransferFailure makes of the library's.
+// Both operations throw Failure from TransferFailure.
 class DatagramSocket {
 public:
-    // More than the longest datagram has.
+    // Larger than the longest datagram.
     static constexpr int Room = 65536;
 
     DatagramSocket() = default;
@@ -27,14 +27,14 @@ public:
     DatagramSocket& operator=(const DatagramSocket&) = delete;
     virtual ~DatagramSocket() = default;
 
-    // To where the command line says.
+    // Sends to the address on the command line.
     virtual void Send(std::string_view bytes) = 0;
 
-    // Waits for one; the buffer has Room bytes.
+    // Waits for a datagram; the buffer has Room bytes.
     virtual Datagram Receive(char* buffer) = 0;
 };
 
-// A socket as the command needs it: ready to send, or bound and announced on standard error. Throws
+// Opens a socket for the command: ready to send, or bound and announced on standard error. Throws
 // Failure with NameNotResolvable or NotConnected, and what the library throws.
 std::unique_ptr<DatagramSocket> OpenClassicDatagrams(const Arguments& arguments);
 std::unique_ptr<DatagramSocket> OpenExtendedDatagrams(const Arguments& arguments);

@@ -15,7 +15,7 @@ std::unique_ptr<DatagramSocket> OpenDatagrams(const Arguments& arguments) {
                                                        : OpenExtendedDatagrams(arguments);
 }
 
-// How many are still to come; without a number there is no end.
+// Counts the remaining datagrams; never ends without a number.
 class Countdown {
 public:
     explicit Countdown(const Arguments& arguments) : left_(arguments.datagramCount) {}
@@ -31,7 +31,7 @@ private:
     std::optional<unsigned int> left_;
 };
 
-// Empty datagrams are made of nothing: no input is read for them.
+// No input is read for empty datagrams.
 std::optional<std::string_view> NextInput(std::vector<char>& buffer) {
     if (buffer.empty()) return std::string_view();
     const std::size_t count = VelSockTools::ReadInput(buffer.data(), buffer.size());

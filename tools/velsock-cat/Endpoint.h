@@ -1,4 +1,4 @@
-// What sockets of both families need around their use.
+// Helpers for both socket classes.
 #pragma once
 
 #include <VelNet/Socket.h>
@@ -9,7 +9,7 @@
 
 namespace VelSockCat {
 
-// "listening on HOST port PORT" on standard error. Scripts read the port from this line.
+// Prints "listening on HOST port PORT" on standard error. Scripts read the port from this line.
 void AnnounceListening(const std::string& host, unsigned short port);
 
 // The same for a classic socket, which knows its address.

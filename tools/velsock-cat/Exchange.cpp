@@ -29,7 +29,7 @@ int SendSome(VelNet::Socket& socket, std::string_view bytes) {
     }
 }
 
-// The system may take a part of the bytes, or none when it has no room at the moment.
+// The system may accept a part of the bytes, or none if its buffer is full.
 void SendAll(VelNet::Socket& socket, std::string_view bytes) {
     constexpr std::chrono::milliseconds pauseWithoutRoom{1};
     while (!bytes.empty()) {
@@ -39,7 +39,7 @@ void SendAll(VelNet::Socket& socket, std::string_view bytes) {
     }
 }
 
-// The number of bytes, or 0 when the peer has closed the connection.
+// Returns the number of bytes, or 0 if the peer has closed the connection.
 std::size_t ReceiveSome(VelNet::Socket& socket, Block& block) {
     try {
         return static_cast<std::size_t>(socket.Receive(block.data(), BlockSize));
@@ -77,7 +77,7 @@ std::optional<Failure> FailureOf(const Work& work) {
     }
 }
 
-// What an extended socket throws here it has logged; the process ends all the same.
+// An extended socket has logged what it throws here; the process ends anyway.
 void Close(VelNet::Socket& socket) {
     try {
         socket.Close();
@@ -86,9 +86,9 @@ void Close(VelNet::Socket& socket) {
     }
 }
 
-// A thread still stands in a read of standard input or in a transfer, which nothing can interrupt,
-// and uses what unwinding would destroy. So the process ends here and now; nothing is buffered that
-// could get lost.
+// One thread may still be blocked in a read of standard input or in a transfer, which nothing can
+// interrupt, and uses what unwinding would destroy. So the process exits immediately; nothing is
+// buffered that could be lost.
 [[noreturn]] void EndProcess(VelNet::Socket& socket, const Progress::Ending& ending) {
     if (ending.socketIsUnused) Close(socket);
     const ExitCode code =

@@ -44,7 +44,7 @@ private:
     std::string port_;
 };
 
-// Several programs on one computer may receive from a group on the same port.
+// Several programs on one host may receive from a group on the same port.
 void JoinGroup(SocketXt& socket, const Arguments& arguments) {
     try {
         socket.SetReuseAddress();
@@ -55,7 +55,7 @@ void JoinGroup(SocketXt& socket, const Arguments& arguments) {
     }
 }
 
-// Makes the socket ready for the command and returns the host that this is about.
+// Prepares the socket for the command and returns the host concerned.
 std::string Prepare(SocketXt& socket, const Arguments& arguments) {
     if (arguments.command == Command::Multicast) JoinGroup(socket, arguments);
     if (arguments.command == Command::UdpListen) BindExtended(socket, arguments);

@@ -10,7 +10,7 @@ using VelNet::SocketXt;
 using VelSockTools::ExitCode;
 using VelSockTools::Failure;
 
-// What the system says to an address of the other version.
+// The system's errors for an address of the other version.
 bool IsOtherVersion(const VelNet::Exception& exception) {
     return exception.GetErrorCode() == VelNet::SOCKET_ERR_FAULT ||
            exception.GetErrorCode() == VelNet::SOCKET_ERR_AFNOSUPPORT;

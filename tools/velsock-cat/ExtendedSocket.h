@@ -1,4 +1,4 @@
-// How the program comes by an extended socket, which speaks IPv4 or IPv6 by host and port text.
+// Opens extended sockets, which speak IPv4 or IPv6 by host and port strings.
 #pragma once
 
 #include <VelBase/ReturnPtrI.h>
@@ -19,14 +19,14 @@ VelBase::ReturnPtrI<VelNet::SocketXt> CreateExtended(Kind kind);
 void ConnectExtended(VelNet::SocketXt& socket, const Arguments& arguments);
 void BindExtended(VelNet::SocketXt& socket, const Arguments& arguments);
 
-// The text of one of the socket's own special addresses.
+// Returns the string of one of the socket's own special addresses.
 std::string SpecialAddressOf(const VelNet::SocketXt& socket, VelNet::SpecialAddressKind kind);
 
-// Why the socket did not fit the address, if that was it: its IP version follows from this
-// computer's name and from nothing on the command line. Empty otherwise.
+// Explains the failure if the socket's IP version was the cause: it depends on the local host's
+// name and not on the command line. Empty otherwise.
 std::string RemarkOnVersion(const VelNet::SocketXt& socket, const VelNet::Exception& exception);
 
-// A failure before anything was transferred.
+// A failure before any transfer.
 VelSockTools::Failure OpeningFailure(const VelNet::SocketXt& socket,
                                      const VelNet::Exception& exception);
 

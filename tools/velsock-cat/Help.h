@@ -1,4 +1,4 @@
-// What the program says about itself.
+// The program's description of itself.
 #pragma once
 
 namespace VelSockCat {

@@ -14,8 +14,8 @@ namespace {
 
 constexpr unsigned int AnyNumber = std::numeric_limits<unsigned int>::max();
 
-// All of the text must be decimal digits that make a number up to the limit: no sign, no blank, no
-// rest.
+// The whole string must be decimal digits of a number up to the limit: no sign, no space, nothing
+// after it.
 unsigned int ParseNumber(const std::string& text, unsigned int limit, const std::string& what) {
     unsigned int number = 0;
     const char* const end = text.data() + text.size();

@@ -1,4 +1,4 @@
-// The options: which command takes which, and what each of them says.
+// The options: which command takes which, and what each of them sets.
 #pragma once
 
 #include <string>
@@ -9,20 +9,20 @@ namespace VelSockCat {
 
 struct Option {
     const char* name;
-    unsigned int commands;  // one bit for each command that takes it
+    unsigned int commands;  // a bit for each command that takes it
     bool hasValue;
-    // Throws Failure with WrongUsage for a value that will not do.
+    // Throws Failure with WrongUsage for an invalid value.
     void (*take)(Arguments& arguments, const std::string& value);
 
     bool BelongsTo(Command command) const noexcept;
 };
 
-// Null for a text that is no option.
+// Returns null for a string that is not an option.
 const Option* FindOption(const std::string& name);
 
 unsigned short ParsePort(const std::string& text);
 
-// Ends the program with a word on what was wrong.
+// Ends the program with an explanation.
 [[noreturn]] void Refuse(const std::string& text);
 
 }  // namespace VelSockCat

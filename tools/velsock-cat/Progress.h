@@ -1,4 +1,4 @@
-// What the two directions of an exchange tell each other.
+// Coordinates the two directions of an exchange.
 #pragma once
 
 #include <condition_variable>
@@ -9,23 +9,23 @@
 
 namespace VelSockCat {
 
-// An exchange ends with the first failure of either direction; the other one's follows from it.
-// Without one it ends when the receiver has reached the end of the peer's bytes and the sender has
-// nothing in hand: it has ended too, or it waits for input that may never come. Used by the
-// sending, the receiving and the waiting thread at the same time.
+// An exchange ends with the first failure of either direction; a failure of the other is a
+// consequence. Without a failure it ends when the receiver has reached the end of the peer's bytes
+// and the sender has no bytes left to send: it has ended too, or it waits for input that may never
+// come. Used by the sending, the receiving and the waiting thread at the same time.
 class Progress {
 public:
-    // Around a read of the input that may take for ever. SenderResumes returns false when the
-    // exchange has ended in the meantime: the socket is then the waiting thread's.
+    // Around a read of the input that may block for ever. SenderResumes returns false if the
+    // exchange has ended in the meantime: the socket then belongs to the waiting thread.
     void SenderWaits();
     bool SenderResumes();
 
-    // Without a failure: the input, or the peer's bytes, came to their end.
+    // Without a failure, the input or the peer's bytes have ended.
     void SenderEnds(const std::optional<VelSockTools::Failure>& failure);
     void ReceiverEnds(const std::optional<VelSockTools::Failure>& failure);
 
-    // The state in which the exchange ended. A thread that waits for input will leave the socket
-    // alone.
+    // The state in which the exchange ended. A thread that waits for input will not use the socket
+    // any more.
     struct Ending {
         std::optional<VelSockTools::Failure> failure;
         bool bothThreadsHaveEnded;

@@ -1,4 +1,4 @@
-// The library's log, switched on as the command line asks.
+// Switches the library's log on as the command line requests.
 #pragma once
 
 #include <VelLog/LogSink.h>
@@ -9,10 +9,10 @@
 
 namespace VelSockCat {
 
-// Records go to the sink as long as this object lives.
+// Records are written to the sink as long as this object lives.
 class Tracing {
 public:
-    // Throws Failure with LocalFailure when the log file cannot be opened.
+    // Throws Failure with LocalFailure if the log file cannot be opened.
     explicit Tracing(const Arguments& arguments);
     ~Tracing();
     Tracing(const Tracing&) = delete;

@@ -1,4 +1,4 @@
-// What the failures of a transfer mean to this program.
+// Interprets the failures of a transfer.
 #pragma once
 
 #include <VelNet/Exception.h>
@@ -9,7 +9,7 @@
 
 namespace VelSockCat {
 
-// TimedOut, NameNotResolvable or ConnectionLost.
+// Returns TimedOut, NameNotResolvable or ConnectionLost.
 VelSockTools::Failure TransferFailure(const VelNet::Exception& exception,
                                       const std::string& remark = "");
 

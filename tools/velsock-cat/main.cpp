@@ -1,5 +1,5 @@
-// velsock-cat: carries a connection or datagrams over standard input and output, for trying out and
-// diagnosing what the library does with a peer.
+// velsock-cat: connects standard input and output to a connection or to datagrams, to try out and
+// diagnose what the library does with a peer.
 
 #include <VelNet/SocketInitialization.h>
 

@@ -73,7 +73,7 @@ private:
         return question_.shape == Shape::Text ? JsonText(values.front()) : values.front();
     }
 
-    // What takes no operand asks for this computer's own settings.
+    // Questions without operands ask for the host's own settings.
     ExitCode FailureCode() const {
         return question_.takesOperands ? ExitCode::NameNotResolvable : ExitCode::NotConfigured;
     }

@@ -1,4 +1,4 @@
-// What is told of each question.
+// Asks the questions and prints the answers.
 #pragma once
 
 #include "Arguments.h"
@@ -6,9 +6,9 @@
 
 namespace VelSockResolve {
 
-// Asks each operand's question, or those that standard input holds, and prints the answers. A
-// failure is told at once and does not keep the rest from being asked; the result is the exit code
-// of the first. Throws Failure with LocalFailure.
+// Asks the question of each operand, or of each line of standard input, and prints the answers. A
+// failure is reported at once and the remaining questions are still asked; returns the exit code of
+// the first failure. Throws Failure with LocalFailure.
 VelSockTools::ExitCode AskAndAnswer(const Arguments& arguments);
 
 }  // namespace VelSockResolve

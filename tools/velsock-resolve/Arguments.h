@@ -18,7 +18,7 @@ struct Arguments {
     bool json = false;
 };
 
-// The arguments without the program's name. Throws Failure with WrongUsage.
+// Parses the arguments, without the program's name. Throws Failure with WrongUsage.
 Arguments ParseArguments(const std::vector<std::string>& words);
 
 }  // namespace VelSockResolve

@@ -1,4 +1,4 @@
-// The little JSON that the answers need.
+// The JSON that the answers need.
 #pragma once
 
 #include <string>
@@ -6,18 +6,18 @@
 
 namespace VelSockResolve {
 
-// A text in quotation marks. What must not stand in JSON, or would drive a terminal, is escaped;
-// what is no UTF-8 becomes U+FFFD.
+// Returns the string in quotation marks. What JSON does not allow, or what would control a
+// terminal, is escaped; invalid UTF-8 becomes U+FFFD.
 std::string JsonText(const std::string& text);
 
 std::string JsonTexts(const std::vector<std::string>& texts);
 
-// An object's members, in the order in which they are added; their values are JSON already.
+// An object's members, in the order in which they are added; the values are JSON already.
 class JsonObject {
 public:
     void Add(const std::string& key, const std::string& value);
 
-    // The object on a line of its own.
+    // Returns the object as one line.
     std::string Line() const;
 
 private:

@@ -6,11 +6,11 @@
 
 namespace VelSockResolve {
 
-// Lines end with a line feed, a carriage return and a line feed, or a zero byte, and come as soon
-// as they are whole. The last one needs no end.
+// Lines end with a line feed, a carriage return and a line feed, or a zero byte, and are returned
+// as soon as they are complete. The last one needs no terminator.
 class LineReader {
 public:
-    // Nothing at the end of the input. Throws Failure with LocalFailure.
+    // Returns nothing at the end of the input. Throws Failure with LocalFailure.
     std::optional<std::string> Next();
 
 private:

@@ -9,12 +9,12 @@
 
 namespace VelSockResolve {
 
-// How an answer looks in JSON.
+// The form of an answer in JSON.
 enum class Shape { Texts, Text, Number };
 
 using Values = std::vector<std::string>;
 
-// A null cache stands for asking anew each time. The operand is empty where none is taken. Throws
+// Asks without a cache if it is null. The operand is empty if the question takes none. Throws
 // VelNet::Exception.
 using Ask = Values (*)(VelNet::SocketAddressCache* cache, const std::string& operand);
 
@@ -22,12 +22,12 @@ struct Question {
     const char* name;  // on the command line
     const char* key;   // of the answer in JSON
     Shape shape;
-    bool takesOperands;  // any number of them, each a question
+    bool takesOperands;  // any number, each a question of its own
     bool hasCache;
     Ask ask;
 };
 
-// Null for a name that is no question.
+// Returns null for a name that is not a question.
 const Question* FindQuestion(const std::string& name);
 
 }  // namespace VelSockResolve

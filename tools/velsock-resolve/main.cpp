@@ -1,4 +1,4 @@
-// velsock-resolve: shows what the library's resolvers answer on this computer.
+// velsock-resolve: shows the results of the library's resolvers on this host.
 
 #include <VelNet/SocketInitialization.h>
 

@@ -19,8 +19,8 @@ namespace {
     throw Failure(ExitCode::LocalFailure, what + ": " + std::system_category().message(error));
 }
 
-// The lowest free descriptor is the one that is missing, because they are looked at in rising
-// order. It is opened for the direction in which it is not used, so that its use fails.
+// The standard descriptors are checked in ascending order, so open returns the one that is missing.
+// It is opened for the opposite direction, so that its use fails.
 void OccupyWhenClosed(int descriptor, int uselessMode) {
     if (::fcntl(descriptor, F_GETFD) != -1) return;
     if (::open("/dev/null", uselessMode) == -1) Fail("Cannot open /dev/null", errno);
@@ -31,8 +31,7 @@ bool Poll(int descriptor, short events, int milliseconds) {
     return ::poll(&request, 1, milliseconds) > 0;
 }
 
-// True when the call that failed is to be made again. A stream that its other users have made
-// non-blocking is waited for.
+// Whether to repeat the failed call. Waits if another user of the stream has made it non-blocking.
 bool IsToBeRepeated(int error, int descriptor, short events) {
     if (error == EAGAIN) Poll(descriptor, events, -1);
     return error == EAGAIN || error == EINTR;

@@ -17,7 +17,7 @@ namespace {
     throw Failure(ExitCode::LocalFailure, what + ": " + std::system_category().message(number));
 }
 
-// A stale number could come to stand for a socket.
+// A stale handle could later be a socket's.
 void ForgetWhenClosed(DWORD stream) {
     const HANDLE handle = ::GetStdHandle(stream);
     const bool closed = ::GetFileType(handle) == FILE_TYPE_UNKNOWN && ::GetLastError() != NO_ERROR;
@@ -31,8 +31,8 @@ void PrepareStandardStreams() {
         ForgetWhenClosed(stream);
 }
 
-// A pipe tells how much waits in it, and fails to when nobody can write to it any more: then a read
-// ends at once. A console is signalled when there is input, a file always.
+// A pipe reports how many bytes are waiting, and fails if there is no writer any more: then a read
+// returns at once. A console is signalled when there is input, a file always.
 bool InputIsReady() {
     const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
     if (::GetFileType(input) != FILE_TYPE_PIPE)
@@ -48,7 +48,7 @@ std::size_t ReadInput(char* buffer, std::size_t size) {
     const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
     if (::ReadFile(input, buffer, static_cast<DWORD>(std::min(size, most)), &count, nullptr) != 0)
         return count;
-    // That is how a pipe ends.
+    // The end of a pipe.
     if (::GetLastError() == ERROR_BROKEN_PIPE) return 0;
     Fail("Cannot read standard input", ::GetLastError());
 }
