@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the table of answers in the documentation from what the conformance tests noted on both systems, or
-# compares one column of it with what they noted now.
+# Generates the table of answers in the documentation from the notes of the conformance tests on both systems, or
+# compares one column of it with new notes.
 # usage: AnswerTable.sh make NOTES_OF_LINUX NOTES_OF_WINE
 #        AnswerTable.sh compare Linux|Wine NOTES TABLE
 set -euo pipefail
@@ -58,19 +58,19 @@ make() {
   cat <<'TEXT'
 # What calls answer
 
-Made from the conformance tests by `./run answers`; not to be edited. Each row is one test, told by its name. The column
-Windows is what the test expects and what the library is written for; Linux and Wine are what the calls came to
+Generated from the conformance tests by `./run answers`; do not edit. Each row is one test, described by its name. The
+column Windows is what the test expects and what the library is written for; Linux and Wine are the results of the calls
 when the tests ran there. No column was measured on Windows itself.
 
 A number from 10000 is a Winsock error number, a smaller one the result of a call that succeeded. The calls for lists
-and texts of addresses return their error numbers; theirs are the system's where they are small. A negative number is
-the code of a crash, or one that only Wine has. Where a test asks several calls, their answers stand in order; calls in
-a row to which Windows gives the same answer stand once, with all that they came to. A situation whose answer is no
-number *holds*. *No answer* means that Wine waits for ever or crashes there, or cannot be brought into the situation;
-the tests leave it out. `tests/conformance/WineAnswers.cpp` lists how Wine differs. Tests of one system's own means
+and strings of addresses return their error numbers; theirs are the system's if they are small. A negative number is the
+code of a crash, or one that only Wine has. If a test makes several calls, their results are listed in order; calls in a
+row with the same result on Windows are listed once, with all their results. A situation whose result is not a number
+*holds*. *No answer* means that Wine hangs or crashes there, or that the situation cannot be set up; the tests skip it.
+`tests/conformance/WineAnswers.cpp` lists how Wine differs. Tests that use one system's own means
 (`tests/conformance/posix`, `tests/conformance/windows`) have no row.
 
-What the Linux side does not imitate stands in [linux.md](linux.md#what-is-not-imitated), with the reasons.
+What the Linux side does not imitate is listed in [linux.md](linux.md#what-is-not-imitated), with the reasons.
 
 | Situation | Windows | Linux | Wine |
 |---|---|---|---|
@@ -103,7 +103,7 @@ compare() {
     { differs(system_name, system_name == "Linux" ? $3 : $4, answers[$1]); compared++ }
     END {
       for (situation in answers) if (!(situation in known)) complain(situation ": is not in the table")
-      if (different) print "If the new answers are right, ./run answers makes the table anew."
+      if (different) print "If the new answers are right, ./run answers generates the table again."
       else print "The table tells what " system_name " answers in " compared " situations."
       exit different || compared == 0
     }' <(echo "$came") <(rows "$3")

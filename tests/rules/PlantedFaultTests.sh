@@ -56,7 +56,7 @@ expect_fault() {
 
 make_project
 for rule in CheckFloors.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh CheckRequired.sh \
-  CheckTestNames.sh; do
+  CheckSpelling.sh CheckTestNames.sh; do
   expect_pass "$rule"
 done
 
@@ -132,5 +132,12 @@ put tests/unit/CatTests.cpp 'TEST(CatTail, Wags) {}'
 expect_fault CheckTestNames.sh 'tests/unit/CatTests.cpp: the suite CatTail belongs to CatTailTests.cpp by its name'
 put tests/unit/CatTests.cpp '// Nothing.'
 expect_fault CheckTestNames.sh 'tests/unit/CatTests.cpp: has no tests, though it is named for them'
+
+put README.md 'Initialising takes a moment.'
+expect_fault CheckSpelling.sh 'README.md:1:Initialising takes a moment.'
+put bench/Load.cpp '// The time-out.'
+expect_fault CheckSpelling.sh 'bench/Load.cpp:1:// The time-out.'
+put bench/Load.cpp 'int code = SOCKET_ERR_NOTINITIALISED;'
+expect_pass CheckSpelling.sh
 
 echo "$faults planted faults are noticed"

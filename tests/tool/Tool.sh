@@ -94,7 +94,7 @@ set_host_name() {
   if command -v hostname >/dev/null; then hostname "$1"; else busybox hostname "$1"; fi
 }
 
-# enter_own_network LINE...: begins anew, as root in a network that has the loopback interface alone. The lines
+# enter_own_network LINE...: starts the script again, as root in a network that has the loopback interface alone. The lines
 # are its hosts; the name in the first one is this computer's. Without the permission, or the means, the test is
 # not run.
 enter_own_network() {
