@@ -12,7 +12,7 @@ add_custom_target(tidy
   VERBATIM)
 
 # What the tests that have run so far have reached. A branch that only an exception of a called function
-# takes is left out: there is one behind nearly every call.
+# takes is left out: there is one after nearly every call.
 add_custom_target(coverage_report
   COMMAND ${GCOVR} --root ${PROJECT_SOURCE_DIR} --filter ${PROJECT_SOURCE_DIR}/Common/
           --exclude-throw-branches --exclude-unreachable-branches --txt --print-summary

@@ -105,7 +105,7 @@ using Milliseconds = std::chrono::milliseconds;
 Milliseconds TimeOf(const std::function<void()>& scene);
 
 // Plays the scene in a storm of signals. On a busy machine they may come late, so the scene is
-// repeated until at least so many have come during it.
+// repeated until at least that many have come during it.
 void InSignalStorm(int leastSignals, const std::function<void()>& scene, int milliseconds = 3);
 
 // Repeats the call until it no longer fails with that error, with a pause after each try.

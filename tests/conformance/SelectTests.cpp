@@ -112,7 +112,7 @@ TEST_F(Selecting, AResetIsReadableAndWritableAndNoException) {
     EXPECT_EQ(ReadyFor(socket), "rw");
 }
 
-// What was sent may still be on its way into the peer's buffer and leave room behind.
+// What was sent may still be on its way into the peer's buffer and leave free space.
 TEST_F(Selecting, AStreamWhosePeerDoesNotReadIsNotWritableInTheEnd) {
     const Pair pair = NewConnectedPair();
     SetNonBlocking(pair.client);
@@ -233,7 +233,7 @@ TEST_F(Selecting, FindsTheLastHandleOfFullSets) {
 
 using SelectTime = Started;
 
-// Generous, for machines under load; a time that begins anew with each signal would never end.
+// Generous, for machines under load; a time that starts again with each signal would never end.
 constexpr Milliseconds Patient{10'000};
 
 void ExpectWait(Winsock::TimeValue time, Milliseconds expected) {

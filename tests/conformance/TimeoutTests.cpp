@@ -110,7 +110,7 @@ TEST_F(Timeout, OfSendingALargeBufferCountsTheWholeCallOnce) {
     EXPECT_LE(time, AtMost);
 }
 
-// A signal that comes late in the time must not begin it anew.
+// A signal that comes late in the time must not start it again.
 class TimeoutInterrupted : public Started {
 protected:
     static constexpr unsigned int LongLimit = 1200;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::string_view LastErrorAfterSuccess = "last error after success";
 
-// One row for each answer. A result of -1 is a failure with the error behind it.
+// One row for each answer. A result of -1 is a failure with the error after it.
 constexpr WineAnswer Answers[] = {
     {LastErrorAfterSuccess, 0, 0},
     {"a host by an address without family", 0, 0},

@@ -102,8 +102,8 @@ void CloseFirst(SocketPtr server, SocketPtr client) {
     client->Close();
 }
 
-// Serves one connection, ends it and starts anew on the same port; false when another process has
-// taken the port meanwhile, or when it is still refused.
+// Serves one connection, closes it and starts again on the same port; false when another process
+// has taken the port meanwhile, or when it is still refused.
 template <class Prepare>
 bool CanRestart(Prepare prepare) {
     SocketPtr listener = StreamSocket();

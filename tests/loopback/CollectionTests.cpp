@@ -53,7 +53,7 @@ AllReady EntriesOf(const SocketCollection& collection) {
     return entries;
 }
 
-// What comes within a long time. A collection without anything ready gives a socket that is none.
+// What becomes ready within a long time; a row with a null socket if nothing does.
 AllReady SelectAll(SocketCollection& collection) {
     const CollectionPtr ready = Select(collection, Long);
     return ready ? EntriesOf(*ready) : AllReady{{nullptr, -1}};

@@ -157,7 +157,7 @@ TEST_F(Datagram, ThePairsOfTypeAndProtocolThatDoNotMatchAreRefused) {
               (Records{{Error, ProtocolRefused().text}, {Error, ProtocolRefused().text}}));
 }
 
-// What is not named is left to the system, which then goes by the other of the two.
+// What is not named is left to the system, which then uses the other of the two.
 TEST_F(Datagram, AnUnknownTypeOrProtocolIsLeftToTheSystem) {
     const SocketPtr listener = Listening();
     const SocketPtr byProtocol =

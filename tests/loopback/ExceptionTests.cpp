@@ -31,7 +31,7 @@ const std::u16string LibraryText =
     u"VelNet::SocketAddress::ConvertDottedStringToOctets() - FAIL. The input parameter is not an "
     u"Internet Protocol dotted address: x";
 
-// The reason behind it is the system's.
+// The reason after it is the system's.
 const std::u16string SupportText = u"Cannot open the log file /no such folder/\u00E9.log: ";
 
 TEST_F(Exceptions, TheLibrarysIsCaughtByItself) {

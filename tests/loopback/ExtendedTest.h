@@ -1,4 +1,4 @@
-// What the tests of the extended socket share: sockets of either IP version on the own machine.
+// What the tests of the extended socket share: sockets of either IP version on the local host.
 //
 // An extended socket is of the first family of this computer's name, so the computer is given a
 // name of the wanted version where its own is of the other. Ports are the system's choice; an

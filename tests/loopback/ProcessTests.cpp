@@ -88,7 +88,7 @@ TEST_F(Process, AnInterruptedAcceptGoesOn) {
     EXPECT_EQ(thread.Count(), Interruptions);
 }
 
-// Twice the limit's time, if interruptions started it anew: too late to be taken for a limit.
+// Twice the limit's time, if interruptions started it again: too late to be taken for a limit.
 TEST_F(Process, AnInterruptedReceiveEndsWithItsTime) {
     const Connection connection = Connected();
     connection.client->SetReceiveTimeout(500);

@@ -27,7 +27,7 @@ public:
     // The bytes must fit into the system's buffer.
     void Send(std::string_view text);
 
-    // Waits for exactly so many bytes, for a minute at most.
+    // Waits for exactly this many bytes, for a minute at most.
     std::string Receive(std::size_t count);
 
     // Nothing more will be sent; receiving goes on.
@@ -46,7 +46,7 @@ private:
 // handle.
 void EndSending(unsigned long long handle);
 
-// Holds so many descriptors open that any new one has a number above their count. The process's
+// Holds that many descriptors open that any new one has a number above their count. The process's
 // limit is raised to the highest that it may have.
 //
 // Windows: as many sockets; the numbers of handles mean nothing there.

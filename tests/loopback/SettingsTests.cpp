@@ -81,7 +81,7 @@ TEST_F(Settings, TheVersionIsReadOnEveryCallWithoutTheLayer) {
 
 const std::string Interfaces =
     "System\\CurrentControlSet\\Services\\Tcpip\\Parameters\\Interfaces\\";
-// Before and behind all names that interfaces have.
+// Before and after all names that interfaces have.
 const std::string FirstInterface = Interfaces + "!";
 const std::string LastInterface = Interfaces + "~";
 

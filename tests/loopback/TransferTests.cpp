@@ -13,7 +13,7 @@ namespace {
 
 class Transfer : public LoopbackTest {};
 
-// A text without period, the same for every sender that starts it anew, and what became of it.
+// A text without period, the same for every sender that starts it again, and what became of it.
 class Stream {
 public:
     std::string Next(std::size_t count) {
@@ -83,7 +83,7 @@ TEST_F(Transfer, SixtyFourMebibytesArriveAsTheyWereSent) {
     EXPECT_TRUE(received == sender.get());
 }
 
-// Sends so many numbered messages, each by one call, and returns their records.
+// Sends that many numbered messages, each by one call, and returns their records.
 Records SendMessages(VelNet::Socket& socket, int count, const std::u16string& endpoints) {
     Records records;
     for (int number = 0; number < count; ++number) {

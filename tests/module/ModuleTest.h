@@ -87,7 +87,7 @@ private:
     std::optional<Module::PatchedImports> imports_;
 };
 
-// The layer is up, and the transcript begins behind that.
+// The layer is up, and the transcript begins after that.
 class LayerTest : public ModuleTest {
 protected:
     void SetUp() override;

@@ -219,7 +219,7 @@ TestADatagramSocketComesFromTheIpv6AddressOnThePeersNetwork() {
   meets beta "${ipv6[alpha]}"
 }
 
-# There is no way from the own machine's inner address to beta.
+# There is no route from the local host's inner address to beta.
 TestAnAddressThatWasBoundIsKeptForEveryPeer() {
   add_host alpha
   add_host beta
@@ -413,7 +413,7 @@ slow_link() {
     skip "no slow link here"
 }
 
-# What the own machine throws away counts as sent, like what is lost on the way: flood_slow_link
+# What the local host drops counts as sent, like what is lost on the way: flood_slow_link
 # FAMILY
 flood_slow_link() {
   local -n hosts=$1

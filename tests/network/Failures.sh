@@ -23,7 +23,7 @@ declare -A error_text=(
   [11004]="Valid name, no data record of requested type"
 )
 
-# failed NUMBER TEXT: with the error's number and text behind it.
+# failed NUMBER TEXT: followed by the error's number and text.
 failed() {
   echo "failed $1 $2, errno = <$1> ${error_text[$1]}"
 }

@@ -1,5 +1,5 @@
 # Prints "FILE:LINE LENGTH" for each function, from the line of its name to that of its closing brace. Reads sources as
-# the formatter leaves them: a blank before the brace of a body, none before that of an initializer.
+# the formatter leaves them: a space before the brace of a body, none before that of an initializer.
 
 # The line without comments and without what stands in quotes.
 function code_of(line) {

@@ -120,7 +120,7 @@ expect_fault CheckScripts.sh 'SC2164'
 put README.md "$(lines 25 'words' | xargs)"
 expect_fault CheckMarkdown.sh 'README.md:1: longer than 120 characters'
 put README.md 'words '
-expect_fault CheckMarkdown.sh 'README.md:1: a blank at the end'
+expect_fault CheckMarkdown.sh 'README.md:1: a space at the end'
 put README.md "| $(lines 25 'words' | xargs) |"
 expect_pass CheckMarkdown.sh
 

@@ -93,7 +93,7 @@ class Answers {
 public:
     explicit Answers(std::string call) : call_(std::move(call)) {}
 
-    // The usual thing, so many times.
+    // The usual result, this many times.
     Self& Passes(int times = 1) {
         for (int time = 0; time < times; ++time)
             Queue({});
@@ -338,7 +338,7 @@ inline BytesAnswers CodePageFromWide() {
 inline PlainAnswers OpenLogFile() {
     return PlainAnswers("OpenLogFile");
 }
-// Returns so many, and that many bytes of the record are in the file.
+// Returns that many, and that many bytes of the record are in the file.
 inline NumberAnswers WriteLogFile() {
     return NumberAnswers("WriteLogFile");
 }

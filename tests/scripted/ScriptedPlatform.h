@@ -40,7 +40,7 @@ using Support::Wide;
 using Support::Widen;
 
 // Forgets everything: events, answers, observers, ledger, registry, log files, the calling thread's
-// last error; handles start at 1001 again and memory is counted anew.
+// last error; handles start at 1001 again and memory is counted from 0.
 void Reset();
 
 // The base of fixtures. A fixture that overrides these calls them: SetUp first, TearDown last.

@@ -20,7 +20,7 @@
 //   getaddrinfo("host", "80", {0, 0, 1, 6})
 //                                        hints: flags, family, type, protocol; the test fails when
 //                                        another is not zero
-//   freeaddrinfo(1)                      the list's number, 0 for what is none
+//   freeaddrinfo(1)                      the list's number, 0 for anything else
 //   getnameinfo(10.0.0.9:4711, 128, 1025, 32, 10)     length as passed, rooms, flags
 //   inet_addr("10.0.0.1")
 //   Sleep(0)   ComputerName()   GetVersionExW(276)   ErrorDescription(10061)

@@ -68,7 +68,7 @@ TEST(Loading, AThousandTimesLeavesNoHandleAndNoThread) {
     ExpectNothingLeftAfterAThousand(LoadAndUnload);
 }
 
-// Wine's ws2_32 leaves its record of the thread behind when it is unloaded, and trips over that
+// Wine's ws2_32 keeps its data of the thread when it is unloaded, and fails because of it
 // when it comes back. So it stays.
 TEST(Loading, AThousandTimesWithUseInBetweenLeavesNoHandleAndNoThread) {
     ASSERT_NE(LoadLibraryA("ws2_32.dll"), nullptr) << GetLastError();

@@ -1,5 +1,5 @@
-// Sixteen threads use sockets that four others close and make anew all the time, under numbers that
-// the system gives out again at once. Each answer is held against a model of what may have
+// Sixteen threads use sockets that four others close and create again all the time, under numbers
+// that the system gives out again at once. Each answer is held against a model of what may have
 // happened.
 #include <gtest/gtest.h>
 
@@ -125,8 +125,8 @@ public:
 private:
     bool IsClosing() const { return storm_.lives[number_].closing; }
 
-    // Only a socket that is being closed ends calls, and only a closed one is none. The number's
-    // next socket may not have been bound yet.
+    // Only a socket that is being closed ends calls, and only a closed one is not a socket. The
+    // number's next socket may not have been bound yet.
     void JudgeFailure(const std::string& call, int error) {
         if (error == 10004) ++storm_.woken;
         const bool mayBe = IsClosing() && (error == 10004 || error == 10038 || error == 10022);

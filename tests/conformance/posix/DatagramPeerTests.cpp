@@ -197,7 +197,7 @@ TEST_F(DatagramPeerSource, IsChosenAnewForAnotherPeerOfIpv6) {
     });
 }
 
-// What bind was given stays whatever the peer is, and when there is none any more.
+// What bind was given stays whatever the peer is, and when it was removed.
 template <typename Address>
 void ExpectToStay(const Address& local, const Address& peer, const Address& nobody) {
     const OwnedSocket socket = NewDatagram(local.family);

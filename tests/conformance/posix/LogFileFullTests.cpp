@@ -19,7 +19,7 @@ protected:
     }
 };
 
-// Files of the process may grow to so many bytes.
+// Files of the process may grow to this many bytes.
 class SizeLimit {
 public:
     explicit SizeLimit(rlim_t bytes) {

@@ -25,7 +25,7 @@ constexpr unsigned char Refused = 5;
 constexpr unsigned char TypeIpv4 = 1;
 constexpr unsigned char TypeIpv6 = 28;
 
-// The name in the question, with a point behind each label.
+// The name in the question, with a dot after each label.
 std::string NameIn(const std::string& query) {
     std::string name;
     std::size_t place = HeaderLength;

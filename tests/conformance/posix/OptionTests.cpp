@@ -31,7 +31,7 @@ TEST_F(OptionOfTheSystem, OfAnotherLevelIsNoneOfTheSocketsWithItsNumber) {
     }
 }
 
-// What joins and leaves groups here goes by other numbers on Windows.
+// What joins and leaves groups here has other numbers on Windows.
 TEST_F(OptionOfTheSystem, OfGroupsIsRefusedUnderItsOwnNumber) {
     const OwnedSocket ipv4 = NewDatagram();
     const OwnedSocket ipv6 = NewDatagram(Winsock::FamilyIpv6);

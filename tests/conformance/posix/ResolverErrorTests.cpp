@@ -21,7 +21,7 @@ struct Row {
     int winsock;
 };
 
-// Numbers of getaddrinfo and getnameinfo; errors of the system behind EAI_SYSTEM.
+// Numbers of getaddrinfo and getnameinfo; errors of the system after EAI_SYSTEM.
 constexpr Row AddressInfoRows[] = {
     {EAI_AGAIN, 11002},  {EAI_BADFLAGS, 10022}, {EAI_FAIL, 11003},    {EAI_FAMILY, 10047},
     {EAI_MEMORY, 8},     {EAI_NODATA, 11004},   {EAI_SERVICE, 10109}, {EAI_SOCKTYPE, 10044},
@@ -31,7 +31,7 @@ constexpr Row AddressInfoRows[] = {
     {ENOENT, 11003},     {EINVAL, 11003},
 };
 
-// Numbers of the resolver; errors of the system behind NETDB_INTERNAL.
+// Numbers of the resolver; errors of the system after NETDB_INTERNAL.
 constexpr Row HostRows[] = {
     {TRY_AGAIN, 11002}, {NO_RECOVERY, 11003}, {NO_DATA, 11004},
     {ENOMEM, 11003},    {EMFILE, 11003},      {EIO, 11003},

@@ -25,7 +25,8 @@ int Number(const OwnedSocket& socket) {
 
 using SelectStorm = Started;
 
-// A wait that began anew with each signal would never end, one that a signal ends would be early.
+// A wait that started again with each signal would never end, one that a signal ends would be
+// early.
 TEST_F(SelectStorm, AThousandSelectsReturnNeitherEarlyNorLate) {
     constexpr int Selects = 1000;
     constexpr Milliseconds Time{4};

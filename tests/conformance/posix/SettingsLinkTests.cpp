@@ -119,7 +119,7 @@ TEST_F(SettingsLinks, MayStandInThePlaceOfTheRoot) {
     std::filesystem::remove_all(place);
 }
 
-// What the kernel answers to the call, for so many times.
+// What the kernel answers to the call, this many times.
 WatchedFileCalls::Watcher Answering(int error, int times) {
     return [error, times](FileCall& call) mutable {
         if (call.name == "openat2" && times-- > 0) call.error = error;

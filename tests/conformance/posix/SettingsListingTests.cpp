@@ -18,7 +18,7 @@ WatchedFileCalls::Watcher Failing(std::string_view name, int number, int error) 
 
 class SettingsListing : public SettingsKeys {
 protected:
-    // The folder's listing fails after so many entries; what came before does not count.
+    // The folder's listing fails after this many entries; what came before does not count.
     template <typename Question>
     void ExpectFailure(int entries, Question question) {
         const WatchedFileCalls watched(Failing("readdir", entries, EIO));

@@ -57,7 +57,7 @@ TEST_F(WaitFaultInConnect, OfADatagramSocketIsToldAndLeavesItWithoutAPeer) {
     }
 }
 
-// The system tells once more of a connect that had failed; the next call acts.
+// The system reports a failed connect again; the next call acts.
 TEST_F(WaitFaultInConnect, OfAnEarlierConnectIsNotTheNextOnes) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket socket = NewStream();

@@ -27,7 +27,7 @@ private:
     int depth_;
 };
 
-// Starts to count memory anew, and what is alive of the memory counted since.
+// Starts to count memory again, and what is alive of the memory counted since.
 void BeginAllocations() noexcept;
 struct Live {
     long long blocks;

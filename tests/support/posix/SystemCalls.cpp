@@ -241,8 +241,8 @@ char* secure_getenv(const char* name) noexcept {
     return Intercept<"secure_getenv", decltype(::secure_getenv)>(SystemCall::Getenv, name);
 }
 
-// The names that fortified code calls, which end the program where the room is less than is asked
-// for. The room stands behind the arguments that count, but before flags and addresses.
+// The names that fortified code calls, which abort if more is asked for than the buffer holds. Its
+// size comes after the usual arguments, but before flags and addresses.
 extern "C" {
 
 ssize_t __recv_chk(int descriptor, void* bytes, size_t count, size_t room, int flags) {

@@ -30,7 +30,7 @@ BOOL WINAPI GetVersion(LPOSVERSIONINFOW version) {
     return System::GetVersionExW(static_cast<System::VersionRecord*>(record)) ? TRUE : FALSE;
 }
 
-// The text in memory that LocalFree takes, a line break behind it as the system has it.
+// The text in memory that LocalFree takes, with a line break at the end, as the system has it.
 DWORD WINAPI FormatMessage(DWORD flags, LPCVOID, DWORD error, DWORD language, LPWSTR place, DWORD,
                            va_list*) {
     EXPECT_EQ(flags,

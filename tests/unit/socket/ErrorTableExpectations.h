@@ -27,8 +27,8 @@ extern const std::array<ExpectedErrorRow, ErrorRowCount> ExpectedErrorTable;
 // The row that a look-up of the number must end at.
 const ExpectedErrorRow& ExpectedRow(int error);
 
-// What a reader must see of a failure text: the ASCII head (label, blank, description), the
-// lead-in, the number as one unit, a blank, the error's text; nothing behind a unit of 0.
+// What a reader must see of a failure text: the ASCII head (label, space, description), the
+// lead-in, the number as one unit, a space, the error's text; nothing after a unit of 0.
 std::u16string ExpectedFailureText(std::string_view head, int error);
 
 }  // namespace FoundationTests

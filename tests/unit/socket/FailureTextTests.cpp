@@ -116,7 +116,7 @@ TEST_F(FailureTexts, ReserveRoomForAllTheirPiecesAtOnce) {
               1);
 }
 
-// How often memory is asked for to compose a text of so many units in all.
+// How often memory is asked for to compose a text of that many units in all.
 std::size_t RequestsForLength(std::size_t length) {
     const std::size_t others = std::u16string_view(u" , errno = \u274D Connection refused").size();
     const auto description = Wide(std::u16string(length - others, u'd'));

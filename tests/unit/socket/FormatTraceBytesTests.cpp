@@ -17,7 +17,7 @@ std::string Format(const std::string& bytes) {
     return FormatTraceBytes(bytes.data(), static_cast<unsigned int>(bytes.size())).c_str();
 }
 
-// Two digits, behind six F from 0x80 on.
+// Two digits, after six F from 0x80 on.
 std::string Expected(unsigned int byte) {
     static constexpr char Digits[] = "0123456789ABCDEF";
     return std::string(byte < 0x80 ? "" : "FFFFFF") + Digits[byte / 16] + Digits[byte % 16];

@@ -120,7 +120,7 @@ void PrintTo(const Record& record, std::ostream* stream);
 Record FailureRecord(std::u16string text);
 
 // Compares all records since the test began, in their order: category, format and arguments with
-// their kinds as expected; the router is "Network", the format stands in double quotes once more,
+// their kinds as expected; the router is "Network", the format appears again in double quotes,
 // and source, function and line are null, null and 0.
 void ExpectRecords(const std::vector<Record>& expected);
 

@@ -144,7 +144,7 @@ TEST_F(StartUpLock, IsFreeAfterEveryWayOut) {
     EXPECT_EQ(g_startUpLock, 0U);
 }
 
-// Runs the work on so many threads, all let go at once.
+// Runs the work on that many threads, all let go at once.
 void RunAtOnce(int count, const std::function<void()>& work) {
     std::atomic<int> waiting = count;
     std::vector<std::thread> threads;
@@ -170,7 +170,7 @@ protected:
     }
 };
 
-// Whether the lines are whole rounds of start-up and shut-down, one behind the other.
+// Whether the lines are whole rounds of start-up and shut-down, one after the other.
 bool AreWholeRounds(const Lines& lines) {
     const Lines round = StartUpLines() + ShutDownLines();
     if (lines.empty() || lines.size() % round.size() != 0) return false;

@@ -20,7 +20,7 @@ inline constexpr char InterfacesPath[] =
 
 using Values = std::vector<std::pair<std::string, std::u16string>>;
 
-// Adds an interface of the newer layout, behind those that are there.
+// Adds an interface of the newer layout, after those that are there.
 void AddInterface(const std::string& name, const Values& values = {});
 // Adds values of the older layout, whose key is there then even without any.
 void AddParameters(const Values& values = {});

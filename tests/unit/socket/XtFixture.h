@@ -60,7 +60,7 @@ struct XtFailure {
     std::string first = {};
     std::string second = {};
 
-    // What stands before ", errno = ", the blank included.
+    // What stands before ", errno = ", the space included.
     std::string Head() const;
     Caught With(int error) const { return FailureOf(Head(), error); }
     Record RecordWith(int error) const { return FailureRecord(With(error).text); }
@@ -102,7 +102,8 @@ Record XtTransferRecordWithData(const std::string& event, int count, const std::
                                 const std::string& localPort, const std::string& remoteHost,
                                 const std::string& remotePort, const std::string& data);
 
-// Addresses of a host as they are resolved and attempted, of which the first so many are refused.
+// Addresses of a host as they are resolved and attempted, of which that many, from the first on,
+// are refused.
 struct AddressSequence {
     std::vector<ListedAddress> addresses;
     Lines texts;  // "10.0.0.1:80, 16" and "[2001:DB8:0:0:0:0:0:2]:80, 28"

@@ -129,7 +129,7 @@ TEST_F(TextConversions, EachMaximalBrokenPartOfUtf8IsOneReplacement) {
         {"\xE2\x82", u"\uFFFD"},
         {"\xF0\x9F\x98", u"\uFFFD"},
         {"\xF0\x9F", u"\uFFFD"},
-        // What stands behind a broken part is kept.
+        // What follows a broken part is kept.
         {"\xC3"
          "A",
          u"\uFFFDA"},

@@ -15,7 +15,7 @@ struct Range {
     char32_t last;
 };
 
-// What a sequence of so many bytes may stand for: what no shorter one can, the surrogates aside.
+// What a sequence of that many bytes may stand for: what no shorter one can, the surrogates aside.
 constexpr Range OfTwo[] = {{0x80, 0x7FF}};
 constexpr Range OfThree[] = {{0x800, 0xD7FF}, {0xE000, 0xFFFF}};
 constexpr Range OfFour[] = {{0x10000, 0x10FFFF}};
@@ -29,7 +29,7 @@ std::size_t LengthAnnouncedBy(unsigned char first) {
     return first >> 3 == 0b11110 ? 4 : 0;
 }
 
-// Whether these bits, with so many bytes of six bits to come, can still become a code point that
+// Whether these bits, with that many bytes of six bits to come, can still become a code point that
 // needs a sequence of that length.
 bool MayBecomeOne(char32_t bits, std::size_t missing, std::size_t length) {
     const Range possible = {bits << 6 * missing, ((bits + 1) << 6 * missing) - 1};
