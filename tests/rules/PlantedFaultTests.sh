@@ -123,6 +123,12 @@ put README.md 'words '
 expect_fault CheckMarkdown.sh 'README.md:1: a space at the end'
 put README.md "| $(lines 25 'words' | xargs) |"
 expect_pass CheckMarkdown.sh
+put README.md 'See [the page](docs/page.md#top).'
+expect_fault CheckMarkdown.sh 'README.md links docs/page.md, which does not exist'
+put README.md 'See `VelBase/Gone.cpp`.'
+expect_fault CheckMarkdown.sh 'README.md names VelBase/Gone.cpp, which does not exist'
+put README.md 'See [itself](README.md#top), [the net](https://example.org) and `VelBase/Text.cpp`.'
+expect_pass CheckMarkdown.sh
 
 put tests/unit/Cat.h 'TEST(Cat, Purrs) {}'
 expect_fault CheckTestNames.sh 'tests/unit/Cat.h: has tests, so its name must end in Tests.cpp'
