@@ -19,7 +19,7 @@ namespace {
 constexpr int Backlog = 2;
 
 // Required (Accept.NothingPendingIsAnEmptyResultWithoutALog): the number of "would block" on other
-// systems, accepted beside Winsock's own, by Accept alone.
+// systems, accepted in addition to Winsock's own, by Accept alone.
 constexpr int ErrorTryAgain = 11;
 
 // The stored addresses of a socket, formatted once for all records of a call.

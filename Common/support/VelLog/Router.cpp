@@ -77,8 +77,8 @@ void SwitchedRouter::UpdateAll() noexcept {
         router->Update();
 }
 
-// Without a sink nothing is enabled, whatever the host has asked for: log sites then make nothing
-// that nobody would read.
+// Without a sink no router is on, whatever the host has set: log sites then format nothing that
+// nobody would read.
 void SwitchedRouter::Update() noexcept {
     const Switch* const known = FindSwitch(Name(), Category());
     SetFlag(g_isSinkSet && known != nullptr && known->enabled);

@@ -1,10 +1,10 @@
-// What the routers are told besides the host's switches.
+// What decides about the routers in addition to the host's switches.
 #pragma once
 
 namespace VelLog {
 
-// Whether there is a sink from now on. Called under the lock of the sink, so that the routers hear
-// of changes in their order.
+// Informs the routers whether a sink is set from now on. Called under the sink's lock, so that they
+// learn of changes in order.
 void TellRoutersOfSink(bool isSet) noexcept;
 
 }  // namespace VelLog

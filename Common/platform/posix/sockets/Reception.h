@@ -1,5 +1,5 @@
-// What a datagram socket receives beside datagrams for the address that it is bound to. Exists only
-// for sockets that need it.
+// What a datagram socket receives in addition to datagrams for the address that it is bound to.
+// Exists only for sockets that need it.
 #pragma once
 
 #include "Platform/System.h"

@@ -32,8 +32,8 @@ int DescriptorOf(System::LogFile file) noexcept {
     return static_cast<int>(file);
 }
 
-// A regular file raises a signal at a limit of file sizes alone. That is asked for each time: it
-// may come and go while the file is open.
+// A write to a regular file raises a signal only at a limit of file sizes (RLIMIT_FSIZE). The limit
+// is read each time, since it may change while the file is open.
 bool MayRaiseSignal(System::LogFile file) noexcept {
     rlimit limit = {};
     return (file & RegularFile) == 0 || ::getrlimit(RLIMIT_FSIZE, &limit) != 0 ||
