@@ -34,17 +34,16 @@ addrinfo SystemHints(const Winsock::AddressInfo& hints) noexcept {
     const bool datagrams =
         hints.type == Winsock::TypeDatagram || hints.protocol == Winsock::ProtocolUdp;
     addrinfo result = {};
-    result.ai_family = hints.family == Winsock::FamilyIpv6   ? AF_INET6
-                       : hints.family == Winsock::FamilyIpv4 ? AF_INET
-                                                             : AF_UNSPEC;
+    const AddressFamily* const family = FamilyFromWinsock(hints.family);
+    result.ai_family = family != nullptr ? family->kernel : AF_UNSPEC;
     result.ai_socktype = datagrams ? SOCK_DGRAM : SOCK_STREAM;
     return result;
 }
 
 int HintsError(const Winsock::AddressInfo& hints) noexcept {
     if (hints.flags != 0) return WinsockError::Invalid;
-    const bool family = hints.family == Winsock::FamilyUnspecified ||
-                        hints.family == Winsock::FamilyIpv4 || hints.family == Winsock::FamilyIpv6;
+    const bool family =
+        hints.family == Winsock::FamilyUnspecified || FamilyFromWinsock(hints.family) != nullptr;
     if (!family) return WinsockError::AddressFamilyNotSupported;
     const bool type =
         hints.type == 0 || hints.type == Winsock::TypeStream || hints.type == Winsock::TypeDatagram;

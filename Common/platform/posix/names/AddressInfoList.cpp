@@ -19,19 +19,17 @@ Entry& EntryOf(Winsock::AddressInfo* info) noexcept {
 }
 
 std::unique_ptr<Entry> NewEntry(const Winsock::AddressInfo& hints, const KernelAddress& address) {
-    const bool ipv6 = address.any.sa_family == AF_INET6;
-    const unsigned short family = ipv6 ? Winsock::FamilyIpv6 : Winsock::FamilyIpv4;
+    const AddressFamily& family = FamilyOf(address);
     auto entry = std::make_unique<Entry>();
     entry->info = {.flags = 0,
-                   .family = family,
+                   .family = family.winsock,
                    .type = hints.type,
                    .protocol = hints.protocol,
-                   .addressLength = ipv6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in),
+                   .addressLength = family.addressLength,
                    .canonicalName = nullptr,
                    .address = entry->address,
                    .next = nullptr};
-    std::memcpy(entry->address, &address, entry->info.addressLength);
-    std::memcpy(entry->address, &family, sizeof family);
+    WinsockFromKernel(family, address, entry->address);
     return entry;
 }
 

@@ -1,7 +1,8 @@
 #include "names/HostEntryStorage.h"
 
+#include "sockets/AddressFamily.h"
+
 #include <pthread.h>
-#include <sys/socket.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -62,10 +63,10 @@ HostEntryStorage* HostEntryOfThread(std::size_t room) noexcept {
 }
 
 Winsock::HostEntry* FillFromHost(HostEntryStorage& block, const hostent& host) noexcept {
-    const bool ipv6 = host.h_addrtype == AF_INET6;
+    const AddressFamily& family = IpFamily(host.h_addrtype == AF_INET6);
     block.entry = {.name = host.h_name,
                    .aliases = host.h_aliases,
-                   .addressType = ipv6 ? short{Winsock::FamilyIpv6} : short{Winsock::FamilyIpv4},
+                   .addressType = static_cast<short>(family.winsock),
                    .addressLength = static_cast<short>(host.h_length),
                    .addresses = host.h_addr_list};
     return &block.entry;

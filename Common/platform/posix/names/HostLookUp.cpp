@@ -14,6 +14,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -126,19 +127,16 @@ Winsock::HostEntry* HostOrNone(const char* name) try {
     return FailLookUp(WinsockError::NoRecovery);
 }
 
-int AddressQueryError(const char* address, int length, int family) {
-    const bool ipv6 = family == Winsock::FamilyIpv6;
-    if (!ipv6 && family != Winsock::FamilyIpv4) return WinsockError::AddressFamilyNotSupported;
-    const int needed = ipv6 ? sizeof(in6_addr) : sizeof(in_addr);
-    return address == nullptr || length < needed ? WinsockError::Fault : 0;
+int AddressQueryError(const char* address, int length, const AddressFamily* family) {
+    if (family == nullptr) return WinsockError::AddressFamilyNotSupported;
+    const bool whole = address != nullptr && std::cmp_greater_equal(length, family->hostLength);
+    return whole ? 0 : WinsockError::Fault;
 }
 
-Winsock::HostEntry* LookUpAddress(const char* address, bool ipv6) {
-    const socklen_t length = ipv6 ? sizeof(in6_addr) : sizeof(in_addr);
-    const int family = ipv6 ? AF_INET6 : AF_INET;
+Winsock::HostEntry* LookUpAddress(const char* address, const AddressFamily& family) {
     return LookUp([=](hostent& host, HostEntryStorage& block, hostent*& found, int& error) {
-        return ::gethostbyaddr_r(address, length, family, &host, block.Room(), block.room, &found,
-                                 &error);
+        return ::gethostbyaddr_r(address, family.hostLength, family.kernel, &host, block.Room(),
+                                 block.room, &found, &error);
     });
 }
 
@@ -151,8 +149,9 @@ Winsock::HostEntry* Winsock::gethostbyname(const char* name) {
 
 Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int family) {
     if (!RequireStarted()) return nullptr;
-    if (const int error = AddressQueryError(address, length, family)) return FailLookUp(error);
-    HostEntry* entry = LookUpAddress(address, family == FamilyIpv6);
+    const AddressFamily* const known = FamilyFromWinsock(family);
+    if (const int error = AddressQueryError(address, length, known)) return FailLookUp(error);
+    HostEntry* entry = LookUpAddress(address, *known);
     // An address without a name is "no data", not "host not found".
     if (entry == nullptr && lastError == WinsockError::HostNotFound) Fail(WinsockError::NoData);
     return entry;

@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 
 namespace Posix {
@@ -44,10 +43,7 @@ bool IsLoopback(const ifaddrs& interface) noexcept {
 
 void AppendAddress(const ifaddrs& interface, int family, std::vector<KernelAddress>& addresses) {
     if (interface.ifa_addr == nullptr || interface.ifa_addr->sa_family != family) return;
-    KernelAddress address = {};
-    const bool ipv6 = family == AF_INET6;
-    std::memcpy(&address, interface.ifa_addr, ipv6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in));
-    addresses.push_back(address);
+    addresses.push_back(CopyAddress(interface.ifa_addr));
 }
 
 void AppendAddresses(const ifaddrs* first, int family, bool loopback,

@@ -35,32 +35,14 @@ int FlagsError(int flags) noexcept {
     return (flags & ~known) != 0 ? WinsockError::Invalid : 0;
 }
 
-socklen_t LengthOf(const KernelAddress& address) noexcept {
-    return address.any.sa_family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
-}
-
-int ReadAddress(const void* source, int length, KernelAddress& address) noexcept {
-    unsigned short family = 0;
-    if (source == nullptr || length < int{sizeof family}) return WinsockError::Fault;
-    std::memcpy(&family, source, sizeof family);
-    const bool ipv6 = family == Winsock::FamilyIpv6;
-    if (!ipv6 && family != Winsock::FamilyIpv4) return WinsockError::AddressFamilyNotSupported;
-    address.any.sa_family = ipv6 ? AF_INET6 : AF_INET;
-    const socklen_t needed = LengthOf(address);
-    if (length < static_cast<int>(needed)) return WinsockError::Fault;
-    std::memcpy(&address, source, needed);
-    address.any.sa_family = ipv6 ? AF_INET6 : AF_INET;
-    return 0;
-}
-
 // Returns the host's name, or the numeric address if there is none.
 int WriteHost(const KernelAddress& address, int flags, const TextRoom& room) {
     if (!room.IsWanted()) return 0;
     int error = WinsockError::HostNotFound;
     if ((flags & Winsock::NumericHost) == 0) {
         error = Ask([&] {
-            return ::getnameinfo(&address.any, LengthOf(address), room.text, room.size, nullptr, 0,
-                                 NI_NAMEREQD);
+            return ::getnameinfo(&address.any, FamilyOf(address).addressLength, room.text,
+                                 room.size, nullptr, 0, NI_NAMEREQD);
         });
     }
     if (error != WinsockError::HostNotFound) return error;
@@ -74,8 +56,8 @@ int WriteService(const KernelAddress& address, int flags, const TextRoom& room) 
     }
     const int datagrams = (flags & Winsock::DatagramService) != 0 ? NI_DGRAM : 0;
     return Ask([&] {
-        return ::getnameinfo(&address.any, LengthOf(address), nullptr, 0, room.text, room.size,
-                             datagrams);
+        return ::getnameinfo(&address.any, FamilyOf(address).addressLength, nullptr, 0, room.text,
+                             room.size, datagrams);
     });
 }
 
@@ -83,7 +65,7 @@ int WriteTexts(const void* source, int length, const TextRoom& host, const TextR
                int flags) {
     if (!IsStarted()) return WinsockError::NotStarted;
     KernelAddress address = {};
-    if (const int error = ReadAddress(source, length, address)) return error;
+    if (const int error = KernelFromWinsock(source, length, address)) return error;
     if (const int error = FlagsError(flags)) return error;
     if (!host.IsWanted() && !service.IsWanted()) return WinsockError::HostNotFound;
     const int error = WriteHost(address, flags, host);

@@ -2,8 +2,6 @@
 
 #include "names/ResolverErrors.h"
 
-#include <cstring>
-
 namespace Posix {
 
 int FindSystemAddresses(const char* host, const char* service, const addrinfo& hints,
@@ -17,10 +15,7 @@ int FindSystemAddresses(const char* host, const char* service, const addrinfo& h
 }
 
 KernelAddress AddressOf(const addrinfo& info) noexcept {
-    KernelAddress address = {};
-    const bool ipv6 = info.ai_family == AF_INET6;
-    std::memcpy(&address, info.ai_addr, ipv6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in));
-    return address;
+    return CopyAddress(info.ai_addr);
 }
 
 }  // namespace Posix

@@ -115,8 +115,7 @@ bool Filter(const AuxiliarySocket& auxiliary, const KernelAddress* peer) {
 
 bool BindTo(const AuxiliarySocket& auxiliary, std::uint16_t port) {
     const KernelAddress address = WithPort(auxiliary.destination.address, port);
-    const bool ipv6 = address.any.sa_family == AF_INET6;
-    const socklen_t length = ipv6 ? sizeof address.ipv6 : sizeof address.ipv4;
+    const socklen_t length = FamilyOf(address).addressLength;
     return ::bind(auxiliary.descriptor.Number(), &address.any, length) == 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
+#include "sockets/AddressFamily.h"
 #include "sockets/SocketTable.h"
 #include "sockets/StartUp.h"
 #include "system/Descriptors.h"
@@ -30,9 +31,7 @@ int CreationError(int family, int type, int protocol) {
     if (type != Winsock::TypeStream && type != Winsock::TypeDatagram) {
         return WinsockError::SocketTypeNotSupported;
     }
-    if (family != Winsock::FamilyIpv4 && family != Winsock::FamilyIpv6) {
-        return WinsockError::AddressFamilyNotSupported;
-    }
+    if (FamilyFromWinsock(family) == nullptr) return WinsockError::AddressFamilyNotSupported;
     const bool fits = protocol == 0 || protocol == ProtocolOfType(type);
     return fits ? 0 : WinsockError::ProtocolNotSupported;
 }
@@ -75,8 +74,8 @@ bool GiveDefaults(int descriptor, bool ipv6, bool datagram) {
 }  // namespace
 
 int Posix::MakeDescriptor(bool ipv6, bool datagram) {
-    Descriptor made(::socket(ipv6 ? AF_INET6 : AF_INET,
-                             (datagram ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0));
+    Descriptor made(
+        ::socket(IpFamily(ipv6).kernel, (datagram ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0));
     if (!made || !GiveDefaults(made.Number(), ipv6, datagram)) return -1;
     return made.Take();
 }

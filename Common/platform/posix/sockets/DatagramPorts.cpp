@@ -29,7 +29,7 @@ bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept {
 bool HavePort(const Socket& socket) noexcept {
     if (socket.Has(Flag::Bound)) return true;
     KernelAddress any = {};
-    any.any.sa_family = socket.Has(Flag::Ipv6) ? AF_INET6 : AF_INET;
+    any.any.sa_family = FamilyOf(socket).kernel;
     if (!BindDatagram(socket, any) && errno != EINVAL) return false;
     socket.entry->Set(Flag::Bound);
     return true;

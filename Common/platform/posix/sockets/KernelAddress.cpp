@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 namespace Posix {
 
@@ -21,37 +22,62 @@ static_assert(sizeof(sa_family_t) == sizeof(unsigned short));
 
 namespace {
 
-unsigned short WinsockFamily(const Socket& socket) noexcept {
-    return socket.Has(Flag::Ipv6) ? Winsock::FamilyIpv6 : Winsock::FamilyIpv4;
+unsigned short FamilyNumber(const void* address) noexcept {
+    unsigned short number = 0;
+    std::memcpy(&number, address, sizeof number);
+    return number;
+}
+
+void CopyFromWinsock(const AddressFamily& family, const void* address,
+                     KernelAddress& result) noexcept {
+    std::memcpy(&result, address, family.addressLength);
+    result.any.sa_family = family.kernel;
 }
 
 }  // namespace
 
-int AddressLength(const Socket& socket) noexcept {
-    return socket.Has(Flag::Ipv6) ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
-}
-
 int KernelFromWinsock(const Socket& socket, const void* address, int length,
                       KernelAddress& result) noexcept {
-    if (address == nullptr || length < AddressLength(socket)) return WinsockError::Fault;
-    unsigned short family = 0;
-    std::memcpy(&family, address, sizeof family);
-    if (family != WinsockFamily(socket)) return WinsockError::AddressFamilyNotSupported;
-    std::memcpy(&result, address, static_cast<std::size_t>(AddressLength(socket)));
-    result.any.sa_family = socket.Has(Flag::Ipv6) ? AF_INET6 : AF_INET;
+    const AddressFamily& family = FamilyOf(socket);
+    if (address == nullptr || std::cmp_less(length, family.addressLength)) {
+        return WinsockError::Fault;
+    }
+    if (FamilyNumber(address) != family.winsock) return WinsockError::AddressFamilyNotSupported;
+    CopyFromWinsock(family, address, result);
+    return 0;
+}
+
+int KernelFromWinsock(const void* address, int length, KernelAddress& result) noexcept {
+    if (address == nullptr || length < int{sizeof(unsigned short)}) return WinsockError::Fault;
+    const AddressFamily* const family = FamilyFromWinsock(FamilyNumber(address));
+    if (family == nullptr) return WinsockError::AddressFamilyNotSupported;
+    if (std::cmp_less(length, family->addressLength)) return WinsockError::Fault;
+    CopyFromWinsock(*family, address, result);
     return 0;
 }
 
 bool HasRoomForAddress(const Socket& socket, const void* address, const int* length) noexcept {
-    return address != nullptr && length != nullptr && *length >= AddressLength(socket);
+    return address != nullptr && length != nullptr &&
+           std::cmp_greater_equal(*length, FamilyOf(socket).addressLength);
 }
 
 void WinsockFromKernel(const Socket& socket, const KernelAddress& source, void* address,
                        int* length) noexcept {
-    const unsigned short family = WinsockFamily(socket);
-    std::memcpy(address, &source, static_cast<std::size_t>(AddressLength(socket)));
-    std::memcpy(address, &family, sizeof family);
-    *length = AddressLength(socket);
+    const AddressFamily& family = FamilyOf(socket);
+    WinsockFromKernel(family, source, address);
+    *length = static_cast<int>(family.addressLength);
+}
+
+void WinsockFromKernel(const AddressFamily& family, const KernelAddress& source,
+                       void* address) noexcept {
+    std::memcpy(address, &source, family.addressLength);
+    std::memcpy(address, &family.winsock, sizeof family.winsock);
+}
+
+KernelAddress CopyAddress(const sockaddr* source) noexcept {
+    KernelAddress address = {};
+    std::memcpy(&address, source, IpFamily(source->sa_family == AF_INET6).addressLength);
+    return address;
 }
 
 bool IsWildcard(const KernelAddress& address) noexcept {
@@ -89,18 +115,16 @@ bool PeerAddress(const Socket& socket, KernelAddress& address) noexcept {
 }
 
 bool IntendedPeer(const Socket& socket, KernelAddress& address) noexcept {
-    auto length = static_cast<socklen_t>(AddressLength(socket));
+    socklen_t length = FamilyOf(socket).addressLength;
     return ::getsockopt(socket.descriptor, SOL_SOCKET, SO_PEERNAME, &address.any, &length) == 0;
 }
 
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept {
-    const auto length = static_cast<socklen_t>(AddressLength(socket));
-    return ::bind(socket.descriptor, &address.any, length) == 0;
+    return ::bind(socket.descriptor, &address.any, FamilyOf(socket).addressLength) == 0;
 }
 
 bool ConnectTo(const Socket& socket, const KernelAddress& peer) {
-    const auto length = static_cast<socklen_t>(AddressLength(socket));
-    return ::connect(socket.descriptor, &peer.any, length) == 0;
+    return ::connect(socket.descriptor, &peer.any, FamilyOf(socket).addressLength) == 0;
 }
 
 bool ConnectToNobody(const Socket& socket) {

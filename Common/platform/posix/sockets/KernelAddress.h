@@ -2,6 +2,7 @@
 // numbers of the families.
 #pragma once
 
+#include "sockets/AddressFamily.h"
 #include "sockets/SocketTable.h"
 
 #include <netinet/in.h>
@@ -16,12 +17,18 @@ union KernelAddress {
     sockaddr_in6 ipv6;
 };
 
-// Returns the length of addresses of the socket's family, the same in the kernel and Winsock.
-int AddressLength(const Socket& socket) noexcept;
+inline const AddressFamily& FamilyOf(const Socket& socket) noexcept {
+    return IpFamily(socket.Has(Flag::Ipv6));
+}
+inline const AddressFamily& FamilyOf(const KernelAddress& address) noexcept {
+    return IpFamily(address.any.sa_family == AF_INET6);
+}
 
-// Converts an address that the caller passes for the socket; returns a Winsock error or 0.
+// Convert an address that the caller passes, in the first case for the socket; return a Winsock
+// error or 0.
 int KernelFromWinsock(const Socket& socket, const void* address, int length,
                       KernelAddress& result) noexcept;
+int KernelFromWinsock(const void* address, int length, KernelAddress& result) noexcept;
 
 // Whether the caller's buffer holds an address of the socket's family.
 bool HasRoomForAddress(const Socket& socket, const void* address, const int* length) noexcept;
@@ -29,6 +36,13 @@ bool HasRoomForAddress(const Socket& socket, const void* address, const int* len
 // Writes an address of the socket's family to the caller's buffer, which must be large enough.
 void WinsockFromKernel(const Socket& socket, const KernelAddress& source, void* address,
                        int* length) noexcept;
+
+// Writes an address of the family with Winsock's number of it.
+void WinsockFromKernel(const AddressFamily& family, const KernelAddress& source,
+                       void* address) noexcept;
+
+// Copies an IPv4 or IPv6 address that the system reports.
+KernelAddress CopyAddress(const sockaddr* source) noexcept;
 
 bool IsWildcard(const KernelAddress& address) noexcept;
 std::uint16_t PortOf(const KernelAddress& address) noexcept;

@@ -98,7 +98,7 @@ void ConcludeUnfinished(const Socket& socket) {
 // datagram socket sends nothing, but looks for a route and a local address.
 int ObstacleHere(const Socket& socket, const KernelAddress& peer) {
     const Descriptor probe(::socket(peer.any.sa_family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    const auto length = static_cast<socklen_t>(AddressLength(socket));
+    const socklen_t length = FamilyOf(socket).addressLength;
     return ::connect(probe.Number(), &peer.any, length) == 0 ? 0 : errno;
 }
 

@@ -50,7 +50,7 @@ int FinishFailedSend(const Socket& socket, int length) {
 // New reports may arrive while others are collected, so the attempts are limited.
 int SendToKernel(const Socket& socket, const char* buffer, int length, const KernelAddress* peer) {
     constexpr int MostReports = 16;
-    const auto peerLength = static_cast<socklen_t>(AddressLength(socket));
+    const socklen_t peerLength = FamilyOf(socket).addressLength;
     TransferDeadline deadline(socket, Sending);
     const auto attempt = [&](int attemptFlags) {
         return ::sendto(socket.descriptor, buffer, Size(length), MSG_NOSIGNAL | attemptFlags,
