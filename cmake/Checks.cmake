@@ -4,14 +4,14 @@ find_program(RUN_CLANG_TIDY run-clang-tidy)
 find_program(GCOVR gcovr)
 cmake_host_system_information(RESULT processors QUERY NUMBER_OF_LOGICAL_CORES)
 
-# The tests are held to the compilers' warnings alone: examining them would take longer than all else.
+# The tests are only checked by the compilers' warnings: examining them would take longer than everything else.
 add_custom_target(tidy
   COMMAND ${RUN_CLANG_TIDY} -quiet -j ${processors} -p ${PROJECT_BINARY_DIR}
           "^${PROJECT_SOURCE_DIR}/(Common|tools|bench|examples)/"
   USES_TERMINAL
   VERBATIM)
 
-# What the tests that have run so far have reached. A branch that only an exception of a called function
+# What the tests have covered so far. A branch that only an exception of a called function
 # takes is left out: there is one after nearly every call.
 add_custom_target(coverage_report
   COMMAND ${GCOVR} --root ${PROJECT_SOURCE_DIR} --filter ${PROJECT_SOURCE_DIR}/Common/

@@ -2,7 +2,7 @@
 
 add_library(velsock_compiler INTERFACE)
 if(MSVC)
-  # Written from the compiler's documentation; no build with it has been tried.
+  # Written from the compiler's documentation; not tried with the compiler.
   target_compile_options(velsock_compiler INTERFACE
     /W4 /WX /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor)
 else()

@@ -1,4 +1,4 @@
-# The test framework: the system's own, or, for another system, made from its sources.
+# The test framework: the system's own or, for another system, built from its sources.
 set(VELSOCK_GOOGLETEST_SOURCES /usr/src/googletest CACHE PATH
     "Sources of googletest, for builds for another system")
 
@@ -10,7 +10,7 @@ else()
 endif()
 include(GoogleTest)
 
-# Lists the program's tests with CTest. What is built for another system is run there program by program,
+# Lists the program's tests with CTest. Programs for another system are each run as a whole there,
 # since each start costs seconds.
 function(velsock_list_tests name prefix)
   if(CMAKE_CROSSCOMPILING)

@@ -1,4 +1,4 @@
-# The implementation of the seam that belongs to the system at hand, and how the module is linked there.
+# The implementation of the seam for the target system, and how the module is linked there.
 if(WIN32)
   include(${CMAKE_CURRENT_LIST_DIR}/windows/Sources.cmake)
 else()

@@ -1,5 +1,5 @@
 # The support layer. The services are what the socket layer brings up and logs through; tests put a
-# recording stand-in in their place.
+# recording substitute in their place.
 set(VELSOCK_SUPPORT_BASE_SOURCES
   support/VelBase/ExceptionImpl.cpp
   support/VelBase/LengthLimit.cpp

@@ -1,4 +1,4 @@
-# The ground floor: what the support layer and the systems' own sources both do with texts.
+# The ground floor: what the support layer and the systems' floors both do with strings.
 set(VELSOCK_TEXT_SOURCES
   text/CodePoints.cpp
   text/Utf8.cpp)

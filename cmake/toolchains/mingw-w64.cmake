@@ -1,4 +1,4 @@
-# Windows programs built on another system. The compiler's variant with POSIX threads is the one whose
+# Builds Windows programs on another system. The compiler's variant with POSIX threads is the one whose
 # standard library has std::thread.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

@@ -1,4 +1,4 @@
-# The C++ runtime that module and hosts share lies beside them: with mingw-w64 it is no part of Windows.
+# The C++ runtime that module and hosts share is shipped with them: with mingw-w64 it is not a part of Windows.
 if(MINGW)
   foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(

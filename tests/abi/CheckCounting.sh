@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Reference counts are plain integers in the built code, too: to take or drop a reference makes no interlocked
-# instruction, and nobody is called who could make one.
+# instruction, and does not call anything that could make one.
 # usage: CheckCounting.sh OBJDUMP MODULE
 set -euo pipefail
 
@@ -13,13 +13,13 @@ fail() {
   exit 1
 }
 
-# The function's instructions, one a line.
+# The function's instructions, one per line.
 code_of() {
   "$objdump" --disassemble="$class$1" --no-show-raw-insn "$module" |
     sed -nE 's/^ *[0-9a-f]+:[[:space:]]+//p'
 }
 
-# Exchanging with memory locks by itself.
+# xchg with memory locks implicitly.
 interlocked='^(lock|xacquire|xrelease|xadd|cmpxchg|xchg.*\()|mfence'
 
 add_ref=$(code_of 6AddRefEv)

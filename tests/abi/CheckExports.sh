@@ -16,7 +16,7 @@ if ! difference=$(diff <(grep -v '^#' "$list" | grep -v '^$' | LC_ALL=C sort -u)
   exit 1
 fi
 
-# A wide text in an exported signature is unsigned short; wchar_t and char16_t are 'w' and 'Ds'.
+# A wide string in an exported signature is unsigned short; wchar_t and char16_t are 'w' and 'Ds'.
 if nm --dynamic --defined-only --demangle "$module" | grep -E 'wchar_t|char16_t|std::'; then
   echo "These exported names carry a type that must not cross the boundary."
   exit 1

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Compiles every public header in every way that a client may meet it, without producing code.
+# Compiles every public header in every way that a client may include it, without producing code.
 # usage: CheckHeaders.sh COMPILER SYSTEM INCLUDE_FOLDER...
-# SYSTEM is the one that is compiled for, as CMake names it.
+# SYSTEM is the target system, as CMake names it.
 set -euo pipefail
 
 compiler=$1
@@ -30,7 +30,7 @@ hostile_macros='#define min(a, b) ((a) < (b) ? (a) : (b))
 #define linux 1
 #define GetMessage GetMessageW
 #define GetComputerName GetComputerNameW'
-# Macros of the systems that the headers know of and get along with.
+# Macros of the systems that the headers are prepared for.
 known_macros='GetMessage'
 system_headers='#include <arpa/inet.h>
 #include <net/if.h>

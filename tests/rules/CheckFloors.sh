@@ -22,19 +22,19 @@ is_public() {
   return 1
 }
 
-# The C++ standard library's headers have neither a folder nor an ending.
+# The C++ standard library's headers have neither a folder nor an extension.
 is_standard() { [[ $1 != */* && $1 != *.* ]]; }
 is_neighbour() { [[ $2 != */* && (-e $(dirname "$1")/$2 || ($1 == tools/* && -e tools/common/$2)) ]]; }
 is_of_system() { [[ $1 != */* || $1 =~ ^(arpa|linux|net|netinet|sys)/ ]]; }
 is_of_test_framework() { [[ $1 == gtest/* || $1 == gmock/* ]]; }
 
-# Where the system is spoken to itself: the platform floor, and what tests and tools need past the library.
+# Which sources use the system itself: the platform floor, and what tests and tools need besides the library.
 knows_system() {
   [[ $1 != Common/* || $1 =~ ^Common/platform/(posix|windows)/ ]] &&
     [[ $1 =~ /(posix|windows)/ || $1 =~ ^(bench|tools/demo|tests/loopback/platform)/ ]]
 }
 
-# The rooms of the POSIX floor, and which of them each may include beside itself.
+# The rooms of the POSIX floor, and which others each may include.
 posix_room_may_include() {
   local room=${1#Common/platform/posix/} below
   room=${room%%/*}
@@ -48,7 +48,7 @@ posix_room_may_include() {
   [[ " $room $below " == *" ${2%%/*} "* ]]
 }
 
-# The same of the support floor.
+# The same for the support floor.
 support_room_may_include() {
   local room=${1#Common/support/} below
   room=${room#include/}

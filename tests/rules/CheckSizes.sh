@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Holds sources, headers and functions to the lengths that CONTRIBUTING.md names. A test may be longer than what it
-# tests, since its table of cases stands in it; a help text is as long as it has to be.
+# tests, since it contains its table of cases; a help text is as long as it has to be.
 # usage: CheckSizes.sh PROJECT_FOLDER
 set -euo pipefail
 

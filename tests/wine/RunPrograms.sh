@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the test programs of a Windows build under Wine, each in one process, since each start costs seconds.
-# Leaves a file of results for each in BUILD_FOLDER/test-results, and what the calls answered in answers.tsv
-# there; fails if a test failed or a program did not come to its end.
+# Leaves a file of results for each in BUILD_FOLDER/test-results, and the calls' results in answers.tsv
+# there; fails if a test failed or a program did not finish.
 # usage: RunPrograms.sh BUILD_FOLDER [PROGRAM...]
 set -euo pipefail
 
@@ -11,7 +11,7 @@ export results=$build/test-results
 export patience=600 # seconds for a program
 
 export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=-all
-# Without these Wine would offer to download parts that nothing here needs.
+# Without these, Wine would offer to download parts that nothing here needs.
 export WINEDLLOVERRIDES="mscoree=;mshtml="
 export VELSOCK_ANSWERS=../test-results/answers.tsv
 unset DISPLAY
@@ -30,7 +30,7 @@ in_own_network() {
   if [ "$(id -u)" = 0 ]; then unshare --net "$@"; else unshare --net --map-root-user "$@"; fi
 }
 
-# Wine makes its sockets in its server, so each network has a server and a folder of its own.
+# Wine creates sockets in its server, so each network has its own server and folder.
 in_network_with_groups() {
   # shellcheck disable=SC2016  # for the inner shell
   WINEPREFIX=$WINEPREFIX-network in_own_network sh -c '
@@ -56,7 +56,7 @@ start() {
   fi
 }
 
-# run PROGRAM: shows its output when it has ended. One that broke off counts as a failed test.
+# run PROGRAM: shows its output when it has ended. One that was aborted counts as a failed test.
 run() {
   local program=$1 status=0
   start "$program" </dev/null >"$results/$program.log" 2>&1 || status=$?

@@ -69,7 +69,7 @@ function(velsock_finish_module module)
   set(exports ${CMAKE_CURRENT_SOURCE_DIR}/platform/posix/exports.map)
   target_link_options(${module} PRIVATE -Wl,-z,now -Wl,--version-script=${exports})
   if(NOT VELSOCK_SANITIZE)
-    # clang++ puts what the sanitizers' checks call into the program alone.
+    # clang++ links the sanitizers' run-time library only into programs.
     target_link_options(${module} PRIVATE -Wl,-z,defs)
   endif()
   set_property(TARGET ${module} APPEND PROPERTY LINK_DEPENDS ${exports})

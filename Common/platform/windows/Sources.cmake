@@ -1,4 +1,4 @@
-# The seam over the system that it is modelled on.
+# The seam on the system that it is modelled on.
 set(VELSOCK_PLATFORM_SOURCES
   platform/windows/Locks.cpp
   platform/windows/LogFile.cpp
@@ -10,7 +10,7 @@ set(VELSOCK_PLATFORM_SOURCES
 set(VELSOCK_PLATFORM_DEFINITIONS _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX _WINSOCK_DEPRECATED_NO_WARNINGS)
 set(VELSOCK_PLATFORM_LIBRARIES ws2_32 advapi32)
 
-# The version resource tells the file's name and the library's version to whoever looks at the file.
+# The version resource shows the file's name and the library's version.
 function(velsock_finish_module module)
   configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/Version.rc.in
                  ${CMAKE_CURRENT_BINARY_DIR}/Version.rc @ONLY)
