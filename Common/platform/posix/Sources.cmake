@@ -15,6 +15,7 @@ set(VELSOCK_PLATFORM_SOURCES
   platform/posix/sockets/Connection.cpp
   platform/posix/sockets/Creation.cpp
   platform/posix/sockets/DatagramFilter.cpp
+  platform/posix/sockets/DatagramLosses.cpp
   platform/posix/sockets/DatagramPeer.cpp
   platform/posix/sockets/DatagramPorts.cpp
   platform/posix/sockets/EndpointAddresses.cpp

@@ -1,5 +1,6 @@
 #include "sockets/ErrorQueue.h"
 
+#include "sockets/DatagramLosses.h"
 #include "system/Descriptors.h"
 
 #include <linux/errqueue.h>
@@ -63,7 +64,7 @@ bool CollectReport(const Socket& socket) {
     message.msg_controllen = sizeof room.bytes;
     const int flags = MSG_ERRQUEUE | MSG_DONTWAIT;
     if (::recvmsg(socket.descriptor, &message, flags) < 0) return false;
-    if (const auto loss = LossFrom(message)) socket.entry->AddLoss(*loss);
+    if (const auto loss = LossFrom(message)) AddLoss(socket, *loss);
     return true;
 }
 
@@ -97,12 +98,12 @@ bool CollectReports(const Socket& socket) {
 }
 
 void CollectTold(const Socket& socket) {
-    if (!CollectReports(socket)) socket.entry->AddLoss(Loss::Unreachable);
+    if (!CollectReports(socket)) AddLoss(socket, Loss::Unreachable);
 }
 
 void CollectAnnounced(const Socket& socket) {
     if (CollectReports(socket)) return;
-    if (MayBeReport(TakePendingError(socket.descriptor))) socket.entry->AddLoss(Loss::Unreachable);
+    if (MayBeReport(TakePendingError(socket.descriptor))) AddLoss(socket, Loss::Unreachable);
 }
 
 }  // namespace Posix

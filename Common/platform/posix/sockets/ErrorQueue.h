@@ -2,7 +2,7 @@
 //
 // The kernel fails the next call with such a report, whichever that is. On Winsock every send
 // succeeds and each report fails one receive call. So reports are read from the kernel's error
-// queue and counted in the socket table.
+// queue and counted.
 #pragma once
 
 #include "sockets/SocketTable.h"

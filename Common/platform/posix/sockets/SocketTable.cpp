@@ -1,6 +1,7 @@
 #include "sockets/SocketTable.h"
 
 #include "errors/Errors.h"
+#include "sockets/DatagramLosses.h"
 #include "sockets/PortReuse.h"
 #include "sockets/Reception.h"
 #include "sockets/StartUp.h"
@@ -58,33 +59,9 @@ Socket SocketAt(int descriptor) noexcept {
     return socket.entry->IsInside(Flag::Live) ? std::move(socket) : Socket();
 }
 
-bool TakeOne(std::atomic_ref<std::uint16_t> count) noexcept {
-    std::uint16_t known = count.load(std::memory_order_relaxed);
-    while (known > 0 && !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known - 1),
-                                                     std::memory_order_relaxed)) {
-    }
-    return known > 0;
-}
-
 }  // namespace
 
-void SocketEntry::AddLoss(Loss loss) noexcept {
-    const auto count = Atomic(loss == Loss::TooManyHops ? tooManyHops_ : unreachable_);
-    std::uint16_t known = count.load(std::memory_order_relaxed);
-    while (known < std::numeric_limits<std::uint16_t>::max() &&
-           !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known + 1),
-                                        std::memory_order_relaxed)) {
-    }
-}
-
-int SocketEntry::TakeLoss() noexcept {
-    if (TakeOne(Atomic(unreachable_))) return WinsockError::ConnectionReset;
-    return TakeOne(Atomic(tooManyHops_)) ? WinsockError::NetworkReset : 0;
-}
-
 void SocketEntry::Open(std::uint32_t flags) noexcept {
-    Atomic(unreachable_).store(0, std::memory_order_relaxed);
-    Atomic(tooManyHops_).store(0, std::memory_order_relaxed);
     Atomic(flags_).store(Flag::WithDirect(flags | Flag::Live), std::memory_order_seq_cst);
 }
 
@@ -135,6 +112,7 @@ Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
         return Winsock::InvalidSocket;
     }
     RaiseEntriesInUse(descriptor + 1);
+    ForgetLosses(descriptor);
     socketTable[handle].Open(flags);
     Succeed();
     return handle;

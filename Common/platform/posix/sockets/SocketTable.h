@@ -74,12 +74,9 @@ constexpr std::uint32_t WithDirect(std::uint32_t flags) noexcept {
 inline constexpr std::uint32_t Inherited = Ipv6 | Bound | ReceiveTimeout | SendTimeout;
 }  // namespace Flag
 
-// How the network reported that a datagram did not reach its peer.
-enum class Loss { Unreachable, TooManyHops };
-
-// Trivial, so that the table is zeroed memory that takes up nothing until it is touched. The size
-// is a power of two, so that indexing needs no multiplication.
-class alignas(16) SocketEntry {
+// Trivial, so that the table is zeroed memory that takes up nothing until it is touched. Eight
+// bytes, so that the processor's own addressing finds an entry.
+class alignas(8) SocketEntry {
 public:
     std::uint32_t Flags() const noexcept { return Atomic(flags_).load(std::memory_order_relaxed); }
     bool Has(std::uint32_t flag) const noexcept { return (Flags() & flag) != 0; }
@@ -87,15 +84,6 @@ public:
     std::uint32_t Set(std::uint32_t flags) noexcept { return Modify(flags, 0); }
     void Clear(std::uint32_t flags) noexcept { Modify(0, flags); }
     void Change(std::uint32_t flag, bool on) noexcept { Modify(on ? flag : 0, on ? 0 : flag); }
-
-    // The network's reports, each of which fails one receive call.
-    void AddLoss(Loss loss) noexcept;
-    // Returns the error of one of them, or 0.
-    int TakeLoss() noexcept;
-    bool HasLoss() const noexcept {
-        return Atomic(unreachable_).load(std::memory_order_relaxed) > 0 ||
-               Atomic(tooManyHops_).load(std::memory_order_relaxed) > 0;
-    }
 
     // A call counts itself before it reads the flags: either it then sees that the handle is
     // invalid, or the closing thread sees the call.
@@ -138,9 +126,8 @@ private:
 
     std::int32_t calls_;  // running calls, plus Closing if the last one is to close
     std::uint32_t flags_;
-    std::uint16_t unreachable_;
-    std::uint16_t tooManyHops_;
 };
+static_assert(sizeof(SocketEntry) == 8);
 
 // The kernel's usual limit for the descriptors of a process.
 inline constexpr Winsock::Handle SocketTableSize = 1U << 20;

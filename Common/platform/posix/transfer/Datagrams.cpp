@@ -2,6 +2,7 @@
 
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
+#include "sockets/DatagramLosses.h"
 #include "sockets/DatagramPeer.h"
 #include "sockets/DatagramPorts.h"
 #include "sockets/ErrorQueue.h"
@@ -100,12 +101,12 @@ ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
 
 // Returns a negative number, with the last error set, if the call has failed.
 ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
-    if (const int error = socket.entry->TakeLoss()) return Fail(error);
+    if (const int error = TakeLoss(socket)) return Fail(error);
     ssize_t received = ReceiveMessage(socket, message);
     while (received < 0) {
         if (!MayBeReport(errno)) return FailDatagram(socket);
         CollectTold(socket);
-        if (const int error = socket.entry->TakeLoss()) return Fail(error);
+        if (const int error = TakeLoss(socket)) return Fail(error);
         received = ReceiveMessage(socket, message);
     }
     return received;

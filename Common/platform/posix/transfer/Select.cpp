@@ -2,6 +2,7 @@
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
+#include "sockets/DatagramLosses.h"
 #include "sockets/ErrorQueue.h"
 #include "sockets/MergedQueue.h"
 #include "sockets/SocketTable.h"
@@ -39,7 +40,7 @@ int DescriptorFor(const Socket& socket, Interest interest) {
 bool IsReadyAlready(const Socket& socket, Interest interest) {
     switch (interest) {
         case Interest::Read:
-            return socket.entry->HasLoss();
+            return HasLoss(socket);
         case Interest::Except:
             return socket.Has(Flag::ConnectFailed);
         default:

@@ -1,0 +1,62 @@
+#include "sockets/DatagramLosses.h"
+
+#include "errors/WinsockError.h"
+
+#include <atomic>
+#include <cstdint>
+#include <limits>
+
+namespace Posix {
+
+namespace {
+
+struct Losses {
+    std::atomic<std::uint16_t> unreachable;
+    std::atomic<std::uint16_t> tooManyHops;
+};
+
+// Not in the socket table: transfers of streams find their entries faster in a table of small ones.
+constinit Losses lossTable[SocketTableSize] = {};
+
+Losses& LossesOf(const Socket& socket) noexcept {
+    return lossTable[socket.descriptor];
+}
+
+bool TakeOne(std::atomic<std::uint16_t>& count) noexcept {
+    std::uint16_t known = count.load(std::memory_order_relaxed);
+    while (known > 0 && !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known - 1),
+                                                     std::memory_order_relaxed)) {
+    }
+    return known > 0;
+}
+
+}  // namespace
+
+void AddLoss(const Socket& socket, Loss loss) noexcept {
+    Losses& losses = LossesOf(socket);
+    auto& count = loss == Loss::TooManyHops ? losses.tooManyHops : losses.unreachable;
+    std::uint16_t known = count.load(std::memory_order_relaxed);
+    while (known < std::numeric_limits<std::uint16_t>::max() &&
+           !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known + 1),
+                                        std::memory_order_relaxed)) {
+    }
+}
+
+int TakeLoss(const Socket& socket) noexcept {
+    Losses& losses = LossesOf(socket);
+    if (TakeOne(losses.unreachable)) return WinsockError::ConnectionReset;
+    return TakeOne(losses.tooManyHops) ? WinsockError::NetworkReset : 0;
+}
+
+bool HasLoss(const Socket& socket) noexcept {
+    const Losses& losses = LossesOf(socket);
+    return losses.unreachable.load(std::memory_order_relaxed) > 0 ||
+           losses.tooManyHops.load(std::memory_order_relaxed) > 0;
+}
+
+void ForgetLosses(int descriptor) noexcept {
+    lossTable[descriptor].unreachable.store(0, std::memory_order_relaxed);
+    lossTable[descriptor].tooManyHops.store(0, std::memory_order_relaxed);
+}
+
+}  // namespace Posix
