@@ -38,7 +38,7 @@ SocketInitialization::SocketInitialization() {
         --g_socketInitializationCount;
         throw;
     }
-    g_socketLayer = memory.release();
+    Publish(*memory.release());
 }
 
 SocketInitialization::~SocketInitialization() {
@@ -50,7 +50,7 @@ SocketInitialization::~SocketInitialization() {
 
     SocketAPI::Finalize(*g_socketLayer);
     FreeStateMemory{}(g_socketLayer);
-    g_socketLayer = nullptr;
+    Unpublish();
 }
 
 SocketInitialization& SocketInitialization::operator=(const SocketInitialization&) noexcept =

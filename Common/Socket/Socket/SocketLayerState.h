@@ -42,15 +42,19 @@ inline VelLog::Router* EnabledRouter(RouterMember member) noexcept {
     return router->IsEnabled() ? router : nullptr;
 }
 
-// Whether a transfer has a record to write. Runs on the path of every transfer: one load of the
-// state, two of the flags, and one branch for both.
-inline bool IsAnyPacketTraceEnabled() noexcept {
-    const SocketLayerState* const layer = g_socketLayer;
-    if (layer == nullptr) return false;
+// The packet routers of the published state that are enabled, a bit each.
+extern constinit std::atomic<unsigned int> g_enabledPacketTraces;
 
-    const bool plain = layer->packetTraceRouter->IsEnabled();
-    const bool withData = layer->verbosePacketTraceRouter->IsEnabled();
-    return plain || withData;
+// Whether a transfer may have a record to write; whoever writes it asks the routers themselves.
+// Asked on the path of every transfer, so it is one load and one decision for both routers.
+inline bool IsAnyPacketTraceEnabled() noexcept {
+    return g_enabledPacketTraces.load(std::memory_order_relaxed) != 0;
 }
+
+// Makes the state the one that the library uses.
+void Publish(SocketLayerState& layer) noexcept;
+
+// Comes after the state's end, when no router can be enabled any more.
+void Unpublish() noexcept;
 
 }  // namespace VelNet

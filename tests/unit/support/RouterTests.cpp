@@ -1,8 +1,10 @@
 #include <VelLog/LogControl.h>
 #include <VelLog/Router.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
 #include <type_traits>
 
 #include "EveryAllocation.h"
@@ -49,6 +51,37 @@ TEST_F(Routers, NewRouterIsOffAndHasOneReference) {
     EXPECT_STREQ(router->Name(), "Network");
     EXPECT_STREQ(router->Category(), "Error");
     EXPECT_EQ(router->GetReferenceCount(), 1);
+}
+
+TEST_F(Routers, KeepTheirBitOfAWordEqualToTheFlag) {
+    std::atomic<unsigned int> word = 0b1000;
+    const ReturnPtrI<Router> first = Create("Network", "Error");
+    const ReturnPtrI<Router> second = Create("Network", "Error");
+    first->SetFlag(1);
+    first->MirrorIn(word, 0b0001);
+    second->MirrorIn(word, 0b0010);
+    EXPECT_EQ(word, 0b1001U);
+    second->SetFlag(0x80);
+    EXPECT_EQ(word, 0b1011U);
+    first->SetFlag(0);
+    EXPECT_EQ(word, 0b1010U);
+    SetRouterEnabled("Network", "Error", true);
+    EXPECT_EQ(word, 0b1011U);
+}
+
+TEST_F(Routers, KeepTheirBitRightWhileThreadsSwitch) {
+    constexpr int Rounds = 20'000;
+    std::atomic<unsigned int> word = 0;
+    const ReturnPtrI<Router> router = Create("Network", "Error");
+    router->MirrorIn(word, 1);
+    const auto switchOften = [&router](unsigned char first) {
+        for (int round = 0; round < Rounds; ++round)
+            router->SetFlag(static_cast<unsigned char>((round + first) % 2));
+    };
+    std::thread other(switchOften, static_cast<unsigned char>(1));
+    switchOften(0);
+    other.join();
+    EXPECT_EQ(word != 0, router->IsEnabled());
 }
 
 TEST_F(Routers, EveryFlagButZeroMeansEnabled) {

@@ -21,10 +21,35 @@ public:
 
     // Any value but 0 means on.
     bool IsEnabled() const noexcept { return flag_.load(std::memory_order_relaxed) != 0; }
-    void SetFlag(unsigned char flag) noexcept { flag_.store(flag, std::memory_order_relaxed); }
+    void SetFlag(unsigned char flag) noexcept {
+        flag_.store(flag);
+        Mirror();
+    }
+
+    // From now on keeps one bit of the word equal to the flag, for a site that asks for several
+    // routers at once. The word outlives the router.
+    void MirrorIn(std::atomic<unsigned int>& word, unsigned int bit) noexcept {
+        mirroredBit_ = bit;
+        mirror_.store(&word);
+        Mirror();
+    }
 
 private:
+    // Looks again after each change: of two threads that switch at the same time, the one that
+    // changes the bit last sees the other's flag.
+    void Mirror() noexcept {
+        std::atomic<unsigned int>* const word = mirror_.load();
+        if (word == nullptr) return;
+        bool enabled = false;
+        do {
+            enabled = flag_.load() != 0;
+            enabled ? word->fetch_or(mirroredBit_) : word->fetch_and(~mirroredBit_);
+        } while (enabled != (flag_.load() != 0));
+    }
+
     std::atomic<unsigned char> flag_ = 0;
+    unsigned int mirroredBit_ = 0;
+    std::atomic<std::atomic<unsigned int>*> mirror_ = nullptr;
     const char* name_;
     const char* category_;
 };
