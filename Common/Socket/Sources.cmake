@@ -27,6 +27,7 @@ set(VELSOCK_SOCKET_SOURCES
   Socket/Socket/SocketXtTexts.cpp
   Socket/Socket/SocketXtTransfer.cpp
   Socket/Socket/StartUpLock.cpp
+  Socket/Socket/StreamTransfer.cpp
   Socket/Socket/SystemSocket.cpp
   Socket/Socket/TraceRecords.cpp
   Socket/Socket/WatchedSockets.cpp

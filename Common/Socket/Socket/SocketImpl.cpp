@@ -194,28 +194,6 @@ void SocketImpl::Close() noexcept {
     remote_ = nobody_;
 }
 
-int SocketImpl::Receive(char* buffer, int length) {
-    const int received = Winsock::recv(handle_, buffer, length, 0);
-    if (received <= 0) [[unlikely]] {
-        ThrowReceiveFailure(received);
-    }
-    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
-        TraceTransfer(ReceivedFormats, buffer, received);
-    }
-    return received;
-}
-
-int SocketImpl::Send(const char* buffer, int length) {
-    const int sent = Winsock::send(handle_, buffer, length, 0);
-    if (sent == Winsock::SocketError) [[unlikely]] {
-        return FailedSend();
-    }
-    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
-        TraceTransfer(SentFormats, buffer, sent);
-    }
-    return sent;
-}
-
 bool SocketImpl::IsDataAvailable() const {
     return HasBytesAvailable(handle_);
 }
@@ -276,10 +254,10 @@ void SocketImpl::TraceConnection(LogFormat format) const noexcept {
     TryWriteConnectionRecord(format, [this] { return ClassicEndpoints(local_, remote_); });
 }
 
-void SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
-                               int count) const noexcept {
-    TryWriteTransferRecords(formats, data, count,
-                            [this] { return ClassicEndpoints(local_, remote_); });
+int SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
+                              int count) const noexcept {
+    return TryWriteTransferRecords(formats, data, count,
+                                   [this] { return ClassicEndpoints(local_, remote_); });
 }
 
 }  // namespace VelNet

@@ -55,7 +55,8 @@ private:
     [[noreturn]] static void ThrowReceiveFailure(int result);
 
     void TraceConnection(LogFormat format) const noexcept;
-    void TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
+    // Returns the count.
+    int TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 
     Winsock::Handle handle_;
     SocketState state_;

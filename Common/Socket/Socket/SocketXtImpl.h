@@ -82,7 +82,8 @@ private:
     [[noreturn]] void ThrowReceiveFailure(int result) const;
 
     void TraceConnection(LogFormat format) const noexcept;
-    void TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
+    // Returns the count.
+    int TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 
     // The endpoints as the trace records show them.
     TextEndpoints Endpoints() const;

@@ -1,4 +1,5 @@
-// Sending and receiving of the extended socket.
+// What the extended socket sends and receives by host and port, and what follows its other
+// transfers when they fail or are traced.
 #include "Socket/SocketLayerState.h"
 #include "Socket/SocketXtAddresses.h"
 #include "Socket/SocketXtImpl.h"
@@ -15,28 +16,6 @@ namespace {
 constexpr int NoSystemError = -1;
 
 }  // namespace
-
-int SocketXtImpl::Receive(char* buffer, int length) {
-    const int received = Winsock::recv(handle_, buffer, length, 0);
-    if (received == 0 || received == Winsock::SocketError) [[unlikely]] {
-        ThrowReceiveFailure(received);
-    }
-    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
-        TraceTransfer(ReceivedFormats, buffer, received);
-    }
-    return received;
-}
-
-int SocketXtImpl::Send(const char* buffer, int length) {
-    const int sent = Winsock::send(handle_, buffer, length, 0);
-    if (sent == Winsock::SocketError) [[unlikely]] {
-        return FailedSend();
-    }
-    if (IsAnyPacketTraceEnabled()) [[unlikely]] {
-        TraceTransfer(SentFormats, buffer, sent);
-    }
-    return sent;
-}
 
 int SocketXtImpl::SendTo(const char* buffer, int length, SpecialAddressKind address,
                          const char* port) {
@@ -98,9 +77,9 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
     return received;
 }
 
-void SocketXtImpl::TraceTransfer(const TransferFormats& formats, const char* data,
-                                 int count) const noexcept {
-    TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(); });
+int SocketXtImpl::TraceTransfer(const TransferFormats& formats, const char* data,
+                                int count) const noexcept {
+    return TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(); });
 }
 
 int SocketXtImpl::FailedSend() const {

@@ -74,15 +74,17 @@ void TryWriteConnectionRecord(LogFormat format, MakeEndpoints makeEndpoints) noe
     }
 }
 
+// Returns the count.
 template <class MakeEndpoints>
-void TryWriteTransferRecords(const TransferFormats& formats, const char* data, int count,
-                             MakeEndpoints makeEndpoints) noexcept {
-    if (!IsAnyPacketTraceEnabled()) return;
+int TryWriteTransferRecords(const TransferFormats& formats, const char* data, int count,
+                            MakeEndpoints makeEndpoints) noexcept {
+    if (!IsAnyPacketTraceEnabled()) return count;
     try {
         WriteTransferRecords(formats, data, count, makeEndpoints());
     } catch (...) {
-        return;
+        return count;
     }
+    return count;
 }
 
 // Returns all bytes in hexadecimal without separators.

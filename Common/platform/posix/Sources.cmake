@@ -62,9 +62,27 @@ set(VELSOCK_PLATFORM_SOURCES
 set(VELSOCK_PLATFORM_INCLUDES ${CMAKE_CURRENT_LIST_DIR})
 set(VELSOCK_PLATFORM_DEFINITIONS VELSOCK_REGISTRY_ROOT="${VELSOCK_REGISTRY_ROOT}")
 
+# A transfer is one function from the socket's class down to the system call. What follows one that has
+# failed or is traced is compiled apart, or it would be inlined there as well and claim registers and stack
+# of every transfer.
+function(velsock_optimize_transfers)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    return()
+  endif()
+  set_source_files_properties(
+    Socket/Socket/StreamTransfer.cpp platform/posix/transfer/Transfer.cpp
+    DIRECTORY ${PROJECT_SOURCE_DIR}/Common
+    PROPERTIES COMPILE_OPTIONS "-O3;--param=inline-unit-growth=400;--param=builtin-expect-probability=100")
+  set_source_files_properties(
+    Socket/Socket/SocketImpl.cpp Socket/Socket/SocketXtTransfer.cpp
+    DIRECTORY ${PROJECT_SOURCE_DIR}/Common
+    PROPERTIES COMPILE_OPTIONS -fno-lto)
+endfunction()
+
 function(velsock_finish_module module)
   if(CMAKE_BUILD_TYPE STREQUAL "Release")
     set_target_properties(${module} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
+    velsock_optimize_transfers()
   endif()
   target_compile_options(${module} PRIVATE -fno-plt -fno-semantic-interposition)
   set(exports ${CMAKE_CURRENT_SOURCE_DIR}/platform/posix/exports.map)

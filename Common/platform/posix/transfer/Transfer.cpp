@@ -2,6 +2,7 @@
 // system call; everything else is out of line.
 #include "transfer/Transfer.h"
 
+#include "Platform/RarelyRead.h"
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -16,7 +17,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <utility>
 
 namespace {
 
@@ -107,39 +107,35 @@ int ReceiveOnce(const Socket& socket, char* buffer, int length, int received) {
 }
 
 // Counts a direct transfer as a call on its socket.
-class DirectCall {
-public:
-    explicit DirectCall(Winsock::Handle handle) noexcept : entry_(&socketTable[handle]) {
-        // Keeps the compiler from computing the entry's address again for each field.
-        asm("" : "+r"(entry_));
-        entry_->Enter();
-    }
-    ~DirectCall() {
-        if (entry_ != nullptr) entry_->Leave();
-    }
-    DirectCall(const DirectCall&) = delete;
-    DirectCall& operator=(const DirectCall&) = delete;
+SocketEntry& EnterDirectly(Winsock::Handle handle) noexcept {
+    SocketEntry* entry = &socketTable[handle];
+    // Keeps the compiler from computing the entry's address again for each field.
+    asm("" : "+r"(entry));
+    entry->Enter();
+    return *entry;
+}
 
-    bool Is(std::uint32_t flag) const noexcept { return entry_->IsInside(flag); }
-    int Leave(int result) noexcept { return std::exchange(entry_, nullptr)->Leave(result); }
-    const SocketEntry& Entry() const noexcept { return *entry_; }
-
-private:
-    SocketEntry* entry_;
-};
+// Returns the result of the system call; a thread that is cancelled in it leaves by unwinding.
+template <class SystemCall>
+int CountedResult(SocketEntry& entry, SystemCall call) {
+    try {
+        return static_cast<int>(call());
+    } catch (...) {
+        entry.Leave();
+        throw;
+    }
+}
 
 // Counts the call again, for the code that takes over from a direct transfer.
 Socket SocketOf(const SocketEntry& entry) noexcept {
     return Socket(static_cast<int>(&entry - socketTable));
 }
 
-// The arguments of a direct transfer. Kept in memory, where only the out-of-line code reads them:
-// registers that survive the system call would have to be saved and restored around each. The
-// length is volatile so that the compiler leaves it there.
-template <typename Buffer>
+// The arguments of a direct transfer.
+template <class Buffer>
 struct Request {
-    Buffer buffer;
-    volatile int length;
+    RarelyRead<Buffer> buffer;
+    RarelyRead<int> length;
 };
 using SendRequest = Request<const char*>;
 using ReceiveRequest = Request<char*>;
@@ -160,31 +156,41 @@ using ReceiveRequest = Request<char*>;
 }  // namespace
 
 int Winsock::send(Handle handle, const char* buffer, int length, int flags) {
-    if (handle >= SocketTableSize || length < 0 || flags != 0) {
+    if (handle >= SocketTableSize || length < 0 || flags != 0) [[unlikely]] {
         return SendOtherwise(handle, buffer, length, flags);
     }
-    DirectCall call(handle);
-    if (!call.Is(Flag::DirectSend)) {
-        return call.Leave(SendOtherwise(handle, buffer, length, flags));
+    SocketEntry& entry = EnterDirectly(handle);
+    if (!entry.IsInside(Flag::DirectSend)) [[unlikely]] {
+        return entry.Leave(
+            CountedResult(entry, [&] { return SendOtherwise(handle, buffer, length, flags); }));
     }
     const SendRequest request = {buffer, length};
     lastError = 0;
-    const int sent =
-        static_cast<int>(::send(static_cast<int>(handle), buffer, Size(length), MSG_NOSIGNAL));
-    return call.Leave(sent == request.length ? sent : FinishSend(call.Entry(), request, sent));
+    const int sent = CountedResult(entry, [&] {
+        return ::send(static_cast<int>(handle), buffer, Size(length), MSG_NOSIGNAL);
+    });
+    if (sent != request.length) [[unlikely]] {
+        return entry.Leave(FinishSend(entry, request, sent));
+    }
+    if (sent < 0) __builtin_unreachable();  // no length is
+    return entry.Leave(sent);
 }
 
 int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
-    if (handle >= SocketTableSize || length < 0 || flags != 0) {
+    if (handle >= SocketTableSize || length < 0 || flags != 0) [[unlikely]] {
         return ReceiveOtherwise(handle, buffer, length, flags);
     }
-    DirectCall call(handle);
-    if (!call.Is(Flag::DirectReceive)) {
-        return call.Leave(ReceiveOtherwise(handle, buffer, length, flags));
+    SocketEntry& entry = EnterDirectly(handle);
+    if (!entry.IsInside(Flag::DirectReceive)) [[unlikely]] {
+        return entry.Leave(
+            CountedResult(entry, [&] { return ReceiveOtherwise(handle, buffer, length, flags); }));
     }
     const ReceiveRequest request = {buffer, length};
     lastError = 0;
-    const int received =
-        static_cast<int>(::recv(static_cast<int>(handle), buffer, Size(length), 0));
-    return call.Leave(received > 0 ? received : FinishReceive(call.Entry(), request, received));
+    const int received = CountedResult(
+        entry, [&] { return ::recv(static_cast<int>(handle), buffer, Size(length), 0); });
+    if (received <= 0) [[unlikely]] {
+        return entry.Leave(FinishReceive(entry, request, received));
+    }
+    return entry.Leave(received);
 }
