@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <system_error>
@@ -25,7 +26,8 @@ bool LeaveNetwork() noexcept {
 void DisableIpv6() {
     const Descriptor setting(
         ::open("/proc/sys/net/ipv6/conf/all/disable_ipv6", O_WRONLY | O_CLOEXEC));
-    if (setting.Number() != -1) Checked(::write(setting.Number(), "1", 1), "disable_ipv6");
+    if (setting.Number() == -1 && errno == ENOENT) return;
+    Checked(::write(setting.Number(), "1", 1), "disable_ipv6");
 }
 
 void StartLoopback() {

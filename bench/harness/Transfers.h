@@ -2,6 +2,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <utility>
+#include <vector>
 
 namespace Bench {
 
@@ -11,6 +14,14 @@ using Block = std::array<char, BlockSize>;
 // A batch fits into a connection's buffers.
 constexpr int BlocksInABatch = 100;
 
+// Takes out of a connection what was sent over it, in pieces of so many bytes.
+template <class End>
+void TakeOut(End&& receiver, int bytes, int pieceSize) {
+    std::vector<char> piece(static_cast<std::size_t>(pieceSize));
+    while (bytes > 0)
+        bytes -= receiver.Receive(piece.data(), pieceSize);
+}
+
 // An end has int Send(const char*, int) and int Receive(char*, int), which return how many bytes
 // went; a pair of ends is made without arguments.
 template <class Pair>
@@ -19,11 +30,8 @@ public:
     static constexpr int Operations = BlocksInABatch;
     static constexpr int Result = BlockSize;
 
-    // Takes out what was sent before.
     void Prepare() {
-        while (sent_ > 0)
-            sent_ -= pair_.Server().Receive(block_.data(), BlockSize);
-        sent_ = BlocksInABatch * BlockSize;
+        TakeOut(pair_.Server(), std::exchange(sent_, BlocksInABatch * BlockSize), BlockSize);
     }
     int Do() { return pair_.Client().Send(block_.data(), BlockSize); }
 

@@ -29,11 +29,8 @@ public:
     // One that has no sink.
     RecordedSending() : log_("Network") {}
 
-    // Takes out what was sent before.
     void Prepare() {
-        while (sent_ > 0)
-            sent_ -= pair_.Server().Receive(block_.data(), BlockSize);
-        sent_ = Operations * BlockSize;
+        TakeOut(pair_.Server(), std::exchange(sent_, Operations * BlockSize), BlockSize);
     }
     int Do() {
         const int sent = pair_.Client().Send(block_.data(), BlockSize);

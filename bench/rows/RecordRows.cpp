@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
 
 #include "Rows.h"
 #include "harness/LibrarySockets.h"
 #include "harness/Records.h"
+#include "harness/Transfers.h"
 
 namespace Bench {
 namespace {
@@ -27,12 +29,7 @@ public:
                       [value = 0]() mutable { return static_cast<char>(value++ % 128); });
     }
 
-    // Takes out what was sent before.
-    void Prepare() {
-        while (sent_ > 0)
-            sent_ -= pair_.Server().Receive(block_.data(), Bytes);
-        sent_ = Operations * Bytes;
-    }
+    void Prepare() { TakeOut(pair_.Server(), std::exchange(sent_, Operations * Bytes), Bytes); }
     int Do() { return pair_.Client().Send(block_.data(), Bytes); }
 
 private:

@@ -7,6 +7,7 @@ void AddPlainRows(Cases& cases) {
     AddCreationRows(cases);
     AddConnectionRows(cases);
     AddDatagramRows(cases);
+    AddNameRows(cases);
     AddSelectionRows(cases);
     AddFailureRows(cases);
     AddRecordRows(cases);

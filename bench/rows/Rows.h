@@ -9,6 +9,7 @@ void AddTransferRows(Cases& cases);
 void AddCreationRows(Cases& cases);
 void AddConnectionRows(Cases& cases);
 void AddDatagramRows(Cases& cases);
+void AddNameRows(Cases& cases);
 void AddSelectionRows(Cases& cases);
 void AddFailureRows(Cases& cases);
 void AddRecordRows(Cases& cases);

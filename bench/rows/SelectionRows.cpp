@@ -1,14 +1,15 @@
-// Asking which of 64 connected sockets have bytes, with bytes on one of them and on all.
+// Asking which of 64 connected sockets have bytes, with bytes on one of them and on all; and where
+// in the collection one of them is.
 
-#include <VelNet/SocketCollection.h>
 #include <poll.h>
 
 #include <algorithm>
 #include <array>
-#include <memory>
+#include <numeric>
 
 #include "Rows.h"
 #include "Scenes.h"
+#include "harness/CollectionOwner.h"
 #include "harness/LibrarySockets.h"
 #include "harness/RawSockets.h"
 
@@ -37,17 +38,23 @@ private:
     std::array<pollfd, WatchedSockets> entries_{};
 };
 
-struct EndCollection {
-    void operator()(VelNet::SocketCollection* collection) const { collection->Destroy(); }
-};
-using CollectionOwner = std::unique_ptr<VelNet::SocketCollection, EndCollection>;
-
-template <int ReadySockets>
-class LibrarySelection : public SelectionScene<ReadySockets> {
+// So many connected sockets in a collection.
+class WatchedPairs {
 public:
-    LibrarySelection() {
+    WatchedPairs() {
         for (const ClassicPair& pair : pairs_)
             watched_->Add(&pair.Server(), VelNet::EVENT_READ);
+    }
+
+protected:
+    std::array<ClassicPair, WatchedSockets> pairs_;
+    CollectionOwner watched_{VelNet::CreateSocketCollection()};
+};
+
+template <int ReadySockets>
+class LibrarySelection : public SelectionScene<ReadySockets>, private WatchedPairs {
+public:
+    LibrarySelection() {
         for (std::size_t index = 0; index < ReadySockets; ++index)
             pairs_[index].Client().Send("x", 1);
     }
@@ -56,10 +63,30 @@ public:
         const CollectionOwner ready(watched_->Select(0));
         return static_cast<int>(ready->GetCount());
     }
+};
+
+// The last of the sockets.
+class RawFind : public SelectionScene<WatchedSockets> {
+public:
+    RawFind() { std::iota(descriptors_.begin(), descriptors_.end(), 1); }
+
+    int Do() {
+        const auto place =
+            std::find(descriptors_.begin(), descriptors_.end(), wanted_) - descriptors_.begin();
+        return static_cast<int>(place) + 1;
+    }
 
 private:
-    std::array<ClassicPair, WatchedSockets> pairs_;
-    CollectionOwner watched_{VelNet::CreateSocketCollection()};
+    std::array<int, WatchedSockets> descriptors_{};
+    volatile int wanted_ = WatchedSockets;  // for the compiler not to know the answer
+};
+
+class LibraryFind : public SelectionScene<WatchedSockets>, private WatchedPairs {
+public:
+    int Do() const {
+        const unsigned int found = watched_->Find(&pairs_.back().Server(), VelNet::EVENT_READ);
+        return static_cast<int>(found) + 1;
+    }
 };
 
 }  // namespace
@@ -69,6 +96,8 @@ void AddSelectionRows(Cases& cases) {
     cases.push_back(CaseOf<LibrarySelection<1>>("select-1-of-64", "library"));
     cases.push_back(CaseOf<RawSelection<WatchedSockets>>("select-64-of-64", "raw"));
     cases.push_back(CaseOf<LibrarySelection<WatchedSockets>>("select-64-of-64", "library"));
+    cases.push_back(CaseOf<RawFind>("find-in-64", "raw"));
+    cases.push_back(CaseOf<LibraryFind>("find-in-64", "library"));
 }
 
 }  // namespace Bench

@@ -3,8 +3,10 @@
 #include "ScaledRows.h"
 #include "harness/LibrarySockets.h"
 #include "harness/Records.h"
+#include "harness/Transfers.h"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace Bench {
@@ -14,11 +16,7 @@ class SendBytes : public ScaledScene {
 public:
     explicit SendBytes(int count) : bytes_(static_cast<std::size_t>(count)) {}
 
-    // Takes out what was sent before.
-    void Prepare() {
-        while (sent_ > 0)
-            sent_ -= pair_.Server().Receive(bytes_.data(), Size());
-    }
+    void Prepare() { TakeOut(pair_.Server(), std::exchange(sent_, 0), Size()); }
     int Do() {
         sent_ = pair_.Client().Send(bytes_.data(), Size());
         return sent_ == Size();

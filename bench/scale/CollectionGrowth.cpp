@@ -1,21 +1,14 @@
 // Collections of many sockets.
 
 #include "ScaledRows.h"
+#include "harness/CollectionOwner.h"
 #include "harness/LibrarySockets.h"
 
-#include <VelNet/SocketCollection.h>
-
 #include <cstddef>
-#include <memory>
 #include <vector>
 
 namespace Bench {
 namespace {
-
-struct EndCollection {
-    void operator()(VelNet::SocketCollection* collection) const { collection->Destroy(); }
-};
-using CollectionOwner = std::unique_ptr<VelNet::SocketCollection, EndCollection>;
 
 // So many connected sockets in a collection.
 class CollectionScene : public ScaledScene {
