@@ -31,7 +31,6 @@ namespace ModuleTests {
 
 using namespace Scripted;
 using namespace VelNet;
-using Lines = std::vector<std::string>;
 using Loopback::Failure;
 using Loopback::FailureOf;
 using Loopback::Record;

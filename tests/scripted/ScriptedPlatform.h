@@ -10,11 +10,8 @@
 //       Observe("connect", [&](const Event&) { errorSeenInside = LastError(); });
 //       EXPECT_THROW(ConnectTo("10.0.0.1", 80), VelNet::Exception);
 //       EXPECT_EQ(errorSeenInside, 0);
-//       EXPECT_EQ(Transcript(), (std::vector<std::string>{
-//                                   "socket(2, 1, 6)",
-//                                   "connect(1001, 10.0.0.1:80, 16)",
-//                                   "WSAGetLastError()",
-//                                   "closesocket(1001)"}));
+//       EXPECT_EQ(Transcript(), (Lines{"socket(2, 1, 6)", "connect(1001, 10.0.0.1:80, 16)",
+//                                      "WSAGetLastError()", "closesocket(1001)"}));
 //   }
 //
 // The test also fails when answers are left unused, when anything is still open at its end, and

@@ -46,6 +46,9 @@
 
 namespace Scripted {
 
+// Of a transcript, or of a ledger.
+using Lines = std::vector<std::string>;
+
 struct Event {
     std::string call;                // "send"
     std::string text;                // the line of the transcript
@@ -56,9 +59,9 @@ struct Event {
 };
 
 // The lines of all events since the test began or the transcript was last cleared.
-std::vector<std::string> Transcript();
+Lines Transcript();
 // Without the events of the calls named.
-std::vector<std::string> TranscriptWithout(const std::vector<std::string>& calls);
+Lines TranscriptWithout(const std::vector<std::string>& calls);
 
 std::vector<Event> Events();
 std::vector<Event> EventsOf(const std::string& call);
@@ -82,7 +85,7 @@ void ObserveAll(std::function<void(const Event&)> observer);
 // What was closed without being open stands there too: "surplus start-up" and the like (a socket
 // excepted). A call that gives something back counts as such even when it is scripted to fail. An
 // accepted or created socket counts when the call succeeds, a start-up when it returns 0.
-std::vector<std::string> Ledger();
+Lines Ledger();
 
 // Takes one entry out, for a test in which it must stay open. Fails the test when it is not there.
 void ForgetInLedger(const std::string& entry);

@@ -73,15 +73,15 @@ std::vector<Event> EventsOf(const std::string& call) {
     return events;
 }
 
-std::vector<std::string> TranscriptWithout(const std::vector<std::string>& calls) {
-    std::vector<std::string> lines;
+Lines TranscriptWithout(const std::vector<std::string>& calls) {
+    Lines lines;
     for (const Event& event : Events())
         if (std::find(calls.begin(), calls.end(), event.call) == calls.end())
             lines.push_back(event.text);
     return lines;
 }
 
-std::vector<std::string> Transcript() {
+Lines Transcript() {
     return TranscriptWithout({});
 }
 
@@ -111,7 +111,7 @@ void ObserveAll(Observer observer) {
     state.observersOfAll.push_back(std::move(observer));
 }
 
-std::vector<std::string> Ledger() {
+Lines Ledger() {
     const auto lock = LockState();
     return {state.ledger.begin(), state.ledger.end()};
 }

@@ -4,8 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr char AcceptFailure[] = "VelNet::SocketAPI::Accept() - FAIL. Cannot accept a connection";
 
 class Accept : public SocketTest {

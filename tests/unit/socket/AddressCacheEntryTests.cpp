@@ -9,7 +9,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
 using Entry = VelBase::ReturnPtrI<CacheEntry>;
 using FindByName = Entry (SocketAddressCacheImpl::*)(const char*) const;
 using FindByAddress = Entry (SocketAddressCacheImpl::*)(Octets) const;

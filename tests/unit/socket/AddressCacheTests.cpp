@@ -9,7 +9,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
 using Cache = VelBase::ReturnPtrI<SocketAddressCache>;
 
 constexpr char NotResolvable[] =

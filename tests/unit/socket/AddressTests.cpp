@@ -11,8 +11,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr char NotResolvable[] =
     "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL. The host name supplied is not "
     "resolvable on this machine. Connection = {";

@@ -9,8 +9,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class AddressValues : public SocketTest {
 protected:
     // An address of this name; leaves no trace in the transcript.

@@ -4,8 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class Bind : public SocketTest {};
 
 TEST_F(Bind, AddressIsFamilyPortInNetworkOrderOctetsAndEightZeroBytes) {

@@ -11,8 +11,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr unsigned int NotFound = 0xFFFFFFFFU;
 constexpr int AnyEvents[] = {0, 1, 2, 3, 4, -1, INT_MAX, INT_MIN};
 

@@ -4,8 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr char ConnectFailure[] =
     "VelNet::SocketImpl::Connect() - FAIL. "
     "Cannot connect to a socket: 10.0.0.1:80";

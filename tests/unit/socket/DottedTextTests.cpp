@@ -4,8 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class DottedText : public SocketTest {
 protected:
     static std::string Convert(const char* text) {

@@ -30,7 +30,6 @@ using VelNet::ThrowFailure;
 using VelNet::ThrowSystemFailure;
 using VelNet::TryLogFailure;
 using VelNet::operator""_format;
-using Lines = std::vector<std::string>;
 
 constexpr std::size_t ReservedBytes = 2 * 1020;
 

@@ -4,7 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
 using Addresses = std::vector<std::string>;
 
 constexpr char NotResolvable[] =

@@ -4,8 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class Listen : public SocketTest {};
 
 TEST_F(Listen, AsksForTwoPendingConnectionsAndNothingElse) {

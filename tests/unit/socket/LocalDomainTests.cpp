@@ -8,8 +8,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class LocalDomain : public TcpipSettingsTest {
 protected:
     static std::string Ask() { return SocketAddress::GetLocalMachineDomain().c_str(); }

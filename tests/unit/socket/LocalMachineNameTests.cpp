@@ -6,8 +6,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class LocalMachineName : public SocketTest {
 protected:
     static std::string Ask() { return SocketAddress::GetLocalMachineName().c_str(); }

@@ -6,8 +6,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 TEST_F(NameServers, NewerLayoutIsReadFromTheInterfacesKeyBackwards) {
     AddInterface("{A}", {{"NameServer", u"10.0.0.1 10.0.0.2"}});
     AddInterface("{B}", {{"Domain", u"b.example"}});

@@ -4,8 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class NameServerTexts : public NameServers {};
 
 TEST_F(NameServerTexts, AddressesAreSplitAtWhateverIsNeitherDigitNorPoint) {

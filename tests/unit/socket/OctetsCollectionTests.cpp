@@ -15,6 +15,7 @@
 namespace FoundationTests {
 namespace {
 
+using Scripted::Lines;
 using Scripted::Allocations::FailNth;
 using Scripted::Allocations::Mark;
 using VelBase::ReturnPtrI;
@@ -22,7 +23,6 @@ using VelNet::CreateOctetsCollection;
 using VelNet::Octets;
 using VelNet::OctetsCollection;
 using VelNet::OctetsCollectionImpl;
-using Lines = std::vector<std::string>;
 
 class OctetsCollectionList : public Scripted::PlatformTest {};
 

@@ -8,8 +8,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr char ReceiveFailure[] = "VelNet::SocketImpl::Receive() - FAIL. The ::recv failed";
 constexpr char16_t EndOfStream[] =
     u"VelNet::SocketImpl::Receive() - FAIL. The "

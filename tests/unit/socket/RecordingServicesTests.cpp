@@ -13,7 +13,6 @@ namespace {
 
 using namespace Scripted;
 using VelBase::operator""_wide;
-using Lines = std::vector<std::string>;
 using RouterOwner = VelBase::InterfaceHolder<VelLog::Router>;
 
 class RecordingServices : public PlatformTest {};

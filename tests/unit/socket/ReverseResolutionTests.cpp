@@ -4,8 +4,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class ReverseResolution : public SocketTest {
 protected:
     static std::string NameOf(const Octets& octets) {

@@ -7,8 +7,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr int Events[] = {EVENT_ACCEPT, EVENT_READ, EVENT_WRITE, EVENT_CLOSE};
 
 // The status that tells of the event on a readable socket, or one that does not exist.

@@ -12,7 +12,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
 using Handles = std::vector<Winsock::Handle>;
 
 constexpr int UnwatchedEvents[] = {-1, 4, 5, 100, INT_MAX, INT_MIN};

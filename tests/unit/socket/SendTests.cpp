@@ -6,8 +6,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr char SendFailure[] = "VelNet::SocketImpl::Send() - FAIL. The ::send failed";
 
 class Send : public SocketTest {};

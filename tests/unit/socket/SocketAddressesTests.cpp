@@ -3,8 +3,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class SocketAddresses : public SocketTest {};
 
 // The question for one of the two ends.

@@ -5,8 +5,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class SocketClose : public SocketTest {};
 class SocketCloseAtTheEnd : public SocketTest {};
 

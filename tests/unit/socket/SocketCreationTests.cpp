@@ -6,8 +6,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class SocketCreation : public SocketTest {};
 
 static_assert(std::is_same_v<std::underlying_type_t<Socket::SOCKET_TYPE>, int>);

@@ -7,8 +7,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class SocketOptions : public SocketTest {};
 
 // One of the setters that only log their failures.

@@ -7,8 +7,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class SocketStatus : public SocketTest {};
 
 static_assert(std::is_same_v<std::underlying_type_t<SocketState>, unsigned int>);

@@ -24,7 +24,6 @@ using VelNet::g_startUpLock;
 using VelNet::SocketInitialization;
 using VelNet::SocketLayerState;
 using VelNet::StartUpLockHeld;
-using Lines = std::vector<std::string>;
 
 // Count 0, lock word 0, nothing published.
 void ExpectLayerDown();

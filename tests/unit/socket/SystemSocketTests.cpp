@@ -12,8 +12,6 @@ namespace {
 
 class SystemSocket : public SocketTest {};
 
-using Lines = std::vector<std::string>;
-
 // What is copied is the implementation's own; its copy is counted by itself.
 TEST_F(SystemSocket, CopiedInterfaceTouchesNoSystemAndSharesNoCount) {
     ForeignSocket original;

@@ -7,8 +7,6 @@
 namespace SocketTests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class TraceRecords : public SocketTest {};
 class TraceRecordsClassic : public SocketTest {};
 

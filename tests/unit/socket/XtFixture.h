@@ -13,8 +13,6 @@
 
 namespace SocketTests {
 
-using Lines = std::vector<std::string>;
-
 inline constexpr int Disturbance = 4242;
 
 // The texts of MakeAddressedXt.

@@ -19,7 +19,6 @@ using VelRegistry::KeyList;
 using VelRegistry::KeyOwner;
 using VelRegistry::OpenKeyFromRoot;
 using VelRegistry::ROOT_LOCAL_MACHINE;
-using Lines = std::vector<std::string>;
 
 static_assert(ROOT_LOCAL_MACHINE == 3);
 static_assert(sizeof(VelRegistry::RootHives) == 4);

@@ -11,7 +11,6 @@
 namespace {
 
 using namespace Scripted;
-using Lines = std::vector<std::string>;
 
 class ScriptedPlatformNetwork : public PlatformTest {};
 

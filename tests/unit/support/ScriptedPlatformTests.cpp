@@ -18,7 +18,6 @@
 namespace {
 
 using namespace Scripted;
-using Lines = std::vector<std::string>;
 
 class ScriptedPlatform : public PlatformTest {};
 
