@@ -6,13 +6,11 @@
 #include <VelNet/SocketInitialization.h>
 #include <loopback/LoopbackTest.h>
 #include <loopback/RawPeer.h>
+#include <support/TemporaryFolder.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <filesystem>
-#include <fstream>
-#include <random>
 #include <sstream>
 #include <string_view>
 
@@ -150,30 +148,15 @@ TEST_F(Logging, ARecordHasTheTimeAtWhichItWasWritten) {
     EXPECT_LE(sink.time, after);
 }
 
-// A file in the folder for temporary files that nobody else has.
-class TemporaryFile {
+// Where a log file may be made.
+class LogPlace {
 public:
-    TemporaryFile() {
-        std::random_device random;
-        const std::string name = "velsock-" + std::to_string(random()) + std::to_string(random());
-        path_ = (std::filesystem::temp_directory_path() / name).string();
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-
     const char* Path() const { return path_.c_str(); }
-
-    std::string Contents() const {
-        std::ifstream file(path_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string Contents() const { return Support::ContentsOf(path_); }
 
 private:
-    std::string path_;
+    const Support::TemporaryFolder folder_;
+    const std::string path_ = (folder_.Path() / "log").string();
 };
 
 bool BeginsWithATime(std::string_view line) {
@@ -206,7 +189,7 @@ std::string LineOf(const std::string& text) {
 }
 
 TEST_F(Logging, AFileSinkAppendsLinesInUtf8) {
-    const TemporaryFile file;
+    const LogPlace file;
     EnableOnly({Error});
     for (int round = 0; round < 2; ++round) {
         VelLog::FileSink sink(file.Path());
@@ -220,7 +203,7 @@ TEST_F(Logging, AFileSinkAppendsLinesInUtf8) {
 }
 
 TEST_F(Logging, AFileSinkTakesAWholeExchange) {
-    const TemporaryFile file;
+    const LogPlace file;
     EnableAllRouters();
     VelLog::FileSink sink(file.Path());
     const SocketPtr listener = Listening();

@@ -4,25 +4,17 @@
 #include <Platform/System.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 #include <string>
+
+#include "support/TemporaryFolder.h"
 
 namespace Conformance {
 
+using Support::ContentsOf;
+
 class LogFileScene : public testing::Test {
 protected:
-    LogFileScene() {
-        std::string folder = (std::filesystem::temp_directory_path() / "logXXXXXX").string();
-        if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("mkdtemp");
-        folder_ = folder;
-        path_ = folder_ / "log";
-    }
-    ~LogFileScene() override { std::filesystem::remove_all(folder_); }
-
     System::LogFile Open() const {
         unsigned int error = 4711;
         const System::LogFile file = System::OpenLogFile(path_.c_str(), error);
@@ -34,13 +26,10 @@ protected:
         return System::WriteLogFile(file, text.data(), text.size()) == text.size();
     }
     std::string Contents() const { return ContentsOf(path_); }
-    static std::string ContentsOf(const std::filesystem::path& path) {
-        std::ifstream stream(path);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 
-    std::filesystem::path folder_;
-    std::filesystem::path path_;
+    const Support::TemporaryFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.Path();
+    const std::filesystem::path path_ = folder_ / "log";
 };
 
 }  // namespace Conformance

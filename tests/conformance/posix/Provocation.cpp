@@ -29,6 +29,8 @@
 #include <thread>
 #include <utility>
 
+#include "support/TemporaryFolder.h"
+
 // Writes out what the process has reached, in builds that measure that: a child that ends at once
 // would not do it by itself.
 extern "C" [[gnu::weak]] void __gcov_dump();  // NOLINT(bugprone-reserved-identifier)
@@ -317,13 +319,12 @@ bool EnterOwnNames(const std::string& directory, const std::string& hostsFile,
 
 SceneResult RunWithNames(const std::string& hostsFile, const std::string& hostName,
                          const std::function<bool()>& scene, const std::string& sources) {
-    std::string directory = (std::filesystem::temp_directory_path() / "namesXXXXXX").string();
-    Require(::mkdtemp(directory.data()) != nullptr, "mkdtemp");
+    const Support::TemporaryFolder folder;
     std::fflush(nullptr);
     const pid_t child = ::fork();
     Require(child >= 0, "fork");
     if (child == 0) {
-        const bool entered = EnterOwnNames(directory, hostsFile, hostName, sources);
+        const bool entered = EnterOwnNames(folder.Path(), hostsFile, hostName, sources);
         const int code = !entered ? ImpossibleCode : scene() && !HasLeaks() ? 0 : 1;
         std::fflush(nullptr);
         if (__gcov_dump != nullptr) __gcov_dump();
@@ -331,7 +332,6 @@ SceneResult RunWithNames(const std::string& hostsFile, const std::string& hostNa
     }
     int status = 0;
     Require(::waitpid(child, &status, 0) == child, "waitpid");
-    std::filesystem::remove_all(directory);
     if (!WIFEXITED(status)) return SceneResult::Failed;
     if (WEXITSTATUS(status) == ImpossibleCode) return SceneResult::Impossible;
     return WEXITSTATUS(status) == 0 ? SceneResult::Passed : SceneResult::Failed;

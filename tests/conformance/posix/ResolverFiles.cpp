@@ -1,8 +1,6 @@
 #include "ResolverFiles.h"
 
-#include <cstdlib>
 #include <fstream>
-#include <stdexcept>
 
 namespace {
 
@@ -27,18 +25,12 @@ const char* LocalServersResolverFile() noexcept {
 namespace Conformance {
 
 ResolverFiles::ResolverFiles() {
-    std::string path = (std::filesystem::temp_directory_path() / "resolverXXXXXX").string();
-    if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("mkdtemp");
-    folder_ = path;
-    settings_ = folder_ / "settings";
-    localServersSettings_ = folder_ / "local-servers";
     currentSettings = settings_;
     currentLocalServersSettings = localServersSettings_;
 }
 
 ResolverFiles::~ResolverFiles() {
     currentSettings = currentLocalServersSettings = Nowhere;
-    std::filesystem::remove_all(folder_);
 }
 
 void ResolverFiles::Write(const std::string& contents) const {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/TemporaryFolder.h"
+
 namespace Conformance {
 
 class ResolverFiles {
@@ -21,9 +23,9 @@ public:
     void Link(const std::string& target) const;
 
 private:
-    std::filesystem::path folder_;
-    std::filesystem::path settings_;
-    std::filesystem::path localServersSettings_;
+    const Support::TemporaryFolder folder_;
+    const std::filesystem::path settings_ = folder_.Path() / "settings";
+    const std::filesystem::path localServersSettings_ = folder_.Path() / "local-servers";
 };
 
 }  // namespace Conformance

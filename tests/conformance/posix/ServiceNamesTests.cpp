@@ -1,12 +1,12 @@
 // Services that the system finds in a table that the test provides.
 #include <sys/mount.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "NameFiles.h"
 #include "conformance/NameScene.h"
+#include "support/TemporaryFolder.h"
 
 namespace Conformance {
 namespace {
@@ -25,13 +25,12 @@ public:
         const char* const path = path_.c_str();
         EXPECT_EQ(::mount(path, "/etc/services", nullptr, MS_BIND, nullptr), 0);
     }
-    ~ServiceTable() { std::filesystem::remove(path_); }
     ServiceTable(const ServiceTable&) = delete;
     ServiceTable& operator=(const ServiceTable&) = delete;
 
 private:
-    const std::filesystem::path path_ =
-        std::filesystem::temp_directory_path() / ("services" + std::to_string(::getpid()));
+    const Support::TemporaryFolder folder_;
+    const std::filesystem::path path_ = folder_.Path() / "services";
 };
 
 Texts Found(const char* service, int type) {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/TemporaryFolder.h"
+
 namespace Conformance {
 
 class SettingsTree {
@@ -13,7 +15,7 @@ public:
     SettingsTree(const SettingsTree&) = delete;
     SettingsTree& operator=(const SettingsTree&) = delete;
 
-    const std::filesystem::path& Root() const { return root_; }
+    const std::filesystem::path& Root() const { return root_.Path(); }
     // Below the root; folders on the way are made.
     void Write(const std::string& path, const std::string& contents) const;
     void Link(const std::string& path, const std::string& target) const;
@@ -21,7 +23,7 @@ public:
     void MakeSocket(const std::string& path) const;
 
 private:
-    std::filesystem::path root_;
+    const Support::TemporaryFolder root_;
 };
 
 }  // namespace Conformance

@@ -8,12 +8,12 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "conformance/WineAnswers.h"
+#include "support/TemporaryFolder.h"
 
 namespace Conformance {
 namespace {
@@ -24,14 +24,6 @@ struct LocalMemory {
 
 class LogFile : public testing::Test {
 protected:
-    void SetUp() override {
-        const std::string name = "log" + std::to_string(::GetCurrentProcessId());
-        directory_ = std::filesystem::temp_directory_path() / name;
-        ASSERT_TRUE(std::filesystem::create_directory(directory_));
-        path_ = directory_ / L"lo\u00E9\u4E2Dg";
-    }
-    void TearDown() override { std::filesystem::remove_all(directory_); }
-
     static System::LogFile Open(const std::filesystem::path& path) {
         const auto utf8 = path.u8string();
         unsigned int error = 4711;
@@ -47,16 +39,14 @@ protected:
         EXPECT_EQ(System::OpenLogFile(path.c_str(), error), System::NoLogFile);
         return error;
     }
-    std::string Contents() const {
-        std::ifstream stream(path_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string Contents() const { return Support::ContentsOf(path_); }
     static bool Write(System::LogFile file, const std::string& text) {
         return System::WriteLogFile(file, text.data(), text.size()) == text.size();
     }
 
-    std::filesystem::path directory_;
-    std::filesystem::path path_;
+    const Support::TemporaryFolder temporary_;
+    const std::filesystem::path directory_ = temporary_.Path();
+    const std::filesystem::path path_ = directory_ / L"lo\u00E9\u4E2Dg";
 };
 
 HANDLE HandleOf(System::LogFile file) {

@@ -1,13 +1,11 @@
 // A log whose file has no room any more for a while.
 #include <VelLog/FileSink.h>
 #include <gtest/gtest.h>
+#include <support/TemporaryFolder.h>
 #include <sys/resource.h>
 
-#include <cstdlib>
+#include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 #include <string>
 
 namespace Loopback {
@@ -15,17 +13,8 @@ namespace {
 
 class FullDisk : public testing::Test {
 protected:
-    FullDisk() {
-        std::string folder = (std::filesystem::temp_directory_path() / "logXXXXXX").string();
-        if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("mkdtemp");
-        folder_ = folder;
-        path_ = folder_ / "log";
-        ::getrlimit(RLIMIT_FSIZE, &former_);
-    }
-    ~FullDisk() override {
-        SetRoom(former_.rlim_cur);
-        std::filesystem::remove_all(folder_);
-    }
+    FullDisk() { ::getrlimit(RLIMIT_FSIZE, &former_); }
+    ~FullDisk() override { SetRoom(former_.rlim_cur); }
 
     void SetRoom(rlim_t bytes) const {
         const rlimit limit = {.rlim_cur = bytes, .rlim_max = former_.rlim_max};
@@ -40,14 +29,11 @@ protected:
         const unsigned short text[] = {'t', 'e', 'x', 't', 0};
         sink.Write({"Network", "Error", text, 0});
     }
-    std::string Contents() const {
-        std::ifstream stream(path_);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string Contents() const { return Support::ContentsOf(path_); }
 
     const std::string line_ = "1970-01-01T00:00:00.000000Z Network/Error: text\n";
-    std::filesystem::path folder_;
-    std::filesystem::path path_;
+    const Support::TemporaryFolder folder_;
+    const std::filesystem::path path_ = folder_.Path() / "log";
 
 private:
     rlimit former_ = {};
