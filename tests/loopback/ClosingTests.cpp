@@ -1,6 +1,6 @@
 // A socket that one thread closes while another waits in an operation on it.
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 #include <support/WaitingCall.h>
 
 #include <functional>

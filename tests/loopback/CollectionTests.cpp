@@ -1,7 +1,7 @@
 // Sockets that are waited on together, for real.
 #include <VelNet/SocketCollection.h>
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <future>
 #include <memory>

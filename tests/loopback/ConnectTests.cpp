@@ -1,6 +1,6 @@
 // Connections that come about, and those that do not.
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 namespace Loopback {
 namespace {

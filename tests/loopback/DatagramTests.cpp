@@ -1,6 +1,6 @@
 // The classic socket with datagrams.
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 namespace Loopback {
 namespace {

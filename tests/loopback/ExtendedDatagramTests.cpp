@@ -1,6 +1,6 @@
 // The extended socket with datagrams.
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <vector>
 

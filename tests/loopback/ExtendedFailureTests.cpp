@@ -1,6 +1,6 @@
 // What the extended socket throws: whole texts, and what the failure leaves behind.
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <utility>
 

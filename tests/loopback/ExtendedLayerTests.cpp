@@ -1,6 +1,6 @@
 // The extended socket and the start of the layer: what resolves starts Winsock for itself.
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <memory>
 

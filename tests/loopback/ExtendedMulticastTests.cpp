@@ -1,6 +1,6 @@
 // One to many, in a network that ends on this machine.
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 namespace Loopback {
 namespace {

@@ -1,7 +1,7 @@
 // Which addresses the extended socket means: this machine by its names, and one IP version beside
 // the other.
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <algorithm>
 #include <cctype>

@@ -1,5 +1,5 @@
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <optional>
 #include <ostream>

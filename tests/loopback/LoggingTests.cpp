@@ -5,7 +5,7 @@
 #include <VelNet/SocketAddress.h>
 #include <VelNet/SocketInitialization.h>
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 #include <support/TemporaryFolder.h>
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // The machine as a test needs it: its name, its network, its settings. What is changed here holds
 // for the test alone and is undone at the end of the scope; where the system does not allow that,
-// nothing is changed and the scope says so. platform/ holds an implementation for each system.
+// nothing is changed and the scope says so. posix/ and windows/ hold an implementation for each
+// system.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // Sockets that do not block.
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 namespace Loopback {
 namespace {

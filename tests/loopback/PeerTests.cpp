@@ -1,6 +1,6 @@
 // Peers that end the connection, in good order or not.
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 namespace Loopback {
 namespace {

@@ -1,7 +1,7 @@
 // The library in a process with many descriptors, and with signals.
 #include <VelNet/SocketAddress.h>
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <atomic>
 #include <future>

@@ -1,7 +1,7 @@
 // Names and addresses, as the system's resolver knows them.
 #include <VelNet/SocketAddress.h>
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <vector>
 

@@ -5,7 +5,7 @@
 #include <VelNet/SocketXt.h>
 #include <loopback/LoopbackTest.h>
 #include <loopback/Machine.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <optional>
 #include <vector>

@@ -1,6 +1,6 @@
 // What a socket tells of itself, and how it ends.
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 #include <VelLog/LogControl.h>
 #include <VelNet/SocketInitialization.h>
 #include <loopback/LoopbackTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <future>
 #include <memory>

@@ -1,7 +1,7 @@
 // Ends of connections that come before all is received, or after one side has ended its half.
 #include <VelNet/SocketCollection.h>
 #include <loopback/ExtendedTest.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 
 #include <memory>
 #include <optional>

@@ -31,7 +31,7 @@ is_of_test_framework() { [[ $1 == gtest/* || $1 == gmock/* ]]; }
 # Which sources use the system itself: the platform floor, and what tests and tools need besides the library.
 knows_system() {
   [[ $1 != Common/* || $1 =~ ^Common/platform/(posix|windows)/ ]] &&
-    [[ $1 =~ /(posix|windows)/ || $1 =~ ^(bench|tools/demo|tests/loopback/platform)/ ]]
+    [[ $1 =~ /(posix|windows)/ || $1 =~ ^(bench|tools/demo)/ ]]
 }
 
 # The rooms of the POSIX floor, and which others each may include.

@@ -1,7 +1,7 @@
 // winsock2.h comes before everything that may include windows.h.
 #include <winsock2.h>
 // Behind it.
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 #include <tlhelp32.h>
 #include <windows.h>
 

@@ -2,7 +2,7 @@
 #include <winsock2.h>
 // Behind it.
 #include <loopback/Machine.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 #include <windows.h>
 #include <ws2tcpip.h>
 

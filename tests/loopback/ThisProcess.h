@@ -1,6 +1,6 @@
 // What the tests need of the system itself, because the library's public classes cannot provoke or
-// tell it. platform/ holds an implementation for each system; the comments say what one for Windows
-// has to offer where that is not plain. Whatever fails throws std::runtime_error.
+// tell it. posix/ and windows/ hold an implementation for each system; the comments say what one
+// for Windows has to offer where that is not plain. Whatever fails throws std::runtime_error.
 #pragma once
 
 #include <string>

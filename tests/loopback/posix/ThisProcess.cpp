@@ -1,7 +1,7 @@
 #include <arpa/inet.h>
 #include <dirent.h>
 #include <fcntl.h>
-#include <loopback/RawPeer.h>
+#include <loopback/ThisProcess.h>
 #include <netinet/in.h>
 #include <pthread.h>
 #include <signal.h>
