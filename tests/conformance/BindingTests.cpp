@@ -190,9 +190,9 @@ TEST_F(BindingReuse, TheOptionOnTheSecondOnlyIsNoPermission) {
 
 TEST_F(BindingReuse, ABoundPortIsNotFreeForOtherProgramsThatReuse) {
     const OwnedSocket bound = NewBoundStream();
-    EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(bound)));
+    EXPECT_TRUE(FindsPortTakenThoughReusing(LocalPort(bound)));
     const OwnedSocket listener = NewListener();
-    EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(listener)));
+    EXPECT_TRUE(FindsPortTakenThoughReusing(LocalPort(listener)));
 }
 
 TEST_F(BindingReuse, AClientsBoundPortCanBeBoundAgainAtOnce) {
@@ -204,7 +204,7 @@ TEST_F(BindingReuse, AClientsBoundPortCanBeBoundAgainAtOnce) {
     client.Close();
     ASSERT_EQ(TryReceive(server), 0);
     server.Close();
-    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
+    ASSERT_TRUE(FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
     EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
 }
 
@@ -269,7 +269,7 @@ Winsock::AddressIpv4 ServeOnceAndClose() {
 
 TEST_F(BindingReuse, AServerCanStartAgainAtOnceThoughItsConnectionsHaveJustEnded) {
     const Winsock::AddressIpv4 address = ServeOnceAndClose();
-    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
+    ASSERT_TRUE(FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
     const OwnedSocket again = NewStream();
     EXPECT_TRUE(Succeeds(Bind(again, address)));
     EXPECT_TRUE(Succeeds(Winsock::listen(again.Get(), 5)));

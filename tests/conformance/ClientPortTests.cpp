@@ -17,7 +17,7 @@ OwnedSocket NewReusingStream() {
 void ExpectTaken(const OwnedSocket& client) {
     EXPECT_TRUE(FailsWith(10048, Bind(NewStream(), LocalAddress(client))));
     EXPECT_TRUE(FailsWith(10013, Bind(NewReusingStream(), LocalAddress(client))));
-    EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(client)));
+    EXPECT_TRUE(FindsPortTakenThoughReusing(LocalPort(client)));
 }
 
 TEST_F(ClientPort, IsTakenWhileTheConnectionLasts) {
@@ -57,10 +57,10 @@ TEST_F(ClientPort, CanBeBoundAtOnceWhenTheConnectionHasEnded) {
     for (const bool bound : {false, true}) {
         const Winsock::AddressIpv4 address =
             ConnectAndClose(bound ? NewBoundStream() : NewStream());
-        ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
+        ASSERT_TRUE(FindsPortTaken(PortOf(address)) || EndedConnectionsLeavePortsFree());
         const OwnedSocket again = NewStream();
         EXPECT_TRUE(Succeeds(Bind(again, address)));
-        EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(PortOf(address)));
+        EXPECT_TRUE(FindsPortTakenThoughReusing(PortOf(address)));
     }
 }
 

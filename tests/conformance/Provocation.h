@@ -7,36 +7,17 @@
 #include <functional>
 #include <string>
 
+#include "support/RawPeer.h"
+
 namespace Conformance {
 
-// A peer that is no socket of the library.
-class RawPeer {
-public:
-    RawPeer() = default;
-    explicit RawPeer(int descriptor) : descriptor_(descriptor) {}
-    RawPeer(RawPeer&& other) noexcept;
-    RawPeer& operator=(RawPeer&& other) noexcept;
-    ~RawPeer();
+using Support::EndSending;
+using Support::RawPeer;
 
-    // Connected to a listener on the loopback address.
-    static RawPeer ConnectedTo(unsigned int port);
-    // Whether a plain bind to the port is refused as taken.
-    static bool FindsPortTaken(unsigned int port);
-    // The same of a bind with the system's own option for addresses in use.
-    static bool FindsPortTakenThoughReusing(unsigned int port);
-
-    int Descriptor() const { return descriptor_; }
-    void Send(const std::string& text) const;
-    std::string Receive(std::size_t room) const;
-    // Reads until the other side closes.
-    std::size_t ReceiveAll() const;
-    // Closes as a crashed host does.
-    void Reset();
-    void Close();
-
-private:
-    int descriptor_ = -1;
-};
+// Whether a plain bind to the port is refused as taken.
+bool FindsPortTaken(unsigned int port);
+// The same of a bind with the system's own option for addresses in use.
+bool FindsPortTakenThoughReusing(unsigned int port);
 
 // A listener on the loopback address whose queue is full, so that a connection to it stays
 // unfinished.
@@ -57,9 +38,6 @@ private:
 
 // Whether the system itself gives a port to others while its last connections are just ending.
 bool EndedConnectionsLeavePortsFree();
-
-// Ends this side's half of the handle's connection, past the library.
-void EndSending(unsigned long long handle);
 
 // Waits until the handle's connection is known to have ended.
 void AwaitEnd(unsigned long long handle);

@@ -6,9 +6,11 @@
 
 #include <string_view>
 
+#include "support/Wine.h"
+
 namespace Conformance {
 
-bool RunsOnWine() noexcept;
+using Support::RunsOnWine;
 
 struct WineAnswer {
     std::string_view situation;

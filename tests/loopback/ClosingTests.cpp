@@ -1,7 +1,7 @@
 // A socket that one thread closes while another waits in an operation on it.
 #include <loopback/ExtendedTest.h>
-#include <loopback/ThisProcess.h>
 #include <support/WaitingCall.h>
+#include <support/Wine.h>
 
 #include <functional>
 #include <string>
@@ -29,7 +29,7 @@ Failure With(const Ending& ending, const FailureOfNumber& failure) {
 
 void ExpectInterrupted(const Failure& failure, const FailureOfNumber& expected,
                        const Ending& onWine) {
-    if (RawPeer::IsWine() && failure == With(onWine, expected)) return;
+    if (Support::RunsOnWine() && failure == With(onWine, expected)) return;
     EXPECT_EQ(failure, With(Interrupted, expected));
 }
 
@@ -71,7 +71,7 @@ TEST_F(Closing, EndsAReceiveThatWaits) {
 }
 
 TEST_F(Closing, EndsASendThatWaits) {
-    if (RawPeer::IsWine()) GTEST_SKIP() << "Wine lets the send wait";
+    if (Support::RunsOnWine()) GTEST_SKIP() << "Wine lets the send wait";
     const Connection connection = Connected();
     const std::string much(32U << 20U, 'x');
     const Failure failure = FailureWhenClosed(*connection.client, [&] {
@@ -95,7 +95,7 @@ TEST_F(Closing, GivesAListenersPortBackAtOnce) {
     WaitingOperation waiting([&] { return FailureOf([&] { listener->Accept(peer); }); });
     listener->Close();
     // Wine keeps it as long as the call lasts.
-    if (RawPeer::IsWine()) waiting.Finish();
+    if (Support::RunsOnWine()) waiting.Finish();
     const SocketPtr next = ListeningOn(LocalHost(), port);
     const Connection connection = ConnectedThrough(*next);
     ExpectExchange(*connection.client, *connection.server);

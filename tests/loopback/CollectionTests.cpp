@@ -1,6 +1,7 @@
 // Sockets that are waited on together, for real.
 #include <VelNet/SocketCollection.h>
 #include <loopback/ExtendedTest.h>
+#include <loopback/RawConnection.h>
 #include <loopback/ThisProcess.h>
 
 #include <future>
@@ -136,7 +137,7 @@ TEST_F(Collection, WaitingBytesAreReportedUntilTheyAreRead) {
 TEST_F(Collection, AWaitEndsWhenBytesCome) {
     const Connection connection = Connected();
     All().Add(connection.server.Get(), EVENT_READ);
-    RawPeer::InterruptedThread thread;
+    ThisProcess::InterruptedThread thread;
     auto other = std::async(std::launch::async, [&] {
         // Not before this thread sleeps, where the system can tell.
         thread.Interrupt();
@@ -161,7 +162,7 @@ TEST_F(Collection, ACloseIsReportedWhenAllIsRead) {
 
 TEST_F(Collection, AResetIsReportedAsAClose) {
     const SocketPtr listener = Listening();
-    RawPeer::Connection client(PortOf(*listener));
+    RawConnection client(PortOf(*listener));
     const SocketPtr server = Accepted(*listener);
     All().Add(server.Get(), EVENT_READ);
     All().Add(server.Get(), EVENT_CLOSE);
@@ -353,11 +354,11 @@ TEST_F(Collection, ManyQuestionsWithoutWaitingAreAllAnswered) {
     All().Add(listener.Get(), EVENT_ACCEPT);
     All().Add(connection.server.Get(), EVENT_READ);
     All().Add(connection.server.Get(), EVENT_CLOSE);
-    const int before = RawPeer::OpenDescriptors();
+    const int before = ThisProcess::OpenDescriptors();
     for (int count = 0; count < 5000; ++count) {
         ASSERT_FALSE(Select(All(), 0));
     }
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before);
     SendAll(*connection.client, "x");
     EXPECT_EQ(SelectAll(All()), (AllReady{{connection.server.Get(), EVENT_READ}}));
 }
@@ -365,7 +366,7 @@ TEST_F(Collection, ManyQuestionsWithoutWaitingAreAllAnswered) {
 TEST_F(Collection, AWaitIsNeitherCutShortNorEndedBySignals) {
     const Connection connection = Connected();
     All().Add(connection.server.Get(), EVENT_READ);
-    RawPeer::InterruptedThread thread;
+    ThisProcess::InterruptedThread thread;
     auto other = std::async(std::launch::async, [&] {
         for (int count = 0; count < 20; ++count) {
             thread.Interrupt();

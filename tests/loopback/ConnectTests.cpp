@@ -1,6 +1,6 @@
 // Connections that come about, and those that do not.
 #include <loopback/LoopbackTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 namespace Loopback {
 namespace {
@@ -38,7 +38,7 @@ TEST_F(Connect, AfterARefusalTheSameSocketConnectsElsewhere) {
     const SocketPtr listener = Listening();
     const auto connect = [&] { client->Connect(LocalHost(), PortOf(*listener)); };
     // Wine connects at the second attempt only.
-    if (RawPeer::IsWine()) {
+    if (Support::RunsOnWine()) {
         EXPECT_EQ(FailureOf(connect).code, 10053);
     }
     connect();

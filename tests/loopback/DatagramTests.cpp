@@ -1,6 +1,6 @@
 // The classic socket with datagrams.
 #include <loopback/LoopbackTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 namespace Loopback {
 namespace {
@@ -97,7 +97,7 @@ TEST_F(Datagram, OneOfMoreThanTheSystemCarriesIsRefused) {
 TEST_F(Datagram, WithoutAPeerNothingCanBeSent) {
     const SocketPtr socket = Bound(DatagramSocket());
     const int code = FailureOf([&] { socket->Send("x", 1); }).code;
-    EXPECT_TRUE(code == 10057 || (RawPeer::IsWine() && code == 10022)) << code;
+    EXPECT_TRUE(code == 10057 || (Support::RunsOnWine() && code == 10022)) << code;
 }
 
 TEST_F(Datagram, APeerWithoutAPortIsRefusedAndNothingIsConnected) {
@@ -105,7 +105,7 @@ TEST_F(Datagram, APeerWithoutAPortIsRefusedAndNothingIsConnected) {
     const SocketPtr socket = DatagramSocket();
     const Failure failure = FailureOf([&] { socket->Connect(LocalHost(), 0); });
     // Wine connects, and fails only when it is asked for the peer.
-    if (RawPeer::IsWine() && failure.code == 10057) return;
+    if (Support::RunsOnWine() && failure.code == 10057) return;
     EXPECT_EQ(failure, SystemFailure(u"VelNet::SocketImpl::Connect() - FAIL. Cannot connect to a "
                                      u"socket: 127.0.0.1:0",
                                      10049, u"Cannot assign requested address"));

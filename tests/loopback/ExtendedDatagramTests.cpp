@@ -1,6 +1,6 @@
 // The extended socket with datagrams.
 #include <loopback/ExtendedTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 #include <vector>
 
@@ -164,7 +164,7 @@ TEST_P(ExtendedDatagram, OnAnUnboundSocketNothingCanBeReceived) {
     EXPECT_TRUE(socket->SetNonBlocking());
     const Failure failure = FailureOf([&] { ReceiveFrom(*socket); });
     EXPECT_TRUE(failure == RecvFromFailed(10022, u"Invalid argument") ||
-                (RawPeer::IsWine() &&
+                (Support::RunsOnWine() &&
                  failure == RecvFromFailed(10035, u"Resource temporarily unavailable")))
         << testing::PrintToString(failure);
 }
@@ -209,7 +209,7 @@ TEST_P(ExtendedDatagram, ConnectedSocketsSendAndReceiveWithoutAddresses) {
 }
 
 TEST_P(ExtendedDatagram, OneThatFindsNobodyIsToldAtTheNextReceive) {
-    if (RawPeer::IsWine()) GTEST_SKIP() << "Wine never tells a socket without a peer";
+    if (Support::RunsOnWine()) GTEST_SKIP() << "Wine never tells a socket without a peer";
     // Where there is such a network, nobody else takes the port meanwhile.
     const Machine::OwnNetwork network;
     const XtPtr socket = Receiver();
@@ -230,7 +230,7 @@ TEST_P(ExtendedDatagram, AnAddressOfTheOtherVersionIsRefused) {
               Widen("VelNet::SocketXtImpl::SendTo , cannot sendto using connectionless socket , "
                     "::sendto , " +
                     other + " : 9 "));
-    EXPECT_TRUE(failure.code == (GetParam() == Ipv6 ? 10014 : 10047) || RawPeer::IsWine())
+    EXPECT_TRUE(failure.code == (GetParam() == Ipv6 ? 10014 : 10047) || Support::RunsOnWine())
         << failure.code;
     EXPECT_EQ(Sink().Take(), (Records{{Error, failure.text}}));
 }

@@ -1,6 +1,6 @@
 // What the extended socket throws: whole texts, and what the failure leaves behind.
 #include <loopback/ExtendedTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 #include <utility>
 
@@ -31,8 +31,9 @@ TEST_P(ExtendedFailure, AcceptOnASocketThatDoesNotListenFails) {
 TEST_P(ExtendedFailure, SendingWithoutAConnectionFails) {
     const XtPtr socket = Stream();
     const Failure failure = FailureOf([&] { socket->Send("x", 1); });
-    EXPECT_TRUE(failure == XtSendFailed(10057, u"Socket is not connected") ||
-                (RawPeer::IsWine() && failure == XtSendFailed(10054, u"Connection reset by peer")))
+    EXPECT_TRUE(
+        failure == XtSendFailed(10057, u"Socket is not connected") ||
+        (Support::RunsOnWine() && failure == XtSendFailed(10054, u"Connection reset by peer")))
         << testing::PrintToString(failure);
 }
 
@@ -58,7 +59,7 @@ TEST_P(ExtendedFailure, TheConnectThatWasRefusedMaySucceedLater) {
     unheard.socket->Listen();
     const auto connect = [&] { client->Connect(Host(), unheard.port.c_str()); };
     const int code = FailureOf(connect).code;
-    if (RawPeer::IsWine() && code == 10053) return;
+    if (Support::RunsOnWine() && code == 10053) return;
     EXPECT_EQ(code, 0);
     ExpectExchange(*client, *Accept(*unheard.socket).socket);
 }
@@ -92,7 +93,7 @@ TEST_P(ExtendedFailure, NoPortAndNoAddressCannotBeConnectedTo) {
     const Failure failure = FailureOf([&] { socket->Connect(Host(), "0"); });
     EXPECT_TRUE(failure ==
                     ConnectFailed(ends, "::connect", 10049, u"Cannot assign requested address") ||
-                (RawPeer::IsWine() && failure.code == 10061))
+                (Support::RunsOnWine() && failure.code == 10061))
         << testing::PrintToString(failure);
 }
 
@@ -214,7 +215,7 @@ TEST_P(ExtendedFailure, ABroadcastOptionOnAStreamIsTheSystemsToRefuse) {
     const XtPtr socket = Stream();
     EnableOnly({Error});
     const Failure failure = FailureOf([&] { socket->SetSocketForBroadcast(); });
-    if (RawPeer::IsWine() && failure.code == 0) return;
+    if (Support::RunsOnWine() && failure.code == 0) return;
     EXPECT_EQ(failure, BroadcastFailed(10042, u"Bad protocol option"));
     EXPECT_EQ(Sink().Take(), (Records{{Error, failure.text}}));
 }

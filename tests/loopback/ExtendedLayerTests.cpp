@@ -1,6 +1,7 @@
 // The extended socket and the start of the layer: what resolves starts Winsock for itself.
 #include <loopback/ExtendedTest.h>
 #include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 #include <memory>
 
@@ -20,15 +21,15 @@ constexpr std::u16string_view NoSocket = u"Socket operation on nonsocket";
 
 // Wine tells a socket that is gone from one that never was before it tells that it is not started.
 void ExpectNotStarted(const Failure& failure, const Failure& notStarted, const Failure& onWine) {
-    EXPECT_TRUE(failure == notStarted || (RawPeer::IsWine() && failure == onWine))
+    EXPECT_TRUE(failure == notStarted || (Support::RunsOnWine() && failure == onWine))
         << testing::PrintToString(failure);
 }
 
 // The end of the only start closes what is open.
 TEST(ExtendedLayerMissing, ASocketEndsWithTheCallThatMadeIt) {
-    const int before = RawPeer::OpenDescriptors();
+    const int before = ThisProcess::OpenDescriptors();
     const XtPtr socket = OwnStream();
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before);
     EXPECT_TRUE(socket->IsValid());
     ExpectNotStarted(FailureOf([&] { socket->Send("x", 1); }), XtSendFailed(10093, NotStarted),
                      XtSendFailed(10038, NoSocket));
@@ -39,7 +40,7 @@ TEST(ExtendedLayerMissing, ASocketEndsWithTheCallThatMadeIt) {
 }
 
 TEST(ExtendedLayerMissing, OperationsLeaveTheStartOfTheLayerAlone) {
-    const int before = RawPeer::OpenDescriptors();
+    const int before = ThisProcess::OpenDescriptors();
     {
         const SocketInitialization layer;
         const XtPtr listener = OwnStream();
@@ -53,16 +54,16 @@ TEST(ExtendedLayerMissing, OperationsLeaveTheStartOfTheLayerAlone) {
     }
     EXPECT_EQ(FailureOf([] { CreateSocket(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP); }).code,
               10093);
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before);
 }
 
 TEST(ExtendedLayerMissing, TheEndOfTheLayerClosesWhatIsStillOpen) {
     auto layer = std::make_unique<SocketInitialization>();
-    const int before = RawPeer::OpenDescriptors();
+    const int before = ThisProcess::OpenDescriptors();
     const XtPtr socket = OwnStream();
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before + 1);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before + 1);
     layer.reset();
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // One to many, in a network that ends on this machine.
 #include <loopback/ExtendedTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 namespace Loopback {
 namespace {
@@ -73,7 +73,7 @@ TEST_F(ExtendedMulticast, WhoNeverJoinedGetsNothing) {
     SendTo(*sender, "to one", "127.0.0.1", port);
     std::string bytes = ReceiveFrom(*stranger).bytes;
     // Wine gives every socket what any socket of the machine has joined.
-    if (RawPeer::IsWine() && bytes == "to all") bytes = ReceiveFrom(*stranger).bytes;
+    if (Support::RunsOnWine() && bytes == "to all") bytes = ReceiveFrom(*stranger).bytes;
     EXPECT_EQ(bytes, "to one");
 }
 
@@ -83,7 +83,7 @@ TEST_F(ExtendedMulticast, AGroupCannotBeJoinedTwice) {
     const Failure failure = FailureOf([&] { socket->SetSocketForMulticast(Group, Join); });
     EXPECT_TRUE(failure == MembershipFailed("IP_ADD_MEMBERSHIP", 10049,
                                             u"Cannot assign requested address") ||
-                (RawPeer::IsWine() && failure.code == 10048))
+                (Support::RunsOnWine() && failure.code == 10048))
         << testing::PrintToString(failure);
 }
 
@@ -171,7 +171,7 @@ TEST_F(ExtendedMulticastRefused, BroadcastingNeedsTheOption) {
     // Wine looks for a way there first.
     EXPECT_TRUE(failure ==
                     SendToFailed("255.255.255.255 : 9", "::sendto", 10013, u"Permission denied") ||
-                (RawPeer::IsWine() && failure.code == 10051))
+                (Support::RunsOnWine() && failure.code == 10051))
         << testing::PrintToString(failure);
     EXPECT_EQ(Sink().Take(), (Records{{Error, failure.text}}));
 }

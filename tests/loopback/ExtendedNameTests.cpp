@@ -2,6 +2,7 @@
 // the other.
 #include <loopback/ExtendedTest.h>
 #include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 #include <algorithm>
 #include <cctype>
@@ -53,7 +54,7 @@ TEST_F(ExtendedName, SpecialAddressesHaveATextForEachVersion) {
     EXPECT_EQ(text(VelNet::SPECIAL_BROADCAST, Ipv6), "ff02::1");
     for (const SocketXt::ADDR_FAMILY family : {SocketXt::FAMILY_UNKNOWN, Ipv4, Ipv6}) {
         EXPECT_EQ(Lowered(text(VelNet::SPECIAL_THIS_MACHINE, family)),
-                  Lowered(RawPeer::HostName()));
+                  Lowered(ThisProcess::HostName()));
         EXPECT_EQ(text(0, family), "");
         EXPECT_EQ(text(5, family), "");
     }
@@ -216,7 +217,7 @@ TEST_F(ExtendedName, AComputerWhoseNameNobodyKnowsHasSocketsAllTheSame) {
     if (!name.IsSet()) GTEST_SKIP() << "the system lets no test change the computer's name";
     EnableOnly({Error});
     const Failure failure = FailureOf([] { EXPECT_TRUE(OwnStream()->IsValid()); });
-    if (RawPeer::IsWine()) {
+    if (Support::RunsOnWine()) {
         EXPECT_TRUE(IsResolversNumber(failure.code)) << failure.code;
         EXPECT_EQ(failure,
                   CreateFailed(u"::getaddrinfo", failure.code, ResolversText(failure.code)));

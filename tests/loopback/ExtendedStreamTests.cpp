@@ -1,6 +1,6 @@
 // The extended socket with streams.
 #include <loopback/ExtendedTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 #include <future>
 
@@ -255,7 +255,7 @@ TEST_P(ExtendedStream, AStreamReceivesFromItsPeerWithoutBeingToldWho) {
     // Wine leaves no error behind, and the number 0 ends the text.
     const Records toldByWine = {{Error, text.substr(0, text.find(u'\u273F'))}};
     const Records records = Sink().Take();
-    EXPECT_TRUE(records == told || (RawPeer::IsWine() && records == toldByWine))
+    EXPECT_TRUE(records == told || (Support::RunsOnWine() && records == toldByWine))
         << testing::PrintToString(records);
 }
 

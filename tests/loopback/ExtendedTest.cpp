@@ -1,5 +1,5 @@
 #include <loopback/ExtendedTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/RawPeer.h>
 
 #include <optional>
 #include <ostream>
@@ -64,7 +64,7 @@ void SetPatience(SocketXt& socket) {
 }
 
 std::string PortOf(const SocketXt& socket) {
-    return std::to_string(Machine::PortOf(socket.GetHandle()));
+    return std::to_string(Support::LocalPortOf(socket.GetHandle()));
 }
 
 std::string ComputerName() {

@@ -228,7 +228,7 @@ TEST_F(Logging, AFileSinkTakesAWholeExchange) {
 TEST_F(Logging, AStandardErrorSinkWritesTheSameLines) {
     VelLog::StandardErrorSink sink;
     EnableOnly({Error});
-    RawPeer::StandardErrorCapture capture;
+    ThisProcess::StandardErrorCapture capture;
     SetSink(&sink);
     FailAndLog("one");
     FailAndLog("\xC3\xA9");

@@ -9,9 +9,6 @@
 
 namespace Machine {
 
-// The local port that the system has given to a socket, by the socket's handle.
-unsigned short PortOf(unsigned long long handle);
-
 // This computer has another name, for this thread and those that it starts.
 //
 // Linux: a host name of the thread's own. Windows keeps one name for all programs and has no such

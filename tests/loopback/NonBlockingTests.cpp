@@ -1,6 +1,6 @@
 // Sockets that do not block.
 #include <loopback/LoopbackTest.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 namespace Loopback {
 namespace {
@@ -127,7 +127,7 @@ TEST_F(NonBlocking, ARefusalOfAConnectIsNotTakenForAConnection) {
     for (int attempt = 0; attempt < 20; ++attempt) {
         const Failure failure = FailureOf([&] { client->Connect(LocalHost(), port); });
         EXPECT_TRUE(failure.code == 10035 || failure.code == 10037 || failure.code == 10061 ||
-                    (RawPeer::IsWine() && failure.code == 10053))
+                    (Support::RunsOnWine() && failure.code == 10053))
             << testing::PrintToString(failure);
     }
     EXPECT_FALSE(client->IsDataAvailable());

@@ -1,6 +1,8 @@
 // Peers that end the connection, in good order or not.
 #include <loopback/LoopbackTest.h>
+#include <loopback/RawConnection.h>
 #include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 namespace Loopback {
 namespace {
@@ -32,7 +34,7 @@ Failure FailureOfSend(VelNet::Socket& socket) {
 }
 
 void ExpectFailure(const Failure& failure, const Failure& expected, const Failure& onWineToo) {
-    if (RawPeer::IsWine() && failure == onWineToo) return;
+    if (Support::RunsOnWine() && failure == onWineToo) return;
     EXPECT_EQ(failure, expected);
 }
 
@@ -51,7 +53,7 @@ TEST_F(Peer, AnOrderlyEndIsToldAfterTheDataAgainAndAgain) {
 
 TEST_F(Peer, AfterThePeerEndedItsSendingOursGoesOn) {
     const SocketPtr listener = Listening();
-    RawPeer::Connection peer(PortOf(*listener));
+    RawConnection peer(PortOf(*listener));
     const SocketPtr server = Accepted(*listener);
     EXPECT_EQ(server->GetRemoteAddress().GetPort(), peer.LocalPort());
     peer.Send("question");
@@ -64,7 +66,7 @@ TEST_F(Peer, AfterThePeerEndedItsSendingOursGoesOn) {
 
 TEST_F(Peer, AResetIsToldAgainAndAgain) {
     const SocketPtr listener = Listening();
-    RawPeer::Connection peer(PortOf(*listener));
+    RawConnection peer(PortOf(*listener));
     const SocketPtr server = Accepted(*listener);
     peer.Reset();
     const Failure first = FailureOfReceive(*server);
@@ -78,9 +80,9 @@ TEST_F(Peer, AResetIsToldAgainAndAgain) {
 }
 
 TEST_F(Peer, AResetIsToldToASenderAgainAndAgainWithoutASignal) {
-    const RawPeer::BrokenPipeSignals signals;
+    const ThisProcess::BrokenPipeSignals signals;
     const SocketPtr listener = Listening();
-    RawPeer::Connection peer(PortOf(*listener));
+    RawConnection peer(PortOf(*listener));
     const SocketPtr server = Accepted(*listener);
     peer.Reset();
     ExpectFailure(FailureOfReceive(*server), ReceiveReset(), ConnectionClosed());
@@ -92,7 +94,7 @@ TEST_F(Peer, AResetIsToldToASenderAgainAndAgainWithoutASignal) {
 
 // The peer's system answers the first bytes with a reset.
 TEST_F(Peer, SendingToAPeerThatIsGoneFailsWithoutASignal) {
-    const RawPeer::BrokenPipeSignals signals;
+    const ThisProcess::BrokenPipeSignals signals;
     const Connection connection = Connected();
     connection.server->Close();
     Failure failure;
@@ -118,7 +120,7 @@ TEST_F(Peer, ClosingWithUnreadDataResetsThePeer) {
 }
 
 TEST_F(Peer, WithoutAPeerSendAndReceiveFailWithoutASignal) {
-    const RawPeer::BrokenPipeSignals signals;
+    const ThisProcess::BrokenPipeSignals signals;
     const SocketPtr socket = StreamSocket();
     EXPECT_EQ(FailureOfReceive(*socket), ReceiveFailed(10057, u"Socket is not connected"));
     ExpectFailure(FailureOfSend(*socket), SendFailed(10057, u"Socket is not connected"),

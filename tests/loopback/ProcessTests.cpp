@@ -2,6 +2,7 @@
 #include <VelNet/SocketAddress.h>
 #include <loopback/LoopbackTest.h>
 #include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 #include <atomic>
 #include <future>
@@ -17,7 +18,7 @@ protected:
 };
 
 TEST_F(Process, WithMoreThan1024DescriptorsEverythingWorks) {
-    const RawPeer::ManyDescriptors many(1100);
+    const ThisProcess::ManyDescriptors many(1100);
     const SocketPtr listener = Listening();
     const Connection connection = ConnectedThrough(*listener);
     ExpectExchange(*connection.client, *connection.server);
@@ -34,7 +35,7 @@ TEST_F(Process, WithMoreThan1024DescriptorsEverythingWorks) {
     next.server->Close();
     const Failure reset = FailureOfReceive(*next.client);
     EXPECT_TRUE(reset == ReceiveFailed(10054, u"Connection reset by peer") ||
-                (RawPeer::IsWine() && reset == ConnectionClosed()))
+                (Support::RunsOnWine() && reset == ConnectionClosed()))
         << testing::PrintToString(reset);
     const auto addresses = VelNet::SocketAddress::GetOctetsFromMachineName("localhost");
     EXPECT_EQ(addresses->GetOctets(0), LocalHost());
@@ -42,7 +43,7 @@ TEST_F(Process, WithMoreThan1024DescriptorsEverythingWorks) {
 
 constexpr int Interruptions = 20;
 
-void InterruptOften(RawPeer::InterruptedThread& thread) {
+void InterruptOften(ThisProcess::InterruptedThread& thread) {
     try {
         for (int count = 0; count < Interruptions; ++count) {
             thread.Interrupt();
@@ -54,7 +55,7 @@ void InterruptOften(RawPeer::InterruptedThread& thread) {
 
 // Interrupts the thread many times, then, in any case, lets its call come to its end.
 template <class Finish>
-std::future<void> InterruptThen(RawPeer::InterruptedThread& thread, Finish finish) {
+std::future<void> InterruptThen(ThisProcess::InterruptedThread& thread, Finish finish) {
     return std::async(std::launch::async, [&thread, finish] {
         InterruptOften(thread);
         finish();
@@ -69,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Milliseconds, ProcessWithTimeout, testing::Values(0U, 6
 TEST_P(ProcessWithTimeout, AnInterruptedReceiveGoesOn) {
     const Connection connection = Connected();
     connection.client->SetReceiveTimeout(GetParam());
-    RawPeer::InterruptedThread thread;
+    ThisProcess::InterruptedThread thread;
     auto other = InterruptThen(thread, [&] { SendAll(*connection.server, "abc"); });
     EXPECT_EQ(ReceiveExactly(*connection.client, 3), "abc");
     other.get();
@@ -80,7 +81,7 @@ TEST_F(Process, AnInterruptedAcceptGoesOn) {
     const SocketPtr listener = Listening();
     const unsigned short port = PortOf(*listener);
     const SocketPtr client = StreamSocket();
-    RawPeer::InterruptedThread thread;
+    ThisProcess::InterruptedThread thread;
     auto other = InterruptThen(thread, [&] { client->Connect(LocalHost(), port); });
     const SocketPtr server = Accepted(*listener);
     other.get();
@@ -93,7 +94,7 @@ TEST_F(Process, AnInterruptedReceiveEndsWithItsTime) {
     const Connection connection = Connected();
     connection.client->SetReceiveTimeout(500);
     std::atomic<bool> done = false;
-    RawPeer::InterruptedThread thread;
+    ThisProcess::InterruptedThread thread;
     const auto start = Clock::now();
     auto other = std::async(std::launch::async, [&] {
         while (!done) {
@@ -112,7 +113,7 @@ TEST_P(ProcessWithTimeout, AnInterruptedSendGoesOn) {
     const Connection connection = Connected();
     connection.client->SetSendTimeout(GetParam());
     const std::string bytes(16U << 20U, 'x');
-    RawPeer::InterruptedThread thread;
+    ThisProcess::InterruptedThread thread;
     auto other = InterruptThen(
         thread, [&] { EXPECT_EQ(ReceiveExactly(*connection.server, bytes.size()), bytes); });
     SendAll(*connection.client, bytes);
@@ -130,7 +131,7 @@ TEST_F(Process, AnInterruptedConnectCompletes) {
         pending.push_back(ConnectedTo(*listener));
     }
     const SocketPtr client = StreamSocket();
-    RawPeer::InterruptedThread thread;
+    ThisProcess::InterruptedThread thread;
     auto other = InterruptThen(thread, [&] {
         for (const SocketPtr& one : pending) {
             ExpectExchange(*one, *Accepted(*listener));

@@ -59,7 +59,7 @@ TEST_F(Resolution, ADottedTextIsItsOwnAddress) {
 }
 
 TEST_F(Resolution, AnEmptyNameIsThisMachine) {
-    EXPECT_EQ(AddressesOf(""), AddressesOf(RawPeer::HostName().c_str()));
+    EXPECT_EQ(AddressesOf(""), AddressesOf(ThisProcess::HostName().c_str()));
     EXPECT_EQ(Sink().Take(), Records{});
 }
 
@@ -97,7 +97,7 @@ TEST_F(Resolution, ANameWithAnEmptyPartIsNotResolvable) {
 TEST_F(Resolution, TheLocalMachinesNameIsTheSystems) {
     const std::string name = SocketAddress::GetLocalMachineName().c_str();
     EXPECT_NE(name, "");
-    EXPECT_EQ(name, RawPeer::HostName());
+    EXPECT_EQ(name, ThisProcess::HostName());
 }
 
 TEST_F(Resolution, AReverseLookUpGivesANameOrAnUnloggedFailure) {

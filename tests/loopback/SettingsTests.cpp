@@ -6,6 +6,7 @@
 #include <loopback/LoopbackTest.h>
 #include <loopback/Machine.h>
 #include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 
 #include <optional>
 #include <vector>
@@ -112,7 +113,7 @@ TEST_F(Settings, AnEmptyDomainOfTheFirstInterfaceIsTheHostsName) {
     Machines().Write(FirstInterface, "DhcpDomain", "");
     Machines().Write(FirstInterface, "Domain", "static.example");
     Machines().Write(LastInterface, "Domain", "last.example");
-    EXPECT_EQ(Domain(), RawPeer::HostName());
+    EXPECT_EQ(Domain(), ThisProcess::HostName());
 }
 
 TEST_F(Settings, TheNameServersAreTheLastInterfaces) {
@@ -166,7 +167,7 @@ TEST_F(SettingsOfTheMachine, TheVersionIsOneOfTheTwo) {
 
 // A tree that says nothing, and nothing else to go by.
 TEST_F(Settings, WithoutAnyServerTheFailureSaysWhatIsMissing) {
-    if (RawPeer::IsWine()) GTEST_SKIP() << "the machine's own settings are there as well";
+    if (Support::RunsOnWine()) GTEST_SKIP() << "the machine's own settings are there as well";
     const SocketInitialization layer;
     Machines().MakeKey(FirstInterface);
     EXPECT_EQ(FailureOf([] { NameServers(); }),
@@ -174,7 +175,7 @@ TEST_F(Settings, WithoutAnyServerTheFailureSaysWhatIsMissing) {
                        u"protocol is not configured on this machine. Registry error: NameServer "
                        u"and DhcpNameServer keys are not set up",
                        -1}));
-    EXPECT_EQ(Domain(), RawPeer::HostName());
+    EXPECT_EQ(Domain(), ThisProcess::HostName());
 }
 
 }  // namespace

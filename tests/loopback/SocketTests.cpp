@@ -109,7 +109,7 @@ TEST_F(SocketLife, AClosedOneEndsWithoutAnotherRecord) {
 }
 
 TEST_F(SocketLife, NoDescriptorIsLeftBehindByAnyWayToEnd) {
-    const int before = RawPeer::OpenDescriptors();
+    const int before = ThisProcess::OpenDescriptors();
     {
         const SocketPtr listener = Listening();
         const Connection closed = ConnectedThrough(*listener);
@@ -120,9 +120,9 @@ TEST_F(SocketLife, NoDescriptorIsLeftBehindByAnyWayToEnd) {
         FailureOf([&] { refused->Bind(LocalHost(), PortOf(*listener)); });
         FailureOf(
             [&] { CreateSocket(VelNet::Socket::SOCKET_DATAGRAM, VelNet::Socket::PROTOCOL_TCP); });
-        EXPECT_GT(RawPeer::OpenDescriptors(), before);
+        EXPECT_GT(ThisProcess::OpenDescriptors(), before);
     }
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before);
 }
 
 }  // namespace

@@ -104,38 +104,38 @@ TEST(StartUp, SeveralThreadsBringTheLayerUpAndDownAtTheSameTime) {
 }
 
 TEST(StartUp, TheLayerLeavesNoDescriptorBehind) {
-    const int before = RawPeer::OpenDescriptors();
+    const int before = ThisProcess::OpenDescriptors();
     for (int round = 0; round < 3; ++round) {
         const SocketInitialization layer;
         ExpectLayerIsUp();
     }
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before);
 }
 
 TEST(StartUp, TheEndOfTheLayerClosesWhatIsStillOpen) {
-    const int before = RawPeer::OpenDescriptors();
+    const int before = ThisProcess::OpenDescriptors();
     auto layer = std::make_unique<SocketInitialization>();
     const SocketPtr listener = Listening();
     const Connection connection = ConnectedThrough(*listener);
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before + 3);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before + 3);
     layer.reset();
-    EXPECT_EQ(RawPeer::OpenDescriptors(), before);
+    EXPECT_EQ(ThisProcess::OpenDescriptors(), before);
 }
 
 TEST(StartUp, AWholeExchangeLeavesSignalsAsTheyWereAndStartsNoThread) {
-    const std::string signals = RawPeer::SignalDispositions();
-    const int threads = RawPeer::ThreadCount();
+    const std::string signals = ThisProcess::SignalDispositions();
+    const int threads = ThisProcess::ThreadCount();
     {
         const SocketInitialization layer;
-        EXPECT_LE(RawPeer::ThreadCount(), threads);
+        EXPECT_LE(ThisProcess::ThreadCount(), threads);
         const Connection connection = Connected();
         ExpectExchange(*connection.client, *connection.server);
         VelNet::SocketAddress::GetOctetsFromMachineName("localhost");
-        EXPECT_LE(RawPeer::ThreadCount(), threads);
-        EXPECT_EQ(RawPeer::SignalDispositions(), signals);
+        EXPECT_LE(ThisProcess::ThreadCount(), threads);
+        EXPECT_EQ(ThisProcess::SignalDispositions(), signals);
     }
-    EXPECT_LE(RawPeer::ThreadCount(), threads);
-    EXPECT_EQ(RawPeer::SignalDispositions(), signals);
+    EXPECT_LE(ThisProcess::ThreadCount(), threads);
+    EXPECT_EQ(ThisProcess::SignalDispositions(), signals);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 // Ends of connections that come before all is received, or after one side has ended its half.
 #include <VelNet/SocketCollection.h>
 #include <loopback/ExtendedTest.h>
-#include <loopback/ThisProcess.h>
+#include <loopback/RawConnection.h>
+#include <support/RawPeer.h>
+#include <support/Wine.h>
 
 #include <memory>
 #include <optional>
@@ -64,7 +66,7 @@ private:
     SocketPtr listener_;
 
 protected:
-    std::optional<RawPeer::Connection> peer;
+    std::optional<RawConnection> peer;
     SocketPtr server;
 };
 
@@ -72,7 +74,7 @@ TEST_F(StreamEnd, ThatASendMetFirstComesBehindWhatThePeerHadSent) {
     peer->Send("last words");
     peer.reset();
     const int number = FailureOfSending(*server).code;
-    EXPECT_TRUE(number == 10053 || (RawPeer::IsWine() && number == 10054)) << number;
+    EXPECT_TRUE(number == 10053 || (Support::RunsOnWine() && number == 10054)) << number;
     ExpectBytes(*server);
     EXPECT_EQ(ReceiveExactly(*server, 4), "last");
     ExpectBytes(*server);
@@ -80,7 +82,7 @@ TEST_F(StreamEnd, ThatASendMetFirstComesBehindWhatThePeerHadSent) {
     ExpectEnd(*server);
     const Failure end = FailureOfReceive(*server);
     EXPECT_TRUE(end == ReceiveFailed(10053, u"Software caused connection abort") ||
-                (RawPeer::IsWine() && end == ConnectionClosed()))
+                (Support::RunsOnWine() && end == ConnectionClosed()))
         << testing::PrintToString(end);
     ExpectEnd(*server);
 }
@@ -98,7 +100,7 @@ TEST_F(StreamEnd, OfAResetPromisesNoMoreThanIsGiven) {
     ExpectEnd(*server);
     const Failure end = FailureOfReceive(*server);
     EXPECT_TRUE(end == ReceiveFailed(10054, u"Connection reset by peer") ||
-                (RawPeer::IsWine() && end == ConnectionClosed()))
+                (Support::RunsOnWine() && end == ConnectionClosed()))
         << testing::PrintToString(end);
     ExpectEnd(*server);
 }
@@ -122,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(Versions, StreamEndOfAHalf, testing::Values(Ipv4, Ipv6)
 TEST_P(StreamEndOfAHalf, LeavesThePeersOrderlyEndAnOrderlyOne) {
     const XtConnection connection = Connected();
     SendAll(*connection.client, "question");
-    RawPeer::EndSending(connection.client->GetHandle());
+    Support::EndSending(connection.client->GetHandle());
     EXPECT_EQ(ReceiveExactly(*connection.server, 8), "question");
     EXPECT_EQ(FailureOfReceive(*connection.server), XtConnectionClosed("", ""));
     SendAll(*connection.server, "answer");
@@ -135,13 +137,13 @@ TEST_P(StreamEndOfAHalf, AfterThePeersLeavesThatAnOrderlyOne) {
     SendAll(*connection.server, "answer");
     connection.server->Close();
     EXPECT_TRUE(Eventually([&] { return connection.client->IsDataAvailable(); }));
-    RawPeer::EndSending(connection.client->GetHandle());
+    Support::EndSending(connection.client->GetHandle());
     ExpectOrderlyEnd(connection);
 }
 
 TEST_P(StreamEndOfAHalf, RefusesToSendAndGoesOnReceiving) {
     const XtConnection connection = Connected();
-    RawPeer::EndSending(connection.client->GetHandle());
+    Support::EndSending(connection.client->GetHandle());
     EXPECT_EQ(FailureOf([&] { connection.client->Send("x", 1); }).code, 10058);
     SendAll(*connection.server, "answer");
     connection.server->Close();

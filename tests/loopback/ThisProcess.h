@@ -1,50 +1,16 @@
-// What the tests need of the system itself, because the library's public classes cannot provoke or
-// tell it. posix/ and windows/ hold an implementation for each system; the comments say what one
-// for Windows has to offer where that is not plain. Whatever fails throws std::runtime_error.
+// What the tests ask of the system about their own process, and do to it, because the library's
+// public classes cannot provoke or tell it. posix/ and windows/ hold an implementation for each
+// system; the comments say what the one for Windows does where that is not plain. Whatever fails
+// throws std::runtime_error.
 #pragma once
 
+#include <support/RawPeer.h>
+
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
-namespace RawPeer {
-
-// A stream connection to 127.0.0.1 that the library knows nothing of.
-//
-// Windows: a socket of the system's. WSAStartup is done by the constructor and undone by the
-// destructor: a test may have no layer up.
-class Connection {
-public:
-    explicit Connection(unsigned short port);
-    // Closes in good order, if still open.
-    ~Connection();
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-
-    unsigned short LocalPort() const;
-
-    // The bytes must fit into the system's buffer.
-    void Send(std::string_view text);
-
-    // Waits for exactly this many bytes, for a minute at most.
-    std::string Receive(std::size_t count);
-
-    // Nothing more will be sent; receiving goes on.
-    void EndSending();
-
-    // Ends the connection so that the other side sees a reset (SO_LINGER with a time of 0).
-    void Reset();
-
-private:
-    void Close() noexcept;
-
-    unsigned long long handle_;
-};
-
-// Ends the sending half of one of the library's own connections, as a program may that asks for the
-// handle.
-void EndSending(unsigned long long handle);
+namespace ThisProcess {
 
 // Holds that many descriptors open that any new one has a number above their count. The process's
 // limit is raised to the highest that it may have.
@@ -58,6 +24,7 @@ public:
     ManyDescriptors& operator=(const ManyDescriptors&) = delete;
 
 private:
+    const Support::RawSockets sockets_;
     std::vector<int> descriptors_;
 };
 
@@ -128,8 +95,4 @@ private:
     int file_;
 };
 
-// Wine, on which these tests run too, answers a few situations otherwise than Windows does: a test
-// then accepts both.
-bool IsWine() noexcept;
-
-}  // namespace RawPeer
+}  // namespace ThisProcess

@@ -206,7 +206,7 @@ TEST_F(BindingAndTheLastCleanUp, LeavesTheClientsPortsFree) {
     ASSERT_EQ(Winsock::WSAStartup(0x202, &data), 0);
     EXPECT_EQ(server.Receive(1), "");
     server.Close();
-    ASSERT_TRUE(RawPeer::FindsPortTaken(PortOf(address)));
+    ASSERT_TRUE(FindsPortTaken(PortOf(address)));
     EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
 }
 

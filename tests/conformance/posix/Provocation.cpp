@@ -60,12 +60,6 @@ RawAddress RawLoopback(unsigned int port) {
     return address;
 }
 
-int RawStream() {
-    const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    Require(descriptor >= 0, "socket");
-    return descriptor;
-}
-
 void Await(unsigned long long handle, short events) {
     pollfd wait = {static_cast<int>(handle), events, 0};
     Require(::poll(&wait, 1, 60'000) == 1, "the event did not come");
@@ -78,77 +72,23 @@ bool IsTakenFor(const RawPeer& peer, unsigned int port) {
 
 }  // namespace
 
-RawPeer::RawPeer(RawPeer&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-
-RawPeer& RawPeer::operator=(RawPeer&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    return *this;
+bool FindsPortTaken(unsigned int port) {
+    return IsTakenFor(RawPeer::Unconnected(), port);
 }
 
-RawPeer::~RawPeer() {
-    Close();
-}
-
-RawPeer RawPeer::ConnectedTo(unsigned int port) {
-    RawPeer peer(RawStream());
-    const RawAddress address = RawLoopback(port);
-    Require(::connect(peer.descriptor_, &address.any, sizeof address) == 0, "connect");
-    return peer;
-}
-
-bool RawPeer::FindsPortTaken(unsigned int port) {
-    return IsTakenFor(RawPeer(RawStream()), port);
-}
-
-bool RawPeer::FindsPortTakenThoughReusing(unsigned int port) {
-    const RawPeer peer(RawStream());
+bool FindsPortTakenThoughReusing(unsigned int port) {
+    const RawPeer peer = RawPeer::Unconnected();
     const int on = 1;
-    Require(::setsockopt(peer.descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0,
+    Require(::setsockopt(peer.Descriptor(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0,
             "setsockopt");
     return IsTakenFor(peer, port);
 }
 
-void RawPeer::Send(const std::string& text) const {
-    const ssize_t count = ::send(descriptor_, text.data(), text.size(), MSG_NOSIGNAL);
-    Require(count == static_cast<ssize_t>(text.size()), "send");
-}
-
-std::string RawPeer::Receive(std::size_t room) const {
-    std::string text(room, '\0');
-    const ssize_t count = ::recv(descriptor_, text.data(), room, MSG_WAITALL);
-    Require(count >= 0, "recv");
-    text.resize(static_cast<std::size_t>(count));
-    return text;
-}
-
-std::size_t RawPeer::ReceiveAll() const {
-    std::size_t total = 0;
-    char buffer[65536];
-    ssize_t count = 0;
-    while ((count = ::recv(descriptor_, buffer, sizeof buffer, 0)) > 0) {
-        total += static_cast<std::size_t>(count);
-    }
-    return total;
-}
-
-void RawPeer::Reset() {
-    const linger atOnce = {.l_onoff = 1, .l_linger = 0};
-    Require(::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce) == 0,
-            "linger");
-    Close();
-}
-
-void RawPeer::Close() {
-    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
-}
-
-FullListener::FullListener() : listener_(RawStream()) {
-    RawAddress address = RawLoopback(0);
-    socklen_t length = sizeof address;
-    Require(::bind(listener_.Descriptor(), &address.any, length) == 0, "bind");
+FullListener::FullListener() : listener_(RawPeer::Unconnected()) {
+    const RawAddress address = RawLoopback(0);
+    Require(::bind(listener_.Descriptor(), &address.any, sizeof address) == 0, "bind");
     Require(::listen(listener_.Descriptor(), 0) == 0, "listen");
-    Require(::getsockname(listener_.Descriptor(), &address.any, &length) == 0, "getsockname");
-    port_ = ntohs(address.ipv4.sin_port);
+    port_ = listener_.LocalPort();
     filler_ = RawPeer::ConnectedTo(port_);
 }
 
@@ -162,10 +102,6 @@ void FullListener::Close() {
 
 bool EndedConnectionsLeavePortsFree() {
     return false;
-}
-
-void EndSending(unsigned long long handle) {
-    Require(::shutdown(static_cast<int>(handle), SHUT_WR) == 0, "shutdown");
 }
 
 void AwaitEnd(unsigned long long handle) {
@@ -297,13 +233,11 @@ bool CoverFile(const std::string& directory, const char* path, const std::string
 }
 
 bool RaiseLoopback() {
-    const int descriptor = RawStream();
+    const RawPeer socket = RawPeer::Unconnected();
     ifreq request = {};
     std::strcpy(request.ifr_name, "lo");
     request.ifr_flags = IFF_UP;
-    const bool raised = ::ioctl(descriptor, SIOCSIFFLAGS, &request) == 0;
-    ::close(descriptor);
-    return raised;
+    return ::ioctl(socket.Descriptor(), SIOCSIFFLAGS, &request) == 0;
 }
 
 bool EnterOwnNames(const std::string& directory, const std::string& hostsFile,

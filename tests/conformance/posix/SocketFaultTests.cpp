@@ -160,7 +160,7 @@ TEST_F(SocketFaultInListen, LeavesNoListener) {
         EXPECT_TRUE(FailsWith(10048, Winsock::listen(socket.Get(), 1)));
     }
     EXPECT_TRUE(FailsWith(10022, Winsock::accept(socket.Get(), nullptr, nullptr)));
-    EXPECT_TRUE(RawPeer::FindsPortTakenThoughReusing(LocalPort(socket)));
+    EXPECT_TRUE(FindsPortTakenThoughReusing(LocalPort(socket)));
     EXPECT_TRUE(Succeeds(Winsock::listen(socket.Get(), 1)));
 }
 

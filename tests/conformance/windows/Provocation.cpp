@@ -1,5 +1,4 @@
-// winsock2.h comes before everything that may include windows.h.
-#include <winsock2.h>
+#include "support/windows/WinsockCalls.h"
 // Behind it.
 #include <windows.h>
 
@@ -14,24 +13,16 @@
 
 namespace Conformance {
 
+using Support::Fail;
+using Support::LastErrorKept;
+using Support::Require;
+using Support::SetOption;
+using Support::SocketOf;
+
 namespace {
-
-[[noreturn]] void Fail(const char* what, unsigned long error) {
-    throw std::runtime_error(std::string(what) + ": " + std::to_string(error));
-}
-
-// Of a call of Winsock's.
-void Require(bool done, const char* what) {
-    if (!done) Fail(what, static_cast<unsigned long>(WSAGetLastError()));
-}
 
 void RequireOfSystem(bool done, const char* what) {
     if (!done) Fail(what, GetLastError());
-}
-
-// Handles fit into 32 bits on every Windows.
-SOCKET SocketOf(int descriptor) {
-    return static_cast<SOCKET>(descriptor);
 }
 
 HANDLE HandleOf(int number) {
@@ -41,18 +32,6 @@ HANDLE HandleOf(int number) {
 int NumberOf(HANDLE handle) {
     return static_cast<int>(reinterpret_cast<LONG_PTR>(handle));
 }
-
-// What is done here must leave no trace in the last error of the thread under test.
-class LastErrorKept {
-public:
-    LastErrorKept() : error_(WSAGetLastError()) {}
-    ~LastErrorKept() { WSASetLastError(error_); }
-    LastErrorKept(const LastErrorKept&) = delete;
-    LastErrorKept& operator=(const LastErrorKept&) = delete;
-
-private:
-    int error_;
-};
 
 union RawAddress {
     sockaddr any;
@@ -67,21 +46,9 @@ RawAddress RawLoopback(unsigned int port) {
     return address;
 }
 
-int RawStream() {
-    const SOCKET socket = ::socket(AF_INET, SOCK_STREAM, 0);
-    Require(socket != INVALID_SOCKET, "socket");
-    return static_cast<int>(socket);
-}
-
-template <class Value>
-bool SetOption(int descriptor, int option, const Value& value) {
-    const auto* const bytes = static_cast<const char*>(static_cast<const void*>(&value));
-    return ::setsockopt(SocketOf(descriptor), SOL_SOCKET, option, bytes, sizeof value) == 0;
-}
-
-bool FindsTaken(int descriptor, unsigned int port) {
+bool IsTakenFor(const RawPeer& peer, unsigned int port) {
     const RawAddress address = RawLoopback(port);
-    if (::bind(SocketOf(descriptor), &address.any, sizeof address) == 0) return false;
+    if (::bind(SocketOf(peer.Descriptor()), &address.any, sizeof address) == 0) return false;
     const int error = ::WSAGetLastError();
     return error == WSAEADDRINUSE || error == WSAEACCES;
 }
@@ -94,84 +61,25 @@ void Await(unsigned long long handle, short events) {
 
 }  // namespace
 
-RawPeer::RawPeer(RawPeer&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-
-RawPeer& RawPeer::operator=(RawPeer&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    return *this;
-}
-
-RawPeer::~RawPeer() {
-    Close();
-}
-
-RawPeer RawPeer::ConnectedTo(unsigned int port) {
+bool FindsPortTaken(unsigned int port) {
     const LastErrorKept kept;
-    RawPeer peer(RawStream());
-    const RawAddress address = RawLoopback(port);
-    Require(::connect(SocketOf(peer.descriptor_), &address.any, sizeof address) == 0, "connect");
-    return peer;
+    return IsTakenFor(RawPeer::Unconnected(), port);
 }
 
-bool RawPeer::FindsPortTaken(unsigned int port) {
+bool FindsPortTakenThoughReusing(unsigned int port) {
     const LastErrorKept kept;
-    const RawPeer peer(RawStream());
-    return FindsTaken(peer.descriptor_, port);
+    const RawPeer peer = RawPeer::Unconnected();
+    Require(SetOption(SocketOf(peer.Descriptor()), SO_REUSEADDR, BOOL{TRUE}), "option");
+    return IsTakenFor(peer, port);
 }
 
-bool RawPeer::FindsPortTakenThoughReusing(unsigned int port) {
+FullListener::FullListener() : listener_(RawPeer::Unconnected()) {
     const LastErrorKept kept;
-    const RawPeer peer(RawStream());
-    Require(SetOption(peer.descriptor_, SO_REUSEADDR, BOOL{TRUE}), "option");
-    return FindsTaken(peer.descriptor_, port);
-}
-
-void RawPeer::Send(const std::string& text) const {
-    const LastErrorKept kept;
-    const int length = static_cast<int>(text.size());
-    Require(::send(SocketOf(descriptor_), text.data(), length, 0) == length, "send");
-}
-
-std::string RawPeer::Receive(std::size_t room) const {
-    const LastErrorKept kept;
-    std::string text(room, '\0');
-    const int count =
-        ::recv(SocketOf(descriptor_), text.data(), static_cast<int>(room), MSG_WAITALL);
-    Require(count >= 0, "recv");
-    text.resize(static_cast<std::size_t>(count));
-    return text;
-}
-
-std::size_t RawPeer::ReceiveAll() const {
-    std::size_t total = 0;
-    char buffer[65536];
-    int count = 0;
-    while ((count = ::recv(SocketOf(descriptor_), buffer, sizeof buffer, 0)) > 0) {
-        total += static_cast<std::size_t>(count);
-    }
-    return total;
-}
-
-void RawPeer::Reset() {
-    const LastErrorKept kept;
-    Require(SetOption(descriptor_, SO_LINGER, linger{1, 0}), "linger");
-    Close();
-}
-
-void RawPeer::Close() {
-    const LastErrorKept kept;
-    if (descriptor_ >= 0) ::closesocket(SocketOf(std::exchange(descriptor_, -1)));
-}
-
-FullListener::FullListener() : listener_(RawStream()) {
-    const LastErrorKept kept;
-    RawAddress address = RawLoopback(0);
-    int length = sizeof address;
+    const RawAddress address = RawLoopback(0);
     const SOCKET socket = SocketOf(listener_.Descriptor());
-    Require(::bind(socket, &address.any, length) == 0, "bind");
+    Require(::bind(socket, &address.any, sizeof address) == 0, "bind");
     Require(::listen(socket, 0) == 0, "listen");
-    Require(::getsockname(socket, &address.any, &length) == 0, "getsockname");
-    port_ = ntohs(address.ipv4.sin_port);
+    port_ = listener_.LocalPort();
     filler_ = RawPeer::ConnectedTo(port_);
 }
 
@@ -187,11 +95,6 @@ void FullListener::Close() {
 
 bool EndedConnectionsLeavePortsFree() {
     return true;
-}
-
-void EndSending(unsigned long long handle) {
-    const LastErrorKept kept;
-    Require(::shutdown(handle, SD_SEND) == 0, "shutdown");
 }
 
 namespace {

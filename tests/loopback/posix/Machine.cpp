@@ -117,16 +117,6 @@ std::filesystem::path FolderOf(std::string key) {
 
 }  // namespace
 
-unsigned short PortOf(unsigned long long handle) {
-    SocketAddress address = {};
-    socklen_t length = sizeof address;
-    if (getsockname(static_cast<int>(handle), &address.any, &length) != 0) {
-        throw std::runtime_error("getsockname");
-    }
-    return ntohs(address.any.sa_family == AF_INET6 ? address.ipv6.sin6_port
-                                                   : address.ipv4.sin_port);
-}
-
 Name::Name(const std::string& name) : isSet_(false) {
     char former[256] = {};
     if (gethostname(former, sizeof former - 1) != 0) return;

@@ -1,13 +1,11 @@
-#include <arpa/inet.h>
 #include <dirent.h>
 #include <fcntl.h>
 #include <loopback/ThisProcess.h>
-#include <netinet/in.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <support/Threads.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -19,7 +17,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace RawPeer {
+namespace ThisProcess {
 
 namespace {
 
@@ -31,18 +29,6 @@ template <class Result>
 Result Require(Result result, const char* call) {
     if (result == -1) throw std::runtime_error(std::string(call) + ": " + std::strerror(errno));
     return result;
-}
-
-int DescriptorOf(unsigned long long handle) {
-    return static_cast<int>(handle);
-}
-
-sockaddr_in LocalHost(unsigned short port) {
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
 }
 
 int EntriesOf(const char* path) {
@@ -65,14 +51,6 @@ void WaitUntil(Condition condition, const char* what) {
     }
 }
 
-// Behind the name, which stands in parentheses and may hold anything.
-bool IsAsleep(long long threadId) {
-    std::ifstream file("/proc/self/task/" + std::to_string(threadId) + "/stat");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    const std::size_t name = text.rfind(')');
-    return name != std::string::npos && text.compare(name, 3, ") S") == 0;
-}
-
 std::atomic<int> g_brokenPipes = 0;
 std::atomic<int> g_interruptions = 0;
 
@@ -87,62 +65,6 @@ void Handle(int signal, void (*handler)(int), struct sigaction& former) {
 }
 
 }  // namespace
-
-Connection::Connection(unsigned short port) {
-    const int descriptor = Require(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket");
-    handle_ = static_cast<unsigned long long>(descriptor);
-    const timeval patience = {PatienceInSeconds, 0};
-    Require(setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience), "option");
-    const sockaddr_in address = LocalHost(port);
-    const auto* const general = static_cast<const sockaddr*>(static_cast<const void*>(&address));
-    Require(connect(descriptor, general, sizeof address), "connect");
-}
-
-Connection::~Connection() {
-    Close();
-}
-
-unsigned short Connection::LocalPort() const {
-    sockaddr_in address = {};
-    socklen_t length = sizeof address;
-    auto* const general = static_cast<sockaddr*>(static_cast<void*>(&address));
-    Require(getsockname(DescriptorOf(handle_), general, &length), "getsockname");
-    return ntohs(address.sin_port);
-}
-
-void Connection::Send(std::string_view text) {
-    const ssize_t sent =
-        Require(send(DescriptorOf(handle_), text.data(), text.size(), MSG_NOSIGNAL), "send");
-    if (static_cast<std::size_t>(sent) != text.size()) throw std::runtime_error("short send");
-}
-
-std::string Connection::Receive(std::size_t count) {
-    std::string text(count, '\0');
-    const ssize_t received =
-        Require(recv(DescriptorOf(handle_), text.data(), count, MSG_WAITALL), "recv");
-    if (static_cast<std::size_t>(received) != count) throw std::runtime_error("short receive");
-    return text;
-}
-
-void Connection::EndSending() {
-    RawPeer::EndSending(handle_);
-}
-
-void Connection::Reset() {
-    const linger discard = {1, 0};
-    Require(setsockopt(DescriptorOf(handle_), SOL_SOCKET, SO_LINGER, &discard, sizeof discard),
-            "option");
-    Close();
-}
-
-void Connection::Close() noexcept {
-    if (DescriptorOf(handle_) != -1) close(DescriptorOf(handle_));
-    handle_ = ~0ULL;
-}
-
-void EndSending(unsigned long long handle) {
-    Require(shutdown(DescriptorOf(handle), SHUT_WR), "shutdown");
-}
 
 ManyDescriptors::ManyDescriptors(int count) {
     rlimit limit = {};
@@ -216,7 +138,7 @@ InterruptedThread::~InterruptedThread() {
 }
 
 void InterruptedThread::Interrupt() {
-    WaitUntil([this] { return IsAsleep(threadId_); }, "the thread never slept");
+    Support::AwaitWaiting(static_cast<unsigned long>(threadId_));
     const int before = g_interruptions;
     if (pthread_kill(thread_, SIGUSR1) != 0) throw std::runtime_error("pthread_kill");
     WaitUntil([before] { return g_interruptions != before; }, "the signal was not handled");
@@ -253,8 +175,4 @@ void StandardErrorCapture::Restore() noexcept {
     original_ = -1;
 }
 
-bool IsWine() noexcept {
-    return false;
-}
-
-}  // namespace RawPeer
+}  // namespace ThisProcess

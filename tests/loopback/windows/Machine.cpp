@@ -2,7 +2,7 @@
 #include <winsock2.h>
 // Behind it.
 #include <loopback/Machine.h>
-#include <loopback/ThisProcess.h>
+#include <support/Wine.h>
 #include <windows.h>
 #include <ws2tcpip.h>
 
@@ -56,16 +56,8 @@ bool HasLoopbackOnly() {
 
 }  // namespace
 
-unsigned short PortOf(unsigned long long handle) {
-    SocketAddress address = {};
-    int length = sizeof address;
-    if (getsockname(handle, &address.any, &length) != 0) throw std::runtime_error("getsockname");
-    return ntohs(address.any.sa_family == AF_INET6 ? address.ipv6.sin6_port
-                                                   : address.ipv4.sin_port);
-}
-
 Name::Name(const std::string& name) : isSet_(false), former_(ReadText(ActiveName, "ComputerName")) {
-    isSet_ = RawPeer::IsWine() && WriteText(ActiveName, "ComputerName", name);
+    isSet_ = Support::RunsOnWine() && WriteText(ActiveName, "ComputerName", name);
 }
 
 Name::~Name() {
@@ -76,7 +68,7 @@ OwnNetwork::OwnNetwork() : isUp_(HasLoopbackOnly()), former_(-1) {}
 
 OwnNetwork::~OwnNetwork() = default;
 
-Settings::Settings() : areWritable_(RawPeer::IsWine()) {}
+Settings::Settings() : areWritable_(Support::RunsOnWine()) {}
 
 // The longest paths first: the system deletes a key only when it has none below it.
 Settings::~Settings() {

@@ -1,5 +1,5 @@
-#include "conformance/WineAnswers.h"
+#include "support/Wine.h"
 
-bool Conformance::RunsOnWine() noexcept {
+bool Support::RunsOnWine() noexcept {
     return false;
 }

@@ -1,7 +1,7 @@
 #include <windows.h>
 
-#include "conformance/WineAnswers.h"
+#include "support/Wine.h"
 
-bool Conformance::RunsOnWine() noexcept {
+bool Support::RunsOnWine() noexcept {
     return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
