@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <thread>
 
-#include "FailingAllocations.h"
 #include "NameFiles.h"
 #include "conformance/NameScene.h"
 #include "conformance/Provocation.h"
+#include "support/FailingAllocations.h"
 
 namespace Conformance {
 namespace {
@@ -154,7 +154,7 @@ unsigned int FailEachAllocation(const char* host, const char* service) {
         Winsock::AddressInfo* result = &unset;
         int error = 0;
         {
-            const FailingAllocations noMemory(successes);
+            const Support::FailingAllocations noMemory(successes);
             error = Winsock::getaddrinfo(host, service, nullptr, &result);
         }
         const List list(result);

@@ -1,7 +1,7 @@
 // Who is a member of a group, and what else a socket keeps, that is bound to an address.
 #include "BoundGroupScene.h"
-#include "FailingAllocations.h"
 #include "conformance/Provocation.h"
+#include "support/FailingAllocations.h"
 
 namespace Conformance {
 namespace {
@@ -163,7 +163,7 @@ TEST_F(BoundGroup, FailsToBeJoinedWithoutADescriptorAndIsJoinedLater) {
 }
 
 int JoinWithoutMemory(const OwnedSocket& socket, unsigned int successes) {
-    const FailingAllocations failing(successes);
+    const Support::FailingAllocations failing(successes);
     return SetMembership(socket, Join, Group);
 }
 

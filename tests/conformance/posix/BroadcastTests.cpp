@@ -11,11 +11,11 @@
 #include <functional>
 #include <string>
 
-#include "FailingAllocations.h"
 #include "OwnNetwork.h"
 #include "conformance/DatagramScene.h"
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
+#include "support/FailingAllocations.h"
 #include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
@@ -111,7 +111,7 @@ TEST_F(BroadcastOwnAddress, FailsToBeBoundWithoutDescriptorsAndIsBoundLater) {
 }
 
 int BindWithoutMemory(const OwnedSocket& socket, unsigned int successes) {
-    const FailingAllocations failing(successes);
+    const Support::FailingAllocations failing(successes);
     return Bind(socket, Address(0));
 }
 

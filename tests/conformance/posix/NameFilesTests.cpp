@@ -4,9 +4,9 @@
 #include <thread>
 #include <vector>
 
-#include "FailingAllocations.h"
 #include "NameFiles.h"
 #include "conformance/Scene.h"
+#include "support/FailingAllocations.h"
 
 namespace Conformance {
 namespace {
@@ -138,7 +138,7 @@ TEST(NameFilesHostByName, WithoutMemoryAComputerThatNobodyKnowsIsNotFound) {
         [] {
             const Winsock::HostEntry* entry = nullptr;
             {
-                const FailingAllocations noMemory;
+                const Support::FailingAllocations noMemory;
                 entry = Winsock::gethostbyname("");
             }
             EXPECT_TRUE(FailsWith(11003, entry));

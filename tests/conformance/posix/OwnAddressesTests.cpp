@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "FailingAllocations.h"
 #include "NameFiles.h"
 #include "NetworkInterface.h"
 #include "conformance/NameScene.h"

@@ -1,7 +1,7 @@
 // A system without memory, as far as operator new goes.
 #pragma once
 
-namespace Conformance {
+namespace Support {
 
 // Fails the calling thread's allocations for its lifetime, all but the first ones.
 class FailingAllocations {
@@ -12,4 +12,4 @@ public:
     FailingAllocations& operator=(const FailingAllocations&) = delete;
 };
 
-}  // namespace Conformance
+}  // namespace Support

@@ -1,5 +1,4 @@
-#include "scripted/Allocations.h"
-
+// The operator new of every program that counts its memory or lets it fail.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -7,7 +6,9 @@
 #include <cstdlib>
 #include <new>
 
-#include "Call.h"
+#include "scripted/Allocations.h"
+#include "scripted/platform/Call.h"
+#include "support/FailingAllocations.h"
 
 namespace Scripted {
 
@@ -33,6 +34,9 @@ std::atomic<std::size_t> countdown = 0;  // to the request that fails; 0 when no
 std::atomic<bool> failed = false;
 thread_local constinit int uncountedDepth = 0;
 
+constexpr unsigned int Unlimited = ~0U;
+thread_local constinit unsigned int successesLeft = Unlimited;
+
 bool IsCounted() {
     return uncountedDepth == 0;
 }
@@ -53,6 +57,13 @@ bool CountDown() {
     return false;
 }
 
+// Whether the thread has had all that it gets.
+bool IsExhausted() {
+    if (successesLeft == 0) return true;
+    if (successesLeft != Unlimited) --successesLeft;
+    return false;
+}
+
 void CountLife(const Header& header, int direction) {
     if (header.epoch == 0 || header.epoch != epoch) return;
     liveBlocks += direction;
@@ -61,6 +72,16 @@ void CountLife(const Header& header, int direction) {
 
 Header* HeaderOf(void* block) {
     return static_cast<Header*>(block) - 1;
+}
+
+constexpr std::size_t Usual =
+    std::max<std::size_t>(alignof(Header), __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+
+// A block of the usual alignment ends where its memory ends, so that whoever watches the memory
+// sees what goes beyond.
+constexpr std::size_t RoomBefore(std::size_t alignment) {
+    if (alignment > Usual) return sizeof(Header) + alignment;
+    return (sizeof(Header) + Usual - 1) / Usual * Usual;
 }
 
 void* Place(void* memory, std::size_t size, std::size_t alignment) {
@@ -77,9 +98,9 @@ void* Place(void* memory, std::size_t size, std::size_t alignment) {
 void* Allocate(std::size_t size, std::size_t alignment) noexcept {
     if (IsCounted()) {
         CountRequest(size);
-        if (CountDown()) return nullptr;
+        if (CountDown() || IsExhausted()) return nullptr;
     }
-    const std::size_t extra = sizeof(Header) + alignment;
+    const std::size_t extra = RoomBefore(alignment);
     if (size > SIZE_MAX - extra) return nullptr;
     void* const memory = std::malloc(size + extra);
     return memory == nullptr ? nullptr : Place(memory, size, alignment);
@@ -96,9 +117,6 @@ void Free(void* block) noexcept {
     CountLife(*header, -1);
     std::free(header->memory);
 }
-
-constexpr std::size_t Usual =
-    std::max<std::size_t>(alignof(Header), __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
 // Blocks of a smaller alignment than the header's own are given that.
 std::size_t Number(std::align_val_t alignment) {
@@ -174,6 +192,17 @@ bool FailNth::Happened() const {
 }  // namespace Allocations
 
 }  // namespace Scripted
+
+namespace Support {
+
+FailingAllocations::FailingAllocations(unsigned int successes) noexcept {
+    Scripted::successesLeft = successes;
+}
+FailingAllocations::~FailingAllocations() {
+    Scripted::successesLeft = Scripted::Unlimited;
+}
+
+}  // namespace Support
 
 using Scripted::Allocate;
 using Scripted::AllocateOrThrow;
