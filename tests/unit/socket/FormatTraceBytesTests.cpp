@@ -5,6 +5,7 @@
 #include <string>
 
 #include "scripted/ScriptedPlatform.h"
+#include "support/OutOfMemory.h"
 
 namespace VelNet {
 namespace {
@@ -86,21 +87,7 @@ TEST_F(FormatTraceBytesText, RoomForTwoDigitsEachIsReservedAtOnce) {
 
 TEST_F(FormatTraceBytesText, ExhaustedMemoryIsTold) {
     const std::string bytes = Cycle(256);
-    std::size_t n = 1;
-    for (bool happened = true; happened; ++n) {
-        bool thrown = false;
-        {
-            const Allocations::FailNth failing(n);
-            try {
-                FormatTraceBytes(bytes.data(), 256);
-            } catch (const std::bad_alloc&) {
-                thrown = true;
-            }
-            happened = failing.Happened();
-        }
-        EXPECT_EQ(thrown, happened) << n;
-    }
-    EXPECT_GT(n, 3U);
+    Support::ExpectBadAllocFromEveryAllocation(2, [&] { FormatTraceBytes(bytes.data(), 256); });
 }
 
 }  // namespace

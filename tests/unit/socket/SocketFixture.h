@@ -28,6 +28,7 @@
 
 #include "scripted/RecordingServices.h"
 #include "scripted/ScriptedPlatform.h"
+#include "support/OutOfMemory.h"
 
 namespace SocketTests {
 
@@ -144,36 +145,20 @@ std::vector<Routers> AllCombinationsOfRouters();
 // The handles that are open, as in the ledger: "socket 1001".
 std::vector<std::string> OpenSockets();
 
-// What became of an operation one of whose allocations was to fail.
-struct Starved {
-    bool happened;     // the allocation came
-    bool outOfMemory;  // the operation threw std::bad_alloc
-};
+using Support::FailEveryAllocation;
+using Support::RunsOutOfMemory;
+using Support::Starved;
 
-// Runs the operation with its n-th allocation failing. What it makes must be kept outside, or the
-// end of that is part of the operation. A VelNet::Exception is dropped.
+// Runs the operation with its n-th allocation failing, and drops a VelNet::Exception.
 template <class Operation>
 Starved Starve(std::size_t n, Operation operation) {
-    const Allocations::FailNth failing(n);
-    bool outOfMemory = false;
-    try {
-        operation();
-    } catch (const std::bad_alloc&) {
-        outOfMemory = true;
-    } catch (const Exception&) {
-        outOfMemory = false;
-    }
-    return {failing.Happened(), outOfMemory};
-}
-
-// Attempts an operation again and again; the attempt fails the n-th allocation and answers whether
-// it came. Returns how many were failed.
-template <class Attempt>
-std::size_t FailEveryAllocation(Attempt attempt) {
-    std::size_t n = 1;
-    while (attempt(n) && !::testing::Test::HasFailure())
-        ++n;
-    return n - 1;
+    return Support::Starve(n, [&] {
+        try {
+            operation();
+        } catch (const Exception&) {
+            return;
+        }
+    });
 }
 
 class SocketTest : public PlatformTest {

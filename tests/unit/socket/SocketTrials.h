@@ -2,7 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -52,24 +51,5 @@ void SwitchPacketTracing(bool plain, bool withData);
 // How many blocks since the mark had room for a failure text. A text that grows within the room
 // made beforehand needs one.
 int FailureTextBlocksSince(const Allocations::Mark& mark);
-
-// Runs the operation with its n-th request of memory failing. True when the operation made that
-// many: it then must have thrown std::bad_alloc, and else must not.
-template <class Operation>
-bool RunsOutOfMemory(std::size_t n, Operation operation) {
-    bool failed = false;
-    bool thrown = false;
-    {
-        const Allocations::FailNth failing(n);
-        try {
-            operation();
-        } catch (const std::bad_alloc&) {
-            thrown = true;
-        }
-        failed = failing.Happened();
-    }
-    EXPECT_EQ(thrown, failed) << "with request " << n << " failing";
-    return failed;
-}
 
 }  // namespace SocketTests

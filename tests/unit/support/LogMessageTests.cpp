@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "EveryAllocation.h"
 #include "LogTest.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <memory>
 #include <optional>
 
-#include "EveryAllocation.h"
 #include "LogTest.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "EveryAllocation.h"
 #include "scripted/ScriptedPlatform.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <thread>
 #include <type_traits>
 
-#include "EveryAllocation.h"
 #include "LogTest.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <type_traits>
 
-#include "EveryAllocation.h"
 #include "scripted/ScriptedPlatform.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 

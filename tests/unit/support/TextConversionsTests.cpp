@@ -8,8 +8,8 @@
 #include <string>
 #include <type_traits>
 
-#include "EveryAllocation.h"
 #include "scripted/ScriptedPlatform.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <new>
 
-#include "EveryAllocation.h"
 #include "scripted/ScriptedPlatform.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "EveryAllocation.h"
 #include "scripted/ScriptedPlatform.h"
+#include "support/OutOfMemory.h"
 
 namespace {
 
