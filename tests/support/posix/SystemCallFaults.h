@@ -4,11 +4,12 @@
 // SystemCalls.cpp), so that each of its calls comes by here first. It goes on to the C library, or
 // the sanitizer before it, unless the test has a scope open that says otherwise:
 //
-//     FailingCall fails(SystemCall::Getsockname, ENOBUFS);                          // every call
-//     FailingCall fails(SystemCall::Accept4, EPROTO, {.count = 2});                 // the first
-//     two FailingCall fails(SystemCall::Recv, ECONNRESET, {.first = 3});                // from the
-//     third on FailingCall fails(SystemCall::Setsockopt, EPERM, {.option = SO_REUSEPORT});   // of
-//     one option HookedCall hooked(SystemCall::Ppoll, [](Call& call) {
+//     // Every call; the first two; from the third on; of one option.
+//     FailingCall fails(SystemCall::Getsockname, ENOBUFS);
+//     FailingCall fails(SystemCall::Accept4, EPROTO, {.count = 2});
+//     FailingCall fails(SystemCall::Recv, ECONNRESET, {.first = 3});
+//     FailingCall fails(SystemCall::Setsockopt, EPERM, {.option = SO_REUSEPORT});
+//     HookedCall hooked(SystemCall::Ppoll, [](Call& call) {
 //         DoSomethingBefore();
 //         return call.Make();
 //     });
