@@ -89,9 +89,10 @@ std::string RawPeer::Receive(std::size_t count) const {
 std::size_t RawPeer::ReceiveAll() const {
     std::size_t total = 0;
     char buffer[65536];
-    ssize_t count = 0;
-    while ((count = ::recv(descriptor_, buffer, sizeof buffer, 0)) > 0) {
-        total += static_cast<std::size_t>(count);
+    // A storm of signals may reach this thread as well.
+    for (ssize_t count = 1; count > 0 || (count < 0 && errno == EINTR);) {
+        count = ::recv(descriptor_, buffer, sizeof buffer, 0);
+        if (count > 0) total += static_cast<std::size_t>(count);
     }
     return total;
 }
