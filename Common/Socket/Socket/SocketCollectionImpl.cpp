@@ -1,7 +1,6 @@
 #include "Socket/SocketCollectionImpl.h"
 
 #include "Socket/FailureText.h"
-#include "Socket/SystemSocket.h"
 #include "Socket/WatchedSockets.h"
 #include "VelBase/LengthLimit.h"
 #include "VelBase/SystemQueries.h"
@@ -78,7 +77,7 @@ unsigned int SocketCollectionImpl::Find(Socket* socket, int event) const {
 SocketCollection* SocketCollectionImpl::Select(unsigned int seconds) {
     WatchedSockets watched;
     for (const Entry& entry : entries_)
-        watched.Watch(HandleOf(*entry.socket), entry.event);
+        watched.Watch(entry.Handle(), entry.event);
     // Required (Selecting.EmptyCollectionSleepsTheWholeTime): the system's select would fail at
     // once.
     if (watched.IsEmpty()) {
@@ -96,10 +95,10 @@ SocketCollection* SocketCollectionImpl::Select(unsigned int seconds) {
 
     auto result = std::make_unique<SocketCollectionImpl>();
     for (const Entry& entry : entries_) {
-        const Winsock::Handle handle = HandleOf(*entry.socket);
+        const Winsock::Handle handle = entry.Handle();
         if (watched.IsReadable(handle)) result->AddIfReadable(entry);
         if (watched.IsWritable(handle) && entry.event == EVENT_WRITE)
-            result->Add(entry.socket.Get(), EVENT_WRITE);
+            result->entries_.push_back(entry);
     }
     return result.release();
 }
@@ -117,7 +116,7 @@ const SocketCollectionImpl::Entry& SocketCollectionImpl::EntryAt(unsigned int in
 void SocketCollectionImpl::AddIfReadable(const Entry& entry) {
     for (const ReadableState& readable : ReadableStates) {
         if (entry.socket->GetStatus() == readable.status && entry.event == readable.event)
-            Add(entry.socket.Get(), entry.event);
+            entries_.push_back(entry);
     }
 }
 

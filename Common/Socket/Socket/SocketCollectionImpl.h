@@ -1,6 +1,7 @@
 // Implements SocketCollection.
 #pragma once
 
+#include "Socket/OwnSocket.h"
 #include "VelBase/InterfaceHolder.h"
 #include "VelNet/SocketCollection.h"
 
@@ -25,7 +26,13 @@ public:
 
 private:
     struct Entry {
-        Entry(Socket* registered, int awaited) : socket(registered), event(awaited) {}
+        Entry(Socket* registered, int awaited)
+            : socket(registered), event(awaited), own(dynamic_cast<const OwnSocket*>(registered)) {}
+
+        // InvalidSocket for an implementation that is not this library's.
+        Winsock::Handle Handle() const noexcept {
+            return own != nullptr ? own->Handle() : Winsock::InvalidSocket;
+        }
 
         // Compares with the entry's own socket.
         bool Matches(const Socket& other, int awaited) const {
@@ -34,6 +41,7 @@ private:
 
         VelBase::InterfaceHolder<Socket> socket;
         int event;
+        const OwnSocket* own;  // the same object; to find out each time would cost most of a Select
     };
 
     const Entry& EntryAt(unsigned int index) const;

@@ -3,6 +3,8 @@
 
 #include "Platform/Winsock.h"
 
+#include <cstddef>
+
 namespace VelNet {
 
 // The sets for reading and for writing; after the wait, what is ready. Lives on the stack for one
@@ -25,14 +27,23 @@ public:
 
 private:
     struct Set {
-        bool Contains(Winsock::Handle handle) const noexcept;
+        bool Contains(Winsock::Handle handle) const noexcept { return places[SlotOf(handle)] != 0; }
         bool IsEmpty() const noexcept { return handles.count == 0; }
         // Adds a handle that is not in the set, if it is not full.
         void Add(Winsock::Handle handle) noexcept;
         // Returns null for an empty set.
         Winsock::HandleSet* OrNone() noexcept { return IsEmpty() ? nullptr : &handles; }
 
+        // Called after the system has changed the handles.
+        void IndexHandles() noexcept;
+        // Returns the slot of the handle's place, or the free slot that it would take.
+        std::size_t SlotOf(Winsock::Handle handle) const noexcept;
+
+        // Twice as many slots as handles, so that a free one is near.
+        static constexpr std::size_t Slots = std::size_t{2} * Winsock::HandleSet::Room;
+
         Winsock::HandleSet handles = {};
+        unsigned char places[Slots] = {};  // 1 more than the handle's index; 0 in a free slot
     };
 
     Set reading_;

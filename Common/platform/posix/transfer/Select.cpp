@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <utility>
 
 namespace {
@@ -71,6 +72,26 @@ struct Entry {
     bool ready = false;
 };
 
+// The descriptors that a set of handles has named so far.
+class DescriptorSet {
+public:
+    // Returns false if the descriptor is there already.
+    bool Add(int descriptor) noexcept {
+        auto slot = static_cast<std::size_t>(descriptor) % Slots;
+        for (; slots_[slot] != 0; slot = (slot + 1) % Slots) {
+            if (slots_[slot] == descriptor + 1) return false;
+        }
+        slots_[slot] = descriptor + 1;
+        return true;
+    }
+
+private:
+    // Twice as many as a set has handles, so that a free one is near.
+    static constexpr std::size_t Slots = std::size_t{2} * Winsock::HandleSet::Room;
+
+    int slots_[Slots] = {};  // 1 more than the descriptor; 0 in a free slot
+};
+
 class Selection {
 public:
     // Returns false, with the last error set, for an invalid set.
@@ -86,7 +107,6 @@ public:
 private:
     static constexpr int Room = 3 * Winsock::HandleSet::Room;
 
-    bool Holds(const Socket& socket, int first) const;
     void Watch(Socket socket, Interest interest);
     long long NextLook(long long until) const;
     bool IsAnyClosed() const;
@@ -106,20 +126,13 @@ bool Selection::Add(const Winsock::HandleSet* set, Interest interest) {
         Fail(WinsockError::Invalid);
         return false;
     }
-    const int first = count_;
+    DescriptorSet named;
     for (unsigned int index = 0; index < set->count; ++index) {
         Socket socket = FindSocket(set->handles[index]);
         if (!socket) return false;
-        if (!Holds(socket, first)) Watch(std::move(socket), interest);
+        if (named.Add(socket.descriptor)) Watch(std::move(socket), interest);
     }
     return true;
-}
-
-bool Selection::Holds(const Socket& socket, int first) const {
-    for (int index = first; index < count_; ++index) {
-        if (entries_[index].socket.descriptor == socket.descriptor) return true;
-    }
-    return false;
 }
 
 void Selection::Watch(Socket socket, Interest interest) {
