@@ -30,5 +30,6 @@ set(VELSOCK_SOCKET_SOURCES
   Socket/Socket/StreamTransfer.cpp
   Socket/Socket/SystemSocket.cpp
   Socket/Socket/TraceRecords.cpp
+  Socket/Socket/TransferOutcome.cpp
   Socket/Socket/WatchedSockets.cpp
   Socket/Socket/WinsockScope.cpp)

@@ -1,5 +1,6 @@
 #include "Socket/SocketImpl.h"
 
+#include "Socket/ClassicEndpoints.h"
 #include "Socket/FailureText.h"
 #include "Socket/Ipv4Address.h"
 #include "Socket/SocketLayerState.h"
@@ -21,29 +22,6 @@ constexpr int Backlog = 2;
 // Required (Accept.NothingPendingIsAnEmptyResultWithoutALog): the number of "would block" on other
 // systems, accepted in addition to Winsock's own, by Accept alone.
 constexpr int ErrorTryAgain = 11;
-
-// The stored addresses of a socket, formatted once for all records of a call.
-class ClassicEndpoints final : public TraceEndpoints {
-public:
-    ClassicEndpoints(const SocketAddress& local, const SocketAddress& remote)
-        : localAddress_(local.GetOctets().GetAddressString()),
-          localPort_(local.GetPort()),
-          remoteAddress_(remote.GetOctets().GetAddressString()),
-          remotePort_(remote.GetPort()) {}
-
-    void FeedTo(VelResource::MessageFormatter& formatter) const override {
-        formatter.AddNarrowText(localAddress_.c_str())
-            .AddInteger(localPort_)
-            .AddNarrowText(remoteAddress_.c_str())
-            .AddInteger(remotePort_);
-    }
-
-private:
-    VelBase::ReturnString localAddress_;
-    int localPort_;
-    VelBase::ReturnString remoteAddress_;
-    int remotePort_;
-};
 
 // Throws the failure of an operation with an endpoint, which the text shows.
 [[noreturn]] void ThrowEndpointFailure(const unsigned short* label,
@@ -231,33 +209,8 @@ void SocketImpl::SetOption(int option, unsigned int value, const unsigned short*
     TryLogFailure(label, description, error);
 }
 
-int SocketImpl::FailedSend() {
-    const int error = Winsock::WSAGetLastError();
-    if (error == Winsock::ErrorWouldBlock) return 0;
-    ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, "The ::send failed"_wide, error);
-}
-
-// Required (Receive.NothingToReceiveOnANonBlockingSocketThrows): unlike in Send, a call that would
-// block is a failure like any other.
-void SocketImpl::ThrowReceiveFailure(int result) {
-    constexpr const unsigned short* label = "VelNet::SocketImpl::Receive() - FAIL."_wide;
-    if (result == Winsock::SocketError) {
-        const int error = Winsock::WSAGetLastError();
-        ThrowSystemFailure(label, "The ::recv failed"_wide, error);
-    }
-    const VelBase::WideText text = BeginFailureText(
-        label, "The ::recv could not be completed because the connection has been closed."_wide);
-    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
-}
-
 void SocketImpl::TraceConnection(LogFormat format) const noexcept {
     TryWriteConnectionRecord(format, [this] { return ClassicEndpoints(local_, remote_); });
-}
-
-int SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
-                              int count) const noexcept {
-    return TryWriteTransferRecords(formats, data, count,
-                                   [this] { return ClassicEndpoints(local_, remote_); });
 }
 
 }  // namespace VelNet

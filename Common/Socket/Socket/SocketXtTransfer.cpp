@@ -1,5 +1,4 @@
-// What the extended socket sends and receives by host and port, and what follows its other
-// transfers when they fail or are traced.
+// What the extended socket sends and receives by host and port.
 #include "Socket/SocketLayerState.h"
 #include "Socket/SocketXtAddresses.h"
 #include "Socket/SocketXtImpl.h"
@@ -9,13 +8,6 @@
 #include <utility>
 
 namespace VelNet {
-
-namespace {
-
-// The number of a failure that the system did not report.
-constexpr int NoSystemError = -1;
-
-}  // namespace
 
 int SocketXtImpl::SendTo(const char* buffer, int length, SpecialAddressKind address,
                          const char* port) {
@@ -75,37 +67,6 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
         return TextEndpoints(localHost_, localPort_, host.c_str(), port.c_str());
     });
     return received;
-}
-
-int SocketXtImpl::TraceTransfer(const TransferFormats& formats, const char* data,
-                                int count) const noexcept {
-    return TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(); });
-}
-
-int SocketXtImpl::FailedSend() const {
-    const int error = Winsock::WSAGetLastError();
-    if (error == Winsock::ErrorWouldBlock) return 0;
-    ThrowSocketXtError({"VelNet::SocketXtImpl::Send", "send on socket failed", "::send", error,
-                        JoinEndpoint(localHost_, localPort_).c_str(),
-                        JoinEndpoint(remoteHost_, remotePort_).c_str()});
-}
-
-// Required (XtTransferReceive.NothingWaitingIsAFailure): unlike in Send, a call that would block is
-// a failure like any other.
-void SocketXtImpl::ThrowReceiveFailure(int result) const {
-    constexpr const char* function = "VelNet::SocketXtImpl::Receive";
-    if (result == Winsock::SocketError) {
-        const int error = Winsock::WSAGetLastError();
-        // Required (XtTransferReceive.EachFailureIsReportedWithBothEndpoints): this spelling.
-        ThrowSocketXtError({function, "recieve on socket failed", "::recv", error,
-                            JoinEndpoint(localHost_, localPort_).c_str(),
-                            JoinEndpoint(remoteHost_, remotePort_).c_str()});
-    }
-    // Required (XtTransferReceive.ClosedConnectionIsToldWithTheLocalTextsAlone): the local host
-    // with a colon, then the local port, unlike above.
-    ThrowSocketXtError({function,
-                        "::recv could not be completed because the connection has been closed",
-                        "::recv", NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});
 }
 
 }  // namespace VelNet

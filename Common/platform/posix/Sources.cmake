@@ -74,7 +74,7 @@ function(velsock_optimize_transfers)
     DIRECTORY ${PROJECT_SOURCE_DIR}/Common
     PROPERTIES COMPILE_OPTIONS "-O3;--param=inline-unit-growth=400;--param=builtin-expect-probability=100")
   set_source_files_properties(
-    Socket/Socket/SocketImpl.cpp Socket/Socket/SocketXtTransfer.cpp
+    Socket/Socket/TransferOutcome.cpp
     DIRECTORY ${PROJECT_SOURCE_DIR}/Common
     PROPERTIES COMPILE_OPTIONS -fno-lto)
 endfunction()

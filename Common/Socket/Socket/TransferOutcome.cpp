@@ -1,0 +1,77 @@
+// What follows a transfer of either family that has failed or is traced.
+#include "Socket/ClassicEndpoints.h"
+#include "Socket/FailureText.h"
+#include "Socket/SocketImpl.h"
+#include "Socket/SocketXtFailure.h"
+#include "Socket/SocketXtImpl.h"
+#include "Socket/SocketXtTexts.h"
+#include "VelBase/WideLiteral.h"
+
+namespace VelNet {
+
+using VelBase::operator""_wide;
+
+namespace {
+
+// The number of a failure that the system did not report.
+constexpr int NoSystemError = -1;
+
+}  // namespace
+
+int SocketImpl::FailedSend() {
+    const int error = Winsock::WSAGetLastError();
+    if (error == Winsock::ErrorWouldBlock) return 0;
+    ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, "The ::send failed"_wide, error);
+}
+
+// Required (Receive.NothingToReceiveOnANonBlockingSocketThrows): unlike in Send, a call that would
+// block is a failure like any other.
+void SocketImpl::ThrowReceiveFailure(int result) {
+    constexpr const unsigned short* label = "VelNet::SocketImpl::Receive() - FAIL."_wide;
+    if (result == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        ThrowSystemFailure(label, "The ::recv failed"_wide, error);
+    }
+    const VelBase::WideText text = BeginFailureText(
+        label, "The ::recv could not be completed because the connection has been closed."_wide);
+    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+}
+
+int SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
+                              int count) const noexcept {
+    return TryWriteTransferRecords(formats, data, count,
+                                   [this] { return ClassicEndpoints(local_, remote_); });
+}
+
+int SocketXtImpl::TraceTransfer(const TransferFormats& formats, const char* data,
+                                int count) const noexcept {
+    return TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(); });
+}
+
+int SocketXtImpl::FailedSend() const {
+    const int error = Winsock::WSAGetLastError();
+    if (error == Winsock::ErrorWouldBlock) return 0;
+    ThrowSocketXtError({"VelNet::SocketXtImpl::Send", "send on socket failed", "::send", error,
+                        JoinEndpoint(localHost_, localPort_).c_str(),
+                        JoinEndpoint(remoteHost_, remotePort_).c_str()});
+}
+
+// Required (XtTransferReceive.NothingWaitingIsAFailure): unlike in Send, a call that would block is
+// a failure like any other.
+void SocketXtImpl::ThrowReceiveFailure(int result) const {
+    constexpr const char* function = "VelNet::SocketXtImpl::Receive";
+    if (result == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        // Required (XtTransferReceive.EachFailureIsReportedWithBothEndpoints): this spelling.
+        ThrowSocketXtError({function, "recieve on socket failed", "::recv", error,
+                            JoinEndpoint(localHost_, localPort_).c_str(),
+                            JoinEndpoint(remoteHost_, remotePort_).c_str()});
+    }
+    // Required (XtTransferReceive.ClosedConnectionIsToldWithTheLocalTextsAlone): the local host
+    // with a colon, then the local port, unlike above.
+    ThrowSocketXtError({function,
+                        "::recv could not be completed because the connection has been closed",
+                        "::recv", NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});
+}
+
+}  // namespace VelNet
