@@ -1,6 +1,9 @@
 #include "Text/Utf8.h"
 
+#include "Text/Ascii.h"
 #include "Text/CodePoints.h"
+
+#include <algorithm>
 
 namespace Text {
 
@@ -12,6 +15,7 @@ std::vector<unsigned short> Utf16FromUtf8(std::string_view text) {
 }
 
 std::string Utf8FromUtf16(std::span<const unsigned short> units) {
+    if (IsAscii(units)) return {units.begin(), units.end()};
     std::string text;
     text.reserve(units.size());
     while (!units.empty())
@@ -20,6 +24,7 @@ std::string Utf8FromUtf16(std::span<const unsigned short> units) {
 }
 
 unsigned short* PutUtf16(unsigned short* units, std::string_view text) noexcept {
+    if (IsAscii(text)) return std::copy(text.begin(), text.end(), units);
     while (!text.empty())
         units = PutUtf16(units, TakeFromUtf8(text));
     return units;

@@ -17,8 +17,7 @@ VelBase::ReturnWString Compose(const unsigned short* label, const unsigned short
 }  // namespace
 
 VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned short* description) {
-    VelBase::WideText text;
-    text.Reserve(FailureTextRoom);
+    VelBase::WideText text(FailureTextRoom);
     text.Append(label).Append(" "_wide).Append(description);
     return text;
 }

@@ -2,7 +2,6 @@
 
 #include "Socket/ClearForGood.h"
 
-#include <cstdio>
 #include <cstring>
 
 namespace VelNet {
@@ -14,6 +13,14 @@ constexpr std::size_t DottedSize = sizeof "255.255.255.255";
 
 constexpr unsigned char ByteOf(unsigned int word, unsigned int position) noexcept {
     return static_cast<unsigned char>(word >> (8 * position) & 0xFFU);
+}
+
+// Returns where the next character goes.
+char* PutDecimal(char* text, unsigned char octet) noexcept {
+    if (octet >= 100) *text++ = static_cast<char>('0' + octet / 100);
+    if (octet >= 10) *text++ = static_cast<char>('0' + octet / 10 % 10);
+    *text++ = static_cast<char>('0' + octet % 10);
+    return text;
 }
 
 }  // namespace
@@ -68,8 +75,12 @@ unsigned int Octets::GetAddress() const noexcept {
 
 VelBase::ReturnString Octets::GetAddressString() const {
     char text[DottedSize];
-    std::snprintf(text, sizeof text, "%u.%u.%u.%u", unsigned{GetOctet1()}, unsigned{GetOctet2()},
-                  unsigned{GetOctet3()}, unsigned{GetOctet4()});
+    char* end = text;
+    for (std::size_t index = 0; index < OctetCount; ++index) {
+        end = PutDecimal(end, bytes_[index]);
+        *end++ = '.';
+    }
+    end[-1] = '\0';  // in place of the last point
     return {text};
 }
 

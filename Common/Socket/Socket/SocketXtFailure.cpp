@@ -1,7 +1,6 @@
 #include "Socket/SocketXtFailure.h"
 
 #include "Socket/FailureText.h"
-#include "VelBase/LibraryConversions.h"
 #include "VelBase/WideLiteral.h"
 
 namespace VelNet {
@@ -10,19 +9,14 @@ using VelBase::operator""_wide;
 
 namespace {
 
-VelBase::ReturnWString Wide(const char* text) {
-    return VelBase::MultiByteToWideChar(text, false);
-}
-
 VelBase::ReturnWString Compose(const SocketXtFailure& failure) {
-    VelBase::WideText text;
-    text.Reserve(FailureTextRoom);
+    VelBase::WideText text(FailureTextRoom);
     for (const char* const part : {failure.function, failure.description, failure.call})
-        text.Append(Wide(part)).Append(" , "_wide);
+        text.AppendMultiByte(part).Append(" , "_wide);
     if (*failure.firstAddress != '\0') {
-        text.Append(Wide(failure.firstAddress))
+        text.AppendMultiByte(failure.firstAddress)
             .Append(" : "_wide)
-            .Append(Wide(failure.secondAddress));
+            .AppendMultiByte(failure.secondAddress);
     }
     AppendError(text, " , errno = "_wide, failure.error);
     return text.ToReturnWString();

@@ -1,9 +1,13 @@
 #include "Socket/TraceRecords.h"
 
+#include "Text/Ascii.h"
 #include "Text/HexDigit.h"
 #include "VelLog/LogMessage.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
+#include <string_view>
 
 namespace VelNet {
 
@@ -27,11 +31,20 @@ void WriteRecordWithData(VelLog::Router& router, LogFormat format, const char* d
     WriteRecord(router, format, formatter);
 }
 
-void AppendWidened(std::string& text, char byte) {
-    // NOLINTNEXTLINE(bugprone-signed-char-misuse): the sign is meant to spread.
-    const int widened = static_cast<signed char>(byte);
-    for (int shift = widened < 0 ? 28 : 4; shift >= 0; shift -= 4)
-        text += Text::HexDigit(static_cast<unsigned int>(widened) >> shift);
+// The last two digits of each byte. Those before them are the sign, which spreads from 0x80 on.
+constexpr auto ByteDigits = [] {
+    std::array<std::array<char, 2>, 256> digits{};
+    for (unsigned int byte = 0; byte < digits.size(); ++byte)
+        digits[byte] = {Text::HexDigit(byte >> 4), Text::HexDigit(byte)};
+    return digits;
+}();
+constexpr std::size_t SignDigits = 6;
+
+// Returns where the next byte goes.
+char* PutHexadecimal(char* digits, char byte) noexcept {
+    const auto bits = static_cast<unsigned char>(byte);
+    if (bits > 0x7F) digits = std::fill_n(digits, SignDigits, 'F');
+    return std::copy_n(ByteDigits[bits].data(), 2, digits);
 }
 
 }  // namespace
@@ -54,10 +67,14 @@ void WriteTransferRecords(const TransferFormats& formats, const char* data, int 
 }
 
 VelBase::ReturnString FormatTraceBytes(const char* data, unsigned int count) {
+    const std::string_view bytes(data, count);
     std::string text;
-    text.reserve(2 * static_cast<std::size_t>(count) + 1);
-    for (unsigned int index = 0; index < count; ++index)
-        AppendWidened(text, data[index]);
+    text.reserve(2 * bytes.size() + 1);
+    text.resize((Text::IsAscii(bytes) ? 2 : 2 + SignDigits) * bytes.size());
+    char* end = text.data();
+    for (const char byte : bytes)
+        end = PutHexadecimal(end, byte);
+    *end = '\0';
     return {text.c_str()};
 }
 

@@ -5,9 +5,6 @@
 #include "Text/WideLength.h"
 #include "VelBase/WideText.h"
 
-#include <charconv>
-#include <limits>
-
 namespace VelBase {
 
 ReturnString WideCharToUTF8UsingLength(const unsigned short* units, unsigned int length, bool) {
@@ -15,8 +12,7 @@ ReturnString WideCharToUTF8UsingLength(const unsigned short* units, unsigned int
 }
 
 ReturnWString MultiByteToWideChar(const char* text, bool) {
-    const std::string_view view = text != nullptr ? text : "";
-    return WideText().Append(System::WideFromCodePage(view.data(), view.size())).ToReturnWString();
+    return WideText().AppendMultiByte(text != nullptr ? text : "").ToReturnWString();
 }
 
 ReturnString WideCharToMultiByte(const unsigned short* text, bool) {
@@ -24,9 +20,7 @@ ReturnString WideCharToMultiByte(const unsigned short* text, bool) {
 }
 
 ReturnWString ToDecimalWString(int number) {
-    char digits[std::numeric_limits<int>::digits10 + 2];  // with the sign
-    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    return WideText().AppendUtf8({digits, end}).ToReturnWString();
+    return WideText().AppendDecimal(number).ToReturnWString();
 }
 
 }  // namespace VelBase

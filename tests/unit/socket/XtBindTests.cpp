@@ -221,7 +221,7 @@ TEST_F(XtBind, ExhaustedMemoryWhileTheFailureIsToldLeavesNothingOpen) {
                           EXPECT_EQ(CountOf("WSACleanup"), 1);
                           EXPECT_EQ(FieldsOf(*socket), before);
                       });
-    EXPECT_GE(failed, 3U);
+    EXPECT_GE(failed, 1U);
 }
 
 TEST_F(XtBind, LogThatThrowsLeavesNothingOpen) {

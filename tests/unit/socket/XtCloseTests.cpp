@@ -243,7 +243,7 @@ TEST_F(XtCloseAtTheEnd, AsksTheSystemOnceWhateverMemoryIsMissing) {
         EXPECT_EQ(OpenSockets(), Lines{}) << n;
         return starved.happened;
     });
-    EXPECT_GE(failures, 3U);
+    EXPECT_GE(failures, 1U);
 }
 
 TEST_F(XtCloseAtTheEnd, WorksWhileTheLayerIsDown) {

@@ -62,14 +62,15 @@ TEST_F(XtFailureText, CodeIsTheOneOfTheNumber) {
 }
 
 TEST_F(XtFailureText, EachPartIsConvertedFromTheCodePage) {
-    Throw(10061, "h\xE9", "p");
+    Throw(10061, "h\xE9", "p\xE9");
     Lines parts;
     for (const Event& event : EventsOf("WideFromCodePage"))
         parts.push_back(event.bytes);
-    EXPECT_EQ(parts, (Lines{"Some::Function", "it went wrong", "::x", "h\xE9", "p"}));
-    EXPECT_EQ(LoggedTexts(ErrorCategory)[0],
-              u"Some::Function , it went wrong , ::x , h\u00E9 : p , errno = \u274D Connection "
-              u"refused");
+    EXPECT_EQ(parts, (Lines{"h\xE9", "p\xE9"})) << "ASCII needs no conversion";
+    EXPECT_EQ(
+        LoggedTexts(ErrorCategory)[0],
+        u"Some::Function , it went wrong , ::x , h\u00E9 : p\u00E9 , errno = \u274D Connection "
+        u"refused");
 }
 
 TEST_F(XtFailureText, IsLoggedBeforeItIsThrown) {
@@ -113,7 +114,7 @@ TEST_F(XtFailureText, ReportThatCannotBeWrittenIsLost) {
         EXPECT_FALSE(starved.outOfMemory) << n;
         return starved.happened;
     });
-    EXPECT_GE(failed, 3U);
+    EXPECT_GE(failed, 1U);
 }
 
 TEST_F(XtFailureText, IsThrownWhileTheLayerIsDown) {

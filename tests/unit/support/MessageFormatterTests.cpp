@@ -169,8 +169,16 @@ TEST_F(MessageFormatters, ThreadsDoNotSeeEachOthersArguments) {
 TEST_F(MessageFormatters, EveryFailingAllocationIsReported) {
     const MessageFormatter& formatter =
         GetMessageFormatter().AddNarrowText("narrow").AddWideText("wide"_wide).AddInteger(10061);
-    Support::ExpectBadAllocFromEveryAllocation(
-        4, [&] { formatter.Format("a text around %1, %2 and %3 that must grow"); });
+    const std::string longFormat = "%1, %2 and %3" + std::string(300, 'x');
+    Support::ExpectBadAllocFromEveryAllocation(2, [&] { formatter.Format(longFormat.c_str()); });
+}
+
+TEST_F(MessageFormatters, UsualMessagesTakeMemoryOnce) {
+    const MessageFormatter& formatter =
+        GetMessageFormatter().AddNarrowText("narrow").AddWideText("wide"_wide).AddInteger(10061);
+    const Scripted::Allocations::Mark mark;
+    EXPECT_EQ(formatter.Format("a text around %1, %2 and %3").Length(), 36U);
+    EXPECT_EQ(mark.Requests(), 1U);
 }
 
 }  // namespace

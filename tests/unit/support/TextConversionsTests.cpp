@@ -278,8 +278,13 @@ TEST_F(TextConversions, CodePageTextsAreConvertedByTheSystem) {
 TEST_F(TextConversions, WhateverTheSystemAnswersIsTheResult) {
     On::WideFromCodePage().Returns(u"\u20AC\U0001F600");
     On::CodePageFromWide().Returns("?\xA4");
-    EXPECT_EQ(Text(MultiByteToWideChar("text", false).c_str()), u"\u20AC\U0001F600");
+    EXPECT_EQ(Text(MultiByteToWideChar("\x80", false).c_str()), u"\u20AC\U0001F600");
     EXPECT_STREQ(WideCharToMultiByte("text"_wide, false).c_str(), "?\xA4");
+}
+
+TEST_F(TextConversions, AsciiIsTheSameInEveryCodePage) {
+    EXPECT_EQ(Text(MultiByteToWideChar("text\x7F", false).c_str()), u"text\x7F");
+    EXPECT_EQ(CountOf("WideFromCodePage"), 0);
 }
 
 TEST_F(TextConversions, NumbersAreWrittenInDecimal) {

@@ -44,10 +44,12 @@ TEST_F(WideTexts, PartsOfEveryKindStandInTheirOrder) {
                            .Append(static_cast<unsigned short>(0x274D))
                            .Append(VelBase::ReturnWString("e"_wide))
                            .Append(std::vector<unsigned short>{'f', 'g'})
-                           .AppendUtf8("\xE2\x82\xAC");
+                           .AppendUtf8("\xE2\x82\xAC")
+                           .AppendMultiByte("h")
+                           .AppendDecimal(-71);
     EXPECT_EQ(&result, &text);
-    EXPECT_EQ(Text(text.Units()), u"abcd\u274Defg\u20AC");
-    EXPECT_EQ(text.Length(), 9u);
+    EXPECT_EQ(Text(text.Units()), u"abcd\u274Defg\u20ACh-71");
+    EXPECT_EQ(text.Length(), 13u);
 }
 
 TEST_F(WideTexts, NothingIsAppendedForNullOrEmpty) {
@@ -78,8 +80,7 @@ TEST_F(WideTexts, CopiesAreIndependent) {
 }
 
 TEST_F(WideTexts, ReservedRoomNeedsNoFurtherAllocation) {
-    WideText text;
-    text.Reserve(1020);
+    WideText text(1020);
     const Scripted::Allocations::Mark mark;
     for (int unit = 0; unit < 1018; ++unit)
         text.Append(static_cast<unsigned short>('a'));
@@ -101,14 +102,14 @@ TEST_F(WideTexts, GrowingPastEveryLimitIsRefused) {
     text.Append("a"_wide);
     EXPECT_EQ(LengthErrorOf([&] { text.Append("b"_wide, Endless / 2); }), "string too long");
     EXPECT_EQ(LengthErrorOf([&] { text.AppendUtf8({"b", Endless / 2}); }), "string too long");
-    EXPECT_EQ(LengthErrorOf([&] { text.Reserve(Endless); }), "string too long");
+    EXPECT_EQ(LengthErrorOf([] { WideText{Endless}; }), "string too long");
     EXPECT_EQ(Text(text.Units()), u"a");
 }
 
 TEST_F(WideTexts, TerminatorCountsTowardsTheLimit) {
     const std::size_t limit = std::vector<unsigned short>().max_size();
     WideText text;
-    EXPECT_EQ(LengthErrorOf([&] { text.Reserve(limit); }), "string too long");
+    EXPECT_EQ(LengthErrorOf([&] { WideText{limit}; }), "string too long");
     EXPECT_EQ(LengthErrorOf([&] { text.Append("b"_wide, limit); }), "string too long");
     EXPECT_EQ(LengthErrorOf([&] { text.AppendUtf8({"b", limit}); }), "string too long");
     EXPECT_EQ(Text(text.Units()), u"");

@@ -15,10 +15,8 @@ namespace VelBase {
 // long.
 class WideText {
 public:
-    WideText();
-
-    // Reserves memory for that many units.
-    void Reserve(std::size_t units);
+    // Takes memory for that many units at once.
+    explicit WideText(std::size_t room = 0);
 
     // Each returns the object itself. Null appends nothing. The units must not be the object's own.
     WideText& Append(const unsigned short* text);
@@ -30,6 +28,10 @@ public:
     WideText& Append(unsigned short unit);
     // Takes UTF-8; each maximal invalid part becomes U+FFFD.
     WideText& AppendUtf8(std::string_view text);
+    // Takes the system's code page.
+    WideText& AppendMultiByte(std::string_view text);
+    // In decimal digits, with a minus sign if it is negative.
+    WideText& AppendDecimal(int number);
 
     // Does not count the terminator.
     std::size_t Length() const noexcept { return units_.size() - 1; }
@@ -39,7 +41,8 @@ public:
     ReturnWString ToReturnWString() const { return ReturnWString(Units()); }
 
 private:
-    void RequireRoomFor(std::size_t more) const;
+    // Makes the text longer by that many units and returns where they go.
+    unsigned short* Extend(std::size_t count);
 
     std::vector<unsigned short> units_;  // with the terminator
 };

@@ -1,0 +1,13 @@
+// Texts of ASCII alone: the same in UTF-8, in UTF-16 and in every code page.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace Text {
+
+// Whether all units are. Takes less for each than an operation that would stop at the first other.
+bool IsAscii(std::string_view text) noexcept;
+bool IsAscii(std::span<const unsigned short> units) noexcept;
+
+}  // namespace Text
