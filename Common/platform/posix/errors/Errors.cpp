@@ -8,20 +8,20 @@
 
 namespace Posix {
 
-constinit thread_local int lastError = 0;
+constinit thread_local WinsockError lastError = WinsockError::None;
 
 namespace {
 
 struct ErrorPair {
     int system;
-    int winsock;
+    WinsockError winsock;
 };
 
 // Where several of the system's numbers have the same Winsock number, the first one provides its
 // description.
 constexpr ErrorPair Errors[] = {
     {EINTR, WinsockError::Interrupted},
-    {EBADF, 10009},
+    {EBADF, WinsockError::BadFile},
     {ENOTSOCK, WinsockError::NotSocket},
     {EACCES, WinsockError::Access},
     {EPERM, WinsockError::Access},
@@ -86,8 +86,8 @@ static_assert(EachSystemErrorOnce());
 
 }  // namespace
 
-int Fail(int winsockError) noexcept {
-    lastError = winsockError;
+int Fail(WinsockError error) noexcept {
+    lastError = error;
     return Winsock::SocketError;
 }
 
@@ -95,7 +95,12 @@ int FailFromErrno() noexcept {
     return Fail(WinsockFromErrno(errno));
 }
 
-int WinsockFromErrno(int error) noexcept {
+int ReturnError(WinsockError error) noexcept {
+    lastError = error;
+    return static_cast<int>(error);
+}
+
+WinsockError WinsockFromErrno(int error) noexcept {
     // To the caller, an invalid descriptor is a handle that is not a socket.
     if (error == EBADF) return WinsockError::NotSocket;
     const auto matches = [error](const ErrorPair& pair) { return pair.system == error; };
@@ -103,7 +108,7 @@ int WinsockFromErrno(int error) noexcept {
     return found != std::end(Errors) ? found->winsock : WinsockError::Invalid;
 }
 
-int WinsockFromResolver(int resolverError) noexcept {
+WinsockError WinsockFromResolver(int resolverError) noexcept {
     switch (resolverError) {
         case HOST_NOT_FOUND:
             return WinsockError::HostNotFound;
@@ -116,10 +121,8 @@ int WinsockFromResolver(int resolverError) noexcept {
     }
 }
 
-int ErrnoFromWinsock(int winsockError) noexcept {
-    const auto matches = [winsockError](const ErrorPair& pair) {
-        return pair.winsock == winsockError;
-    };
+int ErrnoFromWinsock(WinsockError error) noexcept {
+    const auto matches = [error](const ErrorPair& pair) { return pair.winsock == error; };
     const auto* found = std::find_if(std::begin(Errors), std::end(Errors), matches);
     return found != std::end(Errors) ? found->system : 0;
 }
@@ -127,5 +130,5 @@ int ErrnoFromWinsock(int winsockError) noexcept {
 }  // namespace Posix
 
 int Winsock::WSAGetLastError() noexcept {
-    return Posix::lastError;
+    return static_cast<int>(Posix::lastError);
 }

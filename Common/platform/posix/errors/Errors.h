@@ -10,24 +10,27 @@ namespace Posix {
 // That model needs the module's thread-local storage to be small, so nothing else in the module may
 // be thread_local and large.
 [[gnu::visibility("hidden"),
-  gnu::tls_model("initial-exec")]] extern constinit thread_local int lastError;
+  gnu::tls_model("initial-exec")]] extern constinit thread_local WinsockError lastError;
 
 // Returns result, the result of a successful call, and clears the last error.
 inline int Succeed(int result = 0) noexcept {
-    lastError = 0;
+    lastError = WinsockError::None;
     return result;
 }
 
 // Returns the result of a failed call and sets the last error.
-[[gnu::cold]] int Fail(int winsockError) noexcept;
+[[gnu::cold]] int Fail(WinsockError error) noexcept;
 
 // The same with the number for errno.
 [[gnu::cold]] int FailFromErrno() noexcept;
 
-int WinsockFromErrno(int error) noexcept;
-int WinsockFromResolver(int resolverError) noexcept;
+// Returns the result of a call whose result is its error number, and sets the last error.
+int ReturnError(WinsockError error) noexcept;
+
+WinsockError WinsockFromErrno(int error) noexcept;
+WinsockError WinsockFromResolver(int resolverError) noexcept;
 
 // Returns the system's number for one of Winsock's, or 0 if the system has none.
-int ErrnoFromWinsock(int winsockError) noexcept;
+int ErrnoFromWinsock(WinsockError error) noexcept;
 
 }  // namespace Posix

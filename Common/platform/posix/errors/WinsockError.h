@@ -1,58 +1,62 @@
 // The Winsock error numbers that the POSIX floor uses by name.
 #pragma once
 
-namespace WinsockError {
+enum class WinsockError {
+    None = 0,
+    NotEnoughMemory = 8,
+    InsufficientBuffer = 122,
+    Interrupted = 10004,
+    BadFile = 10009,
+    Access = 10013,
+    Fault = 10014,
+    Invalid = 10022,
+    TooManyOpen = 10024,
+    WouldBlock = 10035,
+    InProgress = 10036,
+    Already = 10037,
+    NotSocket = 10038,
+    DestinationRequired = 10039,
+    MessageSize = 10040,
+    WrongProtocolType = 10041,
+    NoProtocolOption = 10042,
+    ProtocolNotSupported = 10043,
+    SocketTypeNotSupported = 10044,
+    OperationNotSupported = 10045,
+    ProtocolFamilyNotSupported = 10046,
+    AddressFamilyNotSupported = 10047,
+    AddressInUse = 10048,
+    AddressNotAvailable = 10049,
+    NetworkDown = 10050,
+    NetworkUnreachable = 10051,
+    NetworkReset = 10052,
+    ConnectionAborted = 10053,
+    ConnectionReset = 10054,
+    NoBuffers = 10055,
+    IsConnected = 10056,
+    NotConnected = 10057,
+    ShutDown = 10058,
+    TooManyReferences = 10059,
+    TimedOut = 10060,
+    ConnectionRefused = 10061,
+    Loop = 10062,
+    NameTooLong = 10063,
+    HostDown = 10064,
+    HostUnreachable = 10065,
+    NotEmpty = 10066,
+    TooManyUsers = 10068,
+    QuotaExceeded = 10069,
+    Stale = 10070,
+    Remote = 10071,
+    SystemNotReady = 10091,
+    VersionNotSupported = 10092,
+    NotStarted = 10093,
+    ServiceNotFound = 10109,
+    HostNotFound = 11001,
+    TryAgain = 11002,
+    NoRecovery = 11003,
+    NoData = 11004,
+};
 
-inline constexpr int NotEnoughMemory = 8;
-inline constexpr int InsufficientBuffer = 122;
-inline constexpr int Interrupted = 10004;
-inline constexpr int Access = 10013;
-inline constexpr int Fault = 10014;
-inline constexpr int Invalid = 10022;
-inline constexpr int TooManyOpen = 10024;
-inline constexpr int WouldBlock = 10035;
-inline constexpr int InProgress = 10036;
-inline constexpr int Already = 10037;
-inline constexpr int NotSocket = 10038;
-inline constexpr int DestinationRequired = 10039;
-inline constexpr int MessageSize = 10040;
-inline constexpr int WrongProtocolType = 10041;
-inline constexpr int NoProtocolOption = 10042;
-inline constexpr int ProtocolNotSupported = 10043;
-inline constexpr int SocketTypeNotSupported = 10044;
-inline constexpr int OperationNotSupported = 10045;
-inline constexpr int ProtocolFamilyNotSupported = 10046;
-inline constexpr int AddressFamilyNotSupported = 10047;
-inline constexpr int AddressInUse = 10048;
-inline constexpr int AddressNotAvailable = 10049;
-inline constexpr int NetworkDown = 10050;
-inline constexpr int NetworkUnreachable = 10051;
-inline constexpr int NetworkReset = 10052;
-inline constexpr int ConnectionAborted = 10053;
-inline constexpr int ConnectionReset = 10054;
-inline constexpr int NoBuffers = 10055;
-inline constexpr int IsConnected = 10056;
-inline constexpr int NotConnected = 10057;
-inline constexpr int ShutDown = 10058;
-inline constexpr int TooManyReferences = 10059;
-inline constexpr int TimedOut = 10060;
-inline constexpr int ConnectionRefused = 10061;
-inline constexpr int Loop = 10062;
-inline constexpr int NameTooLong = 10063;
-inline constexpr int HostDown = 10064;
-inline constexpr int HostUnreachable = 10065;
-inline constexpr int NotEmpty = 10066;
-inline constexpr int TooManyUsers = 10068;
-inline constexpr int QuotaExceeded = 10069;
-inline constexpr int Stale = 10070;
-inline constexpr int Remote = 10071;
-inline constexpr int SystemNotReady = 10091;
-inline constexpr int VersionNotSupported = 10092;
-inline constexpr int NotStarted = 10093;
-inline constexpr int ServiceNotFound = 10109;
-inline constexpr int HostNotFound = 11001;
-inline constexpr int TryAgain = 11002;
-inline constexpr int NoRecovery = 11003;
-inline constexpr int NoData = 11004;
-
-}  // namespace WinsockError
+constexpr bool IsError(WinsockError error) noexcept {
+    return error != WinsockError::None;
+}

@@ -40,14 +40,14 @@ addrinfo SystemHints(const Winsock::AddressInfo& hints) noexcept {
     return result;
 }
 
-int HintsError(const Winsock::AddressInfo& hints) noexcept {
+WinsockError HintsError(const Winsock::AddressInfo& hints) noexcept {
     if (hints.flags != 0) return WinsockError::Invalid;
     const bool family =
         hints.family == Winsock::FamilyUnspecified || FamilyFromWinsock(hints.family) != nullptr;
     if (!family) return WinsockError::AddressFamilyNotSupported;
     const bool type =
         hints.type == 0 || hints.type == Winsock::TypeStream || hints.type == Winsock::TypeDatagram;
-    return type ? 0 : WinsockError::SocketTypeNotSupported;
+    return type ? WinsockError::None : WinsockError::SocketTypeNotSupported;
 }
 
 // The system treats "*" as an omitted string; on Winsock it is an unknown name.
@@ -55,10 +55,10 @@ bool IsStar(const char* text) noexcept {
     return text != nullptr && std::strcmp(text, "*") == 0;
 }
 
-int TextsError(const char* host, const char* service) noexcept {
+WinsockError TextsError(const char* host, const char* service) noexcept {
     if (host == nullptr && service == nullptr) return WinsockError::HostNotFound;
     if (IsStar(service)) return WinsockError::ServiceNotFound;
-    return IsStar(host) ? WinsockError::HostNotFound : 0;
+    return IsStar(host) ? WinsockError::HostNotFound : WinsockError::None;
 }
 
 void Append(const SystemList& found, std::uint16_t port, AddressInfoList& list) {
@@ -86,34 +86,35 @@ bool AnswerNumbers(const Question& question, AddressInfoList& list) {
 }
 
 // Without a host the addresses are those of the loopback interface.
-int AnswerLoopback(const Question& question, AddressInfoList& list) {
+WinsockError AnswerLoopback(const Question& question, AddressInfoList& list) {
     SystemList found;
-    const int error = FindSystemAddresses(nullptr, "0", question.hints, found);
+    const WinsockError error = FindSystemAddresses(nullptr, "0", question.hints, found);
     Append(found, question.port, list);
     return error;
 }
 
 // The local host's own name must resolve, even if no table and no server knows it or they know only
 // loopback addresses, which others cannot reach.
-int AnswerLocalHostName(const Question& question, int error, const SystemList& found,
-                        AddressInfoList& list) {
-    if (error != 0 && !MeansUnknown(error, question.host)) return error;
+WinsockError AnswerLocalHostName(const Question& question, WinsockError error,
+                                 const SystemList& found, AddressInfoList& list) {
+    if (IsError(error) && !MeansUnknown(error, question.host)) return error;
     std::vector<KernelAddress> own;
-    if (const int failure = FindLocalAddresses(question.hints.ai_family, own)) return failure;
-    if (error == 0 && IsLoopbackOnly(own)) {
+    if (const auto failure = FindLocalAddresses(question.hints.ai_family, own); IsError(failure))
+        return failure;
+    if (!IsError(error) && IsLoopbackOnly(own)) {
         Append(found, question.port, list);
-        return 0;
+        return WinsockError::None;
     }
     for (const KernelAddress& address : own)
         list.Append(WithPort(address, question.port));
-    return list.IsEmpty() ? WinsockError::HostNotFound : 0;
+    return list.IsEmpty() ? WinsockError::HostNotFound : WinsockError::None;
 }
 
 // Tries numbers first, then the system's tables and servers.
-int AnswerName(const Question& question, AddressInfoList& list) {
-    if (AnswerNumbers(question, list)) return 0;
+WinsockError AnswerName(const Question& question, AddressInfoList& list) {
+    if (AnswerNumbers(question, list)) return WinsockError::None;
     SystemList found;
-    const int error = FindSystemAddresses(question.host, nullptr, question.hints, found);
+    const WinsockError error = FindSystemAddresses(question.host, nullptr, question.hints, found);
     if (IsLoopbackOnly(found) && IsLocalHostName(question.host)) {
         return AnswerLocalHostName(question, error, found, list);
     }
@@ -122,9 +123,9 @@ int AnswerName(const Question& question, AddressInfoList& list) {
     return error;
 }
 
-int AnswerOwnName(Question question, AddressInfoList& list) {
+WinsockError AnswerOwnName(Question question, AddressInfoList& list) {
     HostNameText own;
-    if (const int error = HostName(own)) return error;
+    if (const auto error = HostName(own); IsError(error)) return error;
     question.host = own.text;
     return AnswerName(question, list);
 }
@@ -140,7 +141,7 @@ bool ParseBrackets(const std::string& text, std::string& literal) {
     return literal.find(':') != std::string::npos && (rest.empty() || hasPort);
 }
 
-int AnswerLiteral(Question question, AddressInfoList& list) {
+WinsockError AnswerLiteral(Question question, AddressInfoList& list) {
     std::string literal;
     if (!ParseBrackets(question.host, literal)) return WinsockError::HostNotFound;
     question.host = literal.c_str();
@@ -148,20 +149,21 @@ int AnswerLiteral(Question question, AddressInfoList& list) {
     return AnswerName(question, list);
 }
 
-int Answer(const char* host, const char* service, const Winsock::AddressInfo& hints,
-           AddressInfoList& list) {
-    if (const int error = TextsError(host, service)) return error;
-    if (const int error = HintsError(hints)) return error;
+WinsockError Answer(const char* host, const char* service, const Winsock::AddressInfo& hints,
+                    AddressInfoList& list) {
+    if (const auto error = TextsError(host, service); IsError(error)) return error;
+    if (const auto error = HintsError(hints); IsError(error)) return error;
     Question question = {.host = host, .port = 0, .hints = SystemHints(hints)};
-    if (const int error = FindPort(service, question.hints, question.port)) return error;
+    if (const auto error = FindPort(service, question.hints, question.port); IsError(error))
+        return error;
     if (host == nullptr) return AnswerLoopback(question, list);
     if (*host == '\0') return AnswerOwnName(question, list);
     return *host == '[' ? AnswerLiteral(question, list) : AnswerName(question, list);
 }
 
 // Winsock's calls do not throw.
-int AnswerOrFail(const char* host, const char* service, const Winsock::AddressInfo& hints,
-                 AddressInfoList& list) try {
+WinsockError AnswerOrFail(const char* host, const char* service, const Winsock::AddressInfo& hints,
+                          AddressInfoList& list) try {
     return IsStarted() ? Answer(host, service, hints, list) : WinsockError::NotStarted;
 } catch (const std::bad_alloc&) {
     return WinsockError::NotEnoughMemory;
@@ -171,10 +173,10 @@ int AnswerOrFail(const char* host, const char* service, const Winsock::AddressIn
 
 int Winsock::getaddrinfo(const char* host, const char* service, const AddressInfo* hints,
                          AddressInfo** result) {
-    if (result == nullptr) return lastError = WinsockError::Fault;
+    if (result == nullptr) return ReturnError(WinsockError::Fault);
     const AddressInfo given = hints != nullptr ? *hints : AddressInfo{};
     AddressInfoList list(given);
-    const int error = AnswerOrFail(host, service, given, list);
-    *result = error == 0 ? list.Take() : nullptr;
-    return lastError = error;
+    const WinsockError error = AnswerOrFail(host, service, given, list);
+    *result = IsError(error) ? nullptr : list.Take();
+    return ReturnError(error);
 }

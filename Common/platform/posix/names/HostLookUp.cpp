@@ -24,7 +24,7 @@ using namespace Posix;
 constexpr std::size_t FirstRoom = 8192;
 constexpr std::size_t MostRoom = std::size_t{1} << 24U;
 
-Winsock::HostEntry* FailLookUp(int error) {
+Winsock::HostEntry* FailLookUp(WinsockError error) {
     Fail(error);
     return nullptr;
 }
@@ -99,7 +99,8 @@ bool IsLoopbackOnly(const Winsock::HostEntry& entry) noexcept {
 Winsock::HostEntry* LocalHost(Winsock::HostEntry* entry, const char* name) {
     if (entry == nullptr && !MeansUnknown(lastError, name)) return nullptr;
     std::vector<KernelAddress> addresses;
-    if (FindLocalAddresses(AF_INET, addresses) != 0) return FailLookUp(WinsockError::NoRecovery);
+    if (IsError(FindLocalAddresses(AF_INET, addresses)))
+        return FailLookUp(WinsockError::NoRecovery);
     if (entry != nullptr && IsLoopbackOnly(addresses)) return entry;
     HostNameText own;
     HostName(own);
@@ -116,8 +117,8 @@ Winsock::HostEntry* Host(const char* name) {
 
 Winsock::HostEntry* OwnHost() {
     HostNameText own;
-    const int error = HostName(own);
-    return error == 0 ? Host(own.text) : FailLookUp(error);
+    const WinsockError error = HostName(own);
+    return IsError(error) ? FailLookUp(error) : Host(own.text);
 }
 
 // Winsock's calls do not throw.
@@ -127,10 +128,10 @@ Winsock::HostEntry* HostOrNone(const char* name) try {
     return FailLookUp(WinsockError::NoRecovery);
 }
 
-int AddressQueryError(const char* address, int length, const AddressFamily* family) {
+WinsockError AddressQueryError(const char* address, int length, const AddressFamily* family) {
     if (family == nullptr) return WinsockError::AddressFamilyNotSupported;
     const bool whole = address != nullptr && std::cmp_greater_equal(length, family->hostLength);
-    return whole ? 0 : WinsockError::Fault;
+    return whole ? WinsockError::None : WinsockError::Fault;
 }
 
 Winsock::HostEntry* LookUpAddress(const char* address, const AddressFamily& family) {
@@ -150,7 +151,8 @@ Winsock::HostEntry* Winsock::gethostbyname(const char* name) {
 Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int family) {
     if (!RequireStarted()) return nullptr;
     const AddressFamily* const known = FamilyFromWinsock(family);
-    if (const int error = AddressQueryError(address, length, known)) return FailLookUp(error);
+    if (const auto error = AddressQueryError(address, length, known); IsError(error))
+        return FailLookUp(error);
     HostEntry* entry = LookUpAddress(address, *known);
     // An address without a name is "no data", not "host not found".
     if (entry == nullptr && lastError == WinsockError::HostNotFound) Fail(WinsockError::NoData);
@@ -160,7 +162,7 @@ Winsock::HostEntry* Winsock::gethostbyaddr(const char* address, int length, int 
 int Winsock::gethostname(char* name, int length) {
     if (!RequireStarted()) return SocketError;
     HostNameText own;
-    if (const int error = HostName(own)) return Fail(error);
+    if (const auto error = HostName(own); IsError(error)) return Fail(error);
     const std::size_t needed = std::strlen(own.text) + 1;
     if (name == nullptr || length < static_cast<int>(needed)) return Fail(WinsockError::Fault);
     std::memcpy(name, own.text, needed);

@@ -25,12 +25,12 @@ using InterfaceList = std::unique_ptr<ifaddrs, InterfaceListFreer>;
 
 // If the process may not see the interfaces, it has none. The kernel answers without delay, and a
 // cancelled thread would leak what the C library holds meanwhile.
-int ListInterfaces(InterfaceList& interfaces) noexcept {
+WinsockError ListInterfaces(InterfaceList& interfaces) noexcept {
     const CancellationGuard whole;
     ifaddrs* list = nullptr;
     const bool listed = ::getifaddrs(&list) == 0;
     if (listed) interfaces.reset(list);
-    return listed || !IsShortage(errno) ? 0 : WinsockFromErrno(errno);
+    return listed || !IsShortage(errno) ? WinsockError::None : WinsockFromErrno(errno);
 }
 
 bool IsUp(const ifaddrs& interface) noexcept {
@@ -63,7 +63,7 @@ bool IsNumeric(const char* name) noexcept {
 bool IsLocalHostName(const char* name) noexcept {
     if (IsLocalhost(name) || IsNumeric(name)) return false;
     HostNameText own;
-    if (HostName(own) != 0) return false;
+    if (IsError(HostName(own))) return false;
     const std::string_view whole = own.text;
     const std::string_view label = whole.substr(0, whole.find('.'));
     return SameName(name, whole) || (!label.empty() && SameName(name, label));
@@ -94,16 +94,16 @@ KernelAddress Ipv4Loopback() noexcept {
     return address;
 }
 
-int FindLocalAddresses(int family, std::vector<KernelAddress>& addresses) {
+WinsockError FindLocalAddresses(int family, std::vector<KernelAddress>& addresses) {
     InterfaceList interfaces;
-    if (const int error = ListInterfaces(interfaces)) return error;
+    if (const auto error = ListInterfaces(interfaces); IsError(error)) return error;
     for (const bool loopback : {false, true}) {
         if (!addresses.empty()) break;
         if (family != AF_INET) AppendAddresses(interfaces.get(), AF_INET6, loopback, addresses);
         if (family != AF_INET6) AppendAddresses(interfaces.get(), AF_INET, loopback, addresses);
     }
     if (addresses.empty() && family != AF_INET6) addresses.push_back(Ipv4Loopback());
-    return 0;
+    return WinsockError::None;
 }
 
 }  // namespace Posix

@@ -22,7 +22,7 @@ KernelAddress Ipv4Loopback() noexcept;
 
 // Finds the addresses of the interfaces that are up, IPv6 before IPv4; those of the loopback
 // interface only if there is no other. The family is the system's, or AF_UNSPEC for both. Returns a
-// Winsock error or 0.
-int FindLocalAddresses(int family, std::vector<KernelAddress>& addresses);
+// Winsock error or None.
+WinsockError FindLocalAddresses(int family, std::vector<KernelAddress>& addresses);
 
 }  // namespace Posix

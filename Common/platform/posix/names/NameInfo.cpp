@@ -23,22 +23,22 @@ struct TextRoom {
     bool IsWanted() const noexcept { return text != nullptr && size > 0; }
 };
 
-int Write(const TextRoom& room, std::string_view text) noexcept {
+WinsockError Write(const TextRoom& room, std::string_view text) noexcept {
     if (text.size() >= room.size) return WinsockError::InsufficientBuffer;
     std::memcpy(room.text, text.data(), text.size());
     room.text[text.size()] = '\0';
-    return 0;
+    return WinsockError::None;
 }
 
-int FlagsError(int flags) noexcept {
+WinsockError FlagsError(int flags) noexcept {
     constexpr int known = Winsock::NumericHost | Winsock::NumericService | Winsock::DatagramService;
-    return (flags & ~known) != 0 ? WinsockError::Invalid : 0;
+    return (flags & ~known) != 0 ? WinsockError::Invalid : WinsockError::None;
 }
 
 // Returns the host's name, or the numeric address if there is none.
-int WriteHost(const KernelAddress& address, int flags, const TextRoom& room) {
-    if (!room.IsWanted()) return 0;
-    int error = WinsockError::HostNotFound;
+WinsockError WriteHost(const KernelAddress& address, int flags, const TextRoom& room) {
+    if (!room.IsWanted()) return WinsockError::None;
+    WinsockError error = WinsockError::HostNotFound;
     if ((flags & Winsock::NumericHost) == 0) {
         error = Ask([&] {
             return ::getnameinfo(&address.any, FamilyOf(address).addressLength, room.text,
@@ -49,8 +49,8 @@ int WriteHost(const KernelAddress& address, int flags, const TextRoom& room) {
     return Write(room, FormatNumericHost(address).text);
 }
 
-int WriteService(const KernelAddress& address, int flags, const TextRoom& room) {
-    if (!room.IsWanted()) return 0;
+WinsockError WriteService(const KernelAddress& address, int flags, const TextRoom& room) {
+    if (!room.IsWanted()) return WinsockError::None;
     if ((flags & Winsock::NumericService) != 0) {
         return Write(room, FormatNumericPort(PortOf(address)).text);
     }
@@ -61,21 +61,21 @@ int WriteService(const KernelAddress& address, int flags, const TextRoom& room) 
     });
 }
 
-int WriteTexts(const void* source, int length, const TextRoom& host, const TextRoom& service,
-               int flags) {
+WinsockError WriteTexts(const void* source, int length, const TextRoom& host,
+                        const TextRoom& service, int flags) {
     if (!IsStarted()) return WinsockError::NotStarted;
     KernelAddress address = {};
-    if (const int error = KernelFromWinsock(source, length, address)) return error;
-    if (const int error = FlagsError(flags)) return error;
+    if (const auto error = KernelFromWinsock(source, length, address); IsError(error)) return error;
+    if (const auto error = FlagsError(flags); IsError(error)) return error;
     if (!host.IsWanted() && !service.IsWanted()) return WinsockError::HostNotFound;
-    const int error = WriteHost(address, flags, host);
-    return error != 0 ? error : WriteService(address, flags, service);
+    const WinsockError error = WriteHost(address, flags, host);
+    return IsError(error) ? error : WriteService(address, flags, service);
 }
 
 }  // namespace
 
 int Winsock::getnameinfo(const void* address, int addressLength, char* host, unsigned int hostRoom,
                          char* service, unsigned int serviceRoom, int flags) {
-    return lastError =
-               WriteTexts(address, addressLength, {host, hostRoom}, {service, serviceRoom}, flags);
+    return ReturnError(
+        WriteTexts(address, addressLength, {host, hostRoom}, {service, serviceRoom}, flags));
 }

@@ -9,22 +9,22 @@ namespace Posix {
 namespace {
 
 // An error that is not specific to a call means, for a name query, that the resolver failed.
-int WinsockFromResolversErrno() noexcept {
-    const int error = WinsockFromErrno(errno);
+WinsockError WinsockFromResolversErrno() noexcept {
+    const WinsockError error = WinsockFromErrno(errno);
     return error == WinsockError::Invalid ? WinsockError::NoRecovery : error;
 }
 
 // If the resolver could not open or read a table, it reports that the name is unknown.
-int UnlessShortage(int error) noexcept {
+WinsockError UnlessShortage(WinsockError error) noexcept {
     return IsShortage(errno) ? WinsockFromResolversErrno() : error;
 }
 
 }  // namespace
 
-int WinsockFromNameError(int error) noexcept {
+WinsockError WinsockFromNameError(int error) noexcept {
     switch (error) {
         case 0:
-            return 0;
+            return WinsockError::None;
         case EAI_NONAME:
         case EAI_ADDRFAMILY:
             return UnlessShortage(WinsockError::HostNotFound);
@@ -51,7 +51,7 @@ int WinsockFromNameError(int error) noexcept {
     }
 }
 
-int WinsockFromLookUp(int resolverError, int systemError) noexcept {
+WinsockError WinsockFromLookUp(int resolverError, int systemError) noexcept {
     if (resolverError != NETDB_SUCCESS) return WinsockFromResolver(resolverError);
     return IsShortage(systemError) ? WinsockError::NoRecovery : WinsockError::HostNotFound;
 }
@@ -69,12 +69,12 @@ bool IsShortage(int systemError) noexcept {
     }
 }
 
-bool MeansUntold(int error) noexcept {
+bool MeansUntold(WinsockError error) noexcept {
     return error == WinsockError::HostNotFound || error == WinsockError::NoData ||
            error == WinsockError::TryAgain;
 }
 
-bool MeansUnknown(int error, const char* name) {
+bool MeansUnknown(WinsockError error, const char* name) {
     if (error != WinsockError::TryAgain) return MeansUntold(error);
     return !IsInHostsFile(name) && !DoesNameServerFail(name);
 }

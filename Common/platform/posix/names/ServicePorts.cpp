@@ -12,16 +12,16 @@ namespace Posix {
 
 namespace {
 
-int AskForPort(const char* service, const addrinfo& hints, std::uint16_t& port) {
+WinsockError AskForPort(const char* service, const addrinfo& hints, std::uint16_t& port) {
     SystemList found;
-    const int error = FindSystemAddresses(nullptr, service, hints, found);
-    if (error == 0) port = PortOf(AddressOf(*found));
+    const WinsockError error = FindSystemAddresses(nullptr, service, hints, found);
+    if (!IsError(error)) port = PortOf(AddressOf(*found));
     return error;
 }
 
 // The system compares services with case.
-int AskForPortAsSpelled(const char* service, const addrinfo& hints, std::uint16_t& port) {
-    int error = WinsockError::ServiceNotFound;
+WinsockError AskForPortAsSpelled(const char* service, const addrinfo& hints, std::uint16_t& port) {
+    WinsockError error = WinsockError::ServiceNotFound;
     SystemTable services("/etc/services");
     for (std::string_view line; error == WinsockError::ServiceNotFound && services.Next(line);) {
         const std::string spelling(SpellingIn(line, service));
@@ -32,10 +32,11 @@ int AskForPortAsSpelled(const char* service, const addrinfo& hints, std::uint16_
 
 }  // namespace
 
-int FindPort(const char* service, const addrinfo& hints, std::uint16_t& port) {
+WinsockError FindPort(const char* service, const addrinfo& hints, std::uint16_t& port) {
     port = 0;
-    if (service == nullptr || *service == '\0' || ParseNumericPort(service, port)) return 0;
-    const int error = AskForPort(service, hints, port);
+    if (service == nullptr || *service == '\0' || ParseNumericPort(service, port))
+        return WinsockError::None;
+    const WinsockError error = AskForPort(service, hints, port);
     if (error != WinsockError::ServiceNotFound) return error;
     return AskForPortAsSpelled(service, hints, port);
 }

@@ -4,8 +4,8 @@
 
 namespace Posix {
 
-int FindSystemAddresses(const char* host, const char* service, const addrinfo& hints,
-                        SystemList& found) {
+WinsockError FindSystemAddresses(const char* host, const char* service, const addrinfo& hints,
+                                 SystemList& found) {
     return Ask([&] {
         addrinfo* list = nullptr;
         const int error = ::getaddrinfo(host, service, &hints, &list);

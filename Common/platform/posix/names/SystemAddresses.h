@@ -15,9 +15,9 @@ struct SystemListFreer {
 using SystemList = std::unique_ptr<addrinfo, SystemListFreer>;
 
 // Null stands for an omitted string. A list that is found has at least one address. Returns a
-// Winsock error or 0.
-int FindSystemAddresses(const char* host, const char* service, const addrinfo& hints,
-                        SystemList& found);
+// Winsock error or None.
+WinsockError FindSystemAddresses(const char* host, const char* service, const addrinfo& hints,
+                                 SystemList& found);
 
 KernelAddress AddressOf(const addrinfo& info) noexcept;
 

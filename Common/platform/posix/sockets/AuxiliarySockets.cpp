@@ -54,12 +54,12 @@ void Keep(Reception& reception, AuxiliarySocket opened, AuxiliarySockets& all) {
     all.push_back(std::move(opened));
 }
 
-int OpenForBroadcast(const Socket& socket, Reception& reception, const Destination& broadcast,
-                     AuxiliarySockets& opened) {
+WinsockError OpenForBroadcast(const Socket& socket, Reception& reception,
+                              const Destination& broadcast, AuxiliarySockets& opened) {
     Descriptor made = OpenAuxiliary(socket, reception);
     if (!made) return WinsockFromErrno(errno);
     Keep(reception, {broadcast, std::move(made)}, opened);
-    return 0;
+    return WinsockError::None;
 }
 
 // An IPv6 group is joined on one interface, but the kernel would deliver its datagrams from any.
@@ -81,25 +81,26 @@ const AuxiliarySocket* FindAuxiliary(const AuxiliarySockets& auxiliaries,
 }
 
 // A group that has an auxiliary socket already is joined with that one.
-int OpenForGroup(const Socket& socket, Reception& reception, const GroupRequest& request,
-                 AuxiliarySockets& opened) {
+WinsockError OpenForGroup(const Socket& socket, Reception& reception, const GroupRequest& request,
+                          AuxiliarySockets& opened) {
     Descriptor made = OpenAuxiliary(socket, reception);
     if (!made) return WinsockFromErrno(errno);
-    if (const int error = JoinGroup(made.Number(), request)) return error;
+    if (const auto error = JoinGroup(made.Number(), request); IsError(error)) return error;
     const Destination group = JoinedDestination(made.Number(), request);
     const AuxiliarySocket* known = FindAuxiliary(reception.auxiliaries, group);
     if (known == nullptr) known = FindAuxiliary(opened, group);
     if (known != nullptr) return JoinGroup(known->descriptor.Number(), request);
     Keep(reception, {group, std::move(made)}, opened);
-    return 0;
+    return WinsockError::None;
 }
 
-int OpenForGroups(const Socket& socket, Reception& reception, AuxiliarySockets& opened) {
+WinsockError OpenForGroups(const Socket& socket, Reception& reception, AuxiliarySockets& opened) {
     for (const GroupRequest& request : reception.joinedItself) {
         if (!IsMember(socket.descriptor, request)) continue;
-        if (const int error = OpenForGroup(socket, reception, request, opened)) return error;
+        if (const auto error = OpenForGroup(socket, reception, request, opened); IsError(error))
+            return error;
     }
-    return 0;
+    return WinsockError::None;
 }
 
 // --- Binding
@@ -121,25 +122,26 @@ bool BindTo(const AuxiliarySocket& auxiliary, std::uint16_t port) {
 
 // If another program has the broadcast address to itself, binding to one's own address must still
 // succeed.
-int BindAuxiliary(Reception& reception, AuxiliarySocket& auxiliary, std::uint16_t port,
-                  const KernelAddress* peer) {
+WinsockError BindAuxiliary(Reception& reception, AuxiliarySocket& auxiliary, std::uint16_t port,
+                           const KernelAddress* peer) {
     if (!Filter(auxiliary, peer)) return WinsockFromErrno(errno);
     if (!BindTo(auxiliary, port)) {
-        return IsBroadcast(auxiliary.destination) ? 0 : WinsockFromErrno(errno);
+        return IsBroadcast(auxiliary.destination) ? WinsockError::None : WinsockFromErrno(errno);
     }
     reception.auxiliaries.push_back(std::move(auxiliary));
-    return 0;
+    return WinsockError::None;
 }
 
-int BindAll(const Socket& socket, Reception& reception, AuxiliarySockets& opened,
-            const KernelAddress* peer) {
+WinsockError BindAll(const Socket& socket, Reception& reception, AuxiliarySockets& opened,
+                     const KernelAddress* peer) {
     KernelAddress local = {};
     if (!LocalAddress(socket, local)) return WinsockFromErrno(errno);
     for (AuxiliarySocket& auxiliary : opened) {
-        if (const int error = BindAuxiliary(reception, auxiliary, PortOf(local), peer))
+        if (const auto error = BindAuxiliary(reception, auxiliary, PortOf(local), peer);
+            IsError(error))
             return error;
     }
-    return 0;
+    return WinsockError::None;
 }
 
 // Leaves the groups, which the auxiliary sockets have joined.
@@ -151,12 +153,12 @@ void LeaveAllItself(const Socket& socket, Reception& reception) {
 
 // While it has a peer, a socket that was bound to all addresses is bound to one, and its groups
 // need auxiliary sockets.
-int MoveGroups(const Socket& socket, Reception& reception, const KernelAddress& peer) {
+WinsockError MoveGroups(const Socket& socket, Reception& reception, const KernelAddress& peer) {
     AuxiliarySockets opened;
-    if (const int error = OpenForGroups(socket, reception, opened)) return error;
-    if (const int error = BindAll(socket, reception, opened, &peer)) return error;
+    if (const auto error = OpenForGroups(socket, reception, opened); IsError(error)) return error;
+    if (const auto error = BindAll(socket, reception, opened, &peer); IsError(error)) return error;
     LeaveAllItself(socket, reception);
-    return 0;
+    return WinsockError::None;
 }
 
 // Whether a socket that is bound to this address receives everything itself.
@@ -166,48 +168,52 @@ bool NeedsNoAuxiliaries(const Socket& socket, const KernelAddress& address) {
 
 }  // namespace
 
-int OpenAuxiliaries(const Socket& socket, const KernelAddress& address,
-                    AuxiliarySockets& opened) try {
-    if (NeedsNoAuxiliaries(socket, address)) return 0;
+WinsockError OpenAuxiliaries(const Socket& socket, const KernelAddress& address,
+                             AuxiliarySockets& opened) try {
+    if (NeedsNoAuxiliaries(socket, address)) return WinsockError::None;
     const std::lock_guard guard(receptionLock);
     for (const Destination& broadcast : BroadcastsAt(socket.descriptor, address)) {
-        const int error = OpenForBroadcast(socket, ReceptionOf(socket), broadcast, opened);
-        if (error != 0) return error;
+        const WinsockError error = OpenForBroadcast(socket, ReceptionOf(socket), broadcast, opened);
+        if (IsError(error)) return error;
     }
     Reception* const reception = FindReception(socket);
-    return reception == nullptr ? 0 : OpenForGroups(socket, *reception, opened);
+    return reception == nullptr ? WinsockError::None : OpenForGroups(socket, *reception, opened);
 } catch (const std::bad_alloc&) {
     return WinsockError::NoBuffers;
 }
 
-int BindAuxiliaries(const Socket& socket, const KernelAddress& address, AuxiliarySockets& opened) {
-    if (NeedsNoAuxiliaries(socket, address)) return 0;
+WinsockError BindAuxiliaries(const Socket& socket, const KernelAddress& address,
+                             AuxiliarySockets& opened) {
+    if (NeedsNoAuxiliaries(socket, address)) return WinsockError::None;
     socket.entry->Set(Flag::OwnAddress);
     const std::lock_guard guard(receptionLock);
     Reception* const reception = FindReception(socket);
-    if (reception == nullptr) return 0;
-    if (const int error = BindAll(socket, *reception, opened, nullptr)) return error;
+    if (reception == nullptr) return WinsockError::None;
+    if (const auto error = BindAll(socket, *reception, opened, nullptr); IsError(error))
+        return error;
     LeaveAllItself(socket, *reception);
-    return 0;
+    return WinsockError::None;
 }
 
-int JoinByAuxiliary(const Socket& socket, Reception& reception, const GroupRequest& request) {
+WinsockError JoinByAuxiliary(const Socket& socket, Reception& reception,
+                             const GroupRequest& request) {
     KernelAddress peer = {};
     const bool connected = socket.Has(Flag::Connected);
     if (connected && !PeerAddress(socket, peer)) return WinsockFromErrno(errno);
     AuxiliarySockets opened;
-    if (const int error = OpenForGroup(socket, reception, request, opened)) return error;
+    if (const auto error = OpenForGroup(socket, reception, request, opened); IsError(error))
+        return error;
     return BindAll(socket, reception, opened, connected ? &peer : nullptr);
 }
 
-int FollowPeer(const Socket& socket, const KernelAddress* peer) try {
-    if (!socket.Has(Flag::Reception)) return 0;
+WinsockError FollowPeer(const Socket& socket, const KernelAddress* peer) try {
+    if (!socket.Has(Flag::Reception)) return WinsockError::None;
     const std::lock_guard guard(receptionLock);
     Reception& reception = ReceptionOf(socket);
     for (const AuxiliarySocket& auxiliary : reception.auxiliaries) {
         if (!Filter(auxiliary, peer)) return WinsockFromErrno(errno);
     }
-    return peer == nullptr ? 0 : MoveGroups(socket, reception, *peer);
+    return peer == nullptr ? WinsockError::None : MoveGroups(socket, reception, *peer);
 } catch (const std::bad_alloc&) {
     return WinsockError::NoBuffers;
 }

@@ -18,19 +18,22 @@
 
 namespace Posix {
 
-// All functions return a Winsock error or 0.
+// All functions return a Winsock error or None.
 
 // For bind, before the socket is bound to the address: opens all sockets that will be needed, so
 // that a bind call that fails for lack of one can be repeated.
-int OpenAuxiliaries(const Socket& socket, const KernelAddress& address, AuxiliarySockets& opened);
+WinsockError OpenAuxiliaries(const Socket& socket, const KernelAddress& address,
+                             AuxiliarySockets& opened);
 // For bind, once the socket is bound.
-int BindAuxiliaries(const Socket& socket, const KernelAddress& address, AuxiliarySockets& opened);
+WinsockError BindAuxiliaries(const Socket& socket, const KernelAddress& address,
+                             AuxiliarySockets& opened);
 
 // For a socket that is bound to one address. The caller holds the lock. May throw std::bad_alloc.
-int JoinByAuxiliary(const Socket& socket, Reception& reception, const GroupRequest& request);
+WinsockError JoinByAuxiliary(const Socket& socket, Reception& reception,
+                             const GroupRequest& request);
 
 // The socket has been given a peer and from now on hears nobody else, or with null has lost its
 // peer.
-int FollowPeer(const Socket& socket, const KernelAddress* peer);
+WinsockError FollowPeer(const Socket& socket, const KernelAddress* peer);
 
 }  // namespace Posix

@@ -16,7 +16,7 @@ namespace {
 using namespace Posix;
 
 // The kernel reports all refusals as EADDRINUSE. If it was to choose the port, all are in use.
-int BindError(const Socket& socket, const KernelAddress& address) {
+WinsockError BindError(const Socket& socket, const KernelAddress& address) {
     const bool askedForReuse = socket.Has(Flag::Reuse) && PortOf(address) != 0;
     return errno == EADDRINUSE && askedForReuse ? WinsockError::Access : WinsockFromErrno(errno);
 }
@@ -33,9 +33,10 @@ bool BindAsWinsock(const Socket& socket, const KernelAddress& address) {
                                       : BindOverEndedConnections(socket, address);
 }
 
-int BindWithAuxiliaries(const Socket& socket, const KernelAddress& address) {
+WinsockError BindWithAuxiliaries(const Socket& socket, const KernelAddress& address) {
     AuxiliarySockets auxiliaries;
-    if (const int error = OpenAuxiliaries(socket, address, auxiliaries)) return error;
+    if (const auto error = OpenAuxiliaries(socket, address, auxiliaries); IsError(error))
+        return error;
     if (!BindAsWinsock(socket, address)) return BindError(socket, address);
     return BindAuxiliaries(socket, address, auxiliaries);
 }
@@ -46,10 +47,11 @@ int Winsock::bind(Handle handle, const void* address, int length) {
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
     KernelAddress local = {};
-    if (const int error = KernelFromWinsock(socket, address, length, local)) return Fail(error);
+    if (const auto error = KernelFromWinsock(socket, address, length, local); IsError(error))
+        return Fail(error);
     if (socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
     if (IsUnbindable(local)) return Fail(WinsockError::AddressNotAvailable);
-    if (const int error = BindWithAuxiliaries(socket, local)) return Fail(error);
+    if (const auto error = BindWithAuxiliaries(socket, local); IsError(error)) return Fail(error);
     socket.entry->Set(Flag::Bound);
     return Succeed();
 }

@@ -24,7 +24,8 @@ int Winsock::connect(Handle handle, const void* address, int length) {
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
     KernelAddress peer = {};
-    if (const int error = KernelFromWinsock(socket, address, length, peer)) return Fail(error);
+    if (const auto error = KernelFromWinsock(socket, address, length, peer); IsError(error))
+        return Fail(error);
     return UnlessClosed(socket, socket.Has(Flag::Datagram) ? ConnectDatagram(socket, peer)
                                                            : ConnectStream(socket, peer));
 }

@@ -26,14 +26,14 @@ int ProtocolOfType(int type) {
 }
 
 // The order of the checks decides which of several errors is reported.
-int CreationError(int family, int type, int protocol) {
+WinsockError CreationError(int family, int type, int protocol) {
     if (family == 0 && protocol == 0) return WinsockError::Invalid;
     if (type != Winsock::TypeStream && type != Winsock::TypeDatagram) {
         return WinsockError::SocketTypeNotSupported;
     }
     if (FamilyFromWinsock(family) == nullptr) return WinsockError::AddressFamilyNotSupported;
     const bool fits = protocol == 0 || protocol == ProtocolOfType(type);
-    return fits ? 0 : WinsockError::ProtocolNotSupported;
+    return fits ? WinsockError::None : WinsockError::ProtocolNotSupported;
 }
 
 // A socket option for all sockets of a family, or for its datagram sockets only.
@@ -83,7 +83,7 @@ int Posix::MakeDescriptor(bool ipv6, bool datagram) {
 Winsock::Handle Winsock::socket(int family, int type, int protocol) {
     if (!RequireStarted()) return InvalidSocket;
     if (type == 0) type = TypeFromProtocol(protocol);
-    if (const int error = CreationError(family, type, protocol)) {
+    if (const auto error = CreationError(family, type, protocol); IsError(error)) {
         Fail(error);
         return InvalidSocket;
     }

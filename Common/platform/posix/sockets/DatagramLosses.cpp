@@ -42,10 +42,10 @@ void AddLoss(const Socket& socket, Loss loss) noexcept {
     }
 }
 
-int TakeLoss(const Socket& socket) noexcept {
+WinsockError TakeLoss(const Socket& socket) noexcept {
     Losses& losses = LossesOf(socket);
     if (TakeOne(losses.unreachable)) return WinsockError::ConnectionReset;
-    return TakeOne(losses.tooManyHops) ? WinsockError::NetworkReset : 0;
+    return TakeOne(losses.tooManyHops) ? WinsockError::NetworkReset : WinsockError::None;
 }
 
 bool HasLoss(const Socket& socket) noexcept {

@@ -11,8 +11,8 @@ enum class Loss { Unreachable, TooManyHops };
 
 void AddLoss(const Socket& socket, Loss loss) noexcept;
 
-// The error that reports one of them, or 0.
-int TakeLoss(const Socket& socket) noexcept;
+// The error that reports one of them, or None.
+WinsockError TakeLoss(const Socket& socket) noexcept;
 
 bool HasLoss(const Socket& socket) noexcept;
 

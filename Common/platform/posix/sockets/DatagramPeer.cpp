@@ -63,27 +63,27 @@ void NotePort(const Socket& socket) {
     socket.entry->Change(Flag::Bound, has);
 }
 
-// Returns a Winsock error or 0, like all below.
-int TakePeerAway(const Socket& socket) {
+// Returns a Winsock error or None, like all below.
+WinsockError TakePeerAway(const Socket& socket) {
     KernelAddress former = {};
     if (!LocalAddress(socket, former) || !ConnectToNobody(socket)) return WinsockFromErrno(errno);
     socket.entry->Clear(Flag::Connected | Flag::Strangers);
     if (KeepBinding(socket, former)) return FollowPeer(socket, nullptr);
-    const int error = WinsockFromErrno(errno);
+    const WinsockError error = WinsockFromErrno(errno);
     NotePort(socket);
     return error;
 }
 
 // The kernel reports a lack of ports as EAGAIN, and as EINVAL that the peer cannot be reached from
 // the address that the socket is bound to.
-int ConnectError(int error) {
+WinsockError ConnectError(int error) {
     if (error == EAGAIN) return WinsockError::AddressInUse;
     return error == EINVAL ? WinsockError::AddressNotAvailable : WinsockFromErrno(error);
 }
 
 // The socket keeps a port that the kernel has given it nevertheless.
-int FailureToConnect(const Socket& socket) {
-    const int error = ConnectError(errno);
+WinsockError FailureToConnect(const Socket& socket) {
+    const WinsockError error = ConnectError(errno);
     if (!socket.Has(Flag::Bound)) NotePort(socket);
     return error;
 }
@@ -100,23 +100,23 @@ bool CanConnect(const Socket& socket) {
     return !socket.Has(Flag::Reuse) || HavePort(socket);
 }
 
-int FindWay(const Socket& socket, const KernelAddress& peer) {
+WinsockError FindWay(const Socket& socket, const KernelAddress& peer) {
     if (!CanConnect(socket)) return WinsockFromErrno(errno);
     if (!ConnectTo(socket, peer)) return FailureToConnect(socket);
-    const int error = FollowPeer(socket, &peer);
-    if (error != 0) TakePeerAway(socket);
+    const WinsockError error = FollowPeer(socket, &peer);
+    if (IsError(error)) TakePeerAway(socket);
     return error;
 }
 
 // The kernel keeps the local address for the former peer unless the socket is disconnected first.
-int ReplacePeer(const Socket& socket, const KernelAddress& peer) {
-    int error = socket.Has(Flag::Connected) ? TakePeerAway(socket) : 0;
-    if (error == 0) error = FindWay(socket, peer);
-    if (error == 0) MarkConnected(socket);
+WinsockError ReplacePeer(const Socket& socket, const KernelAddress& peer) {
+    WinsockError error = socket.Has(Flag::Connected) ? TakePeerAway(socket) : WinsockError::None;
+    if (!IsError(error)) error = FindWay(socket, peer);
+    if (!IsError(error)) MarkConnected(socket);
     return error;
 }
 
-int ChangePeer(const Socket& socket, const KernelAddress& peer) {
+WinsockError ChangePeer(const Socket& socket, const KernelAddress& peer) {
     const bool anywhere = IsWildcard(peer);
     const bool anyPort = PortOf(peer) == 0;
     if (anywhere && anyPort) return TakePeerAway(socket);
@@ -128,8 +128,8 @@ int ChangePeer(const Socket& socket, const KernelAddress& peer) {
 }  // namespace
 
 int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
-    const int error = ChangePeer(socket, peer);
-    return error == 0 ? Succeed() : Fail(error);
+    const WinsockError error = ChangePeer(socket, peer);
+    return IsError(error) ? Fail(error) : Succeed();
 }
 
 void DiscardStrangers(const Socket& socket) {

@@ -42,10 +42,10 @@ bool Change(int descriptor, const GroupRequest& request, bool join) {
 
 // A group that the socket has joined already cannot be joined again. One that it has not joined
 // cannot be left, even if no interface exists for it.
-int ErrorOfJoining(int error) {
+WinsockError ErrorOfJoining(int error) {
     return error == EADDRINUSE ? WinsockError::AddressNotAvailable : WinsockFromErrno(error);
 }
-int ErrorOfLeaving(int error) {
+WinsockError ErrorOfLeaving(int error) {
     const bool notJoined = error == EADDRNOTAVAIL || error == ENODEV;
     return notJoined ? WinsockError::Invalid : WinsockFromErrno(error);
 }
@@ -65,12 +65,12 @@ bool IsMemberOn(int descriptor, unsigned int interface, const KernelAddress& gro
 
 }  // namespace
 
-int JoinGroup(int descriptor, const GroupRequest& request) noexcept {
-    return Change(descriptor, request, true) ? 0 : ErrorOfJoining(errno);
+WinsockError JoinGroup(int descriptor, const GroupRequest& request) noexcept {
+    return Change(descriptor, request, true) ? WinsockError::None : ErrorOfJoining(errno);
 }
 
-int LeaveGroup(int descriptor, const GroupRequest& request) noexcept {
-    return Change(descriptor, request, false) ? 0 : ErrorOfLeaving(errno);
+WinsockError LeaveGroup(int descriptor, const GroupRequest& request) noexcept {
+    return Change(descriptor, request, false) ? WinsockError::None : ErrorOfLeaving(errno);
 }
 
 // Tries to join, since the kernel has no plainer way to ask.

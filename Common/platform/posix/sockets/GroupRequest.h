@@ -17,9 +17,9 @@ struct GroupRequest {
     bool operator==(const GroupRequest&) const = default;
 };
 
-// Return a Winsock error or 0.
-int JoinGroup(int descriptor, const GroupRequest& request) noexcept;
-int LeaveGroup(int descriptor, const GroupRequest& request) noexcept;
+// Return a Winsock error or None.
+WinsockError JoinGroup(int descriptor, const GroupRequest& request) noexcept;
+WinsockError LeaveGroup(int descriptor, const GroupRequest& request) noexcept;
 
 // Whether the descriptor's socket is a member.
 bool IsMember(int descriptor, const GroupRequest& request) noexcept;

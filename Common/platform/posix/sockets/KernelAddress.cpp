@@ -36,24 +36,24 @@ void CopyFromWinsock(const AddressFamily& family, const void* address,
 
 }  // namespace
 
-int KernelFromWinsock(const Socket& socket, const void* address, int length,
-                      KernelAddress& result) noexcept {
+WinsockError KernelFromWinsock(const Socket& socket, const void* address, int length,
+                               KernelAddress& result) noexcept {
     const AddressFamily& family = FamilyOf(socket);
     if (address == nullptr || std::cmp_less(length, family.addressLength)) {
         return WinsockError::Fault;
     }
     if (FamilyNumber(address) != family.winsock) return WinsockError::AddressFamilyNotSupported;
     CopyFromWinsock(family, address, result);
-    return 0;
+    return WinsockError::None;
 }
 
-int KernelFromWinsock(const void* address, int length, KernelAddress& result) noexcept {
+WinsockError KernelFromWinsock(const void* address, int length, KernelAddress& result) noexcept {
     if (address == nullptr || length < int{sizeof(unsigned short)}) return WinsockError::Fault;
     const AddressFamily* const family = FamilyFromWinsock(FamilyNumber(address));
     if (family == nullptr) return WinsockError::AddressFamilyNotSupported;
     if (std::cmp_less(length, family->addressLength)) return WinsockError::Fault;
     CopyFromWinsock(*family, address, result);
-    return 0;
+    return WinsockError::None;
 }
 
 bool HasRoomForAddress(const Socket& socket, const void* address, const int* length) noexcept {

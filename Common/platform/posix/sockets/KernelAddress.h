@@ -26,9 +26,9 @@ inline const AddressFamily& FamilyOf(const KernelAddress& address) noexcept {
 
 // Convert an address that the caller passes, in the first case for the socket; return a Winsock
 // error or 0.
-int KernelFromWinsock(const Socket& socket, const void* address, int length,
-                      KernelAddress& result) noexcept;
-int KernelFromWinsock(const void* address, int length, KernelAddress& result) noexcept;
+WinsockError KernelFromWinsock(const Socket& socket, const void* address, int length,
+                               KernelAddress& result) noexcept;
+WinsockError KernelFromWinsock(const void* address, int length, KernelAddress& result) noexcept;
 
 // Whether the caller's buffer holds an address of the socket's family.
 bool HasRoomForAddress(const Socket& socket, const void* address, const int* length) noexcept;

@@ -18,10 +18,10 @@ namespace {
 
 using namespace Posix;
 
-int ListenError(const Socket& socket) {
+WinsockError ListenError(const Socket& socket) {
     if (socket.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
     if (IsConnected(socket)) return WinsockError::IsConnected;
-    return socket.Has(Flag::Bound) ? 0 : WinsockError::Invalid;
+    return socket.Has(Flag::Bound) ? WinsockError::None : WinsockError::Invalid;
 }
 
 // The kernel's errors for a connection that died before it was accepted, which are not failures of
@@ -91,13 +91,13 @@ Winsock::Handle AcceptConnection(const Socket& listener, KernelAddress& peer) {
     return AdoptDescriptor(connection.Take(), inherited | Flag::Connected | Flag::Accepted);
 }
 
-int AcceptError(const Socket& listener, const void* address, const int* length) {
+WinsockError AcceptError(const Socket& listener, const void* address, const int* length) {
     if (listener.Has(Flag::Datagram)) return WinsockError::OperationNotSupported;
     if (!listener.Has(Flag::Listening)) return WinsockError::Invalid;
     if (address != nullptr && !HasRoomForAddress(listener, address, length)) {
         return WinsockError::Fault;
     }
-    return 0;
+    return WinsockError::None;
 }
 
 }  // namespace
@@ -105,7 +105,7 @@ int AcceptError(const Socket& listener, const void* address, const int* length) 
 int Winsock::listen(Handle handle, int backlog) {
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
-    if (const int error = ListenError(socket)) return Fail(error);
+    if (const auto error = ListenError(socket); IsError(error)) return Fail(error);
     if (!ListenOverEndedConnections(socket, backlog)) return FailFromErrno();
     socket.entry->Set(Flag::Listening);
     return Succeed();
@@ -114,7 +114,7 @@ int Winsock::listen(Handle handle, int backlog) {
 Winsock::Handle Winsock::accept(Handle handle, void* address, int* length) {
     const Socket listener = FindSocket(handle);
     if (!listener) return InvalidSocket;
-    if (const int error = AcceptError(listener, address, length)) {
+    if (const auto error = AcceptError(listener, address, length); IsError(error)) {
         Fail(error);
         return InvalidSocket;
     }

@@ -20,10 +20,10 @@ int LengthOfRequest(int level) {
 }
 
 // The kernel would accept an IPv4 request on an IPv6 socket.
-int MembershipError(const Socket& socket, int level, int length) {
+WinsockError MembershipError(const Socket& socket, int level, int length) {
     const bool ofSocketsFamily = socket.Has(Flag::Ipv6) == (level == Winsock::LevelIpv6);
     if (!socket.Has(Flag::Datagram) || !ofSocketsFamily) return WinsockError::Invalid;
-    return length < LengthOfRequest(level) ? WinsockError::Fault : 0;
+    return length < LengthOfRequest(level) ? WinsockError::Fault : WinsockError::None;
 }
 
 // Both systems use the protocols' numbers for these levels.
@@ -45,16 +45,16 @@ bool HasJoinedByAuxiliary(const Reception& reception, const GroupRequest& reques
         [&](const AuxiliarySocket& each) { return IsMember(each.descriptor.Number(), request); });
 }
 
-int JoinItself(const Socket& socket, Reception& reception, const GroupRequest& request) {
+WinsockError JoinItself(const Socket& socket, Reception& reception, const GroupRequest& request) {
     if (HasJoinedByAuxiliary(reception, request)) return WinsockError::AddressNotAvailable;
     reception.joinedItself.reserve(reception.joinedItself.size() + 1);
-    if (const int error = JoinGroup(socket.descriptor, request)) return error;
+    if (const auto error = JoinGroup(socket.descriptor, request); IsError(error)) return error;
     std::erase(reception.joinedItself, request);
     reception.joinedItself.push_back(request);
-    return 0;
+    return WinsockError::None;
 }
 
-int Join(const Socket& socket, const GroupRequest& request) try {
+WinsockError Join(const Socket& socket, const GroupRequest& request) try {
     const std::lock_guard guard(receptionLock);
     Reception& reception = ReceptionOf(socket);
     return IsOnOneAddress(socket) ? JoinByAuxiliary(socket, reception, request)
@@ -66,16 +66,16 @@ int Join(const Socket& socket, const GroupRequest& request) try {
 bool HasLeftByAuxiliary(const Reception& reception, const GroupRequest& request) {
     return std::any_of(reception.auxiliaries.begin(), reception.auxiliaries.end(),
                        [&](const AuxiliarySocket& each) {
-                           return LeaveGroup(each.descriptor.Number(), request) == 0;
+                           return !IsError(LeaveGroup(each.descriptor.Number(), request));
                        });
 }
 
-int Leave(const Socket& socket, const GroupRequest& request) {
+WinsockError Leave(const Socket& socket, const GroupRequest& request) {
     const std::lock_guard guard(receptionLock);
     Reception* const reception = FindReception(socket);
-    if (reception != nullptr && HasLeftByAuxiliary(*reception, request)) return 0;
-    const int error = LeaveGroup(socket.descriptor, request);
-    if (error == 0 && reception != nullptr) std::erase(reception->joinedItself, request);
+    if (reception != nullptr && HasLeftByAuxiliary(*reception, request)) return WinsockError::None;
+    const WinsockError error = LeaveGroup(socket.descriptor, request);
+    if (!IsError(error) && reception != nullptr) std::erase(reception->joinedItself, request);
     return error;
 }
 
@@ -88,11 +88,12 @@ bool IsMembershipOption(int level, int option) noexcept {
 }
 
 int SetMembership(const Socket& socket, int level, int option, const char* value, int length) {
-    if (const int error = MembershipError(socket, level, length)) return Fail(error);
+    if (const auto error = MembershipError(socket, level, length); IsError(error))
+        return Fail(error);
     const GroupRequest request = RequestFromWinsock(level, value);
     const bool join = option == Winsock::OptionAddMembership;
-    const int error = join ? Join(socket, request) : Leave(socket, request);
-    return error == 0 ? Succeed() : Fail(error);
+    const WinsockError error = join ? Join(socket, request) : Leave(socket, request);
+    return IsError(error) ? Fail(error) : Succeed();
 }
 
 }  // namespace Posix

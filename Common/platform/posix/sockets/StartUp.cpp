@@ -47,6 +47,18 @@ void Describe(Winsock::StartupData& data, unsigned short version) {
     data.maximumDatagram = 65467;
 }
 
+WinsockError StartUp(unsigned short version, Winsock::StartupData* data) {
+    const unsigned int major = version & 0xFFU;
+    const unsigned int minor = version >> 8U;
+    if (data != nullptr) Describe(*data, NegotiatedVersion(major, minor));
+    if (major == 0) return WinsockError::VersionNotSupported;
+    if (data == nullptr) return WinsockError::Fault;
+    const std::lock_guard guard(startUpLock);
+    if (!IsForkSeenTo()) return WinsockError::SystemNotReady;
+    ++startUpCount;
+    return WinsockError::None;
+}
+
 }  // namespace
 
 namespace Posix {
@@ -64,15 +76,7 @@ bool RequireStarted() noexcept {
 }  // namespace Posix
 
 int Winsock::WSAStartup(unsigned short version, StartupData* data) {
-    const unsigned int major = version & 0xFFU;
-    const unsigned int minor = version >> 8U;
-    if (data != nullptr) Describe(*data, NegotiatedVersion(major, minor));
-    if (major == 0) return WinsockError::VersionNotSupported;
-    if (data == nullptr) return WinsockError::Fault;
-    const std::lock_guard guard(startUpLock);
-    if (!IsForkSeenTo()) return WinsockError::SystemNotReady;
-    ++startUpCount;
-    return 0;
+    return static_cast<int>(StartUp(version, data));
 }
 
 int Winsock::WSACleanup() {

@@ -103,7 +103,7 @@ int ObstacleHere(const Socket& socket, const KernelAddress& peer) {
 }
 
 // Some kernel errors have several causes, for which Winsock has different numbers.
-int ConnectError(const Socket& socket, const KernelAddress& peer, int error) {
+WinsockError ConnectError(const Socket& socket, const KernelAddress& peer, int error) {
     switch (error) {
         case EINVAL:  // the address lacks its scope, or cannot be reached from the local one
             return WinsockError::AddressNotAvailable;
@@ -118,9 +118,9 @@ int ConnectError(const Socket& socket, const KernelAddress& peer, int error) {
 }
 
 // The kernel continues to connect; another connect call would start again.
-int LeaveUnfinished(const Socket& socket, int winsockError) {
+int LeaveUnfinished(const Socket& socket, WinsockError error) {
     socket.entry->Set(Flag::Connecting | Flag::Bound);
-    return Fail(winsockError);
+    return Fail(error);
 }
 
 // Interrupted by a signal, or by the send timeout, which on Winsock does not limit connect.

@@ -20,10 +20,10 @@ int ReadHostName(HostNameText& name) noexcept {
 
 }  // namespace
 
-int HostName(HostNameText& name) noexcept {
+WinsockError HostName(HostNameText& name) noexcept {
     name = {};
     const int error = ReadHostName(name);
-    if (error == 0) return 0;
+    if (error == 0) return WinsockError::None;
     name = {};
     // Winsock reports a name that is too long as a buffer that is too small.
     return error == ENAMETOOLONG ? WinsockError::Fault : WinsockFromErrno(error);

@@ -1,6 +1,8 @@
 // The local host's name as the system reports it.
 #pragma once
 
+#include "errors/WinsockError.h"
+
 namespace Posix {
 
 // A buffer for the name and its terminator.
@@ -8,7 +10,7 @@ struct HostNameText {
     char text[256];
 };
 
-// Returns a Winsock error or 0. The name is complete, or empty with an error.
-int HostName(HostNameText& name) noexcept;
+// Returns a Winsock error or None. The name is complete, or empty with an error.
+WinsockError HostName(HostNameText& name) noexcept;
 
 }  // namespace Posix

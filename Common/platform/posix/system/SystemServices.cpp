@@ -18,7 +18,7 @@
 namespace {
 
 // The texts for Winsock numbers without an equivalent among the system's; empty for all others.
-std::string_view WinsockOwnDescription(int error) {
+std::string_view WinsockOwnDescription(WinsockError error) {
     switch (error) {
         case WinsockError::SystemNotReady:
             return "Network subsystem not ready";
@@ -45,12 +45,12 @@ constexpr unsigned int FirstWinsockError = 10000;
 
 // The untranslated text; a translated one would depend on the host's locale.
 std::string Description(unsigned int error) {
-    const int number = static_cast<int>(error);
+    const auto number = static_cast<WinsockError>(error);
     if (const std::string_view own = WinsockOwnDescription(number); !own.empty()) {
         return std::string(own);
     }
     const bool winsock = error >= FirstWinsockError;
-    const int systemError = winsock ? Posix::ErrnoFromWinsock(number) : number;
+    const int systemError = winsock ? Posix::ErrnoFromWinsock(number) : static_cast<int>(error);
     const char* text = winsock && systemError == 0 ? nullptr : ::strerrordesc_np(systemError);
     return text != nullptr ? text : "Unknown error " + std::to_string(error);
 }
@@ -112,10 +112,10 @@ void System::ReleaseCancellation(int held) noexcept {
 }
 
 System::ErrorNumbers System::SaveErrorNumbers() noexcept {
-    return {.winsock = Posix::lastError, .system = errno};
+    return {.winsock = static_cast<int>(Posix::lastError), .system = errno};
 }
 
 void System::RestoreErrorNumbers(ErrorNumbers numbers) noexcept {
-    Posix::lastError = numbers.winsock;
+    Posix::lastError = static_cast<WinsockError>(numbers.winsock);
     errno = numbers.system;
 }

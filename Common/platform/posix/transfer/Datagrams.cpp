@@ -25,9 +25,9 @@ int LongestDatagram(const Socket& socket) {
     return socket.Has(Flag::Ipv6) ? 65527 : 65507;
 }
 
-int DatagramError(const Socket& socket, const char* buffer, int length) {
+WinsockError DatagramError(const Socket& socket, const char* buffer, int length) {
     if (buffer == nullptr && length > 0) return WinsockError::Fault;
-    return length > LongestDatagram(socket) ? WinsockError::MessageSize : 0;
+    return length > LongestDatagram(socket) ? WinsockError::MessageSize : WinsockError::None;
 }
 
 int FailDatagram(const Socket& socket) {
@@ -72,25 +72,26 @@ bool MayBroadcast(const Socket& socket) {
 
 // The kernel would treat the wildcard as the local host, and look for a route to a broadcast
 // address before it checks whether the socket may broadcast.
-int DestinationError(const Socket& socket, const KernelAddress& peer) {
+WinsockError DestinationError(const Socket& socket, const KernelAddress& peer) {
     if (IsWildcard(peer)) return WinsockError::AddressNotAvailable;
     const bool everybody = !socket.Has(Flag::Ipv6) && peer.ipv4.sin_addr.s_addr == INADDR_BROADCAST;
-    return everybody && !MayBroadcast(socket) ? WinsockError::Access : 0;
+    return everybody && !MayBroadcast(socket) ? WinsockError::Access : WinsockError::None;
 }
 
-int DestinationFromWinsock(const Socket& socket, const void* address, int length,
-                           KernelAddress& peer) {
-    if (const int error = KernelFromWinsock(socket, address, length, peer)) return error;
+WinsockError DestinationFromWinsock(const Socket& socket, const void* address, int length,
+                                    KernelAddress& peer) {
+    if (const auto error = KernelFromWinsock(socket, address, length, peer); IsError(error))
+        return error;
     return DestinationError(socket, peer);
 }
 
-int ReceiveError(const Socket& socket, const char* buffer, int length, const void* address,
-                 const int* addressLength) {
+WinsockError ReceiveError(const Socket& socket, const char* buffer, int length, const void* address,
+                          const int* addressLength) {
     if (!socket.Has(Flag::Bound)) return WinsockError::Invalid;
     // With an invalid buffer the kernel would drop a datagram.
     if (buffer == nullptr && length > 0) return WinsockError::Fault;
     const bool room = address == nullptr || HasRoomForAddress(socket, address, addressLength);
-    return room ? 0 : WinsockError::Fault;
+    return room ? WinsockError::None : WinsockError::Fault;
 }
 
 ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
@@ -101,12 +102,12 @@ ssize_t ReceiveMessage(const Socket& socket, msghdr& message) {
 
 // Returns a negative number, with the last error set, if the call has failed.
 ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
-    if (const int error = TakeLoss(socket)) return Fail(error);
+    if (const auto error = TakeLoss(socket); IsError(error)) return Fail(error);
     ssize_t received = ReceiveMessage(socket, message);
     while (received < 0) {
         if (!MayBeReport(errno)) return FailDatagram(socket);
         CollectTold(socket);
-        if (const int error = TakeLoss(socket)) return Fail(error);
+        if (const auto error = TakeLoss(socket); IsError(error)) return Fail(error);
         received = ReceiveMessage(socket, message);
     }
     return received;
@@ -116,7 +117,8 @@ ssize_t ReceiveFromKernel(const Socket& socket, msghdr& message) {
 
 int Posix::SendDatagram(const Socket& socket, const char* buffer, int length,
                         const KernelAddress* peer) {
-    if (const int error = DatagramError(socket, buffer, length)) return Fail(error);
+    if (const auto error = DatagramError(socket, buffer, length); IsError(error))
+        return Fail(error);
     // The kernel refuses port 0; on Winsock it is a port where nobody listens.
     if (peer != nullptr && PortOf(*peer) == 0) return Succeed(length);
     return SendToKernel(socket, buffer, length, peer);
@@ -125,7 +127,8 @@ int Posix::SendDatagram(const Socket& socket, const char* buffer, int length,
 // NOLINTNEXTLINE(readability-non-const-parameter): the system writes to the buffer.
 int Posix::ReceiveDatagram(const Socket& socket, char* buffer, int length, void* address,
                            int* addressLength) {
-    if (const int error = ReceiveError(socket, buffer, length, address, addressLength)) {
+    if (const auto error = ReceiveError(socket, buffer, length, address, addressLength);
+        IsError(error)) {
         return Fail(error);
     }
     KernelAddress sender = {};
@@ -151,9 +154,10 @@ int Winsock::sendto(Handle handle, const char* buffer, int length, int flags, co
     if (address == nullptr || !socket.Has(Flag::Datagram)) {
         return send(handle, buffer, length, flags);
     }
-    if (const int error = TransferError(length, flags)) return Fail(error);
+    if (const auto error = TransferError(length, flags); IsError(error)) return Fail(error);
     KernelAddress peer = {};
-    if (const int error = DestinationFromWinsock(socket, address, addressLength, peer)) {
+    if (const auto error = DestinationFromWinsock(socket, address, addressLength, peer);
+        IsError(error)) {
         return Fail(error);
     }
     if (!HavePort(socket)) return FailFromErrno();
@@ -165,6 +169,6 @@ int Winsock::recvfrom(Handle handle, char* buffer, int length, int flags, void* 
     const Socket socket = FindSocket(handle);
     if (!socket) return SocketError;
     if (!socket.Has(Flag::Datagram)) return recv(handle, buffer, length, flags);
-    if (const int error = TransferError(length, flags)) return Fail(error);
+    if (const auto error = TransferError(length, flags); IsError(error)) return Fail(error);
     return UnlessClosed(socket, ReceiveDatagram(socket, buffer, length, address, addressLength));
 }

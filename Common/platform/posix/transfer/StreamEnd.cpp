@@ -18,7 +18,7 @@ namespace Posix {
 
 namespace {
 
-int MarkEnd(const Socket& socket, int error) {
+WinsockError MarkEnd(const Socket& socket, WinsockError error) {
     socket.entry->Set(error == WinsockError::ConnectionReset ? Flag::Reset : Flag::Aborted);
     return error;
 }
@@ -78,32 +78,33 @@ bool HasPeerEnded(const Socket& socket) {
 
 // EPIPE tells a sender only that there was an end whose error has been read, or that both halves
 // were shut down in order.
-int ErrorOfBrokenPipe(const Socket& socket) {
-    if (const int end = MarkedEnd(socket)) return end;
+WinsockError ErrorOfBrokenPipe(const Socket& socket) {
+    if (const auto end = MarkedEnd(socket); IsError(end)) return end;
     if (!HasPeerEnded(socket)) return MarkEnd(socket, WinsockError::ConnectionReset);
     if (IsOwnEndAcknowledged(socket)) return WinsockError::ShutDown;
     return MarkEnd(socket, WinsockError::ConnectionAborted);
 }
 
 // If the connection is not torn down, EPIPE means that this side has shut down its half.
-int ErrorOfLiving(int systemError) {
+WinsockError ErrorOfLiving(int systemError) {
     return systemError == EPIPE ? WinsockError::ShutDown : WinsockFromErrno(systemError);
 }
 
 // After the peer's FIN the kernel keeps a later error (EPIPE) to itself: the peer refused what was
 // sent. Without a FIN and without an error, another call has read the reset.
-int EndWithoutBytes(const Socket& socket) {
-    if (const int end = MarkedEnd(socket)) return end;
+WinsockError EndWithoutBytes(const Socket& socket) {
+    if (const auto end = MarkedEnd(socket); IsError(end)) return end;
     const int told = TakePendingError(socket.descriptor);
     if (told != 0) return MarkEnd(socket, WinsockFromErrno(told));
-    return HasPeerEnded(socket) ? 0 : MarkEnd(socket, WinsockError::ConnectionReset);
+    return HasPeerEnded(socket) ? WinsockError::None
+                                : MarkEnd(socket, WinsockError::ConnectionReset);
 }
 
 }  // namespace
 
-int MarkedEnd(const Socket& socket) noexcept {
+WinsockError MarkedEnd(const Socket& socket) noexcept {
     if (socket.Has(Flag::Reset)) return WinsockError::ConnectionReset;
-    return socket.Has(Flag::Aborted) ? WinsockError::ConnectionAborted : 0;
+    return socket.Has(Flag::Aborted) ? WinsockError::ConnectionAborted : WinsockError::None;
 }
 
 bool HasBytes(const Socket& socket) {
@@ -111,7 +112,7 @@ bool HasBytes(const Socket& socket) {
     return ::recv(socket.descriptor, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
-int StreamError(const Socket& socket) {
+WinsockError StreamError(const Socket& socket) {
     const int error = errno;
     if (error == EAGAIN) {
         return socket.Has(Flag::NonBlocking) ? WinsockError::WouldBlock : WinsockError::TimedOut;
@@ -122,9 +123,9 @@ int StreamError(const Socket& socket) {
     return MarkEnd(socket, WinsockFromErrno(error));
 }
 
-int ErrorOfNothing(const Socket& socket) {
+WinsockError ErrorOfNothing(const Socket& socket) {
     // A receive call with an empty buffer returns 0 even if there are bytes.
-    return IsTornDown(socket) && !HasBytes(socket) ? EndWithoutBytes(socket) : 0;
+    return IsTornDown(socket) && !HasBytes(socket) ? EndWithoutBytes(socket) : WinsockError::None;
 }
 
 }  // namespace Posix

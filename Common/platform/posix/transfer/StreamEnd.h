@@ -8,17 +8,17 @@
 
 namespace Posix {
 
-// Returns the connection's known end as Winsock's error number, or 0.
-int MarkedEnd(const Socket& socket) noexcept;
+// Returns the connection's known end as Winsock's error number, or None.
+WinsockError MarkedEnd(const Socket& socket) noexcept;
 
 // Whether there are bytes to receive.
 bool HasBytes(const Socket& socket);
 
 // Returns the Winsock error for a transfer that failed with errno, and remembers an end of the
 // connection.
-int StreamError(const Socket& socket);
+WinsockError StreamError(const Socket& socket);
 
-// The same for a receive call that returned 0; returns 0 for an orderly end, or an empty buffer.
-int ErrorOfNothing(const Socket& socket);
+// The same for a receive call that returned 0; returns None for an orderly end, or an empty buffer.
+WinsockError ErrorOfNothing(const Socket& socket);
 
 }  // namespace Posix

@@ -23,13 +23,13 @@ namespace {
 using namespace Posix;
 
 int FinishWithNothing(const Socket& socket) {
-    const int error = ErrorOfNothing(socket);
-    return error != 0 ? Fail(error) : Succeed();
+    const WinsockError error = ErrorOfNothing(socket);
+    return IsError(error) ? Fail(error) : Succeed();
 }
 
 // The last attempt's failure is remembered even if this call does not return it.
 int FinishSending(const Socket& socket, int sent) {
-    const int error = StreamError(socket);
+    const WinsockError error = StreamError(socket);
     if (!socket.IsOpen()) return Fail(WinsockError::Interrupted);
     return sent == 0 ? Fail(error) : Succeed(sent);
 }
@@ -72,9 +72,9 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
                                                int length, int flags) {
     const Socket socket = FindSocket(handle);
     if (!socket) return Winsock::SocketError;
-    if (const int error = TransferError(length, flags)) return Fail(error);
+    if (const auto error = TransferError(length, flags); IsError(error)) return Fail(error);
     if (!IsConnected(socket)) return Fail(WinsockError::NotConnected);
-    if (const int end = MarkedEnd(socket)) return Fail(end);
+    if (const auto end = MarkedEnd(socket); IsError(end)) return Fail(end);
     const bool datagram = socket.Has(Flag::Datagram);
     return UnlessClosed(socket, datagram ? SendDatagram(socket, buffer, length)
                                          : SendStream(socket, buffer, length));
@@ -84,10 +84,10 @@ int ReceiveStream(const Socket& socket, char* buffer, int length) {
                                                   int flags) {
     const Socket socket = FindSocket(handle);
     if (!socket) return Winsock::SocketError;
-    if (const int error = TransferError(length, flags)) return Fail(error);
+    if (const auto error = TransferError(length, flags); IsError(error)) return Fail(error);
     const bool datagram = socket.Has(Flag::Datagram);
     if (!datagram && !IsConnected(socket)) return Fail(WinsockError::NotConnected);
-    if (const int end = MarkedEnd(socket); end != 0 && !HasBytes(socket)) return Fail(end);
+    if (const auto end = MarkedEnd(socket); IsError(end) && !HasBytes(socket)) return Fail(end);
     return UnlessClosed(socket, datagram ? ReceiveDatagram(socket, buffer, length)
                                          : ReceiveStream(socket, buffer, length));
 }
@@ -165,7 +165,7 @@ int Winsock::send(Handle handle, const char* buffer, int length, int flags) {
             CountedResult(entry, [&] { return SendOtherwise(handle, buffer, length, flags); }));
     }
     const SendRequest request = {buffer, length};
-    lastError = 0;
+    lastError = WinsockError::None;
     const int sent = CountedResult(entry, [&] {
         return ::send(static_cast<int>(handle), buffer, Size(length), MSG_NOSIGNAL);
     });
@@ -186,7 +186,7 @@ int Winsock::recv(Handle handle, char* buffer, int length, int flags) {
             CountedResult(entry, [&] { return ReceiveOtherwise(handle, buffer, length, flags); }));
     }
     const ReceiveRequest request = {buffer, length};
-    lastError = 0;
+    lastError = WinsockError::None;
     const int received = CountedResult(
         entry, [&] { return ::recv(static_cast<int>(handle), buffer, Size(length), 0); });
     if (received <= 0) [[unlikely]] {

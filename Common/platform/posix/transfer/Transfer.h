@@ -7,10 +7,10 @@
 
 namespace Posix {
 
-// Returns the error of arguments that are invalid for every socket, or 0.
-inline int TransferError(int length, int flags) noexcept {
+// Returns the error of arguments that are invalid for every socket, or None.
+inline WinsockError TransferError(int length, int flags) noexcept {
     if (length < 0) return WinsockError::Fault;
-    return flags != 0 ? WinsockError::OperationNotSupported : 0;
+    return flags != 0 ? WinsockError::OperationNotSupported : WinsockError::None;
 }
 
 inline std::size_t Size(int length) noexcept {
