@@ -18,17 +18,28 @@ struct ErrorPair {
 };
 
 // Where several of the system's numbers have the same Winsock number, the first one provides its
-// description.
+// description. A pair whose numbers do not mean quite the same has its reason beside it.
+//
+// Winsock's numbers without a pair: NotEnoughMemory and InsufficientBuffer, which are Windows' own;
+// 10067, because no call here is refused for the number of processes; SystemNotReady,
+// VersionNotSupported and NotStarted, because the system has no start-up; ServiceNotFound and
+// HostNotFound to NoData, which come from the resolver's own numbers; and the other numbers from
+// 10101 to 10112, of calls that the seam does not have. The system's numbers without a pair become
+// Invalid.
 constexpr ErrorPair Errors[] = {
     {EINTR, WinsockError::Interrupted},
+    // For the description only: WinsockFromErrno gives NotSocket.
     {EBADF, WinsockError::BadFile},
     {ENOTSOCK, WinsockError::NotSocket},
     {EACCES, WinsockError::Access},
+    // What a packet filter or a missing privilege refuses; Winsock has one number for both.
     {EPERM, WinsockError::Access},
     {EFAULT, WinsockError::Fault},
     {EINVAL, WinsockError::Invalid},
     {EMFILE, WinsockError::TooManyOpen},
+    // The whole system's limit, which Winsock does not tell from the process's.
     {ENFILE, WinsockError::TooManyOpen},
+    // Of a non-blocking call. In a blocking one it is a timeout, which the caller handles.
     {EAGAIN, WinsockError::WouldBlock},
     {EINPROGRESS, WinsockError::InProgress},
     {EALREADY, WinsockError::Already},
@@ -39,33 +50,41 @@ constexpr ErrorPair Errors[] = {
     {EPROTONOSUPPORT, WinsockError::ProtocolNotSupported},
     {ESOCKTNOSUPPORT, WinsockError::SocketTypeNotSupported},
     {EOPNOTSUPP, WinsockError::OperationNotSupported},
+    // The kernel was built without the call or the option.
     {ENOSYS, WinsockError::OperationNotSupported},
     {EPFNOSUPPORT, WinsockError::ProtocolFamilyNotSupported},
     {EAFNOSUPPORT, WinsockError::AddressFamilyNotSupported},
     {EADDRINUSE, WinsockError::AddressInUse},
     {EADDRNOTAVAIL, WinsockError::AddressNotAvailable},
+    // An address or a group on an interface that is not there.
     {ENODEV, WinsockError::AddressNotAvailable},
+    // The same, from other calls.
     {ENXIO, WinsockError::AddressNotAvailable},
     {ENETDOWN, WinsockError::NetworkDown},
     {ENETUNREACH, WinsockError::NetworkUnreachable},
     {ENETRESET, WinsockError::NetworkReset},
     {ECONNABORTED, WinsockError::ConnectionAborted},
+    // The connection has ended before; what the end was, StreamEnd knows better.
     {EPIPE, WinsockError::ConnectionAborted},
     {ECONNRESET, WinsockError::ConnectionReset},
     {ENOBUFS, WinsockError::NoBuffers},
+    // The kernel is out of memory, which Winsock reports as a lack of buffers.
     {ENOMEM, WinsockError::NoBuffers},
+    // The same of STREAMS resources.
     {ENOSR, WinsockError::NoBuffers},
     {EISCONN, WinsockError::IsConnected},
     {ENOTCONN, WinsockError::NotConnected},
     {ESHUTDOWN, WinsockError::ShutDown},
     {ETOOMANYREFS, WinsockError::TooManyReferences},
     {ETIMEDOUT, WinsockError::TimedOut},
+    // A timer of the kernel, not of the connection.
     {ETIME, WinsockError::TimedOut},
     {ECONNREFUSED, WinsockError::ConnectionRefused},
     {ELOOP, WinsockError::Loop},
     {ENAMETOOLONG, WinsockError::NameTooLong},
     {EHOSTDOWN, WinsockError::HostDown},
     {EHOSTUNREACH, WinsockError::HostUnreachable},
+    // A router has cut the host off from its network.
     {ENONET, WinsockError::HostUnreachable},
     {ENOTEMPTY, WinsockError::NotEmpty},
     {EUSERS, WinsockError::TooManyUsers},
