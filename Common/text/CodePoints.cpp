@@ -3,6 +3,7 @@
 #include <optional>
 
 namespace Text {
+
 namespace {
 
 // What a lead byte announces: how many bytes follow, its own bits, and where the next byte must

@@ -8,6 +8,7 @@
 #include <mutex>
 
 namespace VelLog {
+
 namespace {
 
 // Held while the sink is used or replaced; the pointer may be read without it.

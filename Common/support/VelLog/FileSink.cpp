@@ -6,6 +6,7 @@
 #include "VelBase/WideLiteral.h"
 
 namespace VelLog {
+
 namespace {
 
 using VelBase::operator""_wide;

@@ -7,6 +7,7 @@
 #include <string>
 
 namespace VelLog {
+
 namespace {
 
 constexpr char LineFeed = '\n';

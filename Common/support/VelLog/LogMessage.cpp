@@ -8,6 +8,7 @@
 #include <utility>
 
 namespace VelLog {
+
 namespace {
 
 constinit VelResource::MessageFormatter g_formatter;

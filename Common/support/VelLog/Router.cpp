@@ -8,6 +8,7 @@
 #include <mutex>
 
 namespace VelLog {
+
 namespace {
 
 // The switches that the host has set. In static storage without allocation, so that switching

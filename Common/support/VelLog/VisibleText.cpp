@@ -6,6 +6,7 @@
 #include <span>
 
 namespace VelLog {
+
 namespace {
 
 using VelBase::operator""_wide;

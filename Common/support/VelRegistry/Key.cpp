@@ -9,6 +9,7 @@
 #include <utility>
 
 namespace VelRegistry {
+
 namespace {
 
 using VelBase::operator""_wide;

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 namespace VelResource {
+
 namespace {
 
 // Room made at once for a message; a longer one grows.
