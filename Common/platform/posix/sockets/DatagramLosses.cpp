@@ -10,9 +10,10 @@ namespace Posix {
 
 namespace {
 
+// Trivial, like the socket table's entries: no compiler has to construct a million of them.
 struct Losses {
-    std::atomic<std::uint16_t> unreachable;
-    std::atomic<std::uint16_t> tooManyHops;
+    std::uint16_t unreachable;
+    std::uint16_t tooManyHops;
 };
 
 // Not in the socket table: transfers of streams find their entries faster in a table of small ones.
@@ -22,7 +23,9 @@ Losses& LossesOf(const Socket& socket) noexcept {
     return lossTable[socket.descriptor];
 }
 
-bool TakeOne(std::atomic<std::uint16_t>& count) noexcept {
+using Count = std::atomic_ref<std::uint16_t>;
+
+bool TakeOne(Count count) noexcept {
     std::uint16_t known = count.load(std::memory_order_relaxed);
     while (known > 0 && !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known - 1),
                                                      std::memory_order_relaxed)) {
@@ -34,7 +37,7 @@ bool TakeOne(std::atomic<std::uint16_t>& count) noexcept {
 
 void AddLoss(const Socket& socket, Loss loss) noexcept {
     Losses& losses = LossesOf(socket);
-    auto& count = loss == Loss::TooManyHops ? losses.tooManyHops : losses.unreachable;
+    const Count count(loss == Loss::TooManyHops ? losses.tooManyHops : losses.unreachable);
     std::uint16_t known = count.load(std::memory_order_relaxed);
     while (known < std::numeric_limits<std::uint16_t>::max() &&
            !count.compare_exchange_weak(known, static_cast<std::uint16_t>(known + 1),
@@ -44,19 +47,19 @@ void AddLoss(const Socket& socket, Loss loss) noexcept {
 
 WinsockError TakeLoss(const Socket& socket) noexcept {
     Losses& losses = LossesOf(socket);
-    if (TakeOne(losses.unreachable)) return WinsockError::ConnectionReset;
-    return TakeOne(losses.tooManyHops) ? WinsockError::NetworkReset : WinsockError::None;
+    if (TakeOne(Count(losses.unreachable))) return WinsockError::ConnectionReset;
+    return TakeOne(Count(losses.tooManyHops)) ? WinsockError::NetworkReset : WinsockError::None;
 }
 
 bool HasLoss(const Socket& socket) noexcept {
-    const Losses& losses = LossesOf(socket);
-    return losses.unreachable.load(std::memory_order_relaxed) > 0 ||
-           losses.tooManyHops.load(std::memory_order_relaxed) > 0;
+    Losses& losses = LossesOf(socket);
+    return Count(losses.unreachable).load(std::memory_order_relaxed) > 0 ||
+           Count(losses.tooManyHops).load(std::memory_order_relaxed) > 0;
 }
 
 void ForgetLosses(int descriptor) noexcept {
-    lossTable[descriptor].unreachable.store(0, std::memory_order_relaxed);
-    lossTable[descriptor].tooManyHops.store(0, std::memory_order_relaxed);
+    Count(lossTable[descriptor].unreachable).store(0, std::memory_order_relaxed);
+    Count(lossTable[descriptor].tooManyHops).store(0, std::memory_order_relaxed);
 }
 
 }  // namespace Posix
