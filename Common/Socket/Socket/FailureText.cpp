@@ -7,15 +7,6 @@ namespace VelNet {
 
 using VelBase::operator""_wide;
 
-namespace {
-
-VelBase::ReturnWString Compose(const unsigned short* label, const unsigned short* description,
-                               int error) {
-    return ComposeFailureText(label, description, static_cast<unsigned int>(error));
-}
-
-}  // namespace
-
 VelBase::WideText BeginFailureText(const unsigned short* label, const unsigned short* description) {
     VelBase::WideText text(FailureTextRoom);
     text.Append(label).Append(" "_wide).Append(description);
@@ -29,35 +20,54 @@ void AppendError(VelBase::WideText& text, const unsigned short* leadIn, int erro
         .Append(Exception::GetErrorString(error));
 }
 
-VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
-                                          const unsigned short* description, unsigned int error) {
+namespace {
+
+VelBase::WideText SystemFailureText(const unsigned short* label, const unsigned short* description,
+                                    int error) {
     VelBase::WideText text = BeginFailureText(label, description);
-    AppendError(text, ", errno = "_wide, static_cast<int>(error));
-    return text.ToReturnWString();
+    AppendError(text, ", errno = "_wide, error);
+    return text;
 }
 
-void LogFailure(const VelBase::ReturnWString& text, LogFormat format) {
+}  // namespace
+
+VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
+                                          const unsigned short* description, unsigned int error) {
+    return SystemFailureText(label, description, static_cast<int>(error)).ToReturnWString();
+}
+
+void LogFailure(const VelBase::WideText& text, LogFormat format) {
     VelLog::Router* const router = EnabledRouter(&SocketLayerState::errorRouter);
     if (router == nullptr) return;
 
     VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
-    formatter.AddWideText(text.c_str());
+    formatter.AddWideText(text.Units());
     WriteRecord(*router, format, formatter);
 }
 
-void ThrowFailure(const VelBase::ReturnWString& text, SOCKET_ERR code, LogFormat format) {
+Exception LoggedFailure(const VelBase::WideText& text, SOCKET_ERR code, LogFormat format) {
     LogFailure(text, format);
-    throw Exception(text.c_str(), code);
+    return {text.Units(), code};
+}
+
+Exception LoggedSystemFailure(const unsigned short* label, const unsigned short* description,
+                              int error, LogFormat format) {
+    return LoggedFailure(SystemFailureText(label, description, error),
+                         Exception::GetSocketError(error), format);
+}
+
+void ThrowFailure(const VelBase::WideText& text, SOCKET_ERR code) {
+    throw LoggedFailure(text, code);
 }
 
 void ThrowSystemFailure(const unsigned short* label, const unsigned short* description, int error,
                         LogFormat format) {
-    ThrowFailure(Compose(label, description, error), Exception::GetSocketError(error), format);
+    throw LoggedSystemFailure(label, description, error, format);
 }
 
 void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
                    LogFormat format) noexcept {
-    TryLogFailure([=] { return Compose(label, description, error); }, format);
+    TryLogFailure([=] { return SystemFailureText(label, description, error); }, format);
 }
 
 }  // namespace VelNet

@@ -34,17 +34,26 @@ void AppendError(VelBase::WideText& text, const unsigned short* leadIn, int erro
 VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
                                           const unsigned short* description, unsigned int error);
 
-// Logs the text under "Error" if that router is on, then throws Exception with the text and the
-// code.
-[[noreturn]] void ThrowFailure(const VelBase::ReturnWString& text, SOCKET_ERR code,
-                               LogFormat format = FailureFormat);
+// Logs the text under "Error" if that router is on, and returns what is to be thrown, made of the
+// text and the code.
+//
+// A caller that throws it itself, and has nothing to destroy then, makes a failure cheap: unwinding
+// takes longer than all else.
+[[nodiscard]] Exception LoggedFailure(const VelBase::WideText& text, SOCKET_ERR code,
+                                      LogFormat format = FailureFormat);
 
 // The same with the usual failure text for a number of the system.
+[[nodiscard]] Exception LoggedSystemFailure(const unsigned short* label,
+                                            const unsigned short* description, int error,
+                                            LogFormat format = FailureFormat);
+
+// Throw what those return.
+[[noreturn]] void ThrowFailure(const VelBase::WideText& text, SOCKET_ERR code);
 [[noreturn]] void ThrowSystemFailure(const unsigned short* label, const unsigned short* description,
                                      int error, LogFormat format = FailureFormat);
 
 // Logs the text under "Error" if that router is on.
-void LogFailure(const VelBase::ReturnWString& text, LogFormat format);
+void LogFailure(const VelBase::WideText& text, LogFormat format);
 
 // Logs the text that compose returns under "Error" if that router is on. For callers that must not
 // throw: any failure in here, exhausted memory included, is swallowed.

@@ -122,7 +122,7 @@ VelBase::ReturnWString ReadNameServers() {
     VelBase::WideText text =
         BeginFailureText(label, "The TCP protocol is not configured on this machine."_wide);
     text.Append(" Registry error: "_wide).Append(reason);
-    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+    ThrowFailure(text, SOCKET_ERR_UNKNOWN);
 }
 
 template <class Read>

@@ -54,7 +54,7 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
         "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL."_wide,
         "The host name supplied is not resolvable on this machine."_wide, name.c_str());
     AppendError(text, "}, errno = "_wide, error);
-    ThrowFailure(text.ToReturnWString(), Exception::GetSocketError(error));
+    ThrowFailure(text, Exception::GetSocketError(error));
 }
 
 [[noreturn]] void ThrowWithoutAddress(const std::string& name) {
@@ -63,7 +63,7 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
         "VelNet::SocketAddress::GetOctetsFromMachineName() - FAIL"_wide,
         "The host name supplied does not have an ip address."_wide, name.c_str());
     text.Append("}"_wide);
-    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+    ThrowFailure(text, SOCKET_ERR_UNKNOWN);
 }
 
 // Required (ReverseResolution.EachFailureIsThrownWithoutALog): this failure is thrown without being
@@ -84,7 +84,7 @@ VelBase::WideText BeginLookUpFailure(const unsigned short* label, const unsigned
         BeginFailureText("VelNet::SocketAddress::ConvertDottedStringToOctets() - FAIL."_wide,
                          "The input parameter is not an Internet Protocol dotted address: "_wide);
     text.Append(VelBase::UTF8ToWideChar(dotted, false));
-    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+    ThrowFailure(text, SOCKET_ERR_UNKNOWN);
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ constexpr int ErrorTryAgain = 11;
         .Append(separator)
         .Append(VelBase::ToDecimalWString(port));
     AppendError(text, ", errno = "_wide, error);
-    ThrowFailure(text.ToReturnWString(), Exception::GetSocketError(error));
+    ThrowFailure(text, Exception::GetSocketError(error));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ using VelBase::operator""_wide;
 
 namespace {
 
-VelBase::ReturnWString Compose(const SocketXtFailure& failure) {
+VelBase::WideText Compose(const SocketXtFailure& failure) {
     VelBase::WideText text(FailureTextRoom);
     for (const char* const part : {failure.function, failure.description, failure.call})
         text.AppendMultiByte(part).Append(" , "_wide);
@@ -19,7 +19,7 @@ VelBase::ReturnWString Compose(const SocketXtFailure& failure) {
             .AppendMultiByte(failure.secondAddress);
     }
     AppendError(text, " , errno = "_wide, failure.error);
-    return text.ToReturnWString();
+    return text;
 }
 
 }  // namespace
@@ -28,8 +28,12 @@ void ReportSocketXtError(const SocketXtFailure& failure) noexcept {
     TryLogFailure([&failure] { return Compose(failure); });
 }
 
+Exception LoggedSocketXtError(const SocketXtFailure& failure) {
+    return LoggedFailure(Compose(failure), Exception::GetSocketError(failure.error));
+}
+
 void ThrowSocketXtError(const SocketXtFailure& failure) {
-    ThrowFailure(Compose(failure), Exception::GetSocketError(failure.error));
+    throw LoggedSocketXtError(failure);
 }
 
 }  // namespace VelNet

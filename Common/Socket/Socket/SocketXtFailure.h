@@ -1,6 +1,8 @@
 // Composes, logs and throws the failures of the extended socket.
 #pragma once
 
+#include "VelNet/Exception.h"
+
 namespace VelNet {
 
 // The parts of a failure text. Without a first address text neither is shown.
@@ -20,7 +22,11 @@ struct SocketXtFailure {
 // For failures that do not end their operation. A report that cannot be written is lost.
 void ReportSocketXtError(const SocketXtFailure& failure) noexcept;
 
-// For failures that do: throws Exception with the text and the code for the number.
+// For failures that do: returns what is to be thrown, made of the text and the code for the number.
+// See LoggedFailure.
+[[nodiscard]] Exception LoggedSocketXtError(const SocketXtFailure& failure);
+
+// Throws what that returns.
 [[noreturn]] void ThrowSocketXtError(const SocketXtFailure& failure);
 
 }  // namespace VelNet

@@ -6,6 +6,7 @@
 #include "Socket/OwnSocket.h"
 #include "Socket/SocketState.h"
 #include "Socket/SocketXtTexts.h"
+#include "VelNet/Exception.h"
 #include "VelNet/SocketXt.h"
 #include "VelSynch/ReferenceCountedImpl.h"
 
@@ -80,6 +81,11 @@ private:
     // Out of line, so that successful transfers stay short.
     int FailedSend() const;
     [[noreturn]] void ThrowReceiveFailure(int result) const;
+
+    // What these throw, logged.
+    Exception ReceiveFailure(int result) const;
+    Exception TransferFailure(const char* function, const char* description, const char* call,
+                              int error) const;
 
     void TraceConnection(LogFormat format) const noexcept;
     // Returns the count.

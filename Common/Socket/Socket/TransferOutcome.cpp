@@ -16,25 +16,32 @@ namespace {
 // The number of a failure that the system did not report.
 constexpr int NoSystemError = -1;
 
+// Required (Receive.NothingToReceiveOnANonBlockingSocketThrows): unlike in Send, a call that would
+// block is a failure like any other.
+Exception ReceiveFailure(int result) {
+    constexpr const unsigned short* label = "VelNet::SocketImpl::Receive() - FAIL."_wide;
+    if (result == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        return LoggedSystemFailure(label, "The ::recv failed"_wide, error);
+    }
+    return LoggedFailure(
+        BeginFailureText(
+            label,
+            "The ::recv could not be completed because the connection has been closed."_wide),
+        SOCKET_ERR_UNKNOWN);
+}
+
 }  // namespace
 
 int SocketImpl::FailedSend() {
     const int error = Winsock::WSAGetLastError();
     if (error == Winsock::ErrorWouldBlock) return 0;
-    ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, "The ::send failed"_wide, error);
+    throw LoggedSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, "The ::send failed"_wide,
+                              error);
 }
 
-// Required (Receive.NothingToReceiveOnANonBlockingSocketThrows): unlike in Send, a call that would
-// block is a failure like any other.
 void SocketImpl::ThrowReceiveFailure(int result) {
-    constexpr const unsigned short* label = "VelNet::SocketImpl::Receive() - FAIL."_wide;
-    if (result == Winsock::SocketError) {
-        const int error = Winsock::WSAGetLastError();
-        ThrowSystemFailure(label, "The ::recv failed"_wide, error);
-    }
-    const VelBase::WideText text = BeginFailureText(
-        label, "The ::recv could not be completed because the connection has been closed."_wide);
-    ThrowFailure(text.ToReturnWString(), SOCKET_ERR_UNKNOWN);
+    throw ReceiveFailure(result);
 }
 
 int SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
@@ -51,27 +58,34 @@ int SocketXtImpl::TraceTransfer(const TransferFormats& formats, const char* data
 int SocketXtImpl::FailedSend() const {
     const int error = Winsock::WSAGetLastError();
     if (error == Winsock::ErrorWouldBlock) return 0;
-    ThrowSocketXtError({"VelNet::SocketXtImpl::Send", "send on socket failed", "::send", error,
-                        JoinEndpoint(localHost_, localPort_).c_str(),
-                        JoinEndpoint(remoteHost_, remotePort_).c_str()});
+    throw TransferFailure("VelNet::SocketXtImpl::Send", "send on socket failed", "::send", error);
+}
+
+void SocketXtImpl::ThrowReceiveFailure(int result) const {
+    throw ReceiveFailure(result);
 }
 
 // Required (XtTransferReceive.NothingWaitingIsAFailure): unlike in Send, a call that would block is
 // a failure like any other.
-void SocketXtImpl::ThrowReceiveFailure(int result) const {
+Exception SocketXtImpl::ReceiveFailure(int result) const {
     constexpr const char* function = "VelNet::SocketXtImpl::Receive";
     if (result == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
         // Required (XtTransferReceive.EachFailureIsReportedWithBothEndpoints): this spelling.
-        ThrowSocketXtError({function, "recieve on socket failed", "::recv", error,
-                            JoinEndpoint(localHost_, localPort_).c_str(),
-                            JoinEndpoint(remoteHost_, remotePort_).c_str()});
+        return TransferFailure(function, "recieve on socket failed", "::recv", error);
     }
     // Required (XtTransferReceive.ClosedConnectionIsToldWithTheLocalTextsAlone): the local host
     // with a colon, then the local port, unlike above.
-    ThrowSocketXtError({function,
-                        "::recv could not be completed because the connection has been closed",
-                        "::recv", NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});
+    return LoggedSocketXtError(
+        {function, "::recv could not be completed because the connection has been closed", "::recv",
+         NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});
+}
+
+Exception SocketXtImpl::TransferFailure(const char* function, const char* description,
+                                        const char* call, int error) const {
+    return LoggedSocketXtError({function, description, call, error,
+                                JoinEndpoint(localHost_, localPort_).c_str(),
+                                JoinEndpoint(remoteHost_, remotePort_).c_str()});
 }
 
 }  // namespace VelNet

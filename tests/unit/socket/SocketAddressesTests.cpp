@@ -153,7 +153,7 @@ TEST_F(SocketAddresses, WithoutMemoryForTheAnswerAreBadAlloc) {
             EXPECT_EQ(FieldsOf(*socket), before) << n;
             return starved.happened;
         });
-        EXPECT_GE(failures, 2U) << question.name;
+        EXPECT_GE(failures, 1U) << question.name;
     }
 }
 
@@ -168,7 +168,7 @@ TEST_F(SocketAddresses, WithoutMemoryForTheFailuresTextAreBadAlloc) {
             EXPECT_EQ(FieldsOf(*socket), before) << n;
             return starved.happened;
         });
-        EXPECT_GE(failures, 2U) << question.name;
+        EXPECT_GE(failures, 1U) << question.name;
     }
 }
 

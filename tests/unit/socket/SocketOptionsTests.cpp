@@ -170,7 +170,7 @@ TEST_F(SocketOptions, FailureWithoutMemoryForItsTextIsLost) {
             EXPECT_EQ(FieldsOf(*socket), before) << n;
             return starved.happened;
         });
-        EXPECT_GE(failures, 2U) << setter.name;
+        EXPECT_GE(failures, 1U) << setter.name;
     }
 }
 
