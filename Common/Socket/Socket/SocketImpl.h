@@ -52,7 +52,8 @@ private:
 
     // Out of line, so that successful transfers stay short.
     static int FailedSend();
-    [[noreturn]] static void ThrowReceiveFailure(int result);
+    // Throws; the type is that of the call whose place it takes.
+    static int FailedReceive(int result);
 
     void TraceConnection(LogFormat format) const noexcept;
     // Returns the count.

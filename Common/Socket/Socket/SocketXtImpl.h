@@ -80,7 +80,8 @@ private:
 
     // Out of line, so that successful transfers stay short.
     int FailedSend() const;
-    [[noreturn]] void ThrowReceiveFailure(int result) const;
+    // Throws; the type is that of the call whose place it takes.
+    int FailedReceive(int result) const;
 
     // What these throw, logged.
     Exception ReceiveFailure(int result) const;

@@ -12,7 +12,7 @@ int SocketImpl::Receive(char* buffer, int length) {
     const RarelyRead<char*> data = buffer;
     const int received = Winsock::recv(handle_, buffer, length, 0);
     if (received <= 0) [[unlikely]] {
-        ThrowReceiveFailure(received);
+        return FailedReceive(received);
     }
     if (!IsAnyPacketTraceEnabled()) [[likely]]
         return received;
@@ -36,7 +36,7 @@ int SocketXtImpl::Receive(char* buffer, int length) {
     const RarelyRead<char*> data = buffer;
     const int received = Winsock::recv(handle_, buffer, length, 0);
     if (received == 0 || received == Winsock::SocketError) [[unlikely]] {
-        self->ThrowReceiveFailure(received);
+        return self->FailedReceive(received);
     }
     if (!IsAnyPacketTraceEnabled()) [[likely]]
         return received;

@@ -40,7 +40,7 @@ int SocketImpl::FailedSend() {
                               error);
 }
 
-void SocketImpl::ThrowReceiveFailure(int result) {
+int SocketImpl::FailedReceive(int result) {
     throw ReceiveFailure(result);
 }
 
@@ -61,7 +61,7 @@ int SocketXtImpl::FailedSend() const {
     throw TransferFailure("VelNet::SocketXtImpl::Send", "send on socket failed", "::send", error);
 }
 
-void SocketXtImpl::ThrowReceiveFailure(int result) const {
+int SocketXtImpl::FailedReceive(int result) const {
     throw ReceiveFailure(result);
 }
 

@@ -32,7 +32,7 @@ bool IsPlace(std::string_view text) noexcept {
 
 std::size_t FindPlace(std::string_view text) noexcept {
     std::size_t position = text.find('%');
-    while (position != text.npos && !IsPlace(text.substr(position)))
+    while (position != std::string_view::npos && !IsPlace(text.substr(position)))
         position = text.find('%', position + 1);
     return position;
 }
