@@ -62,7 +62,7 @@ SocketImpl::~SocketImpl() {
 }
 
 bool SocketImpl::IsSameSocket(const Socket& other) const {
-    return handle_ == HandleOf(other);
+    return handle_ == HandleOfLikely<SocketImpl>(other);
 }
 
 bool SocketImpl::SetNonBlocking() {

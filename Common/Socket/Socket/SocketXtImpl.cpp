@@ -75,7 +75,7 @@ SocketXtImpl::~SocketXtImpl() {
 }
 
 bool SocketXtImpl::IsSameSocket(const Socket& other) const {
-    return handle_ == HandleOf(other);
+    return handle_ == HandleOfLikely<SocketXtImpl>(other);
 }
 
 bool SocketXtImpl::SetNonBlocking() {

@@ -5,6 +5,8 @@
 #include "Socket/SocketState.h"
 #include "VelNet/Socket.h"
 
+#include <typeinfo>
+
 namespace VelNet {
 
 // The system's numbers. A value without a name becomes 0, which lets the system choose.
@@ -26,6 +28,13 @@ int StatusOf(const Socket& socket, SocketState state);
 
 // Returns the handle of any socket of this library, and InvalidSocket for any other implementation.
 Winsock::Handle HandleOf(const Socket& socket) noexcept;
+
+// The same, found faster if the socket is just of the given class.
+template <class SocketClass>
+Winsock::Handle HandleOfLikely(const Socket& socket) noexcept {
+    if (typeid(socket) != typeid(SocketClass)) return HandleOf(socket);
+    return static_cast<const SocketClass&>(socket).SocketClass::Handle();
+}
 
 // Closes a handle at the end of the scope unless an object has taken ownership of it.
 class HandleOwner {
