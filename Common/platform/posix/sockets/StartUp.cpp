@@ -12,9 +12,27 @@
 
 namespace {
 
-// The count is changed under the lock, so that a start-up waits until a last clean-up has ended.
+// The first start-up and the last clean-up take the lock, so that a start-up waits until a last
+// clean-up has ended. All others only count: each operation of an extended socket starts up and
+// cleans up.
 constinit System::Lock startUpLock;
 constinit std::atomic<unsigned int> startUpCount = 0;
+
+// Returns false, and changes nothing, if the count is 0.
+bool CountAnotherStartUp() noexcept {
+    unsigned int count = startUpCount.load();
+    while (count > 0 && !startUpCount.compare_exchange_weak(count, count + 1)) {
+    }
+    return count > 0;
+}
+
+// Returns false, and changes nothing, unless more than one start-up is counted.
+bool UncountOneOfSeveral() noexcept {
+    unsigned int count = startUpCount.load();
+    while (count > 1 && !startUpCount.compare_exchange_weak(count, count - 1)) {
+    }
+    return count > 1;
+}
 
 constexpr unsigned short Version(unsigned int major, unsigned int minor) {
     return static_cast<unsigned short>(major | minor << 8U);
@@ -53,6 +71,7 @@ WinsockError StartUp(unsigned short version, Winsock::StartupData* data) {
     if (data != nullptr) Describe(*data, NegotiatedVersion(major, minor));
     if (major == 0) return WinsockError::VersionNotSupported;
     if (data == nullptr) return WinsockError::Fault;
+    if (CountAnotherStartUp()) return WinsockError::None;
     const std::lock_guard guard(startUpLock);
     if (!IsForkSeenTo()) return WinsockError::SystemNotReady;
     ++startUpCount;
@@ -80,6 +99,7 @@ int Winsock::WSAStartup(unsigned short version, StartupData* data) {
 }
 
 int Winsock::WSACleanup() {
+    if (UncountOneOfSeveral()) return Posix::Succeed();
     const std::lock_guard guard(startUpLock);
     if (!Posix::RequireStarted()) return SocketError;
     if (--startUpCount == 0) Posix::CloseAllSockets();
