@@ -149,7 +149,7 @@ TEST(AddressListFilesOfAName, IsEachThreadsOwn) {
 
 // Fails each allocation in turn until none is left to fail; returns how many there were.
 unsigned int FailEachAllocation(const char* host, const char* service) {
-    for (unsigned int successes = 0; successes < 100; ++successes) {
+    for (unsigned int successes = 0; successes < 1000; ++successes) {
         Winsock::AddressInfo unset = {};
         Winsock::AddressInfo* result = &unset;
         int error = 0;
@@ -176,6 +176,30 @@ TEST(AddressListFilesOfAName, WithoutMemoryIsAnError) {
             EXPECT_GT(FailEachAllocation("", "http"), 2U);
         },
         "lonely");
+}
+
+// Many: as many as an answer of the network may bring, of which the list keeps an index.
+constexpr int ManyAddresses = 40;
+
+// Each of the addresses twice, the second time after all others.
+std::string ManyHosts() {
+    std::string hosts;
+    for (int line = 0; line < 2 * ManyAddresses; ++line)
+        hosts += "10.0.0." + std::to_string(line % ManyAddresses + 1) + " many.example\n";
+    return hosts;
+}
+
+TEST(AddressListFilesOfAName, HoldsEachOfManyAddressesOnce) {
+    Texts expected;
+    for (int number = 1; number <= ManyAddresses; ++number)
+        expected.push_back("10.0.0." + std::to_string(number) + " 80");
+    std::sort(expected.begin(), expected.end());
+    WithNames(ManyHosts(), [&] {
+        Texts found = AddressesOf(Resolved("many.example", "80"));
+        std::sort(found.begin(), found.end());
+        EXPECT_EQ(found, expected);
+        EXPECT_GT(FailEachAllocation("many.example", "80"), 0U + ManyAddresses);
+    });
 }
 
 TEST(AddressListFilesNameOfAnAddress, IsTheHostsName) {

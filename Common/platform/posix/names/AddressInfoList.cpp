@@ -1,7 +1,8 @@
 #include "names/AddressInfoList.h"
 
-#include <cstring>
+#include <functional>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 namespace Posix {
@@ -33,9 +34,8 @@ std::unique_ptr<Entry> NewEntry(const Winsock::AddressInfo& hints, const KernelA
     return entry;
 }
 
-bool SameAddress(const Winsock::AddressInfo& left, const Winsock::AddressInfo& right) noexcept {
-    return left.addressLength == right.addressLength &&
-           std::memcmp(left.address, right.address, left.addressLength) == 0;
+std::string_view BytesOf(const Winsock::AddressInfo& info) noexcept {
+    return {static_cast<const char*>(info.address), info.addressLength};
 }
 
 }  // namespace
@@ -44,16 +44,49 @@ AddressInfoList::~AddressInfoList() {
     Winsock::freeaddrinfo(first_);
 }
 
+std::size_t AddressInfoList::HashOfAddress::operator()(
+    const Winsock::AddressInfo* info) const noexcept {
+    return std::hash<std::string_view>()(BytesOf(*info));
+}
+
+bool AddressInfoList::SameAddress::operator()(const Winsock::AddressInfo* left,
+                                              const Winsock::AddressInfo* right) const noexcept {
+    return BytesOf(*left) == BytesOf(*right);
+}
+
 void AddressInfoList::Append(const KernelAddress& address) {
     std::unique_ptr<Entry> entry = NewEntry(hints_, address);
-    Winsock::AddressInfo** end = &first_;
-    for (; *end != nullptr; end = &(*end)->next) {
-        if (SameAddress(**end, entry->info)) return;
-    }
-    *end = &entry.release()->info;
+    if (!IsNew(entry->info)) return;
+    *end_ = &entry.release()->info;
+    end_ = &(*end_)->next;
+    ++length_;
+}
+
+bool AddressInfoList::IsNew(const Winsock::AddressInfo& info) {
+    constexpr std::size_t LongestSearched = 16;
+    if (length_ < LongestSearched) return !Contains(info);
+    if (!index_) BuildIndex();
+    return index_->insert(&info).second;
+}
+
+bool AddressInfoList::Contains(const Winsock::AddressInfo& info) const noexcept {
+    const Winsock::AddressInfo* entry = first_;
+    while (entry != nullptr && !SameAddress()(entry, &info))
+        entry = entry->next;
+    return entry != nullptr;
+}
+
+void AddressInfoList::BuildIndex() {
+    Index index;
+    for (const Winsock::AddressInfo* entry = first_; entry != nullptr; entry = entry->next)
+        index.insert(entry);
+    index_ = std::move(index);
 }
 
 Winsock::AddressInfo* AddressInfoList::Take() noexcept {
+    index_.reset();
+    length_ = 0;
+    end_ = &first_;
     return std::exchange(first_, nullptr);
 }
 

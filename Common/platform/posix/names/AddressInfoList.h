@@ -5,6 +5,10 @@
 #include "Platform/Winsock.h"
 #include "sockets/KernelAddress.h"
 
+#include <cstddef>
+#include <optional>
+#include <unordered_set>
+
 namespace Posix {
 
 // A list under construction, freed unless Take is called.
@@ -25,8 +29,27 @@ public:
     Winsock::AddressInfo* Take() noexcept;
 
 private:
+    struct HashOfAddress {
+        std::size_t operator()(const Winsock::AddressInfo* info) const noexcept;
+    };
+    struct SameAddress {
+        bool operator()(const Winsock::AddressInfo* left,
+                        const Winsock::AddressInfo* right) const noexcept;
+    };
+
+    using Index = std::unordered_set<const Winsock::AddressInfo*, HashOfAddress, SameAddress>;
+
+    // Returns whether the list lacks the address; a long list remembers it, and may throw
+    // std::bad_alloc.
+    bool IsNew(const Winsock::AddressInfo& info);
+    bool Contains(const Winsock::AddressInfo& info) const noexcept;
+    void BuildIndex();
+
     Winsock::AddressInfo hints_;
     Winsock::AddressInfo* first_ = nullptr;
+    Winsock::AddressInfo** end_ = &first_;
+    std::size_t length_ = 0;
+    std::optional<Index> index_;  // of all entries; short lists are searched
 };
 
 }  // namespace Posix
