@@ -83,7 +83,8 @@ const MessageArgument& MessageFormatter::Argument(int position) const noexcept {
 VelBase::WideText MessageFormatter::Format(const char* format) const {
     VelBase::WideText message(UsualLength);
     std::string_view rest = format;
-    for (std::size_t place = FindPlace(rest); place != rest.npos; place = FindPlace(rest)) {
+    for (std::size_t place = FindPlace(rest); place != std::string_view::npos;
+         place = FindPlace(rest)) {
         message.AppendUtf8(rest.substr(0, place));
         AppendArgument(message, Argument(rest[place + 1] - '1'));
         rest.remove_prefix(place + 2);
