@@ -7,6 +7,7 @@
 #include "sockets/MergedQueue.h"
 #include "sockets/SocketTable.h"
 #include "sockets/StartUp.h"
+#include "system/FixedList.h"
 #include "system/Waiting.h"
 
 #include <poll.h>
@@ -105,7 +106,7 @@ public:
     void Answer(Winsock::HandleSet* set, Interest interest) const;
 
 private:
-    static constexpr int Room = 3 * Winsock::HandleSet::Room;
+    static constexpr std::size_t Room = std::size_t{3} * Winsock::HandleSet::Room;
 
     void Watch(Socket socket, Interest interest);
     long long NextLook(long long until) const;
@@ -113,9 +114,8 @@ private:
     bool Judge();
     void JudgeEntry(Entry& entry, pollfd& wait);
 
-    Entry entries_[Room];
+    FixedList<Entry, Room> entries_;
     pollfd waits_[Room];  // parallel to the entries; descriptor -1 where nothing is awaited
-    int count_ = 0;
     int ready_ = 0;
     bool isAnyUnwatched_ = false;
 };
@@ -137,9 +137,9 @@ bool Selection::Add(const Winsock::HandleSet* set, Interest interest) {
 
 void Selection::Watch(Socket socket, Interest interest) {
     const bool ready = IsReadyAlready(socket, interest);
-    waits_[count_] = {ready ? -1 : DescriptorFor(socket, interest), EventsOf(interest), 0};
-    entries_[count_] = {std::move(socket), interest, ready};
-    ++count_;
+    const int awaited = ready ? -1 : DescriptorFor(socket, interest);
+    waits_[entries_.Count()] = {awaited, EventsOf(interest), 0};
+    entries_.Add({std::move(socket), interest, ready});
     if (ready) ++ready_;
 }
 
@@ -148,7 +148,7 @@ int Selection::Wait(long long until) {
     constexpr long long atOnce = 0;
     if (ready_ > 0) until = atOnce;
     do {
-        const int found = PollUntil(waits_, static_cast<nfds_t>(count_), NextLook(until));
+        const int found = PollUntil(waits_, entries_.Count(), NextLook(until));
         if (found < 0 && errno != EINTR) return FailFromErrno();
         if (IsAnyClosed()) return Fail(WinsockError::Interrupted);
         if (found > 0 && !Judge()) return Fail(WinsockError::NotSocket);
@@ -165,13 +165,13 @@ long long Selection::NextLook(long long until) const {
 }
 
 bool Selection::IsAnyClosed() const {
-    return std::any_of(entries_, entries_ + count_,
+    return std::any_of(entries_.begin(), entries_.end(),
                        [](const Entry& entry) { return !entry.socket.IsOpen(); });
 }
 
 // Returns false if a descriptor is invalid: something outside the library has closed it.
 bool Selection::Judge() {
-    for (int index = 0; index < count_; ++index) {
+    for (std::size_t index = 0; index < entries_.Count(); ++index) {
         if ((waits_[index].revents & POLLNVAL) != 0) return false;
         if (waits_[index].revents != 0) JudgeEntry(entries_[index], waits_[index]);
     }
@@ -192,8 +192,7 @@ void Selection::JudgeEntry(Entry& entry, pollfd& wait) {
 void Selection::Answer(Winsock::HandleSet* set, Interest interest) const {
     if (set == nullptr) return;
     set->count = 0;
-    for (int index = 0; index < count_; ++index) {
-        const Entry& entry = entries_[index];
+    for (const Entry& entry : entries_) {
         if (!entry.ready || entry.interest != interest) continue;
         set->handles[set->count++] = static_cast<Winsock::Handle>(entry.socket.descriptor);
     }
