@@ -64,7 +64,8 @@ constexpr ErrorPair Errors[] = {
     {ENETUNREACH, WinsockError::NetworkUnreachable},
     {ENETRESET, WinsockError::NetworkReset},
     {ECONNABORTED, WinsockError::ConnectionAborted},
-    // The connection has ended before; what the end was, StreamEnd knows better.
+    // The connection has ended before, or this side has shut down its half; StreamEnd finds out
+    // which.
     {EPIPE, WinsockError::ConnectionAborted},
     {ECONNRESET, WinsockError::ConnectionReset},
     {ENOBUFS, WinsockError::NoBuffers},
@@ -84,7 +85,7 @@ constexpr ErrorPair Errors[] = {
     {ENAMETOOLONG, WinsockError::NameTooLong},
     {EHOSTDOWN, WinsockError::HostDown},
     {EHOSTUNREACH, WinsockError::HostUnreachable},
-    // A router has cut the host off from its network.
+    // From ICMP "source host isolated": a router does not forward what this host sends.
     {ENONET, WinsockError::HostUnreachable},
     {ENOTEMPTY, WinsockError::NotEmpty},
     {EUSERS, WinsockError::TooManyUsers},

@@ -6,9 +6,9 @@
 
 namespace Posix {
 
-// Every transfer reads and writes it, and with the initial-exec model that takes one instruction.
-// That model needs the module's thread-local storage to be small, so nothing else in the module may
-// be thread_local and large.
+// Every transfer writes it, and with the initial-exec model that takes one instruction. That model
+// takes its memory from the static TLS block, of which a module that is loaded by dlopen gets
+// little, so nothing else in the module may be thread_local and large.
 [[gnu::visibility("hidden"),
   gnu::tls_model("initial-exec")]] extern constinit thread_local WinsockError lastError;
 
