@@ -19,8 +19,8 @@ private:
     int state_ = 0;
 };
 
-// The kernel frees the descriptor even if close fails, so that closing is never repeated and cannot
-// fail. Preserves errno.
+// Linux frees the descriptor even if close returns an error, so the error is ignored and close
+// never repeated. Preserves errno.
 void CloseDescriptor(int descriptor) noexcept;
 
 // Owns a descriptor.
@@ -50,8 +50,8 @@ int TakePendingError(int descriptor) noexcept;
 
 // If a process has closed its standard streams, the next descriptors it opens get their numbers,
 // and whatever it then writes to standard error would end up there. Takes a new descriptor and
-// returns one above these numbers; negative with errno if there is none, or if the new one is
-// negative.
+// returns it, moved above these numbers if it is one of them; negative with errno if it cannot be
+// moved. A negative one is returned as it is.
 int MoveAboveStandardStreams(int descriptor) noexcept;
 
 }  // namespace Posix

@@ -19,7 +19,8 @@ namespace {
 
 constexpr char LineFeed = '\n';
 
-// Beside the descriptor in the number of a log file: whether it is a regular file.
+// The bit of a LogFile, above the descriptor in its lower half, that says that the file is a
+// regular one.
 constexpr System::LogFile RegularFile = 1LL << 32;
 
 System::LogFile LogFileOf(int descriptor) noexcept {

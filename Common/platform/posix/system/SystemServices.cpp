@@ -77,7 +77,7 @@ System::WideUnits System::ComputerName() {
     return Text::Utf16FromUtf8(name.text);
 }
 
-// Programs use it to distinguish the releases of Windows, of which this claims to be a late one.
+// Programs use it to distinguish the releases of Windows; this reports Windows 10, version 22H2.
 bool System::GetVersionExW(VersionRecord* version) {
     if (version == nullptr || version->size != sizeof *version) return false;
     *version = {.size = sizeof *version,

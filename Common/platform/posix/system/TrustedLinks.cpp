@@ -16,7 +16,7 @@ namespace Posix {
 
 namespace {
 
-// The kernel's own limit.
+// The kernel's own limit (MAXSYMLINKS).
 constexpr int MostLinks = 40;
 
 // Returns the last component of a path.
@@ -64,8 +64,8 @@ public:
         return IsTrusted(link.st_uid) || !CanOthersWrite(folder);
     }
 
-    // A link in /proc does not contain a path, but the kernel knows where it leads: to the file of
-    // a standard stream, for instance.
+    // Links in /proc, such as /proc/self/fd/1, are the kernel's own: it opens the file itself that
+    // they stand for, and readlink need not return a path to it.
     bool IsLinkOfKernel() const noexcept {
         struct statfs system = {};
         return ::fstatfs(folder_.Number(), &system) == 0 && system.f_type == PROC_SUPER_MAGIC;

@@ -1,4 +1,4 @@
-// Waits that signals do not interrupt.
+// The monotonic clock, and waits with a deadline by it.
 #pragma once
 
 #include <poll.h>
@@ -14,14 +14,14 @@ long long MonotonicTime() noexcept;
 
 timespec TimeFromNanoseconds(long long nanoseconds) noexcept;
 
-// The system's poll until a time of that clock at most; WithoutLimit waits for ever.
+// Calls ppoll with a deadline by MonotonicTime, or WithoutLimit. Fails with EINTR after a signal.
 int PollUntil(pollfd* waits, nfds_t count, long long until);
 
-// Waits for one of poll's events or the peer's end, until a time of that clock at most;
-// WithoutLimit waits for ever. Returns false with errno otherwise: EAGAIN if the time has come,
-// else why poll failed.
+// Waits for one of poll's events, POLLERR or POLLHUP until a deadline by MonotonicTime, or
+// WithoutLimit; goes on after a signal. Returns false with errno otherwise: EAGAIN if the deadline
+// has passed, else why ppoll failed.
 //
-// Once the time has passed, nothing counts as ready any more, so that a loop of attempts ends.
+// Once the deadline has passed, nothing counts as ready any more, so that a loop of attempts ends.
 bool WaitUntilReady(int descriptor, short events, long long until);
 
 }  // namespace Posix
