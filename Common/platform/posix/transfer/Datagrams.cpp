@@ -19,8 +19,8 @@ namespace {
 
 using namespace Posix;
 
-// The longest datagram that fits into a packet after its headers. IPv6 does not count its own
-// header.
+// The longest UDP payload: 65535 bytes less the UDP header and, for IPv4, the IP header, which the
+// packet's length includes there but not in IPv6.
 int LongestDatagram(const Socket& socket) {
     return socket.Has(Flag::Ipv6) ? 65527 : 65507;
 }
@@ -35,9 +35,9 @@ int FailDatagram(const Socket& socket) {
     return timedOut ? Fail(WinsockError::TimedOut) : FailFromErrno();
 }
 
-// Whether a send was refused because of the report of an earlier datagram, which is now collected.
-// ECONNREFUSED has no other cause on a datagram socket, so with that another thread may have
-// collected the report.
+// Whether a send only failed with the pending ICMP error of an earlier datagram. Moves such errors
+// from the error queue (MSG_ERRQUEUE) to the losses. ECONNREFUSED has no other cause on a datagram
+// socket, so with that another thread may have emptied the queue.
 bool MetReport(const Socket& socket) {
     return MayBeReport(errno) && (CollectReports(socket) || errno == ECONNREFUSED);
 }
@@ -48,7 +48,7 @@ int FinishFailedSend(const Socket& socket, int length) {
     return errno == ENOBUFS ? Succeed(length) : FailDatagram(socket);
 }
 
-// New reports may arrive while others are collected, so the attempts are limited.
+// Each attempt may meet the ICMP error of yet another datagram, so the attempts are limited.
 int SendToKernel(const Socket& socket, const char* buffer, int length, const KernelAddress* peer) {
     constexpr int MostReports = 16;
     const socklen_t peerLength = FamilyOf(socket).addressLength;

@@ -1,4 +1,5 @@
-// Waits for many sockets at once. Uses poll, which works with descriptors of any number.
+// Waits for many sockets at once. Uses poll, since the system's select takes no descriptor from
+// FD_SETSIZE (1024) on.
 #include "Platform/Winsock.h"
 #include "errors/Errors.h"
 #include "sockets/Connection.h"
@@ -50,16 +51,17 @@ bool IsReadyAlready(const Socket& socket, Interest interest) {
     }
 }
 
-// POLLERR of a datagram socket stands for a report of the network, or for a local error, which is
-// not a reason to wake up.
+// POLLERR of a datagram socket means an ICMP error or a local one. An ICMP error makes the socket
+// readable; a local error does not make it ready for anything.
 bool IsReadyDatagram(const Socket& socket, Interest interest, short events) {
     if (interest == Interest::Read) events = EventsToRead(socket, events);
     if ((events & POLLERR) != 0) CollectAnnounced(socket);
     return (events & EventsOf(interest)) != 0 || IsReadyAlready(socket, interest);
 }
 
-// The kernel reports a stream that is neither connected nor listening as ready for everything. A
-// failed unfinished connect is only in the set for exceptions.
+// poll returns POLLHUP, which cannot be masked, for a stream that is neither connected nor
+// listening. A connect call that was left unfinished and then failed is only in the set for
+// exceptions.
 bool IsReadyStream(const Socket& socket, Interest interest) {
     const bool connected = IsConnected(socket);
     if (interest == Interest::Except) return socket.Has(Flag::ConnectFailed);
@@ -98,7 +100,7 @@ public:
     // Returns false, with the last error set, for an invalid set.
     bool Add(const Winsock::HandleSet* set, Interest interest);
 
-    // Waits until an entry is ready, or for a time of the clock. Returns how many are ready, or a
+    // Waits until an entry is ready or the deadline has passed. Returns how many are ready, or a
     // failure.
     int Wait(long long until);
 
@@ -156,8 +158,8 @@ int Selection::Wait(long long until) {
     return ready_;
 }
 
-// poll does not wake when an unwatched stream is closed, so it is interrupted every ten
-// milliseconds to look. The thread that closes the stream waits as long.
+// poll ignores an unwatched stream (descriptor -1) and so is not woken when another thread closes
+// it. It returns every ten milliseconds to check; closesocket waits for this call as long.
 long long Selection::NextLook(long long until) const {
     if (!isAnyUnwatched_) return until;
     const long long next = MonotonicTime() + 10'000'000;
@@ -184,7 +186,8 @@ void Selection::JudgeEntry(Entry& entry, pollfd& wait) {
                            : IsReadyStream(entry.socket, entry.interest);
     if (entry.ready) ++ready_;
     if (datagram) return;
-    // A stream's state never goes away, so poll must not look at it again.
+    // The condition that poll has reported of a stream lasts, so that watching it further would end
+    // every poll at once.
     wait.fd = -1;
     isAnyUnwatched_ = true;
 }

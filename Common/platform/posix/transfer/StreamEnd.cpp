@@ -24,7 +24,7 @@ WinsockError MarkEnd(const Socket& socket, WinsockError error) {
 }
 
 // The errors by which the kernel reports an end. A living connection can have each of them too: a
-// filter refused a packet, a router sent a report, this side has shut down its half.
+// packet filter refused a packet, an ICMP error came in, this side has shut down its half.
 bool MayTellEnd(int error) {
     switch (error) {
         case ECONNRESET:
@@ -63,9 +63,9 @@ int QueuedBytes(const Socket& socket) {
 }
 
 // Whether the peer had shut down its half before the connection was torn down and its error read.
-// The state does not tell, and another thread may have read the error. But TCP_INQ counts the
-// peer's FIN as a byte of the queue for ever, and FIONREAD never does. The loop is for bytes that
-// another thread reads in between, which would look the same.
+// TCP_CLOSE does not tell, and another thread may have read the error. But TCP_INQ goes on counting
+// the peer's FIN as a byte of the queue, and FIONREAD never does. The loop is for bytes that
+// another thread reads between the two calls, which would look the same.
 bool HasPeerEnded(const Socket& socket) {
     int readable = 0;
     int queued = 0;
@@ -90,8 +90,8 @@ WinsockError ErrorOfLiving(int systemError) {
     return systemError == EPIPE ? WinsockError::ShutDown : WinsockFromErrno(systemError);
 }
 
-// After the peer's FIN the kernel keeps a later error (EPIPE) to itself: the peer refused what was
-// sent. Without a FIN and without an error, another call has read the reset.
+// After the peer's FIN, recv goes on returning 0 although a reset has left EPIPE in SO_ERROR: the
+// peer refused what was sent. Without a FIN and without an error, another call has read the reset.
 WinsockError EndWithoutBytes(const Socket& socket) {
     if (const auto end = MarkedEnd(socket); IsError(end)) return end;
     const int told = TakePendingError(socket.descriptor);

@@ -1,7 +1,8 @@
 // How connections end.
 //
-// The kernel reports an end once, to whoever asks first, and an orderly one from then on, so the
-// socket table remembers it. Bytes that were received before the end are delivered first.
+// The kernel reports a reset or a timeout once, to whichever call asks first, and from then on an
+// orderly end (recv returns 0), so the socket table remembers the former. Bytes that were received
+// before the end are delivered first.
 #pragma once
 
 #include "sockets/SocketTable.h"

@@ -25,8 +25,8 @@ bool TransferDeadline::AllowsAnother() {
     const bool toRead = direction_.readyEvent == POLLIN;
     const int descriptor = toRead ? DescriptorToWatch(socket_) : socket_.descriptor;
     if (!WaitUntilReady(descriptor, direction_.readyEvent, Deadline())) return false;
-    // The socket may no longer be ready. Only the wait above counts the time, so the attempt must
-    // not block.
+    // Another thread may have taken what made the socket ready. Only the wait above counts the
+    // time, so the attempt must not block.
     attemptFlags_ = MSG_DONTWAIT;
     return true;
 }

@@ -15,7 +15,8 @@ extern const Direction Receiving;
 extern const Direction Sending;
 
 // Limits all attempts of a transfer together by the socket's timeout. The first attempt is left to
-// the kernel, which knows the timeout; only if it is cut short is the remaining time counted here.
+// the kernel, which applies SO_RCVTIMEO or SO_SNDTIMEO; only if a signal or a partial result cuts
+// it short is the remaining time counted here.
 class TransferDeadline {
 public:
     TransferDeadline(const Socket& socket, const Direction& direction) noexcept;
