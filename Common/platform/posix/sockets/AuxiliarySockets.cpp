@@ -120,8 +120,8 @@ bool BindTo(const AuxiliarySocket& auxiliary, std::uint16_t port) {
     return ::bind(auxiliary.descriptor.Number(), &address.any, length) == 0;
 }
 
-// If another program has the broadcast address to itself, binding to one's own address must still
-// succeed.
+// Another program may have bound the broadcast address without SO_REUSEADDR; binding to the local
+// address must succeed nevertheless.
 WinsockError BindAuxiliary(Reception& reception, AuxiliarySocket& auxiliary, std::uint16_t port,
                            const KernelAddress* peer) {
     if (!Filter(auxiliary, peer)) return WinsockFromErrno(errno);

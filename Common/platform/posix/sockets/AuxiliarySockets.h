@@ -2,15 +2,15 @@
 // and the broadcasts of the address's interface.
 //
 // The kernel delivers to such a socket only what is sent to that very address; Winsock delivers all
-// of it. Binding it to all addresses instead would take the port, and the datagrams, from the
-// host's other addresses. So each further destination has an auxiliary kernel socket that is bound
-// to the group or broadcast address. Auxiliary sockets of several programs share a port and each
-// get a copy, and they do not conflict with sockets that are bound to an address. The socket and
-// its auxiliary sockets are read as one queue, see MergedQueue.h.
+// of it. Binding it to the wildcard instead would take the port, and the datagrams, from the host's
+// other addresses. So each further destination has an auxiliary kernel socket that is bound to the
+// group or broadcast address. With SO_REUSEADDR the auxiliary sockets of several programs share a
+// port and each get a copy, and they do not conflict with sockets that are bound to an address. The
+// socket and its auxiliary sockets are read as one queue, see MergedQueue.h.
 //
-// A socket on all addresses receives everything itself and has no auxiliary sockets. Neither has
-// one on a loopback address or an IPv6 address before it joins a group, since there are no
-// broadcasts.
+// A socket that is bound to the wildcard receives everything itself and has no auxiliary sockets.
+// Neither has one on a loopback address or an IPv6 address before it joins a group, since these
+// have no broadcasts.
 #pragma once
 
 #include "sockets/KernelAddress.h"
@@ -32,8 +32,8 @@ WinsockError BindAuxiliaries(const Socket& socket, const KernelAddress& address,
 WinsockError JoinByAuxiliary(const Socket& socket, Reception& reception,
                              const GroupRequest& request);
 
-// The socket has been given a peer and from now on hears nobody else, or with null has lost its
-// peer.
+// For connect, once the socket has a peer: gives its groups auxiliary sockets, and lets all of
+// these receive from the peer only. With null, once the peer is removed: from anybody again.
 WinsockError FollowPeer(const Socket& socket, const KernelAddress* peer);
 
 }  // namespace Posix

@@ -15,7 +15,9 @@ namespace {
 
 using namespace Posix;
 
-// The kernel reports all refusals as EADDRINUSE. If it was to choose the port, all are in use.
+// If the socket asked for reuse and the port's owner does not share it, Winsock has an error of its
+// own (10013) for what the kernel calls EADDRINUSE. With port 0, EADDRINUSE means that no port is
+// left.
 WinsockError BindError(const Socket& socket, const KernelAddress& address) {
     const bool askedForReuse = socket.Has(Flag::Reuse) && PortOf(address) != 0;
     return errno == EADDRINUSE && askedForReuse ? WinsockError::Access : WinsockFromErrno(errno);

@@ -13,7 +13,8 @@ in_addr_t AddressOf(const ifreq& interface) {
     return reinterpret_cast<const sockaddr_in&>(interface.ifr_addr).sin_addr.s_addr;
 }
 
-// The interfaces' names and IPv4 addresses. SIOCGIFCONF needs no descriptor of its own.
+// The interfaces' names and IPv4 addresses. SIOCGIFCONF uses the caller's socket; getifaddrs would
+// open a netlink socket of its own.
 std::vector<ifreq> InterfaceAddresses(int descriptor) {
     ifconf list = {};
     if (::ioctl(descriptor, SIOCGIFCONF, &list) < 0) return {};

@@ -5,7 +5,7 @@
 
 namespace Posix {
 
-// Also updates the outcome of a connect call that was left unfinished.
+// Also records the outcome of a connect call that was left unfinished, if the kernel has it by now.
 bool IsConnected(const Socket& socket) noexcept;
 
 void MarkConnected(const Socket& socket) noexcept;

@@ -9,8 +9,8 @@ namespace Posix {
 
 namespace {
 
-// Offsets for the kernel's filters: the datagram begins with its ports, and the IPv4 or IPv6 header
-// has an offset base of its own.
+// Offsets for classic BPF. Offset 0 is the UDP header, which begins with the source port; the IP
+// header is at SKF_NET_OFF.
 constexpr std::uint32_t Interface = static_cast<std::uint32_t>(SKF_AD_OFF + SKF_AD_IFINDEX);
 constexpr std::uint32_t SourcePort = 0;
 constexpr std::uint32_t SourceOfIpv4 = static_cast<std::uint32_t>(SKF_NET_OFF + 12);

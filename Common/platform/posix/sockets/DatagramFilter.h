@@ -1,4 +1,4 @@
-// Limits which datagrams the kernel puts into a socket's queue.
+// Limits which datagrams the kernel puts into a socket's queue (SO_ATTACH_FILTER).
 #pragma once
 
 #include "sockets/KernelAddress.h"

@@ -1,4 +1,4 @@
-// How many datagrams of each socket the network has reported lost, each to be answered by one
+// How many datagrams of each socket ICMP errors have reported lost, each to be answered by one
 // receive call.
 #pragma once
 
@@ -6,7 +6,8 @@
 
 namespace Posix {
 
-// How the network reports that a datagram did not reach its peer.
+// Which ICMP error reported the datagram: TooManyHops for "time exceeded in transit", Unreachable
+// for all others.
 enum class Loss { Unreachable, TooManyHops };
 
 void AddLoss(const Socket& socket, Loss loss) noexcept;
@@ -16,7 +17,7 @@ WinsockError TakeLoss(const Socket& socket) noexcept;
 
 bool HasLoss(const Socket& socket) noexcept;
 
-// For the number's next socket.
+// Called when the descriptor's number is used for a new socket.
 void ForgetLosses(int descriptor) noexcept;
 
 }  // namespace Posix

@@ -38,8 +38,9 @@ void DiscardNext(const Socket& socket) {
     ::recv(FirstToRead(socket), nullptr, 0, MSG_DONTWAIT);
 }
 
-// Disconnecting, the kernel unbinds the socket from the peer's link, even if its own address needs
-// that.
+// Disconnecting, the kernel also unbinds the socket from its interface, as if the peer's link-local
+// address had been the only reason for that. A local link-local address needs it again
+// (SO_BINDTOIFINDEX).
 bool KeepLink(const Socket& socket, const KernelAddress& former, const KernelAddress& local) {
     if (!socket.Has(Flag::Ipv6)) return true;
     const std::uint32_t link = former.ipv6.sin6_scope_id;
@@ -120,7 +121,7 @@ WinsockError ChangePeer(const Socket& socket, const KernelAddress& peer) {
     const bool anywhere = IsWildcard(peer);
     const bool anyPort = PortOf(peer) == 0;
     if (anywhere && anyPort) return TakePeerAway(socket);
-    // The kernel would treat the one as the local host and accept the other.
+    // The kernel would connect to the local host for the wildcard, and accept port 0.
     if (anywhere || anyPort) return WinsockError::AddressNotAvailable;
     return ReplacePeer(socket, peer);
 }
@@ -140,7 +141,7 @@ void DiscardStrangers(const Socket& socket) {
         if (SameEndpoint(sender, peer)) return;
         DiscardNext(socket);
     }
-    // From now on the kernel lets in nobody but the peer.
+    // The queue is empty, and the kernel now accepts datagrams from the peer only.
     if (errno == EAGAIN) socket.entry->Clear(Flag::Strangers);
 }
 

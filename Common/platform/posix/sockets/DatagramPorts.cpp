@@ -8,7 +8,7 @@ namespace Posix {
 
 namespace {
 
-// With the option on, the kernel might choose a shared port.
+// With SO_REUSEADDR on, the kernel might choose a port that others share.
 bool BindWithoutSharing(const Socket& socket, const KernelAddress& address) noexcept {
     if (!SetPortSharing(socket, false)) return false;
     const bool bound = BindTo(socket, address);

@@ -1,8 +1,8 @@
-// The network's (ICMP) reports that datagrams did not arrive.
+// The network's reports (ICMP errors) that datagrams did not arrive.
 //
-// The kernel fails the next call with such a report, whichever that is. On Winsock every send
-// succeeds and each report fails one receive call. So reports are read from the kernel's error
-// queue and counted.
+// The kernel fails the next call on the socket with such a report, whether it sends or receives. On
+// Winsock every send succeeds and each report fails one receive call. So reports are read from the
+// kernel's error queue (MSG_ERRQUEUE) and counted, see DatagramLosses.h.
 #pragma once
 
 #include "sockets/SocketTable.h"
@@ -19,7 +19,7 @@ bool CollectReports(const Socket& socket);
 // since it may have been full.
 void CollectTold(const Socket& socket);
 
-// The same after a wait that was ended by some error.
+// The same after poll has returned POLLERR, for an ICMP or a local error.
 void CollectAnnounced(const Socket& socket);
 
 }  // namespace Posix

@@ -24,13 +24,13 @@ inline const AddressFamily& FamilyOf(const KernelAddress& address) noexcept {
     return IpFamily(address.any.sa_family == AF_INET6);
 }
 
-// Convert an address that the caller passes, in the first case for the socket; return a Winsock
-// error or 0.
+// Convert an address that the caller passes; the first accepts only the family of the socket.
+// Return a Winsock error or None.
 WinsockError KernelFromWinsock(const Socket& socket, const void* address, int length,
                                KernelAddress& result) noexcept;
 WinsockError KernelFromWinsock(const void* address, int length, KernelAddress& result) noexcept;
 
-// Whether the caller's buffer holds an address of the socket's family.
+// Whether the caller's buffer has room for an address of the socket's family.
 bool HasRoomForAddress(const Socket& socket, const void* address, const int* length) noexcept;
 
 // Writes an address of the socket's family to the caller's buffer, which must be large enough.
@@ -53,13 +53,14 @@ bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept;
 // report them.
 bool LocalAddress(const Socket& socket, KernelAddress& address) noexcept;
 bool PeerAddress(const Socket& socket, KernelAddress& address) noexcept;
-// The same for a stream that is still connecting.
+// The peer of a stream that is still connecting, for which the kernel refuses getpeername.
 bool IntendedPeer(const Socket& socket, KernelAddress& address) noexcept;
 
 // The kernel's own calls; return false with errno if it refuses.
 bool BindTo(const Socket& socket, const KernelAddress& address) noexcept;
 bool ConnectTo(const Socket& socket, const KernelAddress& peer);
-// Removes the peer, and with it the address and port that the kernel has chosen for it.
+// Removes the peer (connect with AF_UNSPEC), and with it the local address and port that the kernel
+// has chosen.
 bool ConnectToNobody(const Socket& socket);
 
 }  // namespace Posix

@@ -43,7 +43,8 @@ bool IsOfDeadConnection(int error) {
     }
 }
 
-// There may be as many dead connections as the queue holds. More of them mean something else.
+// A queue holds at most net.core.somaxconn dead connections, 4096 by default. More of them in a row
+// mean something else.
 bool IsWorthAnotherAccept(const Socket& listener, int& deadConnections) {
     constexpr int Most = 4096;
     if (errno == EINTR) return true;

@@ -49,7 +49,8 @@ long long StampOf(msghdr& message) {
 }
 
 // Returns when the queue's first datagram arrived; the latest possible time if another thread has
-// taken it meanwhile. Only the socket itself gets reports, once each.
+// taken it meanwhile. A pending ICMP error fails the peek instead, once; it is the socket's own,
+// since auxiliary sockets do not send.
 long long FirstArrival(const Socket& socket, int descriptor) {
     StampRoom room;
     msghdr message = {};

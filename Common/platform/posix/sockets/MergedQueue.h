@@ -11,14 +11,15 @@ namespace Posix {
 // Returns the descriptor that polls as readable when the queue has a datagram or a report.
 int DescriptorToWatch(const Socket& socket) noexcept;
 
-// Returns poll's events for the queue, after poll has returned told for the descriptor to watch.
+// Returns the events of the whole queue: told, which poll has returned for the descriptor to watch,
+// or what the poll set behind that descriptor holds.
 short EventsToRead(const Socket& socket, short told) noexcept;
 
 // Returns the descriptor of the kernel queue with the datagram that arrived first.
 int FirstToRead(const Socket& socket) noexcept;
 
-// The system's recvmsg. It only blocks if the socket has a single queue; otherwise it fails with
-// EAGAIN, and the caller waits for the descriptor to watch.
+// Calls recvmsg on that descriptor. Only blocks if the socket has a single queue; otherwise it
+// fails with EAGAIN, and the caller waits for the descriptor to watch.
 ssize_t ReceiveFirst(const Socket& socket, msghdr& message, int flags);
 
 }  // namespace Posix

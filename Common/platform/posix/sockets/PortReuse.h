@@ -7,8 +7,8 @@
 // The kernel keeps ended connections for a minute (TIME_WAIT), and with them their ports, which
 // Winsock frees at once. A stream with SO_REUSEADDR may bind to a port if all streams on it have
 // that option too and none of them listens. So ended connections and the socket that is being bound
-// must have it; sockets that are bound or connected must not, or any process could take their
-// ports.
+// must have it; sockets that stay bound or have connected must not, or any process could take their
+// ports. Listeners keep it, since listening protects the port, and accepted connections inherit it.
 #pragma once
 
 #include "sockets/KernelAddress.h"

@@ -1,5 +1,5 @@
 // What a datagram socket receives in addition to datagrams for the address that it is bound to.
-// Exists only for sockets that need it.
+// Only sockets that join a group or need an auxiliary socket have one.
 #pragma once
 
 #include "Platform/System.h"

@@ -30,10 +30,10 @@ void RaiseEntriesInUse(int count) noexcept {
     }
 }
 
-// Wakes the calls that wait on the socket until all have left. Repeats that, since a call may begin
-// to wait just after it was woken. Shuts down only reception first: if that is enough, the peer
-// sees no more than a plain close. Gives up after a second, since the call may be one that the
-// closing signal handler has interrupted.
+// Wakes the calls that wait on the socket (shutdown) until all have left. Repeats that, since a
+// call may begin to wait just after it was woken. Begins with SHUT_RD: if that is enough, the peer
+// sees no more than a plain close. Gives up after a second, since closesocket may run in a signal
+// handler that has interrupted the very call.
 void EndCalls(const SocketEntry& entry, int descriptor) noexcept {
     constexpr long long Patience = 1'000'000'000;
     constexpr timespec ToLeave = {.tv_sec = 0, .tv_nsec = 100'000};

@@ -1,11 +1,13 @@
 // What the library knows about each socket beyond what the kernel knows.
 //
-// The kernel cannot distinguish an unbound socket from one bound to no port, an elapsed timeout
-// from a non-blocking socket's refusal, or a reset that was already reported from an orderly end.
-// The table also says which numbers are the library's sockets: no other number reaches the kernel.
+// The kernel does not refuse the calls that Winsock refuses on an unbound socket, it returns EAGAIN
+// for an elapsed timeout and for a non-blocking socket that is not ready, and a reset that it has
+// reported once looks like an orderly end afterwards. The table also says which numbers are the
+// library's sockets: no other number reaches the kernel.
 //
 // One thread may send while another receives on the same socket, so each change is one atomic
-// operation. Relaxed order is sufficient, since an entry protects no other memory.
+// operation. Relaxed order is sufficient for reading a flag, since the flags publish no other
+// memory; only entering and closing need sequential consistency, see SocketEntry::Enter.
 //
 // Each call on a handle counts itself in the entry while it runs. closesocket first makes the
 // handle invalid, then wakes the calls that wait, and the kernel gets the number back only when all
@@ -74,8 +76,8 @@ constexpr std::uint32_t WithDirect(std::uint32_t flags) noexcept {
 inline constexpr std::uint32_t Inherited = Ipv6 | Bound | ReceiveTimeout | SendTimeout;
 }  // namespace Flag
 
-// Trivial, so that the table is zeroed memory that takes up nothing until it is touched. Eight
-// bytes, so that the processor's own addressing finds an entry.
+// Trivial, so that the table is in .bss and takes up no memory until it is touched. Eight bytes, so
+// that scaled addressing (base + index * 8) finds an entry.
 class alignas(8) SocketEntry {
 public:
     std::uint32_t Flags() const noexcept { return Atomic(flags_).load(std::memory_order_relaxed); }
@@ -129,7 +131,7 @@ private:
 };
 static_assert(sizeof(SocketEntry) == 8);
 
-// The kernel's usual limit for the descriptors of a process.
+// The kernel's usual limit for the descriptors of a process (fs.nr_open).
 inline constexpr Winsock::Handle SocketTableSize = 1U << 20;
 
 [[gnu::visibility("hidden")]] extern constinit SocketEntry socketTable[SocketTableSize];
@@ -165,8 +167,9 @@ public:
 // Returns none, with the reason as the last error, if the handle is not an open socket.
 Socket FindSocket(Winsock::Handle handle) noexcept;
 
-// The result of a call that may have waited: its own if it succeeded, otherwise 10004 if the socket
-// was closed meanwhile.
+// The result of a call that may have waited, or 10004 if the socket was closed meanwhile. A
+// positive result stands even then; 0 does not, since the shutdown that wakes a waiting call makes
+// it return that.
 inline int UnlessClosed(const Socket& socket, int result) noexcept {
     return result > 0 || socket.IsOpen() ? result : Fail(WinsockError::Interrupted);
 }

@@ -46,7 +46,8 @@ unsigned short NegotiatedVersion(unsigned int major, unsigned int minor) {
     return HighestVersion;
 }
 
-// Done once, but not when the module is loaded, since loading does nothing.
+// Registers the fork handler once: at the first start-up, since loading the module runs no code of
+// it.
 bool IsForkSeenTo() noexcept {
     static constinit bool done = false;
     done = done || Posix::ForgetCallsInForkedProcesses();

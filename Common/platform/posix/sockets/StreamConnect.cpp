@@ -20,9 +20,9 @@ namespace {
 using namespace Posix;
 
 // Winsock gives up on a silent peer after 21 seconds, the kernel after more than two minutes. Three
-// retransmissions (TCP_SYNCNT), the first after a second and each further one after twice the time,
-// give 15 seconds; kernels that send the first few every second take 19. A smaller setting of the
-// host is kept.
+// retransmissions of the SYN (TCP_SYNCNT), the first after a second and each further one after
+// twice the time, give 15 seconds; kernels that first send four more, one each second
+// (tcp_syn_linear_timeouts), take 19. A smaller setting of the host is kept.
 void LimitRepetitions(const Socket& socket) {
     constexpr int Most = 3;
     int repetitions = 0;
@@ -37,7 +37,7 @@ int ConnectOnce(const Socket& socket, const KernelAddress& peer) {
     return ConnectTo(socket, peer) ? 0 : errno;
 }
 
-// After a failed connect whose outcome was read otherwise, the next connect call only reports
+// After a failed connect whose error was read from SO_ERROR, the next connect call only reports
 // ECONNABORTED; the one after that connects.
 int ConnectAnew(const Socket& socket, const KernelAddress& peer) {
     const int error = ConnectOnce(socket, peer);
@@ -55,22 +55,22 @@ int OutcomeOf(const Socket& socket) {
     return error != 0 ? error : ECONNREFUSED;
 }
 
-// Waits for the outcome; EINPROGRESS with errno if the system cannot wait.
+// Waits for the outcome; EINPROGRESS with errno if the wait fails.
 int AwaitOutcome(const Socket& socket) {
     const bool ready = WaitUntilReady(socket.descriptor, POLLOUT, WithoutLimit);
     return ready ? OutcomeOf(socket) : EINPROGRESS;
 }
 
-// Whether a stream without a peer has a port after this. The kernel refuses to bind a bound socket
-// (EINVAL).
+// Binds a stream without a peer to its former name again, or to another port if that one is taken.
+// Returns whether it has a port then; EINVAL means that it is still bound.
 bool HasPort(const Socket& socket, const KernelAddress& local) {
     if (BindTo(socket, local) || errno == EINVAL) return true;
     return errno == EADDRINUSE && BindTo(socket, WithPort(local, 0));
 }
 
-// On Winsock a connect call binds the socket, which remains bound if the call fails. The kernel
-// releases a port that it chose itself, although it still reports its number, and drops the address
-// that it chose only when disconnected explicitly.
+// On Winsock a connect call binds the socket, which remains bound if the call fails. The kernel has
+// then released a port that it chose itself, although getsockname still reports it, and drops an
+// address that it chose only when connect is called with AF_UNSPEC.
 void KeepName(const Socket& socket) {
     ConnectToNobody(socket);
     KernelAddress local = {};
@@ -117,13 +117,15 @@ WinsockError ConnectError(const Socket& socket, const KernelAddress& peer, int e
     return WinsockFromErrno(error);
 }
 
-// The kernel continues to connect; another connect call would start again.
+// The kernel continues to connect. Connecting keeps another connect call from reaching the kernel
+// meanwhile.
 int LeaveUnfinished(const Socket& socket, WinsockError error) {
     socket.entry->Set(Flag::Connecting | Flag::Bound);
     return Fail(error);
 }
 
-// Interrupted by a signal, or by the send timeout, which on Winsock does not limit connect.
+// EINTR after a signal; EINPROGRESS for a non-blocking socket, or once SO_SNDTIMEO has elapsed,
+// which on Winsock does not limit connect.
 bool IsUnfinished(int error) {
     return error == EINPROGRESS || error == EINTR;
 }

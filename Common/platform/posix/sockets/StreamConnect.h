@@ -8,7 +8,7 @@ namespace Posix {
 
 int ConnectStream(const Socket& socket, const KernelAddress& peer);
 
-// Updates the outcome of a connect call that was left unfinished.
+// Records the outcome of a connect call that was left unfinished, if the kernel has it by now.
 void NoticeOutcome(const Socket& socket) noexcept;
 
 }  // namespace Posix
