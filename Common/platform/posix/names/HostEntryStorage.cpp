@@ -31,8 +31,8 @@ pthread_key_t Key() noexcept {
     return static_cast<pthread_key_t>(storedKey.load(std::memory_order_acquire));
 }
 
-// A process has few keys, so the module deletes its own when it is unloaded. That frees the
-// unloading thread's block; those of other living threads leak.
+// A process has few keys (PTHREAD_KEYS_MAX), so the module deletes its own when it is unloaded.
+// That frees the unloading thread's block; those of other living threads leak.
 [[gnu::destructor]] void DeleteKey() noexcept {
     const unsigned long stored = storedKey.exchange(NoKey);
     if (stored == NoKey) return;

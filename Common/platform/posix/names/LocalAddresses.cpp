@@ -23,8 +23,9 @@ struct InterfaceListFreer {
 };
 using InterfaceList = std::unique_ptr<ifaddrs, InterfaceListFreer>;
 
-// If the process may not see the interfaces, it has none. The kernel answers without delay, and a
-// cancelled thread would leak what the C library holds meanwhile.
+// A process that a sandbox keeps from listing the interfaces has none; only a shortage is an error.
+// Cancellation is deferred, which delays it little: getifaddrs would leak its netlink socket and
+// memory.
 WinsockError ListInterfaces(InterfaceList& interfaces) noexcept {
     const CancellationGuard whole;
     ifaddrs* list = nullptr;

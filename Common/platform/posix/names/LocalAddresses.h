@@ -21,8 +21,8 @@ bool IsLoopbackOnly(const std::vector<KernelAddress>& addresses) noexcept;
 KernelAddress Ipv4Loopback() noexcept;
 
 // Finds the addresses of the interfaces that are up, IPv6 before IPv4; those of the loopback
-// interface only if there is no other. The family is the system's, or AF_UNSPEC for both. Returns a
-// Winsock error or None.
+// interface only if there is no other, and 127.0.0.1 even if that is down. The family is AF_INET,
+// AF_INET6, or AF_UNSPEC for both. Returns a Winsock error or None.
 WinsockError FindLocalAddresses(int family, std::vector<KernelAddress>& addresses);
 
 }  // namespace Posix

@@ -68,7 +68,8 @@ private:
 
 }  // namespace
 
-// A look-up's error is the same whether a server failed, refused, was silent, or did not exist.
+// Asks with the resolver's own query, since the error of a look-up is the same whether a server
+// failed, refused, was silent, or did not exist.
 bool DoesNameServerFail(const char* name) {
     Resolver resolver;
     if (!resolver.IsMade()) return true;

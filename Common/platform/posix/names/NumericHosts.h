@@ -14,7 +14,7 @@ namespace Posix {
 // 0. Returns false for every other string, even if the system accepts it.
 bool ParseNumericHost(const char* text, KernelAddress& address) noexcept;
 
-// Parses one to five digits, of which the last 16 bits count. Returns false for every other string.
+// Parses one to five digits, modulo 65536. Returns false for every other string.
 bool ParseNumericPort(const char* text, std::uint16_t& port) noexcept;
 
 struct HostText {

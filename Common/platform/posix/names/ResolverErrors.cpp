@@ -8,13 +8,15 @@ namespace Posix {
 
 namespace {
 
-// An error that is not specific to a call means, for a name query, that the resolver failed.
+// WinsockFromErrno returns Invalid for a number without an equivalent; for a name query that means
+// that the resolver failed.
 WinsockError WinsockFromResolversErrno() noexcept {
     const WinsockError error = WinsockFromErrno(errno);
     return error == WinsockError::Invalid ? WinsockError::NoRecovery : error;
 }
 
-// If the resolver could not open or read a table, it reports that the name is unknown.
+// The resolver reports an unknown name also if it could not open or read /etc/hosts or
+// /etc/services; errno then tells.
 WinsockError UnlessShortage(WinsockError error) noexcept {
     return IsShortage(errno) ? WinsockFromResolversErrno() : error;
 }

@@ -10,7 +10,7 @@
 namespace Posix {
 
 // Returns the Winsock error for an error of getaddrinfo or getnameinfo, which may have left errno;
-// 0 for none.
+// None for 0.
 WinsockError WinsockFromNameError(int error) noexcept;
 
 // Repeats the call while signals interrupt it; returns a Winsock error or None.
@@ -30,13 +30,13 @@ WinsockError WinsockFromLookUp(int resolverError, int systemError) noexcept;
 // Whether errno means that a resource ran out or something could not be read.
 bool IsShortage(int systemError) noexcept;
 
-// Whether the resolver returns this Winsock error for a name without any entry, as opposed to a
-// query that failed locally.
+// Whether the error is one that the resolver returns if neither a table nor a server has told an
+// address of the name, as opposed to a failure on this host.
 bool MeansUntold(WinsockError error) noexcept;
 
-// Whether the error means that nobody knows the name. What the resolver calls a temporary failure
-// may mean that too: not only that a server fails, but also that there is none that answers. May
-// wait to find out.
+// Whether the error means that nobody knows the name. The temporary failure (TryAgain) may mean
+// that too: the resolver reports it when a server fails, but also when there is none that answers.
+// To find out, asks the servers again, which may take seconds.
 bool MeansUnknown(WinsockError error, const char* name);
 
 }  // namespace Posix

@@ -19,7 +19,7 @@ WinsockError AskForPort(const char* service, const addrinfo& hints, std::uint16_
     return error;
 }
 
-// The system compares services with case.
+// The system's look-up is case-sensitive, so it is asked for each spelling in the table.
 WinsockError AskForPortAsSpelled(const char* service, const addrinfo& hints, std::uint16_t& port) {
     WinsockError error = WinsockError::ServiceNotFound;
     SystemTable services("/etc/services");
