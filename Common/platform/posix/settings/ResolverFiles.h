@@ -5,7 +5,7 @@ namespace Posix {
 
 const char* ResolverFile() noexcept;
 
-// The settings that the local name server, if the host runs one, uses itself.
+// The file with the servers that the local stub resolver (systemd-resolved) itself forwards to.
 const char* LocalServersResolverFile() noexcept;
 
 }  // namespace Posix

@@ -15,8 +15,8 @@ constexpr std::string_view Way[] = {"System",     "CurrentControlSet", "Services
 constexpr std::size_t ParametersDepth = 5;
 constexpr std::size_t InterfacesDepth = 6;
 
-// Returns the depth that the path leads to, starting from a depth on that path, if it does not
-// leave it.
+// Follows the path from a depth on that way. Returns the depth it leads to, or none if it leaves
+// the way.
 std::optional<std::size_t> Descend(std::size_t depth, Name path) {
     const auto step = [&depth](Name part) {
         return depth < std::size(Way) && IsNamed(part, Way[depth++]);

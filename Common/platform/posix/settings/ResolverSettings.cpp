@@ -79,7 +79,7 @@ ResolverSettings Parse(std::string_view text) {
     return settings;
 }
 
-// A local server that forwards to others.
+// The address of systemd-resolved's stub, which forwards to the servers in its own file.
 bool NamesLocalServerOnly(const ResolverSettings& settings) {
     return settings.serverCount == 1 &&
            settings.ipv4Servers == std::vector<std::string>{"127.0.0.53"};

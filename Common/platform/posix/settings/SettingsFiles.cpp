@@ -43,8 +43,8 @@ unsigned int ReadWhole(const Descriptor& file, std::string& text) {
     return EFBIG;
 }
 
-// A local socket cannot be opened and counts as missing, like a pipe; so does a name that is longer
-// than any name can be.
+// A Unix domain socket cannot be opened (ENXIO) and counts as missing, like a pipe; so does a name
+// that is longer than any name can be.
 unsigned int ErrorUnlessMissing() noexcept {
     const bool missing =
         errno == ENOENT || errno == ENOTDIR || errno == ENXIO || errno == ENAMETOOLONG;

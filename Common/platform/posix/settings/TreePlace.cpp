@@ -23,8 +23,8 @@ int OpenBeneath(int root, const char* path, int flags) noexcept {
     return static_cast<int>(::syscall(SYS_openat2, root, path, &how, sizeof how));
 }
 
-// While something is being moved, the kernel cannot tell whether a path stays below the root, and
-// fails with EAGAIN.
+// While something is renamed, the kernel cannot tell whether a path stays below the root
+// (RESOLVE_BENEATH), and fails with EAGAIN.
 int OpenBeneathPatiently(int root, const char* path, int flags) noexcept {
     int opened = -1;
     for (int attempt = 0; attempt < MostAttempts; ++attempt) {
@@ -34,8 +34,8 @@ int OpenBeneathPatiently(int root, const char* path, int flags) noexcept {
     return opened;
 }
 
-// Kernels before 5.6 do not have openat2, and some containers forbid it. There, links are followed
-// wherever they lead.
+// Kernels before 5.6 do not have openat2, and the seccomp filters of some containers forbid it.
+// There, links are followed wherever they lead.
 bool IsCallMissing() noexcept {
     return errno == ENOSYS || errno == EPERM;
 }
