@@ -1,7 +1,7 @@
 // A value that only the rare ways out of a frequent call read.
 #pragma once
 
-// Volatile keeps it in memory: in a register it would have to survive the system call, and that
-// register be saved and restored around each.
+// Volatile keeps it on the stack. To survive the system call in a register it would need a
+// callee-saved one, which every call would have to save and restore.
 template <class Value>
 using RarelyRead = volatile Value;

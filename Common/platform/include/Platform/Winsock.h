@@ -163,7 +163,7 @@ Handle accept(Handle handle, void* address, int* length);
 int getsockname(Handle handle, void* address, int* length);
 int getpeername(Handle handle, void* address, int* length);
 
-// Transfer bytes once; lengths and results are in bytes.
+// Transfer bytes to and from the peer; lengths and results are in bytes.
 int send(Handle handle, const char* buffer, int length, int flags);
 int recv(Handle handle, char* buffer, int length, int flags);
 
