@@ -54,7 +54,7 @@ inline bool IsAnyPacketTraceEnabled() noexcept {
 // Makes the state the one that the library uses.
 void Publish(SocketLayerState& layer) noexcept;
 
-// Comes after the state's end, when no router can be enabled any more.
+// Called after the state is destroyed, when no router can be enabled any more.
 void Unpublish() noexcept;
 
 }  // namespace VelNet

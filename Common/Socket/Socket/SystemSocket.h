@@ -29,7 +29,7 @@ int StatusOf(const Socket& socket, SocketState state);
 // Returns the handle of any socket of this library, and InvalidSocket for any other implementation.
 Winsock::Handle HandleOf(const Socket& socket) noexcept;
 
-// The same, found faster if the socket is just of the given class.
+// The same, without a dynamic_cast if the socket is exactly of the given class.
 template <class SocketClass>
 Winsock::Handle HandleOfLikely(const Socket& socket) noexcept {
     if (typeid(socket) != typeid(SocketClass)) return HandleOf(socket);

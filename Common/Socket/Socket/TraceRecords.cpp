@@ -31,7 +31,7 @@ void WriteRecordWithData(VelLog::Router& router, LogFormat format, const char* d
     WriteRecord(router, format, formatter);
 }
 
-// The last two digits of each byte. Those before them are the sign, which spreads from 0x80 on.
+// The last two digits of each byte. From 0x80 on, digits of the sign extension precede them.
 constexpr auto ByteDigits = [] {
     std::array<std::array<char, 2>, 256> digits{};
     for (unsigned int byte = 0; byte < digits.size(); ++byte)
