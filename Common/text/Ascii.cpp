@@ -5,7 +5,7 @@
 namespace Text {
 namespace {
 
-// Looks at every unit, whatever came before: compilers then take many at once.
+// Looks at every unit without an early exit, so that compilers vectorize the loop.
 template <class Units>
 bool AreAllAscii(const Units& units) noexcept {
     using Unit = typename Units::value_type;

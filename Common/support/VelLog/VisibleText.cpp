@@ -27,8 +27,9 @@ void AppendEscape(VelBase::WideText& text, unsigned short unit) {
     }
 }
 
-// Whether the text is like nearly all. Looks at every unit, whatever came before, and without a
-// bool: compilers then take many at once.
+// Whether the units are all printable ASCII, as in nearly all texts; then nothing has to be made
+// visible. Looks at every unit without an early exit and without a bool, so that compilers
+// vectorize the loop.
 bool IsPrintableAscii(std::span<const unsigned short> units) noexcept {
     unsigned short others = 0;
     for (const unsigned short unit : units)

@@ -7,7 +7,7 @@ namespace VelResource {
 
 namespace {
 
-// Room made at once for a message; a longer one grows.
+// Room reserved for a message; a longer one grows.
 constexpr std::size_t UsualLength = 255;
 
 struct ArgumentList {

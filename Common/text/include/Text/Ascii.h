@@ -6,7 +6,8 @@
 
 namespace Text {
 
-// Whether all units are. Takes less for each than an operation that would stop at the first other.
+// Whether all units are ASCII. Looks at all of them, which takes less than to stop at the first
+// other.
 bool IsAscii(std::string_view text) noexcept;
 bool IsAscii(std::span<const unsigned short> units) noexcept;
 
