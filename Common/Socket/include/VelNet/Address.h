@@ -10,11 +10,12 @@ namespace VelNet {
 // An IPv4 address with its dotted form, a host name and a port: a value that owns its data. Copies
 // are deep.
 //
-// The names are resolved when the object is constructed, which may block, and never later. The
-// socket layer must be up (SocketInitialization) for the constructors that resolve.
+// Names are resolved only during construction, which may block. The socket layer must be up
+// (SocketInitialization) for the constructors that resolve.
 //
 // Each object belongs to one thread at a time. Ports are in host byte order, strings are UTF-8.
-// Constructors, assignment and the operations that return strings or octets throw std::bad_alloc.
+// Constructors, assignment and the operations that return strings or octets can throw
+// std::bad_alloc.
 class VELSOCK_EXPORT Address {
 public:
     // Addresses that are chosen by meaning. Any value may be passed; one that has no name here
@@ -32,12 +33,12 @@ public:
     // and nothing is logged.
     Address(Octets octets, unsigned short port);
 
-    // Resolves the host and uses its first address, then as above.
+    // Resolves the host, then does the same with its first address.
     //
     // Throws: what SocketAddress::GetOctetsFromMachineName throws
     Address(const char* host, unsigned short port);
 
-    // Uses the special address, then as above.
+    // Does the same with the special address.
     //
     // Throws: for THIS_MACHINE what SocketAddress::GetLocalMachineName and GetOctetsFromMachineName
     //         throw
@@ -50,7 +51,8 @@ public:
     const Address& operator=(const Address& other);
     ~Address();
 
-    // Equal if ports and dotted forms are equal; host names are not compared.
+    // Equal if ports and dotted forms are equal; host names are not compared. A default-constructed
+    // object has no dotted form and so differs from ANY with port 0.
     bool operator==(const Address& other) const;
     bool operator!=(const Address& other) const;
 

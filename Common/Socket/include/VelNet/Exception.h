@@ -11,16 +11,17 @@
 
 namespace VelNet {
 
-// A failure of the socket layer: a wide string and a code. Thrown by value for every failure except
-// the one that SocketXt.h names.
+// A failure of the socket layer: a wide string and a code. Thrown by value. Failures that are
+// reported by other types are listed where they occur: the standard library's exceptions, and the
+// one that SocketXt.h names.
 //
 // The text is stored inside the object, so that copying one during stack unwinding allocates
-// nothing. A handler for VelBase::Message& catches it too, but sees only the base class, which this
-// library leaves empty. Each object belongs to one thread at a time.
+// nothing. A handler for VelBase::Message& catches it too, but sees only the base class, which has
+// no text and the identifier 0 then. Each object belongs to one thread at a time.
 class VELSOCK_EXPORT Exception : public VelBase::Message {
 public:
     // Copies up to 2999 units of the zero-terminated text and cuts off the rest. The text must not
-    // be null: then neither text nor code is initialized.
+    // be null: a null pointer leaves both text and code uninitialized.
     Exception(const unsigned short* text, SOCKET_ERR code);
 
     // Copies the code and the whole text buffer, including what follows the terminator.
@@ -31,7 +32,7 @@ public:
 
     // Returns the failure text. It is part of this object and is valid as long as the object lives.
     //
-    // The system's error number stands in it as one unit with that value (10061 as U+274D), not as
+    // The system's error number is one UTF-16 unit of that value in the text (10061 is U+274D), not
     // digits. If the low 16 bits of the number are zero, the text ends there.
     virtual const unsigned short* GetMessage() const;
 
@@ -41,7 +42,7 @@ public:
     // Returns the code for a Windows Sockets error number, as WSAGetLastError and WSAStartup return
     // it, and SOCKET_ERR_UNKNOWN for a number that is not in the table of errors.
     //
-    // Three numbers stand in that table without the usual offset of 10000: 43, 44 and 92 are known,
+    // Three numbers are in that table without the usual offset of 10000: 43, 44 and 92 are known,
     // 10043, 10044 and 10092 are not. Success is 10000, not 0.
     static SOCKET_ERR GetSocketError(int error) noexcept;
 

@@ -8,7 +8,7 @@ namespace VelNet {
 
 // The four octets of an IPv4 address in dotted order: octet 1 is the leftmost number.
 //
-// A value that owns a heap block of four bytes; copies are independent. Every constructor throws
+// A value that owns a heap block of four bytes; copies are independent. Every constructor can throw
 // std::bad_alloc. Each object belongs to one thread at a time.
 class VELSOCK_EXPORT Octets {
 public:
@@ -16,11 +16,11 @@ public:
     Octets();
     Octets(unsigned char octet1, unsigned char octet2, unsigned char octet3, unsigned char octet4);
 
-    // From an address as a little-endian Winsock host holds it in a 32-bit word: octet 1 is the
-    // lowest byte.
+    // From an address as Winsock's in_addr holds it on a little-endian host: octet 1 is the lowest
+    // byte.
     //
-    // Required: this is the opposite of GetAddress; Octets(x).GetAddress() is x with its bytes
-    // reversed.
+    // Required: this is the opposite byte order of GetAddress; Octets(x).GetAddress() is x with its
+    // bytes reversed.
     Octets(unsigned int address);
 
     Octets(const Octets& other);

@@ -11,14 +11,15 @@ namespace VelNet {
 // and its references belong to one thread at a time.
 class VELSOCK_EXPORT OctetsCollection : public virtual VelBase::ReferenceCounted {
 public:
+    // An interface without data: copying copies nothing.
     OctetsCollection();
     OctetsCollection(const OctetsCollection& other);
-    // Does nothing and returns the object: only Add and AddCollection fill a list.
+    // Does nothing, whatever the two lists hold: only Add and AddCollection fill a list.
     OctetsCollection& operator=(const OctetsCollection& other);
     ~OctetsCollection() override;
 
     // Appends a copy of each element of the other list, in order. Do not add a list to itself: the
-    // other list's count is read again after each element, so that this never ends.
+    // other list's count is read again after each element, so that the call would not end.
     //
     // Throws: what Add throws
     virtual void AddCollection(const OctetsCollection& other) = 0;

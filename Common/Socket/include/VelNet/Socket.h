@@ -28,15 +28,20 @@ enum SOCKET_STATUS : int {
 // Accept, Connect, Receive or Send.
 //
 // State: no operation checks what was called before; each one is passed to the system, whose answer
-// decides. An operation that fails leaves the socket unchanged.
+// decides. An operation that fails leaves the socket unchanged unless it says otherwise.
 //
 // Failures: unless an operation says otherwise, it logs its failure under "Error" and then throws
-// Exception, with the code for the system's error number (Exception::GetSocketError). What each
-// "Throws" lists comes on top of these:
+// Exception, with the code for the system's error number (Exception::GetSocketError). Besides
+// what it lists under "Throws", such an operation can throw these:
 //   SOCKET_ERR_NOTSOCK         the socket is closed
 //   SOCKET_ERR_NOTINITIALISED  the socket layer is down (see SocketInitialization)
 //   std::bad_alloc             no memory for a returned object or for the failure's text
-// A trace record that cannot be written is lost; the operation succeeds all the same.
+//
+// Records: connections and transfers are also written to the log while its routers are switched on
+// (VelLog/LogControl.h). A record that cannot be written is lost; the operation succeeds all the
+// same.
+//
+// "Required" marks behaviour that may look like a mistake but that clients rely on.
 class VELSOCK_EXPORT Socket : public virtual VelBase::ReferenceCounted {
 public:
     // For CreateSocket. Any value may be passed; one that has no name here is passed to the system
@@ -51,7 +56,7 @@ public:
     ~Socket() override;
 
     // Returns whether both objects hold the same system handle. All closed sockets are the same,
-    // and a socket of a class that is not the library's counts as closed.
+    // and an object of a class from outside the library counts as closed.
     virtual bool IsSameSocket(const Socket& other) const = 0;
 
     // Makes the socket non-blocking; it cannot be made blocking again. Returns whether the system
@@ -65,8 +70,8 @@ public:
     // in host byte order.
     //
     // Throws: SOCKET_ERR_ADDRINUSE     the port is taken
-    //         SOCKET_ERR_ACCES         the port is taken and only this socket has SetReuseAddress,
-    //                                  or the port needs a privilege
+    //         SOCKET_ERR_ACCES         the port is taken, and SetReuseAddress was called for this
+    //                                  socket only; or the port needs a privilege
     //         SOCKET_ERR_ADDRNOTAVAIL  the address does not belong to the local host
     //         SOCKET_ERR_INVAL         the socket is bound already
     virtual void Bind(Octets address, unsigned short port) = 0;
@@ -79,9 +84,9 @@ public:
     //         SOCKET_ERR_OPNOTSUPP  the socket is a datagram socket
     virtual int Listen() = 0;
 
-    // Connects to a remote address and port (host byte order), asks the system for both addresses
-    // and writes the "Connected" record. If the connection is established but the system does not
-    // report an address, throws like GetLocalAddress; the socket stays connected then.
+    // Connects to a remote address and port (host byte order), asks the system for the addresses of
+    // both ends and writes the "Connected" record. If the connection is established but the system
+    // does not report an address, throws like GetLocalAddress; the socket stays connected then.
     //
     // Non-blocking: throws SOCKET_ERR_WOULDBLOCK unless the connection is established at once, and
     // the system continues to connect. Call Connect again to learn the outcome: it throws
@@ -107,14 +112,14 @@ public:
     //
     // Throws: SOCKET_ERR_INVAL  the socket does not listen
     //         SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
-    //         std::bad_alloc    the connection stays pending; only if it is the memory for the
-    //                           new socket's addresses that is lacking is it closed
+    //         std::bad_alloc    the connection stays pending, or is closed if the memory ran out
+    //                           while the new socket's addresses were stored
     virtual VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) = 0;
 
     // Set how long Receive and Send may block, in milliseconds; 0 and 4294967295 mean no limit. A
     // transfer that takes longer throws SOCKET_ERR_TIMEDOUT.
     //
-    // Required: a failure is logged and not thrown, and the text for the send timeout names
+    // Required: a failure is logged and not thrown, and the failure text of SetSendTimeout names
     // SetReceiveTimeout.
     virtual void SetReceiveTimeout(unsigned int milliseconds) = 0;
     virtual void SetSendTimeout(unsigned int milliseconds) = 0;
@@ -133,8 +138,8 @@ public:
     // those threads have left the system's calls, but they may not have returned from their
     // operations yet: neither copy nor release references to the socket before they have. While
     // packet records are switched on, an operation that completes during Close may read the
-    // addresses that Close clears: with these records, stop the threads that send and receive
-    // before closing.
+    // addresses that Close clears, which is a data race: with these records on, stop the threads
+    // that send and receive before closing.
     virtual void Close() = 0;
 
     // Receives once, up to length bytes, and returns how many there were: at least 1.
@@ -154,8 +159,8 @@ public:
     //                                 beginning, the rest is lost
     //         SOCKET_ERR_CONNRESET, SOCKET_ERR_CONNABORTED  the connection was lost
     //         SOCKET_ERR_NOTCONN      the stream socket is not connected
-    //         std::bad_alloc          in place of a failure whose text has no memory; the empty or
-    //                                 too long datagram has been taken nevertheless
+    //         std::bad_alloc          one of these failures, but no memory for its text; a datagram
+    //                                 that was empty or too long is lost all the same
     virtual int Receive(char* buffer, int length) = 0;
 
     // Sends once and returns how many bytes the system accepted; if fewer than length, the caller
@@ -173,7 +178,7 @@ public:
 
     // Ask the system for the socket's own address, and for the peer's.
     //
-    // Required: the failure texts of both begin with the label of Send.
+    // Required: the failure texts of both name Send as the operation that failed.
     //
     // Throws: SOCKET_ERR_INVAL    GetLocalAddress: the socket is not bound
     //         SOCKET_ERR_NOTCONN  GetRemoteAddress: the socket is not connected
@@ -186,8 +191,8 @@ public:
 
 // Creates a blocking IPv4 socket with the system's default options.
 //
-// Type and protocol are not checked for whether they fit each other: the system refuses a pair that
-// does not, with SOCKET_ERR_UNKNOWN, since the table of errors lacks its number.
+// The library does not check whether type and protocol fit each other. The system refuses a pair
+// that does not; that is SOCKET_ERR_UNKNOWN, since the table of errors lacks the system's number.
 //
 // Throws: SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
 //         std::bad_alloc

@@ -9,15 +9,15 @@
 
 namespace VelNet {
 
-// An IPv4 address and a port: a value that owns its data. Copies are deep. Every constructor throws
-// std::bad_alloc. Each object belongs to one thread at a time.
+// An IPv4 address and a port: a value that owns its data. Copies are deep. Every constructor can
+// throw std::bad_alloc. Each object belongs to one thread at a time.
 //
 // The static operations resolve names with the system's IPv4 functions, and two of them read the
 // host's DNS settings. They keep no state, may be called from any thread, and block as long as the
 // system's resolver does. The socket layer must be up (SocketInitialization). Names are UTF-8.
 //
 // Failures: unless an operation says otherwise, it logs its failure under "Error" and then throws
-// Exception with the codes that its "Throws" lists. On top of these come
+// Exception with a code that it lists under "Throws". Besides those, an operation can throw these:
 //   SOCKET_ERR_NOTINITIALISED  the socket layer is down (operations that resolve, or ask for the
 //                              local host's name)
 //   std::bad_alloc             no memory
@@ -59,8 +59,8 @@ public:
     static VelBase::ReturnString GetMachineNameFromOctets(Octets octets);
 
     // Returns the address that a dotted string stands for, in all forms that the system's inet_addr
-    // accepts: one to four numbers, decimal, octal or hexadecimal, with anything after a space
-    // ("1.2.3.4 and more", "1", " ").
+    // accepts: one to four numbers, decimal, octal or hexadecimal, after which a space and anything
+    // may follow ("1.2.3.4 and more", "1"). A single space stands for 0.0.0.0.
     //
     // Required: 255.255.255.255 is rejected, because inet_addr returns its failure value for it.
     //
@@ -73,24 +73,25 @@ public:
     static VelBase::ReturnString GetLocalMachineName();
 
     // Returns the DNS domain that the local host is configured with: that of the first network
-    // interface that has one, where the domain that the network assigned (DHCP) has precedence. If
-    // there is none, returns the local host's name.
+    // interface that has one; if it has both an assigned (DHCP) and a fixed domain, the assigned
+    // one. If there is none, returns the local host's name.
     //
     // The TCP/IP settings are read on every call: on Windows from the registry, elsewhere from the
     // settings tree or the system's resolver settings.
     //
-    // Required: an interface that has the value ends the search even if the value is empty; the
-    // result is the local host's name then.
+    // Required: the first interface with either setting ends the search, even if the setting is
+    // empty; the result is the local host's name then.
     //
     // Throws: SOCKET_ERR_UNKNOWN  the settings cannot be read
     //         and what GetLocalMachineName throws
     static VelBase::ReturnString GetLocalMachineDomain();
 
-    // Returns the IPv4 addresses of the DNS servers that the local host is configured with, in
-    // their order and with duplicates; at least one. Reads the same settings as
-    // GetLocalMachineDomain.
+    // Returns the IPv4 addresses of the DNS servers of one network interface of the local host, in
+    // the order of its settings and with duplicates; at least one. Reads the same settings as
+    // GetLocalMachineDomain; assigned (DHCP) servers are used in place of fixed ones.
     //
-    // Required: here the last interface comes first, and empty values are skipped.
+    // Required: here the interfaces are searched from the last to the first, and one whose settings
+    // are empty does not end the search.
     //
     // Throws: SOCKET_ERR_UNKNOWN  the settings cannot be read, or name no server, or name one that
     //                             is not a dotted address

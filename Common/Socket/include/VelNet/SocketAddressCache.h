@@ -17,6 +17,7 @@ namespace VelNet {
 // thread at a time. Look-ups block as long as the resolver does.
 class VELSOCK_EXPORT SocketAddressCache : public virtual VelBase::ReferenceCounted {
 public:
+    // An interface without data: copying copies nothing.
     SocketAddressCache();
     SocketAddressCache(const SocketAddressCache& other);
     SocketAddressCache& operator=(const SocketAddressCache& other);
@@ -27,7 +28,7 @@ public:
     // Throws: what SocketAddress::GetOctetsFromMachineName throws
     virtual Octets GetOctetsFromMachineName(const char* name) = 0;
 
-    // Returns the name of the host.
+    // Returns the name of the host with this address.
     //
     // Throws: what SocketAddress::GetMachineNameFromOctets throws
     virtual VelBase::ReturnString GetMachineNameFromOctets(Octets address) = 0;

@@ -15,9 +15,9 @@ enum SOCKET_EVENT : int {
     EVENT_CLOSE = 3,   // the peer has closed the connection, and all its bytes have been read
 };
 
-// A list of sockets, each with the event that it waits for; meant for sockets of class Socket, not
-// SocketXt. A socket may have several entries. Entries are compared by system handle: two objects
-// with the same handle are the same socket, and so are all closed sockets.
+// A list of sockets, each with the event that it waits for; meant for the sockets of CreateSocket,
+// not those of CreateSocketXt. A socket may have several entries. Entries are compared by system
+// handle: two objects with the same handle are the same socket, and so are all closed sockets.
 //
 // Lifetime: created by CreateSocketCollection or by Select, and not reference counted: the caller
 // destroys it with Destroy. It holds a reference to each entry's socket, so that a registered
@@ -48,8 +48,8 @@ public:
 
     virtual unsigned int GetCount() const = 0;
 
-    // Return the socket and the event of the entry at an index from 0, the oldest, to GetCount()
-    // - 1. The index is not checked.
+    // Return the socket and the event of the entry at an index from 0 (the oldest entry) to
+    // GetCount() - 1. The index is not checked; any other is undefined behaviour.
     virtual VelBase::ReturnPtrI<Socket> GetSocket(unsigned int index) const = 0;
     virtual int GetEvent(unsigned int index) const = 0;
 
@@ -60,8 +60,8 @@ public:
     // Waits until the event of at least one entry has occurred, at most for the given number of
     // seconds; 0 polls. Returns the entries whose events have occurred, in their order, as a new
     // collection that the caller destroys, or null if the time elapsed first. The result can be
-    // empty: then a socket is ready, but not for the event that it is registered for. Sleeps for
-    // the whole time if there is nothing to wait for.
+    // empty: then a socket is ready, but not for the event that it is registered for. If there is
+    // nothing to wait for, sleeps for the whole time and returns null.
     //
     // At most 64 different sockets are waited on for reading (accept, read and close together) and
     // 64 for writing. Further ones are never reported.

@@ -5,8 +5,9 @@ namespace VelNet {
 
 // The code of a failure, as Exception::GetErrorCode returns it: the Windows Sockets numbers on
 // every system, five conditions that have none there, and -1 for everything else. The library uses
-// no other values. SOCKET_ERR_NOT_PERMITTED to SOCKET_ERR_NOT_DIRECTORY are rows of the table of
-// errors, but only the first is ever returned for a number (-2).
+// no other values. The five, SOCKET_ERR_NOT_PERMITTED to SOCKET_ERR_NOT_DIRECTORY, all have the
+// same system number in the table of errors, -2; GetSocketError therefore only ever returns the
+// first.
 enum SOCKET_ERR : int {
     SOCKET_ERR_UNKNOWN = -1,
     SOCKET_ERR_NOT_PERMITTED = 1,

@@ -17,8 +17,8 @@ public:
     // Starts the layer, or counts one more user. If that throws, the layer stays down, and the next
     // object tries again.
     //
-    // Required: if there is no memory for the layer's own state, nothing is thrown, the object
-    // counts, and the layer stays down until the last object is destroyed. Operations that need it
+    // Required: if there is no memory for the layer's own state, nothing is thrown, the object is
+    // counted, and the layer stays down until the last object is destroyed. Operations that need it
     // fail until then, most with SOCKET_ERR_NOTINITIALISED.
     //
     // Throws: Exception       the system's sockets cannot be started; the code is that of the
@@ -27,13 +27,13 @@ public:
     //         std::bad_alloc  the support libraries have no memory
     SocketInitialization();
 
-    // Never throws; a failure to stop the system's sockets is logged. The count is not protected
-    // against dropping below zero: each object is to be destroyed once.
+    // Never throws; a failure to stop the system's sockets is logged. Nothing keeps the count from
+    // dropping below zero: destroy each object only once.
     ~SocketInitialization();
 
     SocketInitialization(const SocketInitialization&) = delete;
 
-    // Does nothing.
+    // Does nothing: both objects stay counted.
     SocketInitialization& operator=(const SocketInitialization& other) noexcept;
 };
 

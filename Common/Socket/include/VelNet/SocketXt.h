@@ -40,8 +40,8 @@ using SOCKET_HANDLE = unsigned long long;
 // that fails leaves the socket unchanged unless it says otherwise.
 //
 // Failures: an operation logs its failure under "Error" and then throws Exception, with the code
-// for the system's error number (Exception::GetSocketError). What each "Throws" lists comes on top
-// of these:
+// for the system's error number (Exception::GetSocketError). Besides what it lists under "Throws",
+// an operation can throw these:
 //   SOCKET_ERR_NOTSOCK         the socket is closed
 //   SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY, SOCKET_ERR_NO_DATA
 //                              the host does not resolve
@@ -54,8 +54,8 @@ using SOCKET_HANDLE = unsigned long long;
 //                              themselves: that failed. Not logged; the message's identifier is the
 //                              number that WSAStartup returned.
 // A trace record that cannot be written is lost; the operation succeeds all the same. The socket
-// layer must be up for as long as the socket is used (SocketInitialization): if it is not, the
-// operation that creates the socket also closes it.
+// layer must be up for as long as the socket is used (SocketInitialization). Without it,
+// Winsock runs only during the operation that creates a socket, and closes the socket at its end.
 //
 // Differences from Socket:
 // - Bind and Connect by Octets do nothing. Accept by SocketAddress returns an empty owner and
@@ -104,10 +104,11 @@ public:
     virtual void Bind(SpecialAddressKind address, const char* port) = 0;
     virtual void Bind(const char* host, const char* port) = 0;
 
-    // Accepts the next pending connection. Releases what socket holds, stores the new socket there
-    // and returns it; host and port receive the peer's address in numeric form. If the system does
-    // not report that, they stay unchanged, which is logged and not thrown. The new socket has no
-    // address strings: its trace records show empty ones.
+    // Accepts the next pending connection. Puts the new socket into the argument socket, in place
+    // of what that held, and returns a reference to the argument; host and port receive the peer's
+    // address in numeric form. If the system does not report that, they stay unchanged, which is
+    // logged and not thrown. The new socket has no address strings: its trace records show empty
+    // ones.
     //
     // Throws: SOCKET_ERR_WOULDBLOCK  no connection is pending, and the socket is non-blocking;
     //                                unlike Socket::Accept
@@ -120,8 +121,8 @@ public:
 
     // Connect to a host and port and write the "Connected" record.
     //
-    // Non-blocking: an address that does not connect at once is skipped for the next one, so that
-    // the failure thrown need not be SOCKET_ERR_WOULDBLOCK.
+    // Non-blocking: an address that does not connect at once counts as failed, and the next one is
+    // tried, so that the failure thrown need not be SOCKET_ERR_WOULDBLOCK.
     //
     // Required: from the start of the call, the trace records show the local host's name and port
     // "0" as the local address, also if the call fails.
@@ -168,9 +169,9 @@ public:
     //         SOCKET_ERR_CONNRESET   a datagram that this socket sent earlier did not arrive
     //         SOCKET_ERR_TIMEDOUT    nothing came within the receive timeout
     //         SOCKET_ERR_WOULDBLOCK  nothing to receive, and the socket is non-blocking
-    //         std::bad_alloc         no datagram has been taken; or, if the memory for a failure's
-    //                                text is lacking, in place of that failure: a datagram that was
-    //                                too long has been taken then
+    //         std::bad_alloc         no datagram has been taken; or one of these failures occurred,
+    //                                but there is no memory for its text: a datagram that was too
+    //                                long is lost then
     virtual int RecvFrom(char* buffer, int length, VelBase::ReturnString& host,
                          VelBase::ReturnString& port) = 0;
 
@@ -186,7 +187,7 @@ public:
 };
 
 // Creates a blocking socket. Its IP version is that of the first address of the local host's name
-// for which the system has sockets. Type and protocol are as for CreateSocket.
+// whose version the system has sockets for. Type and protocol are as for CreateSocket.
 //
 // Throws: SOCKET_ERR_HOST_NOT_FOUND, SOCKET_ERR_TRY_AGAIN, SOCKET_ERR_NO_RECOVERY,
 //         SOCKET_ERR_NO_DATA
