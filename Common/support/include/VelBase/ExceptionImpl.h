@@ -6,9 +6,9 @@
 
 namespace VelBase {
 
-// Adds to a Value that it can be thrown; a handler for Value& catches it. The library instantiates
+// A Value that is thrown as an exception; a handler for Value& catches it. The library instantiates
 // it for Message only. Each object belongs to one thread at a time. Construction and copying copy
-// the Value and throw what that throws (std::bad_alloc).
+// the Value, and throw what that copy throws (std::bad_alloc).
 template <class Value>
 class ExceptionImpl : public Value {
 public:

@@ -5,8 +5,8 @@
 #include "VelBase/ReturnWString.h"
 
 // windows.h defines GetMessage as a macro for GetMessageA or GetMessageW. The class keeps the plain
-// name whatever was included before, and has members of both other names for clients that the macro
-// is active in.
+// name whatever was included before, and has members of both other names for clients in which the
+// macro is active.
 #pragma push_macro("GetMessage")
 #undef GetMessage
 
@@ -15,14 +15,14 @@ namespace VelBase {
 // The domain of every message that this library raises.
 inline constexpr unsigned short MESSAGE_DOMAIN_UNKNOWN = 0;
 
-// A domain, an identifier and a wide string: a value of which each object owns its copy. Not
-// polymorphic. A handler for Message& catches every exception that the module throws, except those
+// A domain, an identifier and a wide string: a value that owns its text. It has no virtual
+// functions. A handler for Message& catches every exception that the module throws, except those
 // of the standard library.
 class VELSOCK_EXPORT Message {
 public:
     // Unknown domain, identifier 0, empty text; does not allocate.
     Message() noexcept;
-    // Deep copies. Throw std::bad_alloc.
+    // Deep copies. Can throw std::bad_alloc.
     Message(const Message& other);
     Message& operator=(const Message& other);
     ~Message();
@@ -32,7 +32,7 @@ public:
     unsigned short GetDomain() const noexcept;
     int GetID() const noexcept;
 
-    // Copies a zero-terminated text; null counts as the empty text. Throws std::bad_alloc.
+    // Copies a zero-terminated text; null counts as the empty text. Can throw std::bad_alloc.
     void SetMessage(const unsigned short* text);
 
     // Returns the text, valid until the next SetMessage, assignment or destruction. Never null.

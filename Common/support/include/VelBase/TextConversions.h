@@ -7,7 +7,7 @@
 
 namespace VelBase {
 
-// Convert between UTF-8 and UTF-16. Null counts as the empty string. A conversion does not fail:
+// Convert between UTF-8 and UTF-16. Null counts as the empty string. Invalid text is no failure:
 // each maximal invalid part (a broken sequence, half a surrogate pair) becomes one U+FFFD, and what
 // follows it is kept.
 //

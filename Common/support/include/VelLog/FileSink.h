@@ -5,9 +5,9 @@
 
 namespace VelLog {
 
-// Appends each record to a file as one line of UTF-8: time (UTC), router, category, text. A record
-// that is written only in part, because the disk is full for instance, still remains a line of its
-// own.
+// Appends each record to a file as one line of UTF-8: time (UTC), router, category, text. If a
+// record is written only in part, because the disk is full for instance, the next one nevertheless
+// begins a new line.
 //
 // A file that does not exist is created with access for its owner only. On Linux a symbolic link is
 // followed only if nobody but the process's user and root can have created it, and refused
@@ -22,14 +22,14 @@ public:
     //         std::bad_alloc
     explicit FileSink(const char* path);
 
-    // Closes the file. The sink must not be set any more (SetSink).
+    // Closes the file. The sink must no longer be set by then (SetSink).
     ~FileSink() override;
 
     void Write(const LogRecord& record) override;
 
 private:
     long long file_;  // as the system numbers it
-    bool isCut_;      // whether it ends within a line
+    bool isCut_;      // whether the file ends within a line
 };
 
 }  // namespace VelLog

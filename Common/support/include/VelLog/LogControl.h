@@ -6,10 +6,11 @@
 
 namespace VelLog {
 
-// Initially all routers are off and no sink is set. Both operations may be called from any thread
-// at any time: before the socket layer is started, while it is up and after it has been stopped.
+// A router passes the records of one category on to the sink while it is switched on. Initially all
+// routers are off and no sink is set. Both operations may be called from any thread at any time:
+// before the socket layer is started, while it is up and after it has been stopped.
 
-// Switches the router with this name and category on or off, and also any that is created later.
+// Switches the router with this name and category on or off, even if it is created only later.
 // The library's routers are all named "Network"; their categories are "Error", "Connection Trace",
 // "Packet Trace" and "Verbose Packet Trace". Other pairs are remembered too, up to 64.
 //

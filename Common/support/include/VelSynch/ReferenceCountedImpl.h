@@ -18,12 +18,12 @@ public:
     ReferenceCountedImpl& operator=(const ReferenceCountedImpl& other) noexcept;
 
     // Called by Release before it drops the last reference. Does nothing by default. An override
-    // that takes a reference keeps the object alive.
+    // that calls AddRef keeps the object alive.
     virtual void ReferenceCountIsAboutToReachZero() const;
 
     void AddRef() const override;
-    // Deletes the object with its last reference. A count of 0 becomes -1, and nothing else
-    // happens.
+    // Deletes the object with its last reference. If there is no reference, only decrements the
+    // count.
     void Release() const override;
 
     // Returns a reference to the count itself, which shows later changes.
