@@ -25,7 +25,7 @@ struct Reception {
     std::vector<GroupRequest> joinedItself;  // unless bound to one address
     AuxiliarySockets auxiliaries;            // kept until the socket is closed
     Descriptor pollSet;                      // of the socket and its auxiliaries
-    std::atomic<int> pollSetNumber = -1;     // its number, for receive calls
+    std::atomic<int> pollSetNumber = -1;     // its number, read without the lock
 };
 
 // Protects everything but pollSetNumber.
