@@ -41,7 +41,7 @@ private:
 
         VelBase::InterfaceHolder<Socket> socket;
         int event;
-        const OwnSocket* own;  // the same object; to find out each time would cost most of a Select
+        const OwnSocket* own;  // the same object; a dynamic_cast each time would be most of Select
     };
 
     const Entry& EntryAt(unsigned int index) const;
