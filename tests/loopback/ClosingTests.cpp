@@ -108,7 +108,7 @@ TEST_P(ClosingExtended, EndsAnAcceptThatWaits) {
     XtPtr socket;
     ReturnString host;
     ReturnString port;
-    const auto failed = [this](int number, std::u16string_view numberText) {
+    const auto failed = [](int number, std::u16string_view numberText) {
         return AcceptFailed(Host() + std::string(" : 0"), number, numberText);
     };
     ExpectInterrupted(FailureWhenClosed(*listener, [&] { listener->Accept(socket, host, port); }),
