@@ -95,8 +95,7 @@ TEST_F(NameFault, OfTheOwnNameIsThrownAndLogged) {
 }
 
 constexpr const char* Server = "SOFTWARE\\Corvane\\Orrin Server";
-constexpr const char* Interfaces =
-    "System\\CurrentControlSet\\Services\\Tcpip\\Parameters\\Interfaces";
+const std::string Interfaces = "System\\CurrentControlSet\\Services\\Tcpip\\Parameters\\Interfaces";
 constexpr const char* Interface =
     "System\\CurrentControlSet\\Services\\Tcpip\\Parameters\\Interfaces\\{1}";
 
@@ -135,7 +134,7 @@ private:
 
 TEST_F(NameFaultInSettings, OfTheTreeIsThrownWithTheKeyAndTheReason) {
     const FailingCall fails(SystemCall::Open, EIO);
-    ExpectFailure(std::string("Cannot open the key ") + Interfaces + ": Input/output error");
+    ExpectFailure("Cannot open the key " + Interfaces + ": Input/output error");
 }
 
 TEST_F(NameFaultInSettings, OfAListingMidwayIsThrownWithTheKeyAndTheReason) {
@@ -154,8 +153,8 @@ TEST_F(NameFaultInSettings, OfAValueIsThrownWithItsNameAndTheReason) {
     const FailingCall fails(SystemCall::Read, EIO);
     const Failure failure = FailureOf(AskForDomain);
     EXPECT_EQ(failure, NotConfigured(u"GetLocalMachineDomain",
-                                     std::string("Cannot read the value Domain of the key ") +
-                                         Interfaces + "\\{1}: Input/output error"));
+                                     "Cannot read the value Domain of the key " + Interfaces +
+                                         "\\{1}: Input/output error"));
 }
 
 // Once read, the version is known for as long as the layer is up: so one test for each fault.
