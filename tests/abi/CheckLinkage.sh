@@ -29,10 +29,10 @@ describe() {
   "$objdump" --dwarf=info headers.o >debugging
 }
 
-# The symbols in the specifications, which have all but copy and move constructors.
+# The symbols in what the compiler writes for Ada, which have all but copy and move constructors.
 specified() { sed -nE 's/.*(External_Name => |CPP_Constructor \([^,]*, )"([^"]*)".*/\2/p' ./*.ads; }
 
-# The symbols of constructors in the debugging information, except those of templates that the specifications do
+# The symbols of constructors in the debugging information, except those of templates that the Ada text does
 # not know: clients instantiate them.
 debugged_constructors() {
   local symbol class
