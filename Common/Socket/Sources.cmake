@@ -21,6 +21,7 @@ set(VELSOCK_SOCKET_SOURCES
   Socket/Socket/SocketLayerState.cpp
   Socket/Socket/SocketXt.cpp
   Socket/Socket/SocketXtAccept.cpp
+  Socket/Socket/SocketXtCreation.cpp
   Socket/Socket/SocketXtFailure.cpp
   Socket/Socket/SocketXtGroups.cpp
   Socket/Socket/SocketXtImpl.cpp

@@ -283,8 +283,12 @@ TEST(Signatures, ExtendedSocketOperationsAreAsClientsCallThem) {
     static_assert(Is<&SocketXt::GetSpecialAddress,
                      ReturnString (SocketXt::*)(Special, SocketXt::ADDR_FAMILY) const>);
     static_assert(Is<&SocketXt::GetIpVersion, SocketXt::ADDR_FAMILY (*)()>);
-    static_assert(Is<&VelNet::CreateSocketXt,
-                     ReturnPtrI<SocketXt> (*)(Socket::SOCKET_TYPE, Socket::SOCKET_PROTOCOL)>);
+    static_assert(requires {
+        static_cast<ReturnPtrI<SocketXt> (*)(Socket::SOCKET_TYPE, Socket::SOCKET_PROTOCOL)>(
+            &VelNet::CreateSocketXt);
+        static_cast<ReturnPtrI<SocketXt> (*)(Socket::SOCKET_TYPE, Socket::SOCKET_PROTOCOL,
+                                             SocketXt::ADDR_FAMILY)>(&VelNet::CreateSocketXt);
+    });
     SUCCEED();
 }
 

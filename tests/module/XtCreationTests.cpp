@@ -42,6 +42,24 @@ TEST_F(XtCreation, UnknownTypeAndProtocolAreLeftToTheSystem) {
     EXPECT_EQ(socket->GetAddressFamily(), SocketXt::FAMILY_IPV6);
 }
 
+TEST_F(XtCreation, AChosenVersionNeedsNoName) {
+    const SocketXtPtr socket =
+        CreateSocketXt(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP, SocketXt::FAMILY_IPV6);
+    EXPECT_EQ(Transcript(), (Lines{"WSAStartup(0x0101)", "socket(23, 1, 6)", "WSACleanup()"}));
+    EXPECT_EQ(socket->GetAddressFamily(), SocketXt::FAMILY_IPV6);
+}
+
+TEST_F(XtCreation, EachFailureToMakeOneOfAChosenVersionIsTold) {
+    ExpectEachFailure(
+        {.failWith = [](int number) { On::Socket().Fails(number); },
+         .operation =
+             [] {
+                 CreateSocketXt(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP, SocketXt::FAMILY_IPV4);
+             },
+         .head = Head("::socket"),
+         .calls = {"WSAStartup(0x0101)", "socket(2, 1, 6)", "WSAGetLastError()", "WSACleanup()"}});
+}
+
 // The number is the last error, not what the call returned.
 TEST_F(XtCreation, EachFailureToResolveIsTold) {
     ExpectEachFailure({.failWith = [](int number) { On::Getaddrinfo().FailsReturning(8, number); },

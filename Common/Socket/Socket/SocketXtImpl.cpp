@@ -15,47 +15,7 @@ namespace {
 constexpr int Backlog = 2;
 constexpr char AnyPort[] = "0";
 
-SocketXt::ADDR_FAMILY FamilyFrom(int systemFamily) noexcept {
-    switch (systemFamily) {
-        case Winsock::FamilyIpv4:
-            return SocketXt::FAMILY_IPV4;
-        case Winsock::FamilyIpv6:
-            return SocketXt::FAMILY_IPV6;
-        default:
-            return SocketXt::FAMILY_UNKNOWN;
-    }
-}
-
 }  // namespace
-
-VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
-                                             Socket::SOCKET_PROTOCOL protocol) {
-    constexpr const char* function = "VelNet::CreateSocketXt";
-    constexpr const char* description = "cannot create a socket";
-    const WinsockScope scope(function);
-    const int systemType = SystemTypeFrom(type);
-    const int systemProtocol = SystemProtocolFrom(protocol);
-
-    Winsock::Handle made = Winsock::InvalidSocket;
-    SocketXt::ADDR_FAMILY family = SocketXt::FAMILY_UNKNOWN;
-    const AddressWalk walk = TryAddresses(
-        NarrowComputerName().c_str(), nullptr, AddressHints(systemType, systemProtocol),
-        [&](const Winsock::AddressInfo& entry) {
-            made = Winsock::socket(entry.family, systemType, systemProtocol);
-            family = FamilyFrom(entry.family);
-            return made != Winsock::InvalidSocket;
-        });
-    if (walk.outcome == AddressWalk::NotResolved)
-        ThrowSocketXtError({function, description, "::getaddrinfo", walk.error});
-    if (walk.outcome != AddressWalk::Accepted)
-        ThrowSocketXtError({function, description, "::socket", walk.ErrorOrLast()});
-
-    HandleOwner handle(made);
-    auto* const socket =
-        new SocketXtImpl(handle.Get(), STATE_CREATED, systemType, systemProtocol, family);
-    handle.HandOver();
-    return {socket};
-}
 
 SocketXtImpl::SocketXtImpl(Winsock::Handle handle, SocketState state, int socketType, int protocol,
                            ADDR_FAMILY family)

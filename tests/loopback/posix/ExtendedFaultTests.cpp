@@ -170,16 +170,22 @@ TEST_P(ExtendedFault, OfClosingIsNone) {
     EXPECT_EQ(Sink().Take(), Records{});
 }
 
+Failure NotCreated(int number, std::u16string_view text) {
+    return SystemFailure(u"VelNet::CreateSocketXt , cannot create a socket , ::socket ,  ", number,
+                         text);
+}
+
 TEST_P(ExtendedFault, OfCreatingIsThrown) {
-    ExpectEach(
-        SystemCall::Socket,
-        [](int number, std::u16string_view text) {
-            return SystemFailure(u"VelNet::CreateSocketXt , cannot create a socket , ::socket ,  ",
-                                 number, text);
-        },
-        [] {
-            VelNet::CreateSocketXt(VelNet::Socket::SOCKET_STREAM, VelNet::Socket::PROTOCOL_TCP);
-        });
+    ExpectEach(SystemCall::Socket, NotCreated, [] {
+        VelNet::CreateSocketXt(VelNet::Socket::SOCKET_STREAM, VelNet::Socket::PROTOCOL_TCP);
+    });
+}
+
+TEST_P(ExtendedFault, OfCreatingForAChosenVersionIsThrown) {
+    ExpectEach(SystemCall::Socket, NotCreated, [] {
+        VelNet::CreateSocketXt(VelNet::Socket::SOCKET_STREAM, VelNet::Socket::PROTOCOL_TCP,
+                               GetParam());
+    });
 }
 
 // A record's text: a number below 32 would be a control character.

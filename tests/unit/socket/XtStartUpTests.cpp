@@ -41,6 +41,10 @@ std::vector<ScopedOperation> ScopedOperations() {
          [](SocketXt& socket) { socket.SendTo("abc", 3, SPECIAL_LOOPBACK, "80"); }},
         {"VelNet::SocketXtImpl::RecvFrom", RecvFrom,
          [] { On::Recvfrom().Delivers("abc", "10.0.0.9", 4711); }},
+        {"VelNet::CreateSocketXt",
+         [](SocketXt&) {
+             CreateSocketXt(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP, SocketXt::FAMILY_IPV6);
+         }},
     };
 }
 

@@ -198,4 +198,13 @@ public:
 VELSOCK_EXPORT VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
                                                             Socket::SOCKET_PROTOCOL protocol);
 
+// The same with an IP version of the caller's choice: the local host's name is not looked up. With
+// FAMILY_UNKNOWN it is, as without the argument.
+//
+// Throws: SOCKET_ERR_AFNOSUPPORT  the system has no sockets of that version, or the value no name
+//         the last three of those above
+VELSOCK_EXPORT VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
+                                                            Socket::SOCKET_PROTOCOL protocol,
+                                                            SocketXt::ADDR_FAMILY family);
+
 }  // namespace VelNet
