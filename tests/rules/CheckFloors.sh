@@ -26,6 +26,7 @@ is_public() {
 is_standard() { [[ $1 != */* && $1 != *.* ]]; }
 is_neighbour() { [[ $2 != */* && (-e $(dirname "$1")/$2 || ($1 == tools/* && -e tools/common/$2)) ]]; }
 is_of_system() { [[ $1 != */* || $1 =~ ^(arpa|linux|net|netinet|sys)/ ]]; }
+is_of_companion() { [[ -e companion/include/$1 ]]; }
 is_of_test_framework() { [[ $1 == gtest/* || $1 == gmock/* ]]; }
 
 # Which sources use the system itself: the platform floor, and what tests and tools need besides the library.
@@ -78,7 +79,11 @@ may_include() {
     Common/support/*) [[ $header =~ ^(Text|Platform)/ ]] || support_room_may_include "$file" "$header" ;;
     Common/Socket/include/*) is_public "$header" ;;
     Common/Socket/Socket/*) [[ $header =~ ^(Text|Platform|Socket|VelBase|VelSynch|VelResource|VelLog|VelRegistry|VelNet)/ ]] ;;
-    tools/* | examples/*) is_public "$header" ;;
+    companion/*) is_public "$header" || is_of_companion "$header" ;;
+    tools/* | examples/*) is_public "$header" || is_of_companion "$header" ;;
+    tests/companion/*)
+      is_public "$header" || is_of_companion "$header" || is_of_test_framework "$header" ||
+        [[ $header =~ ^(companion|loopback|support)/ ]] ;;
     tests/loopback/* | tests/abi/*)
       is_public "$header" || is_of_test_framework "$header" || [[ $header =~ ^(loopback|abi|support)/ ]] ;;
     *) return 0 ;;
@@ -91,7 +96,7 @@ must_not_hold() {
 }
 
 sources() {
-  find Common tools examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
+  find Common companion tools examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
 }
 
 directive='^[[:space:]]*#[[:space:]]*'

@@ -17,7 +17,7 @@ fail() {
 make_project() {
   rm -rf "${project:?}"/*
   mkdir -p "$project"/{tools/cat,examples,tests/unit/posix,bench,Common/support/{VelBase,VelLog},Common/support/include/VelBase} \
-    "$project"/Common/text "$project"/Common/platform/posix/{errors,names}
+    "$project"/Common/text "$project"/Common/platform/posix/{errors,names} "$project"/companion/include/VelCompanion
   put Common/support/include/VelBase/Text.h '#pragma once' '' 'int Length(const char* text);'
   put Common/support/VelBase/Text.cpp '#include "VelBase/Text.h"' '' '#include <cstring>' '' \
     '// Required (Texts.EmptyIsNone,' '// Texts.NullIsNone): null has no length.' \
@@ -72,6 +72,17 @@ put Common/text/Utf8.cpp '#include <VelBase/Text.h>'
 expect_fault CheckFloors.sh 'Common/text/Utf8.cpp must not include VelBase/Text.h'
 put Common/support/include/VelBase/Text.h '#include "VelBase/WideText.h"'
 expect_fault CheckFloors.sh 'VelBase/Text.h is public and must not include VelBase/WideText.h'
+put companion/include/VelCompanion/Errors.h '#include <VelBase/Text.h>'
+put tools/cat/main.cpp '#include <VelCompanion/Errors.h>'
+expect_pass CheckFloors.sh
+put companion/include/VelCompanion/Errors.h '#include <VelBase/WideText.h>'
+expect_fault CheckFloors.sh 'VelCompanion/Errors.h must not include VelBase/WideText.h'
+put companion/include/VelCompanion/Errors.h '#include <sys/socket.h>'
+expect_fault CheckFloors.sh 'VelCompanion/Errors.h must not include sys/socket.h'
+put companion/include/VelCompanion/Errors.h "$(lines 221 '// A comment.')"
+expect_fault CheckSizes.sh 'VelCompanion/Errors.h: a file of 221 lines; 220 are allowed'
+put Common/support/VelBase/Text.cpp '#include <VelCompanion/Errors.h>'
+expect_fault CheckFloors.sh 'VelBase/Text.cpp must not include VelCompanion/Errors.h'
 put tools/cat/main.cpp '#include <VelBase/WideText.h>'
 expect_fault CheckFloors.sh 'tools/cat/main.cpp must not include VelBase/WideText.h'
 put tools/cat/main.cpp '#ifdef _WIN32'
