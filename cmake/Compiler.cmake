@@ -3,17 +3,21 @@
 add_library(velsock_compiler INTERFACE)
 if(MSVC)
   # Written from the compiler's documentation; not tried with the compiler.
-  target_compile_options(velsock_compiler INTERFACE
-    /W4 /WX /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor)
+  target_compile_options(velsock_compiler INTERFACE /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor)
+endif()
+
+if(NOT VELSOCK_WARNINGS)
+  # The flags of another project may ask for warnings and make errors of them, and a newer compiler may know more.
+  target_compile_options(velsock_compiler INTERFACE $<IF:$<CXX_COMPILER_ID:MSVC>,/w,-w>)
+  target_link_options(velsock_compiler INTERFACE $<$<NOT:$<CXX_COMPILER_ID:MSVC>>:-w>)
+elseif(MSVC)
+  target_compile_options(velsock_compiler INTERFACE /W4 /WX)
 else()
   target_compile_options(velsock_compiler INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wcast-qual
     -Wformat=2 -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused
-    -Wdouble-promotion -Wextra-semi -Werror)
-endif()
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(velsock_compiler INTERFACE
-    -Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wuseless-cast)
+    -Wdouble-promotion -Wextra-semi -Werror
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches;-Wduplicated-cond;-Wlogical-op;-Wuseless-cast>)
 endif()
 
 set(sanitizers "")

@@ -7,7 +7,7 @@ module=$1
 list=$2
 
 exports() {
-  nm --dynamic --defined-only --demangle "$module" | sed -E 's/^[0-9a-f]+ . //' | LC_ALL=C sort -u
+  nm --dynamic --defined-only --without-symbol-versions --demangle "$module" | grep -v "^0* A " | sed -E 's/^[0-9a-f]+ . //' | LC_ALL=C sort -u
 }
 
 if ! difference=$(diff <(grep -v '^#' "$list" | grep -v '^$' | LC_ALL=C sort -u) <(exports)); then

@@ -62,17 +62,18 @@ set(VELSOCK_PLATFORM_SOURCES
 set(VELSOCK_PLATFORM_INCLUDES ${CMAKE_CURRENT_LIST_DIR})
 set(VELSOCK_PLATFORM_DEFINITIONS VELSOCK_REGISTRY_ROOT="${VELSOCK_REGISTRY_ROOT}")
 
-# A transfer is one function from the socket's class down to the system call. What follows one that has
-# failed or is traced is compiled apart, or it would be inlined there as well and claim registers and stack
-# of every transfer.
+# A transfer is one function from the socket's class down to the system call, without the stack protector: it has
+# no buffer of its own. What follows one that has failed or is traced is compiled apart, or it would be inlined there
+# as well and claim registers and stack of every transfer.
 function(velsock_optimize_transfers)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     return()
   endif()
+  set(fast -O3 --param=inline-unit-growth=400 --param=builtin-expect-probability=100)
   set_source_files_properties(
     Socket/Socket/StreamTransfer.cpp platform/posix/transfer/Transfer.cpp
     DIRECTORY ${PROJECT_SOURCE_DIR}/Common
-    PROPERTIES COMPILE_OPTIONS "-O3;--param=inline-unit-growth=400;--param=builtin-expect-probability=100")
+    PROPERTIES COMPILE_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:${fast}>;-fno-stack-protector")
   set_source_files_properties(
     Socket/Socket/TransferOutcome.cpp
     DIRECTORY ${PROJECT_SOURCE_DIR}/Common
@@ -80,13 +81,10 @@ function(velsock_optimize_transfers)
 endfunction()
 
 function(velsock_finish_module module)
-  if(CMAKE_BUILD_TYPE STREQUAL "Release")
-    set_target_properties(${module} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
-    velsock_optimize_transfers()
-  endif()
+  velsock_optimize_transfers()
   target_compile_options(${module} PRIVATE -fno-plt -fno-semantic-interposition)
   set(exports ${CMAKE_CURRENT_SOURCE_DIR}/platform/posix/exports.map)
-  target_link_options(${module} PRIVATE -Wl,-z,now -Wl,--version-script=${exports})
+  target_link_options(${module} PRIVATE -Wl,--version-script=${exports})
   if(NOT VELSOCK_SANITIZE)
     # clang++ links the sanitizers' run-time library only into programs.
     target_link_options(${module} PRIVATE -Wl,-z,defs)

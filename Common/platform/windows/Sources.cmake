@@ -15,18 +15,9 @@ function(velsock_finish_module module)
   configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/Version.rc.in
                  ${CMAKE_CURRENT_BINARY_DIR}/Version.rc @ONLY)
   target_sources(${module} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/Version.rc)
-  set_target_properties(${module} PROPERTIES
-    OUTPUT_NAME VelSock
-    PREFIX ""
-    ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-  if(CMAKE_BUILD_TYPE STREQUAL "Release")
-    set_target_properties(${module} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
+  # The linker's name for it is libVelSock.dll.a, or VelSock.lib with Visual C++.
+  set_target_properties(${module} PROPERTIES OUTPUT_NAME VelSock PREFIX "")
+  if(MINGW)
+    target_link_options(${module} PRIVATE -Wl,--exclude-all-symbols)
   endif()
-  if(MSVC)
-    target_link_options(${module} PRIVATE /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA)
-  else()
-    target_link_options(${module} PRIVATE
-      -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--exclude-all-symbols)
-  endif()
-  include(${PROJECT_SOURCE_DIR}/packaging/windows/RuntimeLibraries.cmake)
 endfunction()

@@ -1,0 +1,53 @@
+# What is installed, and where: the libraries for programs that run, what their authors need, and the tools.
+
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/VelSock)
+
+# The tools find the library from where they stand, so that the installed tree can be moved.
+file(RELATIVE_PATH to_libraries /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+if(VELSOCK_TOOLS AND NOT WIN32)
+  set_target_properties(velsock-cat velsock-resolve PROPERTIES INSTALL_RPATH "$ORIGIN/${to_libraries}")
+endif()
+
+install(TARGETS velsock EXPORT VelSockTargets
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(TARGETS velsock_static EXPORT VelSockTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(EXPORT VelSockTargets NAMESPACE VelSock:: DESTINATION ${package_folder} COMPONENT development)
+foreach(folder IN LISTS VELSOCK_PUBLIC_INCLUDES)
+  install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+endforeach()
+if(VELSOCK_TOOLS)
+  install(TARGETS velsock-cat velsock-resolve RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
+# As they lie in the sources: they name each other.
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/SECURITY.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT development FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.cpp" PATTERN "*.h")
+if(MINGW)
+  install(FILES ${VELSOCK_RUNTIME_LIBRARIES} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+endif()
+
+include(CMakePackageConfigHelpers)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/packaging/cmake/VelSockConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/VelSockConfig.cmake INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/VelSockConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VelSockConfig.cmake ${PROJECT_BINARY_DIR}/VelSockConfigVersion.cmake
+  DESTINATION ${package_folder} COMPONENT development)
+
+# pkg-config takes the folders from where its file lies.
+file(RELATIVE_PATH to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" to_prefix "${to_prefix}")
+get_target_property(module_name velsock OUTPUT_NAME)
+if(NOT module_name)
+  set(module_name velsock)
+endif()
+list(TRANSFORM VELSOCK_PLATFORM_LIBRARIES PREPEND "-l" OUTPUT_VARIABLE system_libraries)
+list(JOIN system_libraries " " system_libraries)
+foreach(name velsock velsock-static)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/pkgconfig/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()
