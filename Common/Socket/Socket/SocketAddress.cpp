@@ -1,6 +1,7 @@
 #include "VelNet/SocketAddress.h"
 
 #include "Platform/Winsock.h"
+#include "Socket/AddressWriter.h"
 #include "Socket/ClearForGood.h"
 #include "Socket/FailureText.h"
 #include "VelBase/LengthLimit.h"
@@ -107,6 +108,12 @@ SocketAddress& SocketAddress::operator=(const SocketAddress& other) noexcept {
 SocketAddress::~SocketAddress() {
     delete record_;
     ClearForGood(record_);
+}
+
+void AddressWriter::Write(const Winsock::AddressIpv4& source, SocketAddress& target) noexcept {
+    SocketAddress::Record& record = *target.record_;
+    std::memcpy(record.address.bytes_, source.address, sizeof source.address);
+    record.port = static_cast<unsigned short>(source.port[0] << 8 | source.port[1]);
 }
 
 Octets SocketAddress::GetOctets() const {

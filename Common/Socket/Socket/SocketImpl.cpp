@@ -1,5 +1,6 @@
 #include "Socket/SocketImpl.h"
 
+#include "Socket/AddressWriter.h"
 #include "Socket/ClassicEndpoints.h"
 #include "Socket/FailureText.h"
 #include "Socket/Ipv4Address.h"
@@ -9,6 +10,8 @@
 #include "VelBase/LibraryConversions.h"
 #include "VelBase/TextConversions.h"
 #include "VelBase/WideLiteral.h"
+
+#include <typeinfo>
 
 namespace VelNet {
 
@@ -34,6 +37,32 @@ constexpr int ErrorTryAgain = 11;
         .Append(VelBase::ToDecimalWString(port));
     AppendError(text, ", errno = "_wide, error);
     ThrowFailure(text, Exception::GetSocketError(error));
+}
+
+using AddressQuery = int (*)(Winsock::Handle handle, void* address, int* length);
+
+Winsock::AddressIpv4 QueryAddress(Winsock::Handle handle, AddressQuery query,
+                                  const unsigned short* description) {
+    Winsock::AddressIpv4 address = {};
+    int length = sizeof address;
+    if (query(handle, &address, &length) == Winsock::SocketError) {
+        const int error = Winsock::WSAGetLastError();
+        // Required (SocketAddresses.FailureIsLoggedAndThrownWithTheLabelOfSend): the label is that
+        // of Send for both addresses.
+        ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, description, error);
+    }
+    return address;
+}
+
+SocketAddress SocketAddressFrom(const Winsock::AddressIpv4& address) {
+    SocketAddress made;
+    AddressWriter::Write(address, made);
+    return made;
+}
+
+// Whether no derived class can have overridden an operation.
+bool IsExactlyThisClass(const SocketImpl& socket) noexcept {
+    return typeid(socket) == typeid(SocketImpl);
 }
 
 }  // namespace
@@ -108,8 +137,8 @@ void SocketImpl::Connect(Octets address, unsigned short port) {
     state_ = STATE_CONNECTED;
     // Required (Connect.AsksForTheAddressesThroughTheInterface): both go through the interface, and
     // the socket stays connected if one throws.
-    local_ = GetLocalAddress();
-    remote_ = GetRemoteAddress();
+    StoreLocalAddress(local_);
+    StoreRemoteAddress(remote_);
     TraceConnection(ConnectedFormat);
 }
 
@@ -129,10 +158,10 @@ VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
 
     accepted->handle_ = handle;
     accepted->state_ = STATE_CONNECTED;
-    remote = SocketAddressFrom(address);
+    AddressWriter::Write(address, remote);
     // Required (Accept.AsksTheListenerForItsOwnAddressAndWritesTheRecord): the address that the
     // listener is bound to, not the one that the connection reached.
-    accepted->local_ = GetLocalAddress();
+    StoreLocalAddress(accepted->local_);
     accepted->remote_ = remote;
     accepted->TraceConnection(ConnectedFormat);
     return {accepted.Get()};
@@ -168,8 +197,8 @@ void SocketImpl::Close() noexcept {
     handle_ = Winsock::InvalidSocket;
     state_ = STATE_CLOSED;
     TraceConnection(DisconnectedFormat);
-    local_ = nobody_;
-    remote_ = nobody_;
+    AddressWriter::Clear(local_);
+    AddressWriter::Clear(remote_);
 }
 
 bool SocketImpl::IsDataAvailable() const {
@@ -177,28 +206,34 @@ bool SocketImpl::IsDataAvailable() const {
 }
 
 SocketAddress SocketImpl::GetLocalAddress() const {
-    return QueryAddress(Winsock::getsockname, "The ::getsockname failed"_wide);
+    return SocketAddressFrom(QueryLocalAddress());
 }
 
 SocketAddress SocketImpl::GetRemoteAddress() const {
-    return QueryAddress(Winsock::getpeername, "The ::getpeername failed"_wide);
+    return SocketAddressFrom(QueryRemoteAddress());
 }
 
 int SocketImpl::GetStatus() const {
     return StatusOf(*this, state_);
 }
 
-SocketAddress SocketImpl::QueryAddress(AddressQuery query,
-                                       const unsigned short* description) const {
-    Winsock::AddressIpv4 address = {};
-    int length = sizeof address;
-    if (query(handle_, &address, &length) == Winsock::SocketError) {
-        const int error = Winsock::WSAGetLastError();
-        // Required (SocketAddresses.FailureIsLoggedAndThrownWithTheLabelOfSend): the label is that
-        // of Send for both addresses.
-        ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, description, error);
-    }
-    return SocketAddressFrom(address);
+Winsock::AddressIpv4 SocketImpl::QueryLocalAddress() const {
+    return QueryAddress(handle_, Winsock::getsockname, "The ::getsockname failed"_wide);
+}
+
+Winsock::AddressIpv4 SocketImpl::QueryRemoteAddress() const {
+    return QueryAddress(handle_, Winsock::getpeername, "The ::getpeername failed"_wide);
+}
+
+// What the system tells goes straight to where it is stored, unless an override may tell otherwise.
+void SocketImpl::StoreLocalAddress(SocketAddress& target) const {
+    if (IsExactlyThisClass(*this)) return AddressWriter::Write(QueryLocalAddress(), target);
+    target = GetLocalAddress();
+}
+
+void SocketImpl::StoreRemoteAddress(SocketAddress& target) const {
+    if (IsExactlyThisClass(*this)) return AddressWriter::Write(QueryRemoteAddress(), target);
+    target = GetRemoteAddress();
 }
 
 void SocketImpl::SetOption(int option, unsigned int value, const unsigned short* label,

@@ -44,9 +44,12 @@ public:
     Winsock::Handle Handle() const noexcept final { return handle_; }
 
 private:
-    using AddressQuery = int (*)(Winsock::Handle handle, void* address, int* length);
-
-    SocketAddress QueryAddress(AddressQuery query, const unsigned short* description) const;
+    // Ask the system.
+    Winsock::AddressIpv4 QueryLocalAddress() const;
+    Winsock::AddressIpv4 QueryRemoteAddress() const;
+    // Store what GetLocalAddress and GetRemoteAddress return.
+    void StoreLocalAddress(SocketAddress& target) const;
+    void StoreRemoteAddress(SocketAddress& target) const;
     void SetOption(int option, unsigned int value, const unsigned short* label,
                    const unsigned short* description) const;
 
@@ -63,9 +66,6 @@ private:
     SocketState state_;
     SocketAddress local_;
     SocketAddress remote_;
-    // The value of both addresses after Close, which must not allocate and therefore needs it
-    // ready.
-    const SocketAddress nobody_;
 };
 
 }  // namespace VelNet

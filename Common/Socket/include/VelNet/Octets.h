@@ -45,6 +45,8 @@ public:
     VelBase::ReturnString GetAddressString() const;
 
 private:
+    friend class AddressWriter;
+
     unsigned char* bytes_;
 };
 

@@ -112,8 +112,7 @@ public:
     //
     // Throws: SOCKET_ERR_INVAL  the socket does not listen
     //         SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
-    //         std::bad_alloc    the connection stays pending, or is closed if the memory ran out
-    //                           while the new socket's addresses were stored
+    //         std::bad_alloc    the connection stays pending
     virtual VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) = 0;
 
     // Set how long Receive and Send may block, in milliseconds; 0 and 4294967295 mean no limit. A

@@ -98,6 +98,7 @@ public:
     static VelBase::ReturnPtrI<OctetsCollection> GetLocalMachineDomainNameServer();
 
 private:
+    friend class AddressWriter;
     struct Record;
     Record* record_;
 };
