@@ -129,6 +129,22 @@ TestTheOtherFamilySendsAsWellWhereItSpeaksTheIpVersion() {
   fi
 }
 
+TestTheIpVersionCanBeChosen() {
+  if [ "$sockets" = classic ]; then
+    expect_usage_error --classic -6 udp-listen 0
+    return
+  fi
+  [ "$sockets" = ipv6 ] || enter_own_network '127.0.0.1 velsock-ipv4' '::1 localhost'
+  local version
+  for version in -4 -6; do
+    start_receiving "$version" --count 1
+    expect_equal "$host" "$([ "$version" = -4 ] && echo 127.0.0.1 || echo ::1)"
+    send "$version" < <(printf text)
+    await_peer
+    expect_equal "$(cat peer.out)" text
+  done
+}
+
 TestSilenceEndsWith5AfterTheReceiveTimeOut() {
   start_receiving --recv-timeout 50
   await_peer

@@ -115,13 +115,38 @@ TestAnAddressOfTheOtherIpVersionEndsWith3AndAWordOnTheSocket() {
   elif [ "$host" = ::1 ]; then
     run "$family" connect 127.0.0.1 "$port" </dev/null
     expect_equal "$status" 3
-    expect_match "$(cat err)" "\(code 100(14|47)\); the socket speaks IPv6 because the first address of this computer's name does; --classic speaks IPv4$"
+    expect_match "$(cat err)" "\(code 100(14|47)\); the socket speaks IPv6 because the first address of this computer's name does; -4 chooses IPv4$"
   else
     run "$family" connect ::1 "$port" </dev/null
     expect_equal "$status" 3
-    expect_match "$(cat err)" "\(code 100(14|47)\); the socket speaks IPv4 because the first address of this computer's name does$"
+    expect_match "$(cat err)" "\(code 100(14|47)\); the socket speaks IPv4 because the first address of this computer's name does; -6 chooses IPv6$"
   fi
   expect_equal "$(wc -l <err)" 1
+}
+
+TestTheIpVersionCanBeChosen() {
+  if [ "$sockets" = classic ]; then
+    expect_usage_error --classic -6 connect ::1 80
+    start_listening -4 </dev/null
+    return
+  fi
+  [ "$sockets" = ipv6 ] || enter_own_network '127.0.0.1 velsock-ipv4' '::1 localhost'
+  local version loopback
+  for version in -4 -6; do
+    loopback=$([ "$version" = -4 ] && echo 127.0.0.1 || echo ::1)
+    start_listening "$version" --send-only < <(echo text)
+    expect_equal "$host" "$loopback"
+    run "$version" --receive-only connect "$loopback" "$port" </dev/null
+    await_peer
+    expect_equal "$status $peer_status $(cat out)" "0 0 text"
+  done
+}
+
+TestAChosenIpVersionThatDoesNotFitEndsWith3() {
+  [ "$sockets" != classic ] || exit 0
+  run -4 connect ::1 80 </dev/null
+  expect_equal "$status" 3
+  expect_match "$(cat err)" '; the socket speaks IPv4$'
 }
 
 TestAFileGoesFromTheClientToTheServer() {

@@ -19,6 +19,14 @@ TestHelpGoesToStandardOutput() {
   done
 }
 
+TestHelpHasALetterOfItsOwn() {
+  run -h
+  expect_equal "$status" 0
+  cp out letter
+  run --help
+  cmp letter out
+}
+
 TestVersionGoesToStandardOutput() {
   run --version
   expect_equal "$status" 0
@@ -35,6 +43,30 @@ TestAnOptionWithoutItsValueIsWrongUsage() {
   expect_usage_error connect 127.0.0.1 80 --recv-timeout
   expect_usage_error connect 127.0.0.1 80 --trace
   expect_usage_error udp-send 127.0.0.1 80 --count
+}
+
+TestAValueMayBeAttachedToItsOption() {
+  run --trace=error --log-file=/none/log connect 127.0.0.1 1 </dev/null
+  expect_equal "$status" 6
+  expect_match "$(cat err)" '/none/log'
+  expect_usage_error --recv-timeout= connect 127.0.0.1 80
+  expect_usage_error --xt=yes connect 127.0.0.1 80
+  expect_match "$(cat err)" "'--xt' takes no value"
+  expect_usage_error connect 127.0.0.1 80 --help=all
+}
+
+TestLettersMayBeJoined() {
+  expect_usage_error -46 connect 127.0.0.1 80
+  expect_match "$(cat err)" "'-4' and '-6' exclude each other"
+  expect_usage_error -4x connect 127.0.0.1 80
+  expect_match "$(cat err)" "unknown option '-x'"
+}
+
+TestALetterStandsForListen() {
+  expect_usage_error -l 127.0.0.1 80 81
+  expect_match "$(cat err)" 'listen takes \[HOST\] PORT'
+  run -l 192.0.2.1 80 </dev/null
+  expect_equal "$status" 3
 }
 
 TestAMissingOrSurplusOperandIsWrongUsage() {
@@ -101,6 +133,8 @@ TestATraceListWithAnUnknownOrEmptyItemIsWrongUsage() {
 TestContradictionsAreWrongUsage() {
   expect_usage_error --send-only --receive-only connect 127.0.0.1 80
   expect_usage_error --classic --xt connect 127.0.0.1 80
+  expect_usage_error -4 -6 connect 127.0.0.1 80
+  expect_usage_error --classic -6 connect 127.0.0.1 80
 }
 
 TestAnOptionOfAnotherCommandIsWrongUsage() {

@@ -64,6 +64,10 @@ TestWrongUsageEndsWith1() {
   expect_usage_error ip-version x
   expect_usage_error --cache dotted 1.2.3.4
   expect_usage_error --cache local-name
+  expect_usage_error -6 reverse 127.0.0.1
+  expect_usage_error -4 -6 forward localhost
+  expect_usage_error -6 --cache forward localhost
+  expect_usage_error --json=yes forward localhost
 }
 
 TestForwardGivesAllAddressesInTheirOrder() {
@@ -71,6 +75,20 @@ TestForwardGivesAllAddressesInTheirOrder() {
   expect_answer $'10.0.0.1\n10.0.0.2' forward many
   expect_answer $'10.0.0.9' forward alias
   expect_answer $'10.0.0.9\n10.1.2.3' forward named.example velsock-host
+}
+
+TestForwardGivesTheAddressesOfTheChosenVersion() {
+  enter_own_network '10.1.2.3 velsock-host' '127.0.0.1 localhost' '::1 localhost' 'fd77::1 many' 'fd77::2 many' \
+    '10.0.0.1 many' '10.0.0.9 four'
+  expect_answer $'fd77::1\nfd77::2' -6 forward many
+  expect_answer 10.0.0.1 -4 forward many
+  expect_answer '{"query":"::1","addresses":["::1"]}' --json -6 forward ::1
+  run -6 forward four many
+  expect_equal "$status $(xargs <out)" "2 fd77::1 fd77::2"
+  expect_match "$(cat err)" '^velsock-resolve: four has no IPv6 address \(code 11004\)$'
+  run --ipv6 forward name.invalid
+  expect_equal "$status" 2
+  expect_match "$(cat err)" '^velsock-resolve: VelNet::.* \(code 110[0-9][0-9]\)$'
 }
 
 TestForwardThroughTheCacheGivesTheFirstAddress() {

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
+#include "CommandLine.h"
 #include "Options.h"
 
 namespace VelSockCat {
@@ -45,38 +47,35 @@ bool IsRightNumber(const CommandRow& row, std::size_t operands) {
 
 class Parser {
 public:
-    explicit Parser(const std::vector<std::string>& words) : words_(words) {}
+    explicit Parser(const std::vector<std::string>& words) : line_("velsock-cat", words) {}
 
     Arguments Parse() {
-        while (next_ < words_.size())
-            TakeWord(words_[next_++]);
+        while (const auto item = line_.Next()) {
+            if (item->isOption) {
+                TakeOption(item->text);
+            } else {
+                operands_.push_back(item->text);
+            }
+        }
         if (!isInformation_) TakeCommand();
         return std::move(arguments_);
     }
 
 private:
-    void TakeWord(const std::string& word) {
-        if (optionsEnded_ || word.size() < 2 || word.front() != '-') {
-            operands_.push_back(word);
-        } else if (word == "--") {
-            optionsEnded_ = true;
-        } else {
-            TakeOption(word);
-        }
+    void TakeOption(const std::string& name) {
+        if (name == "--help" || name == "-h") return TakeInformation(Command::Help);
+        if (name == "--version") return TakeInformation(Command::Version);
+        if (name == "--listen" || name == "-l") return TakeListen();
+        const Option* const option = FindOption(name);
+        if (option == nullptr) Refuse("unknown option '" + name + "'");
+        option->take(arguments_, option->hasValue ? line_.Value() : std::string());
+        options_.emplace_back(option, name);
     }
 
-    void TakeOption(const std::string& word) {
-        if (word == "--help") return TakeInformation(Command::Help);
-        if (word == "--version") return TakeInformation(Command::Version);
-        const Option* const option = FindOption(word);
-        if (option == nullptr) Refuse("unknown option '" + word + "'");
-        option->take(arguments_, option->hasValue ? ValueOf(word) : std::string());
-        options_.push_back(option);
-    }
-
-    const std::string& ValueOf(const std::string& option) {
-        if (next_ == words_.size()) Refuse("'" + option + "' needs a value");
-        return words_[next_++];
+    // The option stands for the command of that name.
+    void TakeListen() {
+        if (!listens_) operands_.insert(operands_.begin(), "listen");
+        listens_ = true;
     }
 
     void TakeInformation(Command command) {
@@ -93,9 +92,9 @@ private:
     }
 
     void CheckOptions(const CommandRow& row) const {
-        for (const Option* const option : options_) {
+        for (const auto& [option, name] : options_) {
             if (!option->BelongsTo(row.command)) {
-                Refuse(std::string("'") + option->name + "' does not go with " + row.name);
+                Refuse("'" + name + "' does not go with " + row.name);
             }
         }
         if (arguments_.logFile && arguments_.categories.empty()) {
@@ -112,6 +111,9 @@ private:
             row.command == Command::Broadcast || row.command == Command::Multicast;
         if (oneToMany) Refuse(std::string(row.name) + " needs an extended socket");
         if (arguments_.showSenders) Refuse("'--from' needs an extended socket");
+        if (arguments_.version == VelNet::SocketXt::FAMILY_IPV6) {
+            Refuse("'-6' needs an extended socket");
+        }
     }
 
     void TakeOperands(const CommandRow& row) {
@@ -139,11 +141,10 @@ private:
         arguments_.host = host;
     }
 
-    const std::vector<std::string>& words_;
-    std::size_t next_ = 0;
+    VelSockTools::CommandLine line_;
     std::vector<std::string> operands_;
-    std::vector<const Option*> options_;
-    bool optionsEnded_ = false;
+    std::vector<std::pair<const Option*, std::string>> options_;  // by the names that were given
+    bool listens_ = false;
     bool isInformation_ = false;
     Arguments arguments_;
 };

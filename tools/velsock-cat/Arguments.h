@@ -1,6 +1,8 @@
 // The command line.
 #pragma once
 
+#include <VelNet/SocketXt.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +19,8 @@ enum class Direction { Both, SendOnly, ReceiveOnly };
 struct Arguments {
     Command command = Command::Help;
     std::optional<SocketFamily> chosenFamily;
+    // Of extended sockets; that of the local host's name if unknown.
+    VelNet::SocketXt::ADDR_FAMILY version = VelNet::SocketXt::FAMILY_UNKNOWN;
     std::optional<std::string> host;  // the loopback address if omitted
     unsigned short port = 0;
     Direction direction = Direction::Both;

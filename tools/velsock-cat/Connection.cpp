@@ -22,7 +22,7 @@ ReturnPtrI<Socket> AcceptClassic(const Arguments& arguments) {
 }
 
 ReturnPtrI<Socket> AcceptExtended(const Arguments& arguments) {
-    const auto listener = CreateExtended(Kind::Stream);
+    const auto listener = CreateExtended(Kind::Stream, arguments);
     BindExtended(*listener, arguments);
     listener->Listen();
     AnnounceListening(
@@ -35,7 +35,7 @@ ReturnPtrI<Socket> AcceptExtended(const Arguments& arguments) {
 }
 
 ReturnPtrI<Socket> ConnectExtended(const Arguments& arguments) {
-    const auto socket = CreateExtended(Kind::Stream);
+    const auto socket = CreateExtended(Kind::Stream, arguments);
     ConnectExtended(*socket, arguments);
     return socket.Get();
 }

@@ -15,15 +15,18 @@ using VelNet::SocketXt;
 class ExtendedDatagrams : public DatagramSocket {
 public:
     // The host that Send sends to.
-    ExtendedDatagrams(ReturnPtrI<SocketXt> socket, std::string host, unsigned short port)
-        : socket_(std::move(socket)), host_(std::move(host)), port_(std::to_string(port)) {}
+    ExtendedDatagrams(ReturnPtrI<SocketXt> socket, std::string host, const Arguments& arguments)
+        : socket_(std::move(socket)),
+          host_(std::move(host)),
+          port_(std::to_string(arguments.port)),
+          arguments_(arguments) {}
 
     void Send(std::string_view bytes) override {
         try {
             socket_->SendTo(bytes.data(), static_cast<int>(bytes.size()), host_.c_str(),
                             port_.c_str());
         } catch (const VelNet::Exception& exception) {
-            throw TransferFailure(exception, RemarkOnVersion(*socket_, exception));
+            throw TransferFailure(exception, RemarkOnVersion(*socket_, exception, arguments_));
         }
     }
 
@@ -42,6 +45,7 @@ private:
     ReturnPtrI<SocketXt> socket_;
     std::string host_;
     std::string port_;
+    const Arguments& arguments_;
 };
 
 // Several programs on one host may receive from a group on the same port.
@@ -51,7 +55,7 @@ void JoinGroup(SocketXt& socket, const Arguments& arguments) {
         socket.Bind(VelNet::SPECIAL_ANY, std::to_string(arguments.port).c_str());
         socket.SetSocketForMulticast(arguments.host->c_str(), 0);
     } catch (const VelNet::Exception& exception) {
-        throw OpeningFailure(socket, exception);
+        throw OpeningFailure(socket, exception, arguments);
     }
 }
 
@@ -73,11 +77,11 @@ bool IsReceiver(const Arguments& arguments) {
 }  // namespace
 
 std::unique_ptr<DatagramSocket> OpenExtendedDatagrams(const Arguments& arguments) {
-    auto socket = CreateExtended(Kind::Datagram);
+    auto socket = CreateExtended(Kind::Datagram, arguments);
     std::string host = Prepare(*socket, arguments);
     SetTimeouts(*socket, arguments);
     if (IsReceiver(arguments)) AnnounceListening(host, arguments.port);
-    return std::make_unique<ExtendedDatagrams>(std::move(socket), std::move(host), arguments.port);
+    return std::make_unique<ExtendedDatagrams>(std::move(socket), std::move(host), arguments);
 }
 
 }  // namespace VelSockCat

@@ -18,17 +18,18 @@ bool IsOtherVersion(const VelNet::Exception& exception) {
 
 }  // namespace
 
-ReturnPtrI<SocketXt> CreateExtended(Kind kind) {
-    return kind == Kind::Stream
-               ? VelNet::CreateSocketXt(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP)
-               : VelNet::CreateSocketXt(Socket::SOCKET_DATAGRAM, Socket::PROTOCOL_UDP);
+ReturnPtrI<SocketXt> CreateExtended(Kind kind, const Arguments& arguments) {
+    const bool stream = kind == Kind::Stream;
+    return VelNet::CreateSocketXt(stream ? Socket::SOCKET_STREAM : Socket::SOCKET_DATAGRAM,
+                                  stream ? Socket::PROTOCOL_TCP : Socket::PROTOCOL_UDP,
+                                  arguments.version);
 }
 
 void ConnectExtended(SocketXt& socket, const Arguments& arguments) {
     try {
         socket.Connect(arguments.host->c_str(), std::to_string(arguments.port).c_str());
     } catch (const VelNet::Exception& exception) {
-        throw OpeningFailure(socket, exception);
+        throw OpeningFailure(socket, exception, arguments);
     }
 }
 
@@ -42,7 +43,7 @@ void BindExtended(SocketXt& socket, const Arguments& arguments) {
             socket.Bind(VelNet::SPECIAL_LOOPBACK, port.c_str());
         }
     } catch (const VelNet::Exception& exception) {
-        throw OpeningFailure(socket, exception);
+        throw OpeningFailure(socket, exception, arguments);
     }
 }
 
@@ -50,19 +51,21 @@ std::string SpecialAddressOf(const SocketXt& socket, VelNet::SpecialAddressKind 
     return socket.GetSpecialAddress(kind, socket.GetAddressFamily()).c_str();
 }
 
-std::string RemarkOnVersion(const SocketXt& socket, const VelNet::Exception& exception) {
+std::string RemarkOnVersion(const SocketXt& socket, const VelNet::Exception& exception,
+                            const Arguments& arguments) {
     if (!IsOtherVersion(exception)) return "";
-    if (socket.GetAddressFamily() == SocketXt::FAMILY_IPV6) {
-        return "; the socket speaks IPv6 because the first address of this computer's name does; "
-               "--classic speaks IPv4";
-    }
-    return "; the socket speaks IPv4 because the first address of this computer's name does";
+    const bool ipv6 = socket.GetAddressFamily() == SocketXt::FAMILY_IPV6;
+    const std::string remark = ipv6 ? "; the socket speaks IPv6" : "; the socket speaks IPv4";
+    if (arguments.version != SocketXt::FAMILY_UNKNOWN) return remark;
+    return remark + " because the first address of this computer's name does; " +
+           (ipv6 ? "-4 chooses IPv4" : "-6 chooses IPv6");
 }
 
-Failure OpeningFailure(const SocketXt& socket, const VelNet::Exception& exception) {
+Failure OpeningFailure(const SocketXt& socket, const VelNet::Exception& exception,
+                       const Arguments& arguments) {
     const bool notResolved = VelSockTools::IsNotResolved(exception);
     return {notResolved ? ExitCode::NameNotResolvable : ExitCode::NotConnected, exception,
-            RemarkOnVersion(socket, exception)};
+            RemarkOnVersion(socket, exception, arguments)};
 }
 
 }  // namespace VelSockCat

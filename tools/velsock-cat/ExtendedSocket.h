@@ -13,7 +13,8 @@
 
 namespace VelSockCat {
 
-VelBase::ReturnPtrI<VelNet::SocketXt> CreateExtended(Kind kind);
+// Creates one of the IP version that the command line requests.
+VelBase::ReturnPtrI<VelNet::SocketXt> CreateExtended(Kind kind, const Arguments& arguments);
 
 // Throws Failure with NameNotResolvable or NotConnected.
 void ConnectExtended(VelNet::SocketXt& socket, const Arguments& arguments);
@@ -22,12 +23,14 @@ void BindExtended(VelNet::SocketXt& socket, const Arguments& arguments);
 // Returns the string of one of the socket's own special addresses.
 std::string SpecialAddressOf(const VelNet::SocketXt& socket, VelNet::SpecialAddressKind kind);
 
-// Explains the failure if the socket's IP version was the cause: it depends on the local host's
-// name and not on the command line. Empty otherwise.
-std::string RemarkOnVersion(const VelNet::SocketXt& socket, const VelNet::Exception& exception);
+// Explains the failure if the socket's IP version was the cause: unless the command line chooses
+// it, it depends on the local host's name. Empty otherwise.
+std::string RemarkOnVersion(const VelNet::SocketXt& socket, const VelNet::Exception& exception,
+                            const Arguments& arguments);
 
 // A failure before any transfer.
 VelSockTools::Failure OpeningFailure(const VelNet::SocketXt& socket,
-                                     const VelNet::Exception& exception);
+                                     const VelNet::Exception& exception,
+                                     const Arguments& arguments);
 
 }  // namespace VelSockCat

@@ -26,6 +26,7 @@ output. To send to a group, udp-send to it.
 Sockets:
   --xt                the extended socket (the default). It speaks the IP
                       version of the first address of this computer's name.
+  -4, -6              an extended socket of this IP version instead
   --classic           the classic socket, which speaks IPv4
 
 Options of listen and connect:
@@ -46,7 +47,7 @@ Options:
   --trace LIST        show records of these kinds on standard error; LIST is one
                       or more of connection,packet,verbose,error
   --log-file PATH     append the records of --trace to PATH instead
-  --help              show this text
+  -h, --help          show this text
   --version           show the version
   --                  end of the options
 

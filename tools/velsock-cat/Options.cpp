@@ -6,7 +6,7 @@
 #include <limits>
 #include <string_view>
 
-#include "Failure.h"
+#include "CommandLine.h"
 
 namespace VelSockCat {
 
@@ -72,6 +72,13 @@ void TakeDirection(Arguments& arguments, Direction direction) {
     arguments.direction = direction;
 }
 
+void TakeVersion(Arguments& arguments, VelNet::SocketXt::ADDR_FAMILY version) {
+    if (arguments.version != VelNet::SocketXt::FAMILY_UNKNOWN && arguments.version != version) {
+        Refuse("'-4' and '-6' exclude each other");
+    }
+    arguments.version = version;
+}
+
 template <class... Commands>
 constexpr unsigned int SetOf(Commands... commands) {
     return ((1U << static_cast<unsigned int>(commands)) | ...);
@@ -85,34 +92,39 @@ constexpr unsigned int All = Connections | Datagrams;
 
 using Text = const std::string&;
 
-constexpr std::array<Option, 12> Options{{
-    {"--classic", All, false,
+constexpr std::array<Option, 14> Options{{
+    {"--classic", "", All, false,
      [](Arguments& arguments, Text) { TakeFamily(arguments, SocketFamily::Classic); }},
-    {"--xt", All, false,
+    {"--xt", "", All, false,
      [](Arguments& arguments, Text) { TakeFamily(arguments, SocketFamily::Extended); }},
-    {"--send-only", Connections, false,
+    {"--ipv4", "-4", All, false,
+     [](Arguments& arguments, Text) { TakeVersion(arguments, VelNet::SocketXt::FAMILY_IPV4); }},
+    {"--ipv6", "-6", All, false,
+     [](Arguments& arguments, Text) { TakeVersion(arguments, VelNet::SocketXt::FAMILY_IPV6); }},
+    {"--send-only", "", Connections, false,
      [](Arguments& arguments, Text) { TakeDirection(arguments, Direction::SendOnly); }},
-    {"--receive-only", Connections, false,
+    {"--receive-only", "", Connections, false,
      [](Arguments& arguments, Text) { TakeDirection(arguments, Direction::ReceiveOnly); }},
-    {"--reuse", SetOf(Command::Listen, Command::UdpListen), false,
+    {"--reuse", "", SetOf(Command::Listen, Command::UdpListen), false,
      [](Arguments& arguments, Text) { arguments.reuseAddress = true; }},
-    {"--from", DatagramReceivers, false,
+    {"--from", "", DatagramReceivers, false,
      [](Arguments& arguments, Text) { arguments.showSenders = true; }},
-    {"--size", DatagramSenders, true,
+    {"--size", "", DatagramSenders, true,
      [](Arguments& arguments, Text value) {
          arguments.datagramSize = ParseNumber(value, 65535, "size of a datagram");
      }},
-    {"--count", Datagrams, true,
+    {"--count", "", Datagrams, true,
      [](Arguments& arguments, Text value) {
          arguments.datagramCount = ParseNumber(value, AnyNumber, "number of datagrams");
      }},
-    {"--recv-timeout", Connections | DatagramReceivers, true,
+    {"--recv-timeout", "", Connections | DatagramReceivers, true,
      [](Arguments& arguments, Text value) { arguments.receiveTimeout = ParseMilliseconds(value); }},
-    {"--send-timeout", Connections | DatagramSenders, true,
+    {"--send-timeout", "", Connections | DatagramSenders, true,
      [](Arguments& arguments, Text value) { arguments.sendTimeout = ParseMilliseconds(value); }},
-    {"--trace", All, true,
+    {"--trace", "", All, true,
      [](Arguments& arguments, Text value) { arguments.categories = ParseCategories(value); }},
-    {"--log-file", All, true, [](Arguments& arguments, Text value) { arguments.logFile = value; }},
+    {"--log-file", "", All, true,
+     [](Arguments& arguments, Text value) { arguments.logFile = value; }},
 }};
 
 }  // namespace
@@ -122,8 +134,9 @@ bool Option::BelongsTo(Command command) const noexcept {
 }
 
 const Option* FindOption(const std::string& name) {
-    const auto* const option = std::find_if(Options.begin(), Options.end(),
-                                            [&](const Option& each) { return each.name == name; });
+    const auto* const option =
+        std::find_if(Options.begin(), Options.end(),
+                     [&](const Option& each) { return name == each.name || name == each.letter; });
     return option == Options.end() ? nullptr : option;
 }
 
@@ -133,8 +146,7 @@ unsigned short ParsePort(const std::string& text) {
 }
 
 void Refuse(const std::string& text) {
-    using VelSockTools::ExitCode;
-    throw VelSockTools::Failure(ExitCode::WrongUsage, text + "; see velsock-cat --help");
+    VelSockTools::RefuseUsage("velsock-cat", text);
 }
 
 }  // namespace VelSockCat

@@ -9,6 +9,7 @@ namespace VelSockCat {
 
 struct Option {
     const char* name;
+    const char* letter;     // its short name; empty if it has none
     unsigned int commands;  // a bit for each command that takes it
     bool hasValue;
     // Throws Failure with WrongUsage for an invalid value.

@@ -25,13 +25,15 @@ ReturnPtrI<SocketAddressCache> CreateCache() {
 class Session {
 public:
     explicit Session(const Arguments& arguments)
-        : question_(*arguments.question), isJson_(arguments.json) {
+        : question_(*arguments.question),
+          ask_(arguments.IsIpv6() ? question_.askIpv6 : question_.ask),
+          isJson_(arguments.json) {
         if (arguments.cache) cache_ = CreateCache();
     }
 
     void Ask(const std::string& operand) {
         try {
-            const Values values = question_.ask(cache_.Get(), operand);
+            const Values values = ask_(cache_.Get(), operand);
             VelSockTools::WriteOutput(isJson_ ? JsonAnswer(operand, values) : TextAnswer(values));
         } catch (const VelNet::Exception& exception) {
             if (isJson_) VelSockTools::WriteOutput(JsonFailure(operand, exception));
@@ -83,6 +85,7 @@ private:
     }
 
     const Question& question_;
+    VelSockResolve::Ask ask_;
     bool isJson_;
     ReturnPtrI<SocketAddressCache> cache_;
     ExitCode outcome_ = ExitCode::InOrder;

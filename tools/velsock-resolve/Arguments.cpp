@@ -1,40 +1,41 @@
 #include "Arguments.h"
 
-#include "Failure.h"
+#include "CommandLine.h"
 
 namespace VelSockResolve {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& text) {
-    using VelSockTools::ExitCode;
-    throw VelSockTools::Failure(ExitCode::WrongUsage, text + "; see velsock-resolve --help");
-}
+using VelNet::SocketXt;
 
-bool LooksLikeOption(const std::string& word) {
-    return word.size() >= 2 && word.front() == '-';
+[[noreturn]] void Refuse(const std::string& text) {
+    VelSockTools::RefuseUsage("velsock-resolve", text);
 }
 
 class Parser {
 public:
-    explicit Parser(const std::vector<std::string>& words) : words_(words) {}
+    explicit Parser(const std::vector<std::string>& words) : line_("velsock-resolve", words) {}
 
     Arguments Parse() {
-        for (const std::string& word : words_)
-            TakeWord(word);
+        while (const auto item = line_.Next()) {
+            if (item->isOption) {
+                TakeOption(item->text);
+            } else {
+                TakeOperand(item->text);
+            }
+        }
         if (arguments_.command == Command::Answer) CheckQuestion();
         return std::move(arguments_);
     }
 
 private:
-    void TakeWord(const std::string& word) {
-        if (!optionsEnded_ && LooksLikeOption(word)) return TakeOption(word);
+    void TakeOperand(const std::string& word) {
         if (arguments_.question == nullptr) return TakeQuestion(word);
         arguments_.operands.push_back(word);
     }
 
     void TakeOption(const std::string& option) {
-        if (option == "--help") {
+        if (option == "--help" || option == "-h") {
             arguments_.command = Command::Help;
         } else if (option == "--version") {
             arguments_.command = Command::Version;
@@ -42,11 +43,20 @@ private:
             arguments_.cache = true;
         } else if (option == "--json") {
             arguments_.json = true;
-        } else if (option == "--") {
-            optionsEnded_ = true;
+        } else if (option == "--ipv4" || option == "-4") {
+            TakeVersion(SocketXt::FAMILY_IPV4);
+        } else if (option == "--ipv6" || option == "-6") {
+            TakeVersion(SocketXt::FAMILY_IPV6);
         } else {
             Refuse("unknown option '" + option + "'");
         }
+    }
+
+    void TakeVersion(SocketXt::ADDR_FAMILY version) {
+        if (arguments_.version.value_or(version) != version) {
+            Refuse("'-4' and '-6' exclude each other");
+        }
+        arguments_.version = version;
     }
 
     void TakeQuestion(const std::string& name) {
@@ -63,10 +73,13 @@ private:
         if (!question->hasCache && arguments_.cache) {
             Refuse(std::string("'--cache' does not go with ") + question->name);
         }
+        if (question->askIpv6 == nullptr && arguments_.version) {
+            Refuse(std::string("'-4' and '-6' do not go with ") + question->name);
+        }
+        if (arguments_.cache && arguments_.IsIpv6()) Refuse("the cache knows IPv4 alone");
     }
 
-    const std::vector<std::string>& words_;
-    bool optionsEnded_ = false;
+    VelSockTools::CommandLine line_;
     Arguments arguments_;
 };
 

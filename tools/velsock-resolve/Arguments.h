@@ -1,6 +1,9 @@
 // The command line.
 #pragma once
 
+#include <VelNet/SocketXt.h>
+
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +19,9 @@ struct Arguments {
     std::vector<std::string> operands;
     bool cache = false;
     bool json = false;
+    std::optional<VelNet::SocketXt::ADDR_FAMILY> version;  // IPv4 if omitted
+
+    bool IsIpv6() const { return version == VelNet::SocketXt::FAMILY_IPV6; }
 };
 
 // Parses the arguments, without the program's name. Throws Failure with WrongUsage.

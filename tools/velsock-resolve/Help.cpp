@@ -6,7 +6,7 @@ const char* HelpText() noexcept {
     return R"(Shows what the library's resolvers answer.
 
 Usage:
-  velsock-resolve [OPTION]... forward [NAME]...     a host's IPv4 addresses
+  velsock-resolve [OPTION]... forward [NAME]...     a host's addresses
   velsock-resolve [OPTION]... reverse [ADDRESS]...  the name of an address
   velsock-resolve [OPTION]... dotted [TEXT]...      the address of a dotted text
   velsock-resolve [OPTION]... local-name            this computer's name
@@ -18,10 +18,11 @@ forward, reverse and dotted without an operand read them from standard input,
 one a line. Answers go to standard output, one a line.
 
 Options:
+  -4, -6      forward: the host's addresses of this IP version (default: IPv4)
   --cache     forward and reverse: ask once for each name or address and
               remember the answer; of a name's addresses, the first alone
   --json      one JSON object for each question, failures included
-  --help      show this text
+  -h, --help  show this text
   --version   show the version
   --          end of the options
 

@@ -1,10 +1,14 @@
 #include "Questions.h"
 
+#include <VelBase/TextConversions.h>
+#include <VelNet/Exception.h>
 #include <VelNet/SocketAddress.h>
 #include <VelNet/SocketXt.h>
 
 #include <algorithm>
 #include <array>
+
+#include "SystemNetwork.h"
 
 namespace VelSockResolve {
 
@@ -30,6 +34,25 @@ Values TextsOf(const OctetsCollection& octets) {
 Values AskForward(SocketAddressCache* cache, const std::string& name) {
     if (cache != nullptr) return {TextOf(cache->GetOctetsFromMachineName(name.c_str()))};
     return TextsOf(*SocketAddress::GetOctetsFromMachineName(name.c_str()));
+}
+
+[[noreturn]] void ThrowNoIpv6Address(const std::string& host) {
+    const std::string text = host + " has no IPv6 address";
+    throw VelNet::Exception(VelBase::UTF8ToWideChar(text.c_str(), false).c_str(),
+                            VelNet::SOCKET_ERR_NO_DATA);
+}
+
+// The library lists IPv4 addresses alone; an extended socket gets these from the system's resolver.
+// Why there is none, the library tells: it throws if there is no such host.
+Values AskForwardIpv6(SocketAddressCache*, const std::string& name) {
+    const std::string host = name.empty() ? SocketAddress::GetLocalMachineName().c_str() : name;
+    Values texts;
+    for (const VelSockTools::HostAddress& address : VelSockTools::FindAddresses(host)) {
+        if (address.family == VelNet::SocketXt::FAMILY_IPV6) texts.push_back(address.text);
+    }
+    if (!texts.empty()) return texts;
+    SocketAddress::GetOctetsFromMachineName(host.c_str());
+    ThrowNoIpv6Address(host);
 }
 
 Values AskReverse(SocketAddressCache* cache, const std::string& dotted) {
@@ -61,7 +84,7 @@ Values AskIpVersion(SocketAddressCache*, const std::string&) {
 }
 
 constexpr std::array<Question, 7> Questions{{
-    {"forward", "addresses", Shape::Texts, true, true, AskForward},
+    {"forward", "addresses", Shape::Texts, true, true, AskForward, AskForwardIpv6},
     {"reverse", "name", Shape::Text, true, true, AskReverse},
     {"dotted", "address", Shape::Text, true, false, AskDotted},
     {"local-name", "name", Shape::Text, false, false, AskLocalName},

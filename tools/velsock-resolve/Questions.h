@@ -25,6 +25,7 @@ struct Question {
     bool takesOperands;  // any number, each a question of its own
     bool hasCache;
     Ask ask;
+    Ask askIpv6 = nullptr;  // if the question can be asked for either IP version
 };
 
 // Returns null for a name that is not a question.
