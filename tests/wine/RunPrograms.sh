@@ -43,13 +43,13 @@ in_network_with_groups() {
     exit $status' sh "$@"
 }
 
-# start PROGRAM: the loopback tests send to groups, which must not leave the machine. Where the system lets them have no
-# network of their own, they leave that out.
+# start PROGRAM: the tests of the built module and of the examples send to groups, which must not leave the machine. Where
+# the system lets them have no network of their own, they leave that out.
 start() {
   local program=$1 command
   command=(timeout "$patience" wine "$program.exe"
     --gtest_brief=1 "--gtest_output=xml:../test-results/$program.xml")
-  if [ "$program" = loopback_tests ] && in_own_network true; then
+  if [[ $program =~ ^(loopback|example)_tests$ ]] && in_own_network true; then
     in_network_with_groups "${command[@]}"
   else
     "${command[@]}"
