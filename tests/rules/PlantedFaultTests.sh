@@ -27,7 +27,12 @@ make_project() {
   put Common/platform/posix/names/Names.cpp '#include <errors/Errors.h>'
   put run '#!/usr/bin/env bash' 'echo "$1"'
   chmod +x "$project/run"
-  put README.md '# A project'
+  mkdir -p "$project"/{docs,tests/guides,Common/Socket/include/VelNet}
+  put README.md '# A project' '```cpp' 'int main() {}' '```'
+  put examples/Cat.cpp '#include <string>' 'int main() {' '}'
+  put Common/Socket/include/VelNet/SocketError.h 'enum SOCKET_ERR : int {' '    SOCKET_ERR_INTR = 10004,' '};'
+  put companion/include/VelCompanion/ErrorCatalogue.h '    {SOCKET_ERR_INTR, "SOCKET_ERR_INTR",  "Interrupted"},'
+  put docs/errors.md '| 10004 | `SOCKET_ERR_INTR` | Interrupted | A signal. | |'
   put tests/unit/CatTests.cpp 'TEST(Cat, Purrs) {}' 'TEST_F(' '    CatThatSleeps, Purrs) {}'
   put tests/unit/posix/CatTailTests.cpp 'TEST_P(CatTail, Wags) {}'
 }
@@ -55,8 +60,8 @@ expect_fault() {
 }
 
 make_project
-for rule in CheckFloors.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh CheckRequired.sh \
-  CheckSpelling.sh CheckTestNames.sh; do
+for rule in CheckErrors.sh CheckFloors.sh CheckGuides.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh \
+  CheckRequired.sh CheckSpelling.sh CheckTestNames.sh; do
   expect_pass "$rule"
 done
 
@@ -160,5 +165,22 @@ put bench/Load.cpp '// The time-out.'
 expect_fault CheckSpelling.sh 'bench/Load.cpp:1:// The time-out.'
 put bench/Load.cpp 'int code = SOCKET_ERR_NOTINITIALISED;'
 expect_pass CheckSpelling.sh
+
+put docs/errors.md '| 10004 | `SOCKET_ERR_INTR` | Interrupted | | |'
+expect_fault CheckErrors.sh 'docs/errors.md does not have the errors of'
+put docs/errors.md '| 10005 | `SOCKET_ERR_INTR` | Interrupted | A signal. | |'
+expect_fault CheckErrors.sh 'docs/errors.md does not have the errors of'
+put Common/Socket/include/VelNet/SocketError.h ''
+expect_fault CheckErrors.sh 'no errors were found'
+
+put docs/page.md 'Look:' '```cpp' 'int main() { return 1; }' '```'
+expect_fault CheckGuides.sh 'docs/page.md:2: no source that is compiled has this block as it stands'
+put README.md '# A project'
+expect_fault CheckGuides.sh 'no blocks were found'
+put tests/guides/PageTests.cpp 'TEST(Page, Runs) {' '    Text text;' '    Run();' '}'
+put docs/page.md 'Look:' '```cpp' 'Text text;' '' 'Run();' '```'
+expect_pass CheckGuides.sh
+put docs/page.md 'Look:' '```cpp' '#include <string>' '' 'Run();' '```'
+expect_fault CheckGuides.sh 'docs/page.md:2: no source'
 
 echo "$faults planted faults are noticed"

@@ -63,7 +63,7 @@ Program::Program(const std::string& name, const std::vector<std::string>& words)
     : process_(0), output_(-1) {
     const auto [reading, writing] = Pipe();
     output_ = reading;
-    process_ = Start(VELSOCK_EXAMPLES "/example-" + name, words, writing);
+    process_ = Start(VELSOCK_EXAMPLE_FOLDER "/example-" + name, words, writing);
     close(writing);
 }
 
