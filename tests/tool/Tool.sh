@@ -74,18 +74,6 @@ take_closed_port() {
   await_peer
 }
 
-# Extended sockets need the number of a free port. It may be taken in the meantime: then there is another.
-launch_on_free_port() {
-  local command=$1 attempt
-  shift
-  for attempt in {1..20}; do
-    take_closed_port "$command"
-    launch "$@" "$port" && return
-    wait "$peer" || true
-  done
-  fail "no port in $attempt was free"
-}
-
 ip_command() {
   if command -v ip >/dev/null; then ip "$@"; else busybox ip "$@"; fi
 }
@@ -114,4 +102,13 @@ enter_own_network() {
   mount --bind nsswitch.conf /etc/nsswitch.conf
   set_host_name "${1##* }"
   ip_command link set lo up
+}
+
+# A network that is not the loopback interface, for what needs one.
+lay_wire() {
+  ip_command link add name wire type veth peer name end 2>/dev/null || exit "$not_run"
+  ip_command link set end up
+  # Without the wait for duplicates an address can be used at once.
+  echo 0 >/proc/sys/net/ipv6/conf/wire/accept_dad
+  ip_command link set wire up
 }

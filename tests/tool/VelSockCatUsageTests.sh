@@ -12,11 +12,16 @@ TestHelpGoesToStandardOutput() {
   run --help
   expect_equal "$status" 0
   expect_equal "$(stat -c %s err)" 0
-  expect_match "$(cat out)" 'Usage:'
-  local code
-  for code in 0 1 2 3 4 5 6; do
-    grep -q "^  $code  " out || fail "exit code $code is not explained"
+  local word
+  for word in connect listen udp-send udp-listen broadcast multicast '-4, -6' -N -q -w -v '1 wrong usage' '5 too late'; do
+    grep -q -e "$word" out || fail "$word is not explained"
   done
+}
+
+TestHelpFitsAScreen() {
+  run --help
+  [ "$(wc -l <out)" -le 40 ] || fail "the help has $(wc -l <out) lines"
+  expect_equal "$(grep -c '.\{81\}' out || true)" 0
 }
 
 TestHelpHasALetterOfItsOwn() {
@@ -104,14 +109,6 @@ TestNobodyCanSendToPort0() {
   expect_usage_error multicast 239.1.2.3 0
 }
 
-TestAnExtendedSocketThatListensNeedsAPort() {
-  local command
-  for command in listen udp-listen; do
-    expect_usage_error "$command" 0
-    expect_match "$(cat err)" 'an extended socket cannot tell which port the system chose: .*--classic'
-  done
-}
-
 TestANumberThatIsNoneIsWrongUsage() {
   local text
   for text in 1s -1 '' 1.5 4294967296; do
@@ -121,6 +118,15 @@ TestANumberThatIsNoneIsWrongUsage() {
     expect_usage_error --size "$text" udp-send 127.0.0.1 80
   done
   expect_usage_error --size 65536 udp-send 127.0.0.1 80
+}
+
+TestSecondsThatAreNoneAreWrongUsage() {
+  local text
+  for text in 1s -2 '' . 1. .5 0.0001 1.2.3 4294967; do
+    expect_usage_error -q "$text" connect 127.0.0.1 80
+    expect_usage_error -w "$text" connect 127.0.0.1 80
+  done
+  expect_usage_error -w -1 connect 127.0.0.1 80
 }
 
 TestATraceListWithAnUnknownOrEmptyItemIsWrongUsage() {
@@ -139,7 +145,7 @@ TestContradictionsAreWrongUsage() {
 
 TestAnOptionOfAnotherCommandIsWrongUsage() {
   local option
-  for option in '--from' '--size 5' '--count 5'; do
+  for option in '--from' '--size 5' '--count 5' '--answers 1' '-w 1' '--connect-timeout 1'; do
     # shellcheck disable=SC2086  # an option and its value
     expect_usage_error $option listen 80
     expect_match "$(cat err)" "'${option% *}' does not go with listen"
@@ -148,10 +154,14 @@ TestAnOptionOfAnotherCommandIsWrongUsage() {
     expect_usage_error "$option" udp-send 127.0.0.1 80
     expect_usage_error "$option" udp-listen 80
   done
-  expect_usage_error --from udp-send 127.0.0.1 80
+  for option in -N '-q 1' '--accept-timeout 5'; do
+    # shellcheck disable=SC2086  # an option and its value
+    expect_usage_error $option udp-send 127.0.0.1 80
+  done
+  expect_usage_error --accept-timeout 5 connect 127.0.0.1 80
+  expect_usage_error --answers 1 udp-listen 80
   expect_usage_error --reuse connect 127.0.0.1 80
   expect_usage_error --size 5 udp-listen 80
-  expect_usage_error --recv-timeout 5 broadcast 80
   expect_usage_error --send-timeout 5 multicast 239.1.2.3 80
 }
 
@@ -162,6 +172,17 @@ TestWhatOnlyExtendedSocketsCanDoIsWrongUsageOfClassicOnes() {
 }
 
 TestEmptyDatagramsWithoutACountAreWrongUsage() { expect_usage_error --size 0 udp-send 127.0.0.1 80; }
+
+TestWhatConcernsAnswersNeedsAnswers() {
+  expect_usage_error --recv-timeout 5 broadcast 80
+  expect_match "$(cat err)" "'--recv-timeout' needs '--answers'"
+  expect_usage_error --from udp-send 127.0.0.1 80
+}
+
+TestTheEndOfAnInputThatIsNotReadIsWrongUsage() {
+  expect_usage_error --receive-only -N connect 127.0.0.1 80
+  expect_usage_error --receive-only -q 1 connect 127.0.0.1 80
+}
 
 TestALogFileWithoutTraceIsWrongUsage() { expect_usage_error --log-file log connect 127.0.0.1 80; }
 

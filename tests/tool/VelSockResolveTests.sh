@@ -85,10 +85,10 @@ TestForwardGivesTheAddressesOfTheChosenVersion() {
   expect_answer '{"query":"::1","addresses":["::1"]}' --json -6 forward ::1
   run -6 forward four many
   expect_equal "$status $(xargs <out)" "2 fd77::1 fd77::2"
-  expect_match "$(cat err)" '^velsock-resolve: four has no IPv6 address \(code 11004\)$'
+  expect_match "$(cat err)" '^velsock-resolve: cannot resolve four: .* \(11004 SOCKET_ERR_NO_DATA\)$'
   run --ipv6 forward name.invalid
   expect_equal "$status" 2
-  expect_match "$(cat err)" '^velsock-resolve: VelNet::.* \(code 110[0-9][0-9]\)$'
+  expect_match "$(cat err)" '^velsock-resolve: cannot resolve name.invalid: .* \(110[0-9][0-9] SOCKET_ERR_[A-Z_]+\)$'
 }
 
 TestForwardThroughTheCacheGivesTheFirstAddress() {
@@ -140,7 +140,7 @@ TestWithoutNameServersItEndsWith7() {
   mount --bind resolv.conf /etc/resolv.conf
   run name-servers
   expect_equal "$status $(cat out)" "7 "
-  expect_match "$(cat err)" '^velsock-resolve: VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. .* \(code -1\)$'
+  expect_match "$(cat err)" '^velsock-resolve: no answer to name-servers: VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. '
   run --json name-servers
   expect_equal "$status" 7
   expect_match "$(cat out)" '^\{"error":"VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. .*","code":-1\}$'
@@ -171,12 +171,19 @@ TestWhatDoesNotResolveEndsWith2AndDoesNotKeepTheRest() {
   expect_equal "$status" 2
   expect_equal "$(cat out)" $'127.0.0.1\n10.0.0.1\n10.0.0.2'
   expect_equal "$(wc -l <err)" 2
-  expect_match "$(head -n 1 err)" '^velsock-resolve: VelNet::SocketAddress::GetOctetsFromMachineName\(\) - FAIL\..* \(code 110[0-9][0-9]\)$'
+  expect_match "$(head -n 1 err)" '^velsock-resolve: cannot resolve name.invalid: .* \(110[0-9][0-9] SOCKET_ERR_[A-Z_]+\)$'
   run reverse 10.9.9.9
   expect_equal "$status" 2
   run dotted 1.2.3.
   expect_equal "$status" 2
   expect_equal "$(wc -l <err)" 1
+}
+
+TestTheLibrarysTextIsShownOnRequest() {
+  run -v forward 256.1.1.1
+  expect_equal "$status" 2
+  expect_equal "$(wc -l <err)" 2
+  expect_match "$(tail -n 1 err)" '^  VelNet::SocketAddress::GetOctetsFromMachineName\(\) - FAIL\.'
 }
 
 TestEachAnswerIsAJsonObjectOfItsOwn() {

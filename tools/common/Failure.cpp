@@ -1,7 +1,9 @@
 #include "Failure.h"
 
 #include <VelBase/TextConversions.h>
+#include <VelCompanion/Errors.h>
 
+#include <atomic>
 #include <cstdio>
 
 #include "Text.h"
@@ -10,17 +12,33 @@ namespace VelSockTools {
 
 namespace {
 
-std::string Describe(const VelNet::Exception& exception) {
-    return TextOf(exception) + " (code " + std::to_string(exception.GetErrorCode()) + ")";
+std::atomic<bool> isVerbose = false;
+
+std::string Line(const char* program, const std::string& text) {
+    return std::string(program) + ": " + OneLine(ValidUtf8(text)) + "\n";
+}
+
+// At once, so that lines of several processes do not mix.
+void WriteError(const std::string& lines) {
+    std::fputs(lines.c_str(), stderr);
+    std::fflush(stderr);
 }
 
 }  // namespace
 
-Failure::Failure(ExitCode code, const VelNet::Exception& cause, const std::string& remark)
-    : Failure(code, Describe(cause) + remark) {}
+Failure::Failure(ExitCode code, const std::string& what, const VelNet::Exception& cause,
+                 const std::string& remark)
+    : std::runtime_error(what + ": " + ReasonOf(cause) + remark),
+      code_(code),
+      details_{VelCompanion::Describe(cause)} {}
 
 Failure::Failure(ExitCode code, const VelBase::Message& cause)
-    : Failure(code, VelBase::WideCharToUTF8(cause.GetMessage(), false).c_str()) {}
+    : Failure(code, VelCompanion::Describe(cause)) {}
+
+Failure& Failure::With(const std::vector<std::string>& details) {
+    details_.insert(details_.begin(), details.begin(), details.end());
+    return *this;
+}
 
 bool IsNotResolved(const VelNet::Exception& exception) noexcept {
     switch (exception.GetErrorCode()) {
@@ -34,13 +52,32 @@ bool IsNotResolved(const VelNet::Exception& exception) noexcept {
     }
 }
 
+std::string ReasonOf(const VelNet::Exception& exception) {
+    const VelNet::SOCKET_ERR code = exception.GetErrorCode();
+    if (code == VelNet::SOCKET_ERR_UNKNOWN) return VelCompanion::Describe(exception);
+    const VelCompanion::CatalogueEntry& entry = VelCompanion::EntryOf(code);
+    return std::string(entry.text) + " (" + std::to_string(code) + " " + entry.symbol + ")";
+}
+
 std::string TextOf(const VelNet::Exception& exception) {
     return VelBase::WideCharToUTF8(exception.GetMessage(), false).c_str();
 }
 
+void BeVerbose() noexcept {
+    isVerbose = true;
+}
+
+void Remark(const char* program, const std::string& text) {
+    if (isVerbose) WriteError(Line(program, text));
+}
+
 ExitCode Report(const char* program, const Failure& failure) {
-    const std::string line = std::string(program) + ": " + OneLine(failure.what()) + "\n";
-    std::fputs(line.c_str(), stderr);
+    std::string lines = Line(program, failure.what());
+    if (isVerbose) {
+        for (const std::string& detail : failure.Details())
+            lines += "  " + OneLine(ValidUtf8(detail)) + "\n";
+    }
+    WriteError(lines);
     return failure.Code();
 }
 

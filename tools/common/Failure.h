@@ -6,6 +6,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace VelSockTools {
 
@@ -22,31 +23,47 @@ enum class ExitCode : int {
     NotConfigured = 7,
 };
 
-// A failure that ends the program, with a text for its user.
+// A failure that ends the program, with one line for its user and details for those who ask.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
 
-    // The library's own text in UTF-8, with its code, and the tool's remark.
-    Failure(ExitCode code, const VelNet::Exception& cause, const std::string& remark = "");
+    // What could not be done, and why: "cannot connect to localhost port 1: Connection refused
+    // (10061 SOCKET_ERR_CONNREFUSED)", and the tool's remark. The library's text is a detail.
+    Failure(ExitCode code, const std::string& what, const VelNet::Exception& cause,
+            const std::string& remark = "");
 
     // The support layer's text.
     Failure(ExitCode code, const VelBase::Message& cause);
 
+    // Puts lines before the details that there are.
+    Failure& With(const std::vector<std::string>& details);
+
     ExitCode Code() const noexcept { return code_; }
+    const std::vector<std::string>& Details() const noexcept { return details_; }
 
 private:
     ExitCode code_;
+    std::vector<std::string> details_;
 };
 
 // Whether the resolver failed, as opposed to the socket.
 bool IsNotResolved(const VelNet::Exception& exception) noexcept;
 
+// Returns the error's text, number and symbol; the library's text if the error is an unknown one.
+std::string ReasonOf(const VelNet::Exception& exception);
+
 // Returns the library's text in UTF-8.
 std::string TextOf(const VelNet::Exception& exception);
 
-// Prints the program's name and the failure as one line on standard error, and returns the
-// failure's exit code.
+// From then on the program shows remarks and the details of failures.
+void BeVerbose() noexcept;
+
+// Prints the program's name and the text as one line on standard error, if the program is verbose.
+void Remark(const char* program, const std::string& text);
+
+// Prints the program's name and the failure as one line on standard error, and below it the details
+// if the program is verbose. Returns the failure's exit code.
 ExitCode Report(const char* program, const Failure& failure);
 
 }  // namespace VelSockTools

@@ -16,7 +16,7 @@ ExitCode RunAndReport(const char* program, Work work, const std::vector<std::str
     } catch (const Failure& failure) {
         return Report(program, failure);
     } catch (const VelNet::Exception& exception) {
-        return Report(program, Failure(ExitCode::NotConnected, exception));
+        return Report(program, Failure(ExitCode::NotConnected, "cannot use a socket", exception));
     } catch (const VelBase::Message& message) {
         return Report(program, Failure(ExitCode::NotConnected, message));
     } catch (const std::exception& exception) {

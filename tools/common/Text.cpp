@@ -1,5 +1,7 @@
 #include "Text.h"
 
+#include <VelBase/TextConversions.h>
+
 namespace VelSockTools {
 
 namespace {
@@ -14,6 +16,11 @@ std::string Escape(char character) {
 }
 
 }  // namespace
+
+std::string ValidUtf8(const std::string& text) {
+    const VelBase::ReturnWString wide = VelBase::UTF8ToWideChar(text.c_str(), false);
+    return VelBase::WideCharToUTF8(wide.c_str(), false).c_str();
+}
 
 std::string OneLine(std::string_view text) {
     std::string line;

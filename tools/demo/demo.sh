@@ -121,21 +121,11 @@ show_refusal() {
   [[ $text == *"Connection refused" ]] || fail "the text ends otherwise"
 }
 
-# Extended sockets need the number of a free port. It may be taken in the meantime: then there is another.
-start_datagram_server() {
-  local attempt
-  for attempt in {1..20}; do
-    take_closed_port udp-listen
-    launch "$cat_program" "$@" udp-listen "$port" </dev/null && return
-    echo "port $port was taken in the meantime (attempt $attempt)"
-  done
-  fail "the datagram server does not start"
-}
-
 show_datagrams() {
   title "Datagrams between two processes"
   head -c 5000 /dev/urandom >datagrams
-  start_datagram_server --count 5 --from >received-datagrams
+  launch "$cat_program" --count 5 --from udp-listen 0 </dev/null >received-datagrams ||
+    fail "the datagram server does not start"
   "$cat_program" udp-send "$host" "$port" <datagrams || fail "the sender failed"
   "$cat_program" --size 0 --count 1 udp-send "$host" "$port" || fail "the sender failed"
   await_server || fail "the receiver failed"

@@ -103,7 +103,22 @@ private:
         if (arguments_.datagramSize == 0 && !arguments_.datagramCount) {
             Refuse("'--size 0' needs '--count'");
         }
+        CheckAnswers(row);
+        CheckEnding();
         if (arguments_.Family() == SocketFamily::Classic) CheckClassic(row);
+    }
+
+    void CheckAnswers(const CommandRow& row) const {
+        const bool sends = row.command == Command::UdpSend || row.command == Command::Broadcast;
+        if (!sends || arguments_.answers) return;
+        if (arguments_.receiveTimeout) Refuse("'--recv-timeout' needs '--answers'");
+        if (arguments_.showSenders) Refuse("'--from' needs '--answers'");
+    }
+
+    void CheckEnding() const {
+        if (arguments_.direction != Direction::ReceiveOnly) return;
+        if (arguments_.endsWithInput) Refuse("'-N' and '--receive-only' exclude each other");
+        if (arguments_.quitAfter) Refuse("'-q' and '--receive-only' exclude each other");
     }
 
     void CheckClassic(const CommandRow& row) const {
@@ -122,17 +137,10 @@ private:
             Refuse(std::string(row.name) + " takes " + row.operands);
         }
         if (operands_.size() == 2) TakeHost(operands_.front());
-        arguments_.port = ParsePort(operands_.back());
-        if (arguments_.port == 0) CheckChoiceOfPort(row);
-    }
-
-    // An extended socket cannot report its port, and an unknown port is of no use.
-    void CheckChoiceOfPort(const CommandRow& row) const {
-        if (!row.systemMayChoosePort) Refuse(std::string(row.name) + " needs a port from 1");
-        if (arguments_.Family() == SocketFamily::Extended) {
-            Refuse(
-                "an extended socket cannot tell which port the system chose: give a port from "
-                "1, or '--classic'");
+        const bool streams = row.command == Command::Listen || row.command == Command::Connect;
+        arguments_.port = ParsePort(operands_.back(), !streams);
+        if (arguments_.port == 0 && !row.systemMayChoosePort) {
+            Refuse(std::string(row.name) + " needs a port from 1");
         }
     }
 

@@ -16,6 +16,12 @@ enum class SocketFamily { Extended, Classic };
 // The direction in which bytes are transferred.
 enum class Direction { Both, SendOnly, ReceiveOnly };
 
+// How long to wait for the peer after standard input has ended.
+struct Patience {
+    bool forever;
+    unsigned int milliseconds;
+};
+
 struct Arguments {
     Command command = Command::Help;
     std::optional<SocketFamily> chosenFamily;
@@ -26,12 +32,18 @@ struct Arguments {
     Direction direction = Direction::Both;
     bool reuseAddress = false;
     bool showSenders = false;
+    bool verbose = false;
     unsigned int datagramSize = 1400;
     std::optional<unsigned int> datagramCount;
     std::vector<std::string> categories;  // of the log, by the library's names
     std::optional<std::string> logFile;
     std::optional<unsigned int> receiveTimeout;  // milliseconds
     std::optional<unsigned int> sendTimeout;     // milliseconds
+    std::optional<unsigned int> connectTimeout;  // milliseconds
+    std::optional<unsigned int> acceptTimeout;   // milliseconds
+    bool endsWithInput = false;
+    std::optional<Patience> quitAfter;
+    std::optional<unsigned int> answers;
 
     SocketFamily Family() const { return chosenFamily.value_or(SocketFamily::Extended); }
 };

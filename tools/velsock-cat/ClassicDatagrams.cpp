@@ -23,7 +23,7 @@ public:
         try {
             socket_->Send(bytes.data(), static_cast<int>(bytes.size()));
         } catch (const VelNet::Exception& exception) {
-            throw TransferFailure(exception);
+            throw TransferFailure("cannot send", exception);
         }
     }
 
@@ -33,7 +33,7 @@ public:
             return {{buffer, static_cast<std::size_t>(count)}, "", ""};
         } catch (const VelNet::Exception& exception) {
             if (IsNothingReceived(exception)) return {};
-            throw TransferFailure(exception);
+            throw TransferFailure("cannot receive", exception);
         }
     }
 

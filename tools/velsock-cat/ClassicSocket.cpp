@@ -5,7 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "Addresses.h"
+#include "Endpoint.h"
 #include "Failure.h"
+#include "Limits.h"
 
 namespace VelSockCat {
 
@@ -15,29 +18,37 @@ using VelBase::ReturnPtrI;
 using VelNet::Octets;
 using VelNet::Socket;
 using VelNet::SocketAddress;
+using VelSockTools::ExitCode;
+using VelSockTools::Failure;
 
 bool LooksDotted(const std::string& host) {
     return host.find('.') != std::string::npos &&
            host.find_first_not_of("0123456789.") == std::string::npos;
 }
 
-std::vector<Octets> LookUp(const std::string& host) {
-    if (LooksDotted(host)) return {SocketAddress::ConvertDottedStringToOctets(host.c_str())};
+std::vector<std::string> LookUp(const std::string& host) {
+    const auto text = [](const Octets& octets) {
+        return std::string(octets.GetAddressString().c_str());
+    };
+    if (LooksDotted(host)) return {text(SocketAddress::ConvertDottedStringToOctets(host.c_str()))};
     const auto found = SocketAddress::GetOctetsFromMachineName(host.c_str());
-    std::vector<Octets> addresses;
-    for (unsigned int index = 0; index < found->GetCount(); ++index) {
-        addresses.push_back(found->GetOctets(index));
-    }
+    std::vector<std::string> addresses;
+    for (unsigned int index = 0; index < found->GetCount(); ++index)
+        addresses.push_back(text(found->GetOctets(index)));
     return addresses;
 }
 
-std::vector<Octets> Resolve(const std::optional<std::string>& host) {
-    if (!host) return {Octets(127, 0, 0, 1)};
+// What cannot be done if that fails, is the beginning of the failure's text.
+Addresses Resolve(const std::string& host, const std::string& what) {
     try {
-        return LookUp(*host);
+        return {LookUp(host), {}};
     } catch (const VelNet::Exception& exception) {
-        throw VelSockTools::Failure(VelSockTools::ExitCode::NameNotResolvable, exception);
+        throw Failure(ExitCode::NameNotResolvable, what, exception);
     }
+}
+
+Octets OctetsOf(const std::string& address) {
+    return SocketAddress::ConvertDottedStringToOctets(address.c_str());
 }
 
 ReturnPtrI<Socket> Create(Kind kind) {
@@ -46,31 +57,40 @@ ReturnPtrI<Socket> Create(Kind kind) {
                : VelNet::CreateSocket(Socket::SOCKET_DATAGRAM, Socket::PROTOCOL_UDP);
 }
 
-ReturnPtrI<Socket> ConnectTo(Kind kind, const Octets& address, unsigned short port) {
-    auto socket = Create(kind);
-    socket->Connect(address, port);
-    return socket;
+Failure OpeningFailure(const std::string& what, const Refusal& refusal) {
+    const bool late = refusal.last.GetErrorCode() == VelNet::SOCKET_ERR_TIMEDOUT;
+    return Failure(late ? ExitCode::TimedOut : ExitCode::NotConnected, what, refusal.last)
+        .With(refusal.attempts);
 }
 
 }  // namespace
 
-// Resolve returns at least one address.
 ReturnPtrI<Socket> ConnectClassic(Kind kind, const Arguments& arguments) {
-    const std::vector<Octets> addresses = Resolve(arguments.host);
-    for (auto address = addresses.begin();; ++address) {
-        try {
-            return ConnectTo(kind, *address, arguments.port);
-        } catch (const VelNet::Exception&) {
-            if (address + 1 == addresses.end()) throw;
-        }
-    }
+    const std::string what = "cannot connect to " + EndpointText(*arguments.host, arguments.port);
+    const Addresses addresses = Resolve(*arguments.host, what);
+    const ConnectLimit limit(arguments);
+    ReturnPtrI<Socket> socket;
+    const auto refusal = TryEach(addresses, [&](const std::string& address) {
+        socket = Create(kind);
+        limit.Connect(*socket, [&] { socket->Connect(OctetsOf(address), arguments.port); });
+        Remark("connected to " + EndpointText(address, arguments.port));
+    });
+    if (refusal) throw OpeningFailure(what, *refusal);
+    return socket;
 }
 
 ReturnPtrI<Socket> BindClassic(Kind kind, const Arguments& arguments) {
-    const std::vector<Octets> addresses = Resolve(arguments.host);
+    const std::string host = arguments.host.value_or("127.0.0.1");
+    const std::string what = "cannot listen on " + EndpointText(host, arguments.port);
+    Addresses addresses = Resolve(host, what);
+    addresses.usable.resize(1);
     auto socket = Create(kind);
-    if (arguments.reuseAddress) socket->SetReuseAddress();
-    socket->Bind(addresses.front(), arguments.port);
+    const auto refusal = TryEach(addresses, [&](const std::string& address) {
+        if (arguments.reuseAddress) socket->SetReuseAddress();
+        socket->Bind(OctetsOf(address), arguments.port);
+        if (kind == Kind::Stream) socket->Listen();
+    });
+    if (refusal) throw OpeningFailure(what, *refusal);
     return socket;
 }
 

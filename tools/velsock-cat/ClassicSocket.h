@@ -10,13 +10,12 @@ namespace VelSockCat {
 
 enum class Kind { Stream, Datagram };
 
-// Connects to the first address of the host that accepts; if none does, throws the failure of the
-// last.
+// Connects to the first address of the host that accepts.
 //
-// Both functions throw Failure with NameNotResolvable, and VelNet::Exception.
+// Both functions throw Failure with NameNotResolvable, NotConnected or TimedOut.
 VelBase::ReturnPtrI<VelNet::Socket> ConnectClassic(Kind kind, const Arguments& arguments);
 
-// Binds to the host's first address.
+// Binds to the host's first address; a stream socket listens then.
 VelBase::ReturnPtrI<VelNet::Socket> BindClassic(Kind kind, const Arguments& arguments);
 
 }  // namespace VelSockCat

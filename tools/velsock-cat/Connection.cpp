@@ -3,6 +3,8 @@
 #include "ClassicSocket.h"
 #include "Endpoint.h"
 #include "ExtendedSocket.h"
+#include "Limits.h"
+#include "SystemNetwork.h"
 
 namespace VelSockCat {
 
@@ -15,23 +17,26 @@ using VelNet::SocketXt;
 // Both functions close the listening socket when they return: only one connection is served.
 ReturnPtrI<Socket> AcceptClassic(const Arguments& arguments) {
     const auto listener = BindClassic(Kind::Stream, arguments);
-    listener->Listen();
     AnnounceListening(*listener);
+    AwaitConnection(*listener, arguments);
     VelNet::SocketAddress remote;
-    return listener->Accept(remote);
+    auto socket = listener->Accept(remote);
+    Remark("connection from " +
+           EndpointText(remote.GetOctets().GetAddressString().c_str(), remote.GetPort()));
+    return socket;
 }
 
 ReturnPtrI<Socket> AcceptExtended(const Arguments& arguments) {
     const auto listener = CreateExtended(Kind::Stream, arguments);
-    BindExtended(*listener, arguments);
-    listener->Listen();
-    AnnounceListening(
-        arguments.host.value_or(SpecialAddressOf(*listener, VelNet::SPECIAL_LOOPBACK)),
-        arguments.port);
+    const std::string bound = BindExtended(*listener, arguments);
+    AnnounceListening(bound, VelSockTools::LocalPortOf(*listener));
+    AwaitConnection(*listener, arguments);
     ReturnPtrI<SocketXt> socket;
     VelBase::ReturnString host;
     VelBase::ReturnString port;
-    return listener->Accept(socket, host, port).Get();
+    listener->Accept(socket, host, port);
+    Remark(std::string("connection from ") + host.c_str() + " port " + port.c_str());
+    return socket.Get();
 }
 
 ReturnPtrI<Socket> ConnectExtended(const Arguments& arguments) {

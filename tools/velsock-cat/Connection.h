@@ -9,7 +9,8 @@
 namespace VelSockCat {
 
 // Listens or connects as the command line requests, and returns the connected socket with its
-// timeouts set. Throws Failure with NameNotResolvable or NotConnected, and what the library throws.
+// timeouts set. Throws Failure with NameNotResolvable, NotConnected or TimedOut, and what the
+// library throws.
 VelBase::ReturnPtrI<VelNet::Socket> OpenConnection(const Arguments& arguments);
 
 }  // namespace VelSockCat

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "DatagramSocket.h"
+#include "Failure.h"
 #include "StandardStreams.h"
 
 namespace VelSockCat {
@@ -18,7 +19,7 @@ std::unique_ptr<DatagramSocket> OpenDatagrams(const Arguments& arguments) {
 // Counts the remaining datagrams; never ends without a number.
 class Countdown {
 public:
-    explicit Countdown(const Arguments& arguments) : left_(arguments.datagramCount) {}
+    explicit Countdown(const std::optional<unsigned int>& number) : left_(number) {}
 
     bool Next() {
         if (!left_) return true;
@@ -44,26 +45,55 @@ void ShowSender(const Datagram& datagram) {
                  datagram.senderHost.c_str(), datagram.senderPort.c_str());
 }
 
-}  // namespace
-
-void SendDatagrams(const Arguments& arguments) {
-    const auto socket = OpenDatagrams(arguments);
+void SendInput(DatagramSocket& socket, const Arguments& arguments) {
     std::vector<char> buffer(arguments.datagramSize);
-    for (Countdown countdown(arguments); countdown.Next();) {
+    for (Countdown countdown(arguments.datagramCount); countdown.Next();) {
         const auto bytes = NextInput(buffer);
         if (!bytes) return;
-        socket->Send(*bytes);
+        socket.Send(*bytes);
     }
+}
+
+void ReceiveToOutput(DatagramSocket& socket, const std::optional<unsigned int>& number,
+                     bool showSenders) {
+    std::vector<char> buffer(DatagramSocket::Room);
+    for (Countdown countdown(number); countdown.Next();) {
+        const Datagram datagram = socket.Receive(buffer.data());
+        if (showSenders) ShowSender(datagram);
+        VelSockTools::WriteOutput(datagram.bytes);
+    }
+}
+
+// Without a number, silence is the end of the answers.
+void ShowAnswers(DatagramSocket& socket, const Arguments& arguments) {
+    const unsigned int number = *arguments.answers;
+    if (number > 0) return ReceiveToOutput(socket, number, arguments.showSenders);
+    try {
+        ReceiveToOutput(socket, {}, arguments.showSenders);
+    } catch (const VelSockTools::Failure& failure) {
+        if (failure.Code() != VelSockTools::ExitCode::TimedOut) throw;
+    }
+}
+
+// A peer need not answer.
+Arguments WithPatience(Arguments arguments) {
+    constexpr unsigned int patience = 5000;
+    if (arguments.answers && !arguments.receiveTimeout) arguments.receiveTimeout = patience;
+    return arguments;
+}
+
+}  // namespace
+
+void SendDatagrams(const Arguments& given) {
+    const Arguments arguments = WithPatience(given);
+    const auto socket = OpenDatagrams(arguments);
+    SendInput(*socket, arguments);
+    if (arguments.answers) ShowAnswers(*socket, arguments);
 }
 
 void ReceiveDatagrams(const Arguments& arguments) {
     const auto socket = OpenDatagrams(arguments);
-    std::vector<char> buffer(DatagramSocket::Room);
-    for (Countdown countdown(arguments); countdown.Next();) {
-        const Datagram datagram = socket->Receive(buffer.data());
-        if (arguments.showSenders) ShowSender(datagram);
-        VelSockTools::WriteOutput(datagram.bytes);
-    }
+    ReceiveToOutput(*socket, arguments.datagramCount, arguments.showSenders);
 }
 
 }  // namespace VelSockCat

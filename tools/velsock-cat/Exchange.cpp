@@ -1,11 +1,13 @@
 #include "Exchange.h"
 
+#include <VelCompanion/Transfers.h>
+
 #include <array>
-#include <chrono>
 #include <cstdlib>
 #include <string_view>
 #include <thread>
 
+#include "Ending.h"
 #include "Failure.h"
 #include "Progress.h"
 #include "StandardStreams.h"
@@ -15,37 +17,25 @@ namespace VelSockCat {
 
 namespace {
 
-constexpr int BlockSize = 65536;
-using Block = std::array<char, BlockSize>;
+using Block = std::array<char, 65536>;
 
 using VelSockTools::ExitCode;
 using VelSockTools::Failure;
 
-int SendSome(VelNet::Socket& socket, std::string_view bytes) {
-    try {
-        return socket.Send(bytes.data(), static_cast<int>(bytes.size()));
-    } catch (const VelNet::Exception& exception) {
-        throw TransferFailure(exception);
-    }
-}
-
-// The system may accept a part of the bytes, or none if its buffer is full.
 void SendAll(VelNet::Socket& socket, std::string_view bytes) {
-    constexpr std::chrono::milliseconds pauseWithoutRoom{1};
-    while (!bytes.empty()) {
-        const int sent = SendSome(socket, bytes);
-        if (sent == 0) std::this_thread::sleep_for(pauseWithoutRoom);
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
+    try {
+        VelCompanion::SendAll(socket, bytes);
+    } catch (const VelNet::Exception& exception) {
+        throw TransferFailure("cannot send to the peer", exception);
     }
 }
 
 // Returns the number of bytes, or 0 if the peer has closed the connection.
 std::size_t ReceiveSome(VelNet::Socket& socket, Block& block) {
     try {
-        return static_cast<std::size_t>(socket.Receive(block.data(), BlockSize));
+        return VelCompanion::ReceiveSome(socket, block.data(), block.size());
     } catch (const VelNet::Exception& exception) {
-        if (IsNothingReceived(exception)) return 0;
-        throw TransferFailure(exception);
+        throw TransferFailure("cannot receive from the peer", exception);
     }
 }
 
@@ -59,10 +49,19 @@ void SendInput(VelNet::Socket& socket, Progress& progress) {
     }
 }
 
-void ReceiveToOutput(VelNet::Socket& socket) {
+// Bytes that are not wanted are read all the same: unread ones would make the system reset the
+// connection when it is closed.
+void ReceiveBytes(VelNet::Socket& socket, Progress& progress, bool areWanted) {
     Block block;
-    while (const std::size_t count = ReceiveSome(socket, block))
-        VelSockTools::WriteOutput({block.data(), count});
+    while (const std::size_t count = ReceiveSome(socket, block)) {
+        progress.ReceiverGoesOn();
+        if (areWanted) VelSockTools::WriteOutput({block.data(), count});
+    }
+}
+
+void ReceiveOnly(VelNet::Socket& socket) {
+    Progress nobodyWaits(false);
+    ReceiveBytes(socket, nobodyWaits, true);
 }
 
 template <class Work>
@@ -89,42 +88,32 @@ void Close(VelNet::Socket& socket) {
 // One thread may still be blocked in a read of standard input or in a transfer, which nothing can
 // interrupt, and uses what unwinding would destroy. So the process exits immediately; nothing is
 // buffered that could be lost.
-[[noreturn]] void EndProcess(VelNet::Socket& socket, const Progress::Ending& ending) {
-    if (ending.socketIsUnused) Close(socket);
-    const ExitCode code =
-        ending.failure ? Report("velsock-cat", *ending.failure) : ExitCode::InOrder;
+[[noreturn]] void EndProcess(VelNet::Socket& socket, const Progress::State& state) {
+    if (!state.senderUsesSocket) Close(socket);
+    const ExitCode code = state.failure ? Report("velsock-cat", *state.failure) : ExitCode::InOrder;
     std::_Exit(static_cast<int>(code));
 }
 
-void ExchangeBothWays(VelNet::Socket& socket) {
-    Progress progress;
+void ExchangeBothWays(VelNet::Socket& socket, const Arguments& arguments) {
+    const bool sendOnly = arguments.direction == Direction::SendOnly;
+    Progress progress(sendOnly);
     std::thread sender(
         [&] { progress.SenderEnds(FailureOf([&] { SendInput(socket, progress); })); });
-    std::thread receiver(
-        [&] { progress.ReceiverEnds(FailureOf([&] { ReceiveToOutput(socket); })); });
-    const Progress::Ending ending = progress.WaitForEnding();
-    if (!ending.bothThreadsHaveEnded) EndProcess(socket, ending);
+    std::thread receiver([&] {
+        progress.ReceiverEnds(FailureOf([&] { ReceiveBytes(socket, progress, !sendOnly); }));
+    });
+    const Progress::State state = AwaitEnding(progress, socket, arguments);
+    if (!state.bothThreadsHaveEnded) EndProcess(socket, state);
     sender.join();
     receiver.join();
-    if (ending.failure) throw Failure(*ending.failure);
-}
-
-void SendOnly(VelNet::Socket& socket) {
-    Progress progress;
-    SendInput(socket, progress);
+    if (state.failure) throw Failure(*state.failure);
 }
 
 }  // namespace
 
-void Exchange(VelNet::Socket& socket, Direction direction) {
-    switch (direction) {
-        case Direction::Both:
-            return ExchangeBothWays(socket);
-        case Direction::SendOnly:
-            return SendOnly(socket);
-        case Direction::ReceiveOnly:
-            return ReceiveToOutput(socket);
-    }
+void Exchange(VelNet::Socket& socket, const Arguments& arguments) {
+    if (arguments.direction == Direction::ReceiveOnly) return ReceiveOnly(socket);
+    ExchangeBothWays(socket, arguments);
 }
 
 }  // namespace VelSockCat

@@ -7,11 +7,11 @@
 
 namespace VelSockCat {
 
-// Returns when the exchange has ended in order: the peer has closed the connection or, with
-// SendOnly, standard input has ended. Throws Failure with ConnectionLost, TimedOut or LocalFailure.
+// Returns when the exchange has ended in order: see AwaitEnding. Throws Failure with
+// ConnectionLost, TimedOut or LocalFailure.
 //
-// With both directions the process may exit in here, with the exit code for the outcome; see the
-// source.
-void Exchange(VelNet::Socket& socket, Direction direction);
+// Unless it receives only, the process may exit in here, with the exit code for the outcome; see
+// the source.
+void Exchange(VelNet::Socket& socket, const Arguments& arguments);
 
 }  // namespace VelSockCat

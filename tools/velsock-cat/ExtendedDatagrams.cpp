@@ -1,8 +1,10 @@
 #include <utility>
 
+#include "Addresses.h"
 #include "DatagramSocket.h"
 #include "Endpoint.h"
 #include "ExtendedSocket.h"
+#include "SystemNetwork.h"
 #include "Transfer.h"
 
 namespace VelSockCat {
@@ -16,18 +18,19 @@ class ExtendedDatagrams : public DatagramSocket {
 public:
     // The host that Send sends to.
     ExtendedDatagrams(ReturnPtrI<SocketXt> socket, std::string host, const Arguments& arguments)
-        : socket_(std::move(socket)),
-          host_(std::move(host)),
-          port_(std::to_string(arguments.port)),
-          arguments_(arguments) {}
+        : socket_(std::move(socket)), host_(std::move(host)), arguments_(arguments) {}
 
     void Send(std::string_view bytes) override {
-        try {
-            socket_->SendTo(bytes.data(), static_cast<int>(bytes.size()), host_.c_str(),
-                            port_.c_str());
-        } catch (const VelNet::Exception& exception) {
-            throw TransferFailure(exception, RemarkOnVersion(*socket_, exception, arguments_));
-        }
+        if (!addresses_) addresses_ = AddressesFor(*socket_, host_);
+        const std::string port = std::to_string(arguments_.port);
+        const auto refusal = TryEach(*addresses_, [&](const std::string& address) {
+            socket_->SendTo(bytes.data(), static_cast<int>(bytes.size()), address.c_str(),
+                            port.c_str());
+        });
+        if (!refusal) return;
+        throw TransferFailure("cannot send to " + EndpointText(host_, arguments_.port),
+                              refusal->last, RemarkOnVersion(*socket_, refusal->last, arguments_))
+            .With(refusal->attempts);
     }
 
     Datagram Receive(char* buffer) override {
@@ -37,14 +40,14 @@ public:
             const int count = socket_->RecvFrom(buffer, Room, host, port);
             return {{buffer, static_cast<std::size_t>(count)}, host.c_str(), port.c_str()};
         } catch (const VelNet::Exception& exception) {
-            throw TransferFailure(exception);
+            throw TransferFailure("cannot receive", exception);
         }
     }
 
 private:
     ReturnPtrI<SocketXt> socket_;
     std::string host_;
-    std::string port_;
+    std::optional<Addresses> addresses_;  // from the first datagram on
     const Arguments& arguments_;
 };
 
@@ -55,19 +58,25 @@ void JoinGroup(SocketXt& socket, const Arguments& arguments) {
         socket.Bind(VelNet::SPECIAL_ANY, std::to_string(arguments.port).c_str());
         socket.SetSocketForMulticast(arguments.host->c_str(), 0);
     } catch (const VelNet::Exception& exception) {
-        throw OpeningFailure(socket, exception, arguments);
+        throw OpeningFailure("cannot join " + EndpointText(*arguments.host, arguments.port), socket,
+                             {exception, {}}, arguments);
     }
 }
 
 // Prepares the socket for the command and returns the host concerned.
 std::string Prepare(SocketXt& socket, const Arguments& arguments) {
-    if (arguments.command == Command::Multicast) JoinGroup(socket, arguments);
-    if (arguments.command == Command::UdpListen) BindExtended(socket, arguments);
-    if (arguments.command != Command::Broadcast) {
-        return arguments.host.value_or(SpecialAddressOf(socket, VelNet::SPECIAL_LOOPBACK));
+    switch (arguments.command) {
+        case Command::Multicast:
+            JoinGroup(socket, arguments);
+            return *arguments.host;
+        case Command::UdpListen:
+            return BindExtended(socket, arguments);
+        case Command::Broadcast:
+            socket.SetSocketForBroadcast();
+            return SpecialAddressOf(socket, VelNet::SPECIAL_BROADCAST);
+        default:
+            return *arguments.host;
     }
-    socket.SetSocketForBroadcast();
-    return SpecialAddressOf(socket, VelNet::SPECIAL_BROADCAST);
 }
 
 bool IsReceiver(const Arguments& arguments) {
@@ -80,7 +89,7 @@ std::unique_ptr<DatagramSocket> OpenExtendedDatagrams(const Arguments& arguments
     auto socket = CreateExtended(Kind::Datagram, arguments);
     std::string host = Prepare(*socket, arguments);
     SetTimeouts(*socket, arguments);
-    if (IsReceiver(arguments)) AnnounceListening(host, arguments.port);
+    if (IsReceiver(arguments)) AnnounceListening(host, VelSockTools::LocalPortOf(*socket));
     return std::make_unique<ExtendedDatagrams>(std::move(socket), std::move(host), arguments);
 }
 

@@ -1,5 +1,8 @@
 #include "ExtendedSocket.h"
 
+#include "Endpoint.h"
+#include "Limits.h"
+
 namespace VelSockCat {
 
 namespace {
@@ -16,39 +19,50 @@ bool IsOtherVersion(const VelNet::Exception& exception) {
            exception.GetErrorCode() == VelNet::SOCKET_ERR_AFNOSUPPORT;
 }
 
+ExitCode CodeOf(const VelNet::Exception& exception) {
+    if (VelSockTools::IsNotResolved(exception)) return ExitCode::NameNotResolvable;
+    return exception.GetErrorCode() == VelNet::SOCKET_ERR_TIMEDOUT ? ExitCode::TimedOut
+                                                                   : ExitCode::NotConnected;
+}
+
 }  // namespace
 
 ReturnPtrI<SocketXt> CreateExtended(Kind kind, const Arguments& arguments) {
     const bool stream = kind == Kind::Stream;
-    return VelNet::CreateSocketXt(stream ? Socket::SOCKET_STREAM : Socket::SOCKET_DATAGRAM,
-                                  stream ? Socket::PROTOCOL_TCP : Socket::PROTOCOL_UDP,
-                                  arguments.version);
+    try {
+        return VelNet::CreateSocketXt(stream ? Socket::SOCKET_STREAM : Socket::SOCKET_DATAGRAM,
+                                      stream ? Socket::PROTOCOL_TCP : Socket::PROTOCOL_UDP,
+                                      arguments.version);
+    } catch (const VelNet::Exception& exception) {
+        throw Failure(ExitCode::NotConnected, "cannot create a socket", exception);
+    }
 }
 
 void ConnectExtended(SocketXt& socket, const Arguments& arguments) {
-    try {
-        socket.Connect(arguments.host->c_str(), std::to_string(arguments.port).c_str());
-    } catch (const VelNet::Exception& exception) {
-        throw OpeningFailure(socket, exception, arguments);
-    }
-}
-
-void BindExtended(SocketXt& socket, const Arguments& arguments) {
     const std::string port = std::to_string(arguments.port);
-    try {
-        if (arguments.reuseAddress) socket.SetReuseAddress();
-        if (arguments.host) {
-            socket.Bind(arguments.host->c_str(), port.c_str());
-        } else {
-            socket.Bind(VelNet::SPECIAL_LOOPBACK, port.c_str());
-        }
-    } catch (const VelNet::Exception& exception) {
-        throw OpeningFailure(socket, exception, arguments);
-    }
+    const ConnectLimit limit(arguments);
+    const auto refusal =
+        TryEach(AddressesFor(socket, *arguments.host), [&](const std::string& address) {
+            limit.Connect(socket, [&] { socket.Connect(address.c_str(), port.c_str()); });
+            Remark("connected to " + EndpointText(address, arguments.port));
+        });
+    if (!refusal) return;
+    throw OpeningFailure("cannot connect to " + EndpointText(*arguments.host, arguments.port),
+                         socket, *refusal, arguments);
 }
 
-std::string SpecialAddressOf(const SocketXt& socket, VelNet::SpecialAddressKind kind) {
-    return socket.GetSpecialAddress(kind, socket.GetAddressFamily()).c_str();
+std::string BindExtended(SocketXt& socket, const Arguments& arguments) {
+    const std::string host =
+        arguments.host.value_or(SpecialAddressOf(socket, VelNet::SPECIAL_LOOPBACK));
+    const std::string port = std::to_string(arguments.port);
+    const auto refusal = TryEach(AddressesFor(socket, host), [&](const std::string& address) {
+        if (arguments.reuseAddress) socket.SetReuseAddress();
+        socket.Bind(address.c_str(), port.c_str());
+        if (arguments.command == Command::Listen) socket.Listen();
+    });
+    if (!refusal) return host;
+    throw OpeningFailure("cannot listen on " + EndpointText(host, arguments.port), socket, *refusal,
+                         arguments);
 }
 
 std::string RemarkOnVersion(const SocketXt& socket, const VelNet::Exception& exception,
@@ -61,11 +75,10 @@ std::string RemarkOnVersion(const SocketXt& socket, const VelNet::Exception& exc
            (ipv6 ? "-4 chooses IPv4" : "-6 chooses IPv6");
 }
 
-Failure OpeningFailure(const SocketXt& socket, const VelNet::Exception& exception,
+Failure OpeningFailure(const std::string& what, const SocketXt& socket, const Refusal& refusal,
                        const Arguments& arguments) {
-    const bool notResolved = VelSockTools::IsNotResolved(exception);
-    return {notResolved ? ExitCode::NameNotResolvable : ExitCode::NotConnected, exception,
-            RemarkOnVersion(socket, exception, arguments)};
+    const std::string remark = RemarkOnVersion(socket, refusal.last, arguments);
+    return Failure(CodeOf(refusal.last), what, refusal.last, remark).With(refusal.attempts);
 }
 
 }  // namespace VelSockCat

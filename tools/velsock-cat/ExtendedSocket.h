@@ -7,30 +7,30 @@
 
 #include <string>
 
+#include "Addresses.h"
 #include "Arguments.h"
 #include "ClassicSocket.h"
 #include "Failure.h"
 
 namespace VelSockCat {
 
-// Creates one of the IP version that the command line requests.
+// Creates one of the IP version that the command line requests. Throws Failure with NotConnected.
 VelBase::ReturnPtrI<VelNet::SocketXt> CreateExtended(Kind kind, const Arguments& arguments);
 
-// Throws Failure with NameNotResolvable or NotConnected.
+// Throws Failure with NameNotResolvable, NotConnected or TimedOut.
 void ConnectExtended(VelNet::SocketXt& socket, const Arguments& arguments);
-void BindExtended(VelNet::SocketXt& socket, const Arguments& arguments);
 
-// Returns the string of one of the socket's own special addresses.
-std::string SpecialAddressOf(const VelNet::SocketXt& socket, VelNet::SpecialAddressKind kind);
+// Binds to the host on the command line, or to the loopback address, and returns that host. Throws
+// Failure with NameNotResolvable or NotConnected.
+std::string BindExtended(VelNet::SocketXt& socket, const Arguments& arguments);
 
 // Explains the failure if the socket's IP version was the cause: unless the command line chooses
 // it, it depends on the local host's name. Empty otherwise.
 std::string RemarkOnVersion(const VelNet::SocketXt& socket, const VelNet::Exception& exception,
                             const Arguments& arguments);
 
-// A failure before any transfer.
-VelSockTools::Failure OpeningFailure(const VelNet::SocketXt& socket,
-                                     const VelNet::Exception& exception,
-                                     const Arguments& arguments);
+// A failure before any transfer: what could not be done, and why.
+VelSockTools::Failure OpeningFailure(const std::string& what, const VelNet::SocketXt& socket,
+                                     const Refusal& refusal, const Arguments& arguments);
 
 }  // namespace VelSockCat

@@ -5,62 +5,38 @@ namespace VelSockCat {
 const char* HelpText() noexcept {
     return R"(Carries a TCP connection, or datagrams, over standard input and output.
 
-Usage:
-  velsock-cat [OPTION]... listen [HOST] PORT
   velsock-cat [OPTION]... connect HOST PORT
-  velsock-cat [OPTION]... udp-listen [HOST] PORT
+  velsock-cat [OPTION]... listen [HOST] PORT          also: -l [HOST] PORT
   velsock-cat [OPTION]... udp-send HOST PORT
+  velsock-cat [OPTION]... udp-listen [HOST] PORT
   velsock-cat [OPTION]... broadcast PORT
   velsock-cat [OPTION]... multicast GROUP PORT
 
-listen waits for one connection, on the loopback address when no HOST is given,
-and says on standard error where: "listening on HOST port PORT". With --classic,
-PORT 0 lets the system choose. connect tries every address of HOST in turn.
-Standard input goes to the peer and the peer's bytes go to standard output, both
-at once, until the peer closes the connection.
+  -4, -6               speak IPv4, or IPv6 (else: as this computer's name does)
+  --classic            use the classic socket, which speaks IPv4 (else: --xt)
+  -N                   end the connection when standard input ends
+  -q SECONDS           end so long after standard input, peer or no peer
+  --send-only          discard what the peer sends; -N
+  --receive-only       leave standard input alone
+  -w SECONDS, --connect-timeout MS, --accept-timeout MS
+                       give up when nobody is connected by then
+  --recv-timeout MS, --send-timeout MS
+                       give up when nothing is received, or sent, for so long
+  --count N, --size N  end after N datagrams; send at most N bytes in each
+  --answers N          then show N answers (0: all that come)
+  --from               show each datagram's sender
+  --reuse              share the port with others that use this option
+  --trace LIST         show records: any of connection,packet,verbose,error
+  --log-file PATH      append them to PATH instead of showing them
+  -v, --verbose        show each address that is tried, and more of failures
+  -h, --help, --version
 
-udp-send and broadcast send each read of standard input as one datagram.
-udp-listen, and multicast once it has joined GROUP, write what comes to standard
-output. To send to a group, udp-send to it.
+Port 0 lets the system choose; "listening on HOST port PORT" says where it is.
+Without -N and -q it waits for the peer when standard input ends, 5 seconds
+without a byte before it ends its direction, and then at most a minute.
 
-Sockets:
-  --xt                the extended socket (the default). It speaks the IP
-                      version of the first address of this computer's name.
-  -4, -6              an extended socket of this IP version instead
-  --classic           the classic socket, which speaks IPv4
-
-Options of listen and connect:
-  --send-only         receive nothing; close when standard input ends
-  --receive-only      leave standard input alone
-
-Options of datagrams:
-  --count N           end after N datagrams
-  --size N            send at most N bytes in a datagram (default 1400); 0 sends
-                      empty ones and leaves standard input alone
-  --from              show each datagram's sender on standard error
-
-Options:
-  --reuse             listen on a port that others use, if they agree
-  --recv-timeout MS   give up when nothing is received for MS milliseconds
-  --send-timeout MS   give up when nothing can be sent for MS milliseconds
-                      (0, which is the default of both, stands for no limit)
-  --trace LIST        show records of these kinds on standard error; LIST is one
-                      or more of connection,packet,verbose,error
-  --log-file PATH     append the records of --trace to PATH instead
-  -h, --help          show this text
-  --version           show the version
-  --                  end of the options
-
-Exit codes:
-  0  the exchange ended in order
-  1  wrong usage
-  2  the name does not resolve
-  3  cannot connect, bind, listen or join
-  4  the connection was lost during the transfer, or a datagram not taken
-  5  a timeout elapsed
-  6  local input or output failed
-
-Every failure is told in one line on standard error.
+It ends with 0 if all went well, 1 wrong usage, 2 name not resolved, 3 cannot
+connect or listen, 4 connection lost, 5 too late, 6 local input or output.
 )";
 }
 

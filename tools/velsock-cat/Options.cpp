@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "CommandLine.h"
+#include "SystemNetwork.h"
 
 namespace VelSockCat {
 
@@ -29,6 +30,25 @@ unsigned int ParseNumber(const std::string& text, unsigned int limit, const std:
 
 unsigned int ParseMilliseconds(const std::string& text) {
     return ParseNumber(text, AnyNumber, "number of milliseconds");
+}
+
+// Seconds with at most three decimals, as milliseconds.
+unsigned int ParseSeconds(const std::string& text) {
+    constexpr std::size_t decimals = 3;
+    constexpr unsigned int most = AnyNumber / 1000 - 1;
+    const std::size_t point = std::min(text.find('.'), text.size());
+    std::string fraction = text.substr(std::min(point + 1, text.size()));
+    if (fraction.size() > decimals || (point < text.size() && fraction.empty())) {
+        Refuse("'" + text + "' is not a number of seconds with at most three decimals");
+    }
+    fraction.resize(decimals, '0');
+    return ParseNumber(text.substr(0, point), most, "number of seconds") * 1000 +
+           ParseNumber(fraction, AnyNumber, "number of seconds");
+}
+
+Patience ParsePatience(const std::string& text) {
+    if (text == "-1") return {true, 0};
+    return {false, ParseSeconds(text)};
 }
 
 std::string CategoryOf(const std::string& name) {
@@ -92,7 +112,7 @@ constexpr unsigned int All = Connections | Datagrams;
 
 using Text = const std::string&;
 
-constexpr std::array<Option, 14> Options{{
+constexpr std::array<Option, 21> Options{{
     {"--classic", "", All, false,
      [](Arguments& arguments, Text) { TakeFamily(arguments, SocketFamily::Classic); }},
     {"--xt", "", All, false,
@@ -105,9 +125,23 @@ constexpr std::array<Option, 14> Options{{
      [](Arguments& arguments, Text) { TakeDirection(arguments, Direction::SendOnly); }},
     {"--receive-only", "", Connections, false,
      [](Arguments& arguments, Text) { TakeDirection(arguments, Direction::ReceiveOnly); }},
+    {"", "-N", Connections, false,
+     [](Arguments& arguments, Text) { arguments.endsWithInput = true; }},
+    {"", "-q", Connections, true,
+     [](Arguments& arguments, Text value) { arguments.quitAfter = ParsePatience(value); }},
+    {"", "-w", SetOf(Command::Connect), true,
+     [](Arguments& arguments, Text value) { arguments.connectTimeout = ParseSeconds(value); }},
+    {"--connect-timeout", "", SetOf(Command::Connect), true,
+     [](Arguments& arguments, Text value) { arguments.connectTimeout = ParseMilliseconds(value); }},
+    {"--accept-timeout", "", SetOf(Command::Listen), true,
+     [](Arguments& arguments, Text value) { arguments.acceptTimeout = ParseMilliseconds(value); }},
     {"--reuse", "", SetOf(Command::Listen, Command::UdpListen), false,
      [](Arguments& arguments, Text) { arguments.reuseAddress = true; }},
-    {"--from", "", DatagramReceivers, false,
+    {"--answers", "", DatagramSenders, true,
+     [](Arguments& arguments, Text value) {
+         arguments.answers = ParseNumber(value, AnyNumber, "number of answers");
+     }},
+    {"--from", "", Datagrams, false,
      [](Arguments& arguments, Text) { arguments.showSenders = true; }},
     {"--size", "", DatagramSenders, true,
      [](Arguments& arguments, Text value) {
@@ -117,10 +151,11 @@ constexpr std::array<Option, 14> Options{{
      [](Arguments& arguments, Text value) {
          arguments.datagramCount = ParseNumber(value, AnyNumber, "number of datagrams");
      }},
-    {"--recv-timeout", "", Connections | DatagramReceivers, true,
+    {"--recv-timeout", "", All, true,
      [](Arguments& arguments, Text value) { arguments.receiveTimeout = ParseMilliseconds(value); }},
     {"--send-timeout", "", Connections | DatagramSenders, true,
      [](Arguments& arguments, Text value) { arguments.sendTimeout = ParseMilliseconds(value); }},
+    {"--verbose", "-v", All, false, [](Arguments& arguments, Text) { arguments.verbose = true; }},
     {"--trace", "", All, true,
      [](Arguments& arguments, Text value) { arguments.categories = ParseCategories(value); }},
     {"--log-file", "", All, true,
@@ -140,9 +175,14 @@ const Option* FindOption(const std::string& name) {
     return option == Options.end() ? nullptr : option;
 }
 
-unsigned short ParsePort(const std::string& text) {
+unsigned short ParsePort(const std::string& text, bool datagrams) {
     constexpr unsigned int highest = std::numeric_limits<unsigned short>::max();
-    return static_cast<unsigned short>(ParseNumber(text, highest, "port"));
+    const bool isNumber =
+        !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    if (isNumber) return static_cast<unsigned short>(ParseNumber(text, highest, "port"));
+    const auto port = VelSockTools::FindServicePort(text, datagrams);
+    if (!port) Refuse("'" + text + "' is neither a port nor a service that this computer knows");
+    return *port;
 }
 
 void Refuse(const std::string& text) {

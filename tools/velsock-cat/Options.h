@@ -8,8 +8,8 @@
 namespace VelSockCat {
 
 struct Option {
-    const char* name;
-    const char* letter;     // its short name; empty if it has none
+    const char* name;  // both with their dashes; empty if it has none
+    const char* letter;
     unsigned int commands;  // a bit for each command that takes it
     bool hasValue;
     // Throws Failure with WrongUsage for an invalid value.
@@ -21,7 +21,8 @@ struct Option {
 // Returns null for a string that is not an option.
 const Option* FindOption(const std::string& name);
 
-unsigned short ParsePort(const std::string& text);
+// A number or, of a service for streams or for datagrams, its name.
+unsigned short ParsePort(const std::string& text, bool datagrams);
 
 // Ends the program with an explanation.
 [[noreturn]] void Refuse(const std::string& text);

@@ -1,5 +1,7 @@
 #include "Progress.h"
 
+#include <algorithm>
+
 namespace VelSockCat {
 
 void Progress::SenderWaits() {
@@ -29,11 +31,39 @@ void Progress::ReceiverEnds(const std::optional<VelSockTools::Failure>& failure)
     changed_.notify_one();
 }
 
-Progress::Ending Progress::WaitForEnding() {
+// The waiting thread looks for itself.
+void Progress::ReceiverGoesOn() {
+    const std::lock_guard lock(mutex_);
+    lastBytes_ = Clock::now();
+}
+
+Progress::State Progress::AwaitSender() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return HasEnded() || sender_ == Sender::Ended; });
+    return CurrentState();
+}
+
+Progress::State Progress::AwaitEndUntil(Clock::time_point moment) {
+    std::unique_lock lock(mutex_);
+    changed_.wait_until(lock, moment, [this] { return HasEnded(); });
+    return CurrentState();
+}
+
+Progress::State Progress::AwaitEndOrSilence(Clock::duration silence) {
+    const Clock::time_point begin = Clock::now();
+    std::unique_lock lock(mutex_);
+    while (!HasEnded()) {
+        const Clock::time_point end = std::max(begin, lastBytes_) + silence;
+        if (Clock::now() >= end) break;
+        changed_.wait_until(lock, end);
+    }
+    return CurrentState();
+}
+
+Progress::State Progress::AwaitEnd() {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return HasEnded(); });
-    return {failure_, receiverHasEnded_ && sender_ == Sender::Ended,
-            receiverHasEnded_ && sender_ != Sender::Busy};
+    return CurrentState();
 }
 
 void Progress::KeepFirst(const std::optional<VelSockTools::Failure>& failure) {
@@ -41,7 +71,14 @@ void Progress::KeepFirst(const std::optional<VelSockTools::Failure>& failure) {
 }
 
 bool Progress::HasEnded() const {
-    return failure_.has_value() || (receiverHasEnded_ && sender_ != Sender::Busy);
+    if (failure_) return true;
+    return receiverHasEnded_ &&
+           (sender_ == Sender::Ended || (sender_ == Sender::Waiting && !sendsWholeInput_));
+}
+
+Progress::State Progress::CurrentState() const {
+    return {failure_, HasEnded(), receiverHasEnded_ && sender_ == Sender::Ended,
+            sender_ == Sender::Busy};
 }
 
 }  // namespace VelSockCat

@@ -14,9 +14,9 @@ ExitCode CodeOf(const VelNet::Exception& exception) {
 
 }  // namespace
 
-VelSockTools::Failure TransferFailure(const VelNet::Exception& exception,
+VelSockTools::Failure TransferFailure(const std::string& what, const VelNet::Exception& exception,
                                       const std::string& remark) {
-    return {CodeOf(exception), exception, remark};
+    return {CodeOf(exception), what, exception, remark};
 }
 
 bool IsNothingReceived(const VelNet::Exception& exception) {

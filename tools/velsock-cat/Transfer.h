@@ -9,8 +9,8 @@
 
 namespace VelSockCat {
 
-// Returns TimedOut, NameNotResolvable or ConnectionLost.
-VelSockTools::Failure TransferFailure(const VelNet::Exception& exception,
+// Returns TimedOut, NameNotResolvable or ConnectionLost: what could not be done, and why.
+VelSockTools::Failure TransferFailure(const std::string& what, const VelNet::Exception& exception,
                                       const std::string& remark = "");
 
 // Whether a Receive into a buffer that is not empty failed only because no byte came: the peer of a

@@ -10,6 +10,7 @@
 #include "Connection.h"
 #include "Datagrams.h"
 #include "Exchange.h"
+#include "Failure.h"
 #include "Help.h"
 #include "Program.h"
 #include "StandardStreams.h"
@@ -21,10 +22,11 @@ using namespace VelSockCat;
 
 void CarryConnection(const Arguments& arguments) {
     const auto socket = OpenConnection(arguments);
-    Exchange(*socket, arguments.direction);
+    Exchange(*socket, arguments);
 }
 
 void UseSockets(const Arguments& arguments, void (*use)(const Arguments&)) {
+    if (arguments.verbose) VelSockTools::BeVerbose();
     const Tracing tracing(arguments);
     const VelNet::SocketInitialization sockets;
     use(arguments);

@@ -37,7 +37,8 @@ public:
             VelSockTools::WriteOutput(isJson_ ? JsonAnswer(operand, values) : TextAnswer(values));
         } catch (const VelNet::Exception& exception) {
             if (isJson_) VelSockTools::WriteOutput(JsonFailure(operand, exception));
-            Keep(Report("velsock-resolve", VelSockTools::Failure(FailureCode(), exception)));
+            Keep(VelSockTools::Report("velsock-resolve",
+                                      {FailureCode(), WhatFailed(operand), exception}));
         }
     }
 
@@ -73,6 +74,11 @@ private:
     std::string JsonValue(const Values& values) const {
         if (question_.shape == Shape::Texts) return JsonTexts(values);
         return question_.shape == Shape::Text ? JsonText(values.front()) : values.front();
+    }
+
+    std::string WhatFailed(const std::string& operand) const {
+        return question_.takesOperands ? "cannot resolve " + operand
+                                       : std::string("no answer to ") + question_.name;
     }
 
     // Questions without operands ask for the host's own settings.

@@ -43,6 +43,8 @@ private:
             arguments_.cache = true;
         } else if (option == "--json") {
             arguments_.json = true;
+        } else if (option == "--verbose" || option == "-v") {
+            arguments_.verbose = true;
         } else if (option == "--ipv4" || option == "-4") {
             TakeVersion(SocketXt::FAMILY_IPV4);
         } else if (option == "--ipv6" || option == "-6") {

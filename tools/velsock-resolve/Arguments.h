@@ -19,6 +19,7 @@ struct Arguments {
     std::vector<std::string> operands;
     bool cache = false;
     bool json = false;
+    bool verbose = false;
     std::optional<VelNet::SocketXt::ADDR_FAMILY> version;  // IPv4 if omitted
 
     bool IsIpv6() const { return version == VelNet::SocketXt::FAMILY_IPV6; }

@@ -22,6 +22,8 @@ Options:
   --cache     forward and reverse: ask once for each name or address and
               remember the answer; of a name's addresses, the first alone
   --json      one JSON object for each question, failures included
+  -v, --verbose
+              show the library's text of a failure too
   -h, --help  show this text
   --version   show the version
   --          end of the options

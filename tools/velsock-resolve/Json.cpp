@@ -1,17 +1,10 @@
 #include "Json.h"
 
-#include <VelBase/TextConversions.h>
-
 #include "Text.h"
 
 namespace VelSockResolve {
 
 namespace {
-
-std::string ValidUtf8(const std::string& text) {
-    const VelBase::ReturnWString wide = VelBase::UTF8ToWideChar(text.c_str(), false);
-    return VelBase::WideCharToUTF8(wide.c_str(), false).c_str();
-}
 
 std::string Escape(char character) {
     const auto value = static_cast<unsigned char>(character);
@@ -24,7 +17,7 @@ std::string Escape(char character) {
 
 std::string JsonText(const std::string& text) {
     std::string json = "\"";
-    for (const char character : ValidUtf8(text))
+    for (const char character : VelSockTools::ValidUtf8(text))
         json += Escape(character);
     return json + "\"";
 }

@@ -37,7 +37,7 @@ Values AskForward(SocketAddressCache* cache, const std::string& name) {
 }
 
 [[noreturn]] void ThrowNoIpv6Address(const std::string& host) {
-    const std::string text = host + " has no IPv6 address";
+    const std::string text = "There is no IPv6 address of " + host;
     throw VelNet::Exception(VelBase::UTF8ToWideChar(text.c_str(), false).c_str(),
                             VelNet::SOCKET_ERR_NO_DATA);
 }

@@ -7,6 +7,7 @@
 
 #include "Answers.h"
 #include "Arguments.h"
+#include "Failure.h"
 #include "Help.h"
 #include "Program.h"
 #include "StandardStreams.h"
@@ -25,6 +26,7 @@ ExitCode Run(const std::vector<std::string>& words) {
     const Arguments arguments = ParseArguments(words);
     if (arguments.command == Command::Help) return Print(HelpText());
     if (arguments.command == Command::Version) return Print(VersionText());
+    if (arguments.verbose) VelSockTools::BeVerbose();
     const VelNet::SocketInitialization sockets;
     return AskAndAnswer(arguments);
 }

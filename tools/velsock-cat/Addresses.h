@@ -1,0 +1,34 @@
+// The addresses of a host that a socket can use, and how they fail.
+#pragma once
+
+#include <VelNet/Exception.h>
+#include <VelNet/SocketXt.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace VelSockCat {
+
+struct Addresses {
+    std::vector<std::string> usable;  // numeric; the host itself if the library is to resolve it
+    std::vector<std::string> passedOver;  // why, a line for each of the others
+};
+
+// The library tries all addresses of a host and reports the failure of the last, which may be one
+// that the socket cannot use at all. So they are to be tried one by one.
+Addresses AddressesFor(const VelNet::SocketXt& socket, const std::string& host);
+
+// That no address was accepted.
+struct Refusal {
+    VelNet::Exception last;
+    std::vector<std::string> attempts;  // a line for each address
+};
+
+// Passes the usable addresses to attempt until one does not throw VelNet::Exception. If the program
+// is verbose, it shows then which ones came before.
+[[nodiscard]] std::optional<Refusal> TryEach(
+    const Addresses& addresses, const std::function<void(const std::string&)>& attempt);
+
+}  // namespace VelSockCat
