@@ -15,7 +15,7 @@ using VelNet::SocketXt;
 using AddressList = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
 
 SOCKET SystemSocketOf(const SocketXt& socket) {
-    return static_cast<SOCKET>(socket.GetHandle());
+    return socket.GetHandle();
 }
 
 AddressList Resolve(const std::string& host) {
