@@ -11,10 +11,10 @@ namespace VelCompanion {
 // One error code of the library: its symbol as VelNet/SocketError.h writes it, the text that
 // failures have for it, and the standard library's condition that means the same.
 struct CatalogueEntry {
-    VelNet::SOCKET_ERR code;
-    const char* symbol;
-    const char* text;
-    std::errc condition;  // NoCondition if the standard library has none
+    VelNet::SOCKET_ERR code;  // as VelNet::Exception has it
+    const char* symbol;       // "SOCKET_ERR_CONNREFUSED" for instance
+    const char* text;         // in English
+    std::errc condition;      // NoCondition if the standard library has none
 };
 
 // The condition of an error that the standard library does not know: the value that means success.

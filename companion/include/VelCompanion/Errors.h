@@ -127,6 +127,7 @@ inline std::string NumberAndSymbol(int number, int code) {
 //   if (code == std::errc::connection_refused) ...
 class ErrorCategory final : public std::error_category {
 public:
+    // The namespace of the library.
     const char* name() const noexcept override { return "VelNet"; }
 
     // Throws: std::bad_alloc
@@ -134,6 +135,7 @@ public:
         return Detail::NumberAndSymbol(code, code) + " " + EntryOf(code).text;
     }
 
+    // The standard library's condition that means the same, or else one of this category.
     std::error_condition default_error_condition(int code) const noexcept override {
         const std::errc condition = EntryOf(code).condition;
         if (condition == NoCondition) return {code, *this};

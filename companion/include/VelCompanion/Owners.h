@@ -14,6 +14,7 @@ namespace VelCompanion {
 
 // Ends a collection as its contract asks for, where delete must not be used.
 struct DestroyCollection {
+    // The collection must not be null.
     void operator()(VelNet::SocketCollection* collection) const { collection->Destroy(); }
 };
 
@@ -36,6 +37,7 @@ using CollectionOwner = std::unique_ptr<VelNet::SocketCollection, DestroyCollect
 // stand within each other if they end in reverse order. The sink must live longer.
 class SinkInUse {
 public:
+    // Directs the records to the sink from now on.
     explicit SinkInUse(VelLog::LogSink& sink) noexcept : former_(VelLog::SetSink(&sink)) {}
 
     // Directs the records to where they went before. When this returns, no thread uses the sink any

@@ -14,6 +14,7 @@
 
 namespace VelCompanion {
 
+// The unit of all limits.
 using Milliseconds = std::chrono::milliseconds;
 
 // A limit that is never reached. (windows.h may have made max a macro: hence the parentheses.)
@@ -22,11 +23,13 @@ inline constexpr Milliseconds NoLimit = (Milliseconds::max)();
 // The moment at which an operation's time is over. A value.
 class Deadline {
 public:
+    // Not the time of day, which may be set back.
     using Clock = std::chrono::steady_clock;
 
     // Counts from now on; 0 is over at once. Throws std::invalid_argument for a negative limit.
     explicit Deadline(Milliseconds limit) : limit_(limit), end_(Clock::now() + Capped(limit)) {}
 
+    // Return whether there is a limit, the limit, the moment, and whether it has come.
     bool HasLimit() const noexcept { return limit_ != NoLimit; }
     Milliseconds Limit() const noexcept { return limit_; }
     Clock::time_point End() const noexcept { return end_; }

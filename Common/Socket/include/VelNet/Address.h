@@ -56,6 +56,7 @@ public:
     bool operator==(const Address& other) const;
     bool operator!=(const Address& other) const;
 
+    // Return the host name, the dotted form, the octets and the port.
     VelBase::ReturnString GetMachineName() const;
     VelBase::ReturnString GetIpAddress() const;
     Octets GetOctets() const;

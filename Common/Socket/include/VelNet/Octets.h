@@ -23,6 +23,7 @@ public:
     // bytes reversed.
     Octets(unsigned int address);
 
+    // Copies the octets into a block of its own.
     Octets(const Octets& other);
     // Copies the octets; does not allocate.
     Octets& operator=(const Octets& other) noexcept;
@@ -31,6 +32,7 @@ public:
     // Equal if all four octets are equal. There is no operator!=; C++20 derives one.
     bool operator==(const Octets& other) const noexcept;
 
+    // Return one number of the dotted form; the first is the leftmost.
     unsigned char GetOctet1() const noexcept;
     unsigned char GetOctet2() const noexcept;
     unsigned char GetOctet3() const noexcept;

@@ -30,6 +30,7 @@ public:
     //         std::length_error  "vector<T> too long": the list cannot be any longer
     virtual void Add(Octets octets) = 0;
 
+    // Returns the number of elements, duplicates included.
     virtual unsigned int GetCount() const = 0;
 
     // Returns a copy of the element at an index from 0 to GetCount() - 1. The index is not checked;

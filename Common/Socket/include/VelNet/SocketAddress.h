@@ -29,6 +29,7 @@ public:
     // The port is in host byte order; only its low 16 bits are used.
     SocketAddress(Octets octets, unsigned int port);
 
+    // A deep copy.
     SocketAddress(const SocketAddress& other);
     // Copies the value; does not allocate.
     SocketAddress& operator=(const SocketAddress& other) noexcept;

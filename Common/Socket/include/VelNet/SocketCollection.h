@@ -30,6 +30,7 @@ enum SOCKET_EVENT : int {
 // Required: the class declares no destructor. Only Destroy may destroy a collection.
 class VELSOCK_EXPORT SocketCollection {
 public:
+    // An interface without data: copying copies nothing.
     SocketCollection();
     SocketCollection(const SocketCollection& other);
     SocketCollection(SocketCollection&& other) noexcept;
@@ -46,6 +47,7 @@ public:
     // Removes every entry of that socket and event, if there is any.
     virtual void Remove(Socket* socket, int event) = 0;
 
+    // Returns the number of entries.
     virtual unsigned int GetCount() const = 0;
 
     // Return the socket and the event of the entry at an index from 0 (the oldest entry) to

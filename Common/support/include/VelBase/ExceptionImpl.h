@@ -12,6 +12,7 @@ namespace VelBase {
 template <class Value>
 class ExceptionImpl : public Value {
 public:
+    // Copy the value.
     explicit ExceptionImpl(const Value& value);
     ExceptionImpl(const ExceptionImpl& other);
     ExceptionImpl& operator=(const ExceptionImpl& other);

@@ -19,6 +19,7 @@ public:
     virtual void Release() const = 0;
 
 protected:
+    // Without data: the count belongs to the derived class.
     ReferenceCounted() = default;
     ReferenceCounted(const ReferenceCounted&) = default;
     ReferenceCounted& operator=(const ReferenceCounted&) = default;

@@ -16,6 +16,7 @@ public:
     // directly. Throws std::bad_alloc.
     ReturnString(const char* text);
 
+    // Copies are deep. Throw std::bad_alloc.
     ReturnString(const ReturnString& other);
     ReturnString& operator=(const ReturnString& other);
     // A moved-from object holds the empty string.

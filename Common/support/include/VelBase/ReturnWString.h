@@ -16,6 +16,7 @@ public:
     // Implicit, so that a string can be returned directly. Throws std::bad_alloc.
     ReturnWString(const unsigned short* text);
 
+    // Copies are deep. Throw std::bad_alloc.
     ReturnWString(const ReturnWString& other);
     ReturnWString& operator=(const ReturnWString& other);
     // A moved-from object holds the empty string.

@@ -25,6 +25,7 @@ public:
     // Closes the file. The sink must no longer be set by then (SetSink).
     ~FileSink() override;
 
+    // Appends the record to the file.
     void Write(const LogRecord& record) override;
 
 private:

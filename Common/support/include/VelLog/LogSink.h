@@ -28,6 +28,7 @@ public:
     LogSink& operator=(const LogSink&) = delete;
     virtual ~LogSink();
 
+    // Takes one record.
     virtual void Write(const LogRecord& record) = 0;
 };
 

@@ -10,6 +10,7 @@ class VELSOCK_EXPORT StandardErrorSink : public LogSink {
 public:
     StandardErrorSink() noexcept;
     ~StandardErrorSink() override;
+    // Writes the record as it comes: nothing is buffered.
     void Write(const LogRecord& record) override;
 
 private:
