@@ -14,6 +14,7 @@ function anchor_of(heading) {
 
 function reference(text, target, parts) {
   if (target ~ /^[a-z]+:/) return "[" text "](" target ")"
+  if (target ~ /^\.\.\//) return text
   if (split(target, parts, "#") == 2) return "@ref " (parts[1] == "" ? page : name_of(parts[1])) "_" parts[2] " \"" text "\""
   if (target ~ /^[^\/]*\.md$/) return "@ref " name_of(target) " \"" text "\""
   return text
