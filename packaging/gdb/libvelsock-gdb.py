@@ -172,6 +172,8 @@ class SocketXtImpl:
 
     def end(self, side):
         host = standard_string(self.value[side + "Host_"])
+        if not host:
+            return "none"
         return "%s port %s" % (host, standard_string(self.value[side + "Port_"]))
 
     def to_string(self):

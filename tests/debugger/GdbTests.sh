@@ -57,7 +57,7 @@ TestSocketsAreShownWithStateAndEndpoints() {
   expect_shown "$whole" client \
     'owner of .* = \{object = IPv4 socket, connected, handle [0-9]+, 127\.0\.0\.1 port [1-9][0-9]* -> 127\.0\.0\.1 port [1-9][0-9]*\}'
   expect_shown "$whole" extended \
-    'owner of VelNet::SocketXtImpl at 0x[0-9a-f]+ = \{object = IPv4 extended socket, bound, handle [0-9]+, .* port .* -> .* port .*\}'
+    'owner of VelNet::SocketXtImpl at 0x[0-9a-f]+ = \{object = IPv4 extended socket, connected, handle [0-9]+, 127\.0\.0\.1 port 0 -> none\}'
 }
 
 TestCollectionsAreShownWithTheirElements() {
