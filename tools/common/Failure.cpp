@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <utility>
 
 #include "Text.h"
 
@@ -35,9 +36,9 @@ Failure::Failure(ExitCode code, const std::string& what, const VelNet::Exception
 Failure::Failure(ExitCode code, const VelBase::Message& cause)
     : Failure(code, VelCompanion::Describe(cause)) {}
 
-Failure& Failure::With(const std::vector<std::string>& details) {
+Failure Failure::With(const std::vector<std::string>& details) && {
     details_.insert(details_.begin(), details.begin(), details.end());
-    return *this;
+    return std::move(*this);
 }
 
 bool IsNotResolved(const VelNet::Exception& exception) noexcept {

@@ -36,8 +36,8 @@ public:
     // The support layer's text.
     Failure(ExitCode code, const VelBase::Message& cause);
 
-    // Puts lines before the details that there are.
-    Failure& With(const std::vector<std::string>& details);
+    // The same failure with these lines before its details.
+    Failure With(const std::vector<std::string>& details) &&;
 
     ExitCode Code() const noexcept { return code_; }
     const std::vector<std::string>& Details() const noexcept { return details_; }

@@ -84,11 +84,11 @@ Arguments WithPatience(Arguments arguments) {
 
 }  // namespace
 
-void SendDatagrams(const Arguments& given) {
-    const Arguments arguments = WithPatience(given);
-    const auto socket = OpenDatagrams(arguments);
-    SendInput(*socket, arguments);
-    if (arguments.answers) ShowAnswers(*socket, arguments);
+void SendDatagrams(const Arguments& arguments) {
+    const Arguments patient = WithPatience(arguments);
+    const auto socket = OpenDatagrams(patient);
+    SendInput(*socket, patient);
+    if (patient.answers) ShowAnswers(*socket, patient);
 }
 
 void ReceiveDatagrams(const Arguments& arguments) {

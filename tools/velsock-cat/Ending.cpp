@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <string>
+#include <utility>
 
 #include "Failure.h"
 #include "SystemNetwork.h"
@@ -58,19 +59,19 @@ State AwaitOwnTime(Progress& progress, const VelNet::Socket& socket, const Argum
 
 State AwaitPeer(Progress& progress, const VelNet::Socket& socket, const Arguments& arguments) {
     if (!EndsAtOnce(arguments)) {
-        const State state = progress.AwaitEndOrSilence(PatienceBeforeEnd);
+        State state = progress.AwaitEndOrSilence(PatienceBeforeEnd);
         if (state.hasEnded) return state;
     }
     if (!TellPeer(socket)) return progress.AwaitEndOrSilence(PatienceBeforeClose);
     const milliseconds limit = LimitAfterEnd(arguments);
-    const State state = progress.AwaitEndOrSilence(limit);
-    return state.hasEnded ? state : GivenUp(state, limit);
+    State state = progress.AwaitEndOrSilence(limit);
+    return state.hasEnded ? state : GivenUp(std::move(state), limit);
 }
 
 }  // namespace
 
 State AwaitEnding(Progress& progress, const VelNet::Socket& socket, const Arguments& arguments) {
-    const State state = progress.AwaitSender();
+    State state = progress.AwaitSender();
     if (state.hasEnded) return state;
     return arguments.quitAfter ? AwaitOwnTime(progress, socket, arguments)
                                : AwaitPeer(progress, socket, arguments);

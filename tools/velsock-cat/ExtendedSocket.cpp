@@ -52,8 +52,7 @@ void ConnectExtended(SocketXt& socket, const Arguments& arguments) {
 }
 
 std::string BindExtended(SocketXt& socket, const Arguments& arguments) {
-    const std::string host =
-        arguments.host.value_or(SpecialAddressOf(socket, VelNet::SPECIAL_LOOPBACK));
+    std::string host = arguments.host.value_or(SpecialAddressOf(socket, VelNet::SPECIAL_LOOPBACK));
     const std::string port = std::to_string(arguments.port);
     const auto refusal = TryEach(AddressesFor(socket, host), [&](const std::string& address) {
         if (arguments.reuseAddress) socket.SetReuseAddress();
@@ -69,7 +68,7 @@ std::string RemarkOnVersion(const SocketXt& socket, const VelNet::Exception& exc
                             const Arguments& arguments) {
     if (!IsOtherVersion(exception)) return "";
     const bool ipv6 = socket.GetAddressFamily() == SocketXt::FAMILY_IPV6;
-    const std::string remark = ipv6 ? "; the socket speaks IPv6" : "; the socket speaks IPv4";
+    std::string remark = ipv6 ? "; the socket speaks IPv6" : "; the socket speaks IPv4";
     if (arguments.version != SocketXt::FAMILY_UNKNOWN) return remark;
     return remark + " because the first address of this computer's name does; " +
            (ipv6 ? "-4 chooses IPv4" : "-6 chooses IPv6");
