@@ -71,6 +71,39 @@ TestARefusedNameOfBothVersionsIsRefused() {
   [ "$sockets" = classic ] || grep -qxF "  $other: not tried, the socket speaks $version" err || fail "$other is not named"
 }
 
+# The first is refused, as nobody listens on it.
+TestTheAddressesOfANameAreTriedOneByOne() {
+  [ "$sockets" = ipv6 ] || enter_own_network '127.0.0.1 velsock-ipv4'
+  printf '%s\n' '127.0.0.1 many' '127.0.0.2 many' >>hosts
+  local version=--classic first second=127.0.0.1
+  [ "$sockets" = classic ] || version=-4
+  run "$version" -v connect many 1 </dev/null
+  first=$(sed -nE '2s/^  ([0-9.]+): .*/\1/p' err)
+  expect_match "$first" '^127\.0\.0\.[12]$'
+  [ "$first" != "$second" ] || second=127.0.0.2
+  launch "$velsock_cat" "$version" --receive-only listen "$second" 0 </dev/null || fail "nothing was announced"
+  run "$version" -v --send-only connect many "$port" < <(printf text)
+  await_peer
+  expect_equal "$status $peer_status $(cat peer.out)" "0 0 text"
+  expect_equal "$(cat err)" "velsock-cat: $first: Connection refused (10061 SOCKET_ERR_CONNREFUSED)
+velsock-cat: connected to $second port $port"
+}
+
+# The hosts file has a loopback address for it, or none of the socket's version; the library takes the interface's.
+TestTheOwnNameIsWhatTheLibraryTakesItFor() {
+  [ "$sockets" = ipv6 ] || enter_own_network '127.0.1.1 velsock-ipv4'
+  lay_wire
+  ip_command address add 10.7.7.1/24 dev wire
+  local version=--classic name
+  [ "$sockets" = classic ] || version=-4
+  launch "$velsock_cat" "$version" --receive-only listen 10.7.7.1 0 </dev/null || fail "nothing was announced"
+  name=$(uname -n)
+  run "$version" --send-only connect "${name^^}" "$port" < <(printf text)
+  expect_equal "$status $(cat err)" "0 "
+  await_peer
+  expect_equal "$peer_status $(cat peer.out)" "0 text"
+}
+
 TestAPortMayBeAService() {
   local loopback=::1
   if [ "$sockets" != ipv6 ]; then

@@ -70,12 +70,14 @@ ReturnPtrI<Socket> ConnectClassic(Kind kind, const Arguments& arguments) {
     const Addresses addresses = Resolve(*arguments.host, what);
     const ConnectLimit limit(arguments);
     ReturnPtrI<Socket> socket;
+    std::string tried;
     const auto refusal = TryEach(addresses, [&](const std::string& address) {
+        tried = address;
         socket = Create(kind);
         limit.Connect(*socket, [&] { socket->Connect(OctetsOf(address), arguments.port); });
-        Remark("connected to " + EndpointText(address, arguments.port));
     });
     if (refusal) throw OpeningFailure(what, *refusal);
+    Remark("connected to " + EndpointText(tried, arguments.port));
     return socket;
 }
 

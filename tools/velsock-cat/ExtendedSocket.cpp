@@ -41,12 +41,13 @@ ReturnPtrI<SocketXt> CreateExtended(Kind kind, const Arguments& arguments) {
 void ConnectExtended(SocketXt& socket, const Arguments& arguments) {
     const std::string port = std::to_string(arguments.port);
     const ConnectLimit limit(arguments);
+    std::string tried;
     const auto refusal =
         TryEach(AddressesFor(socket, *arguments.host), [&](const std::string& address) {
+            tried = address;
             limit.Connect(socket, [&] { socket.Connect(address.c_str(), port.c_str()); });
-            Remark("connected to " + EndpointText(address, arguments.port));
         });
-    if (!refusal) return;
+    if (!refusal) return Remark("connected to " + EndpointText(tried, arguments.port));
     throw OpeningFailure("cannot connect to " + EndpointText(*arguments.host, arguments.port),
                          socket, *refusal, arguments);
 }
