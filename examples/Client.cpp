@@ -1,8 +1,7 @@
 // Sends a greeting to the server on this machine and prints what comes back.
-#include <VelBase/TextConversions.h>
-#include <VelNet/Exception.h>
+#include <VelCompanion/Errors.h>
+#include <VelCompanion/Transfers.h>
 #include <VelNet/Socket.h>
-#include <VelNet/SocketInitialization.h>
 
 #include <cstdio>
 
@@ -12,12 +11,10 @@ int main() try {
     const auto socket =
         VelNet::CreateSocket(VelNet::Socket::SOCKET_STREAM, VelNet::Socket::PROTOCOL_TCP);
     socket->Connect(addresses->GetOctets(0), 4000);
-    socket->Send("hello", 5);
-    char answer[64];
-    const int received = socket->Receive(answer, sizeof answer);
-    std::printf("%.*s\n", received, answer);
+    VelCompanion::SendAll(*socket, "hello");
+    const auto answer = VelCompanion::ReceiveExactly(*socket, 5);
+    std::printf("%s\n", answer.c_str());
 } catch (const VelNet::Exception& failure) {
-    const auto text = VelBase::WideCharToUTF8(failure.GetMessage(), false);
-    std::fprintf(stderr, "%s (code %d)\n", text.c_str(), failure.GetErrorCode());
+    std::fprintf(stderr, "%s\n", VelCompanion::Describe(failure).c_str());
     return 1;
 }

@@ -1,30 +1,23 @@
 // Echoes to each of many clients what it sends, all of them in one thread.
 //
 //   CollectionServer PORT      0 lets the system choose; the first line of output tells the port
-#include <VelBase/TextConversions.h>
-#include <VelNet/Exception.h>
+#include <VelCompanion/Errors.h>
+#include <VelCompanion/Owners.h>
 #include <VelNet/Socket.h>
 #include <VelNet/SocketCollection.h>
-#include <VelNet/SocketInitialization.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <memory>
 #include <string>
 
 namespace {
 
 using VelBase::ReturnPtrI;
+using VelCompanion::CollectionOwner;
 using VelNet::Socket;
-using VelNet::SocketCollection;
 
 constexpr std::size_t MostClients = 63;  // a collection waits for 64 sockets, the listener included
-
-struct DestroyCollection {
-    void operator()(SocketCollection* collection) const { collection->Destroy(); }
-};
-using CollectionOwner = std::unique_ptr<SocketCollection, DestroyCollection>;
 
 struct Client {
     std::string name;
@@ -35,7 +28,7 @@ struct Client {
 class Server {
 public:
     explicit Server(unsigned short port)
-        : collection_(VelNet::CreateSocketCollection()),
+        : collection_(VelCompanion::MakeCollection()),
           listener_(VelNet::CreateSocket(Socket::SOCKET_STREAM, Socket::PROTOCOL_TCP)) {
         listener_->Bind(VelNet::Octets(127, 0, 0, 1), port);
         listener_->Listen();
@@ -46,7 +39,7 @@ public:
 
     void ServeOnce() {
         constexpr unsigned int seconds = 60;
-        const CollectionOwner ready(collection_->Select(seconds));
+        const CollectionOwner ready = VelCompanion::Select(*collection_, seconds);
         if (!ready) return;
         for (unsigned int index = 0; index < ready->GetCount(); ++index)
             Serve(*ready->GetSocket(index), ready->GetEvent(index));
@@ -143,7 +136,6 @@ int main(int count, char** words) try {
     for (;;)
         server.ServeOnce();
 } catch (const VelNet::Exception& failure) {
-    const auto text = VelBase::WideCharToUTF8(failure.GetMessage(), false);
-    std::fprintf(stderr, "%s (code %d)\n", text.c_str(), failure.GetErrorCode());
+    std::fprintf(stderr, "%s\n", VelCompanion::Describe(failure).c_str());
     return 1;
 }

@@ -1,8 +1,7 @@
 // Waits for one client and sends back what it sent.
-#include <VelBase/TextConversions.h>
-#include <VelNet/Exception.h>
+#include <VelCompanion/Errors.h>
+#include <VelCompanion/Transfers.h>
 #include <VelNet/Socket.h>
-#include <VelNet/SocketInitialization.h>
 
 #include <cstdio>
 
@@ -14,11 +13,10 @@ int main() try {
     listener->Listen();
     VelNet::SocketAddress client;
     const auto socket = listener->Accept(client);
-    char request[64];
-    const int received = socket->Receive(request, sizeof request);
-    socket->Send(request, received);
+    char block[4096];
+    while (const auto received = VelCompanion::ReceiveSome(*socket, block, sizeof block))
+        VelCompanion::SendAll(*socket, {block, received});
 } catch (const VelNet::Exception& failure) {
-    const auto text = VelBase::WideCharToUTF8(failure.GetMessage(), false);
-    std::fprintf(stderr, "%s (code %d)\n", text.c_str(), failure.GetErrorCode());
+    std::fprintf(stderr, "%s\n", VelCompanion::Describe(failure).c_str());
     return 1;
 }

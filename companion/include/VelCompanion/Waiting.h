@@ -71,9 +71,10 @@ inline bool Wait(VelNet::Socket& socket, int event, const Deadline& deadline) {
 }
 
 // The failure of an operation of the companion whose time is over.
-inline VelNet::Exception TimeIsOver(const std::string& operation, const Deadline& deadline) {
+inline VelNet::Exception TimeIsOver(const std::string& operation, const Deadline& deadline,
+                                    const std::string& details = {}) {
     const std::string text = "VelCompanion::" + operation + "() - FAIL. Not done within " +
-                             std::to_string(deadline.Limit().count()) + " ms";
+                             std::to_string(deadline.Limit().count()) + " ms" + details;
     return {VelBase::UTF8ToWideChar(text.c_str(), false).c_str(), VelNet::SOCKET_ERR_TIMEDOUT};
 }
 
