@@ -28,7 +28,7 @@ void TalkToItself() {
     client->Connect(localHost, listener->GetLocalAddress().GetPort());
     VelNet::SocketAddress address;
     const auto server = listener->Accept(address);
-    client->Send("hello", 5);
+    VelCompanion::SendAll(*client, "hello");
     client->Close();
     char block[64];
     while (VelCompanion::ReceiveSome(*server, block, sizeof block) != 0) {

@@ -21,11 +21,11 @@ TemporaryFileSink::~TemporaryFileSink() {
 
 void SwitchRecordsOn(const char* category, VelLog::LogSink* sink) {
     VelLog::SetSink(sink);
-    VelLog::SetRouterEnabled("Network", category, true);
+    VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, category, true);
 }
 
 void SwitchRecordsOff(const char* category) {
-    VelLog::SetRouterEnabled("Network", category, false);
+    VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, category, false);
     VelLog::SetSink(nullptr);
 }
 

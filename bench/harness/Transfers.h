@@ -49,7 +49,7 @@ public:
 
     void Prepare() {
         for (int index = 0; index < BlocksInABatch; ++index)
-            pair_.Client().Send(block_.data(), BlockSize);
+            static_cast<void>(pair_.Client().Send(block_.data(), BlockSize));
     }
     int Do() { return pair_.Server().Receive(block_.data(), BlockSize); }
 

@@ -56,7 +56,7 @@ class LibrarySelection : public SelectionScene<ReadySockets>, private WatchedPai
 public:
     LibrarySelection() {
         for (std::size_t index = 0; index < ReadySockets; ++index)
-            pairs_[index].Client().Send("x", 1);
+            static_cast<void>(pairs_[index].Client().Send("x", 1));
     }
 
     int Do() const {

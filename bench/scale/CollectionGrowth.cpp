@@ -23,7 +23,7 @@ protected:
     const ClassicPair& Last() const { return pairs_.back(); }
     void MakeAllReady() const {
         for (const ClassicPair& pair : pairs_)
-            pair.Client().Send("x", 1);
+            static_cast<void>(pair.Client().Send("x", 1));
     }
 
     std::vector<ClassicPair> pairs_;
@@ -32,7 +32,9 @@ protected:
 
 class SelectOneReady : public CollectionScene {
 public:
-    explicit SelectOneReady(int count) : CollectionScene(count) { Last().Client().Send("x", 1); }
+    explicit SelectOneReady(int count) : CollectionScene(count) {
+        static_cast<void>(Last().Client().Send("x", 1));
+    }
 
     int Do() const { return CollectionOwner(Watched().Select(0))->GetCount() == 1; }
 };

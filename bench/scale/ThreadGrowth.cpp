@@ -18,8 +18,8 @@ struct Transfer {
 
     void Do() const {
         char byte = 0;
-        pair.Client().Send(&byte, 1);
-        pair.Server().Receive(&byte, 1);
+        static_cast<void>(pair.Client().Send(&byte, 1));
+        static_cast<void>(pair.Server().Receive(&byte, 1));
     }
 };
 
@@ -40,7 +40,7 @@ struct DatagramByText {
         VelBase::ReturnString fromHost;
         VelBase::ReturnString fromPort;
         socket->SendTo(&byte, 1, LoopbackTextOf(*socket), port.c_str());
-        socket->RecvFrom(&byte, 1, fromHost, fromPort);
+        static_cast<void>(socket->RecvFrom(&byte, 1, fromHost, fromPort));
     }
 };
 

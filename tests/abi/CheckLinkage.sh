@@ -53,13 +53,13 @@ complete() {
 # A constructor or destructor of whole objects has a companion for bases.
 with_companions() { sed -E 'p; s/([CD])1E/\12E/' | LC_ALL=C sort -u; }
 
-# declared HEADER...: all symbols that they leave to the module.
+# declared HEADER...: all symbols that they leave to the module; the standard library's are not theirs.
 declared() {
   describe "$@"
   specified >specified.txt
   debugged_constructors >constructors.txt
   complete | with_companions >complete.txt
-  with_companions < <(cat specified.txt constructors.txt) | grep -vxFf complete.txt
+  with_companions < <(cat specified.txt constructors.txt) | grep -vxFf complete.txt | grep -vE '^_Z(NK?)?St'
 }
 
 # Reads symbols and links a use of each; the names of those that cannot be linked.

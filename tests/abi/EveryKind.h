@@ -2,6 +2,8 @@
 // what clients can link names all of it, or it overlooks a kind.
 #pragma once
 
+#include <type_traits>
+
 namespace EveryKind {
 
 class Plain {
@@ -47,6 +49,8 @@ class Complete {
 public:
     Complete() = default;
     Complete(const Complete&) = delete;
+    template <class T, std::enable_if_t<std::is_enum<T>::value, int> = 0>
+    Complete(T) = delete;
     ~Complete() = default;
     explicit Complete(int number) : number_(number) {}
     int Number() const { return number_; }

@@ -1,4 +1,5 @@
 // The code of docs/blocking.md.
+#include <VelCompanion/Transfers.h>
 #include <VelNet/Exception.h>
 #include <loopback/LoopbackTest.h>
 #include <support/WaitingCall.h>
@@ -11,7 +12,7 @@ int AcceptUntilClosed(VelNet::Socket& listener) try {
     for (;;) {
         VelNet::SocketAddress address;
         const auto client = listener.Accept(address);
-        client->Send("welcome", 7);
+        VelCompanion::SendAll(*client, "welcome");
     }
 } catch (const VelNet::Exception& failure) {
     return failure.GetErrorCode();  // SOCKET_ERR_INTR

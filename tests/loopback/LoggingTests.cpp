@@ -43,6 +43,33 @@ TEST(LoggingWithoutLayer, RoutersSwitchedBeforeTheLayerStartsAreOnWhenItHasStart
     SetSink(nullptr);
 }
 
+// The order in which a program's main function ends that has set its sink after its sockets.
+TEST(LoggingWithoutLayer, ASinkMayEndBeforeWhatItHearsOf) {
+    const VelNet::SocketInitialization layer;
+    const Connection connection = Connected();
+    {
+        RecordingSink sink;
+        SetSink(&sink);
+        EnableOnly({ConnectionTrace, Error});
+        FailAndLog("heard");
+        EXPECT_EQ(sink.Take().size(), 1U);
+    }
+    connection.client->Close();
+    FailAndLog("unheard");
+    EXPECT_EQ(SetSink(nullptr), nullptr);
+    EnableOnly({});
+}
+
+TEST_F(Logging, TheNamesOfTheRoutersAreThose) {
+    EXPECT_STREQ(VelLog::CATEGORY_ERROR, Error);
+    EXPECT_STREQ(VelLog::CATEGORY_CONNECTION_TRACE, ConnectionTrace);
+    EXPECT_STREQ(VelLog::CATEGORY_PACKET_TRACE, PacketTrace);
+    EXPECT_STREQ(VelLog::CATEGORY_VERBOSE_PACKET_TRACE, VerbosePacketTrace);
+    EXPECT_TRUE(SetRouterEnabled(VelLog::ROUTER_NETWORK, VelLog::CATEGORY_ERROR, true));
+    const Failure heard = FailAndLog("heard");
+    EXPECT_EQ(Sink().Take(), (Records{{VelLog::CATEGORY_ERROR, heard.text}}));
+}
+
 TEST_F(Logging, RoutersAreSwitchedWhileTheLayerIsUp) {
     FailAndLog("unheard");
     EXPECT_TRUE(SetRouterEnabled("Network", Error, true));

@@ -108,6 +108,8 @@ while read -r file; do
 
   case $file in
     Common/platform/posix/* | Common/platform/windows/* | Common/support/include/VelBase/Export.h) continue ;;
+    # Its class has a shape that compilers warn of.
+    Common/Socket/include/VelNet/SocketCollection.h) continue ;;
   esac
   must_not_hold "$file" "${directive}(if|ifdef|ifndef|elif|elifdef|elifndef)" 'a conditional'
   must_not_hold "$file" "${directive}define" 'a macro'

@@ -21,7 +21,8 @@ public:
 
     void Send(std::string_view bytes) override {
         try {
-            socket_->Send(bytes.data(), static_cast<int>(bytes.size()));
+            // A datagram is sent as a whole.
+            static_cast<void>(socket_->Send(bytes.data(), static_cast<int>(bytes.size())));
         } catch (const VelNet::Exception& exception) {
             throw TransferFailure("cannot send", exception);
         }

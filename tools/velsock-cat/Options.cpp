@@ -1,5 +1,7 @@
 #include "Options.h"
 
+#include <VelLog/LogControl.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -56,10 +58,10 @@ std::string CategoryOf(const std::string& name) {
         std::string_view name;
         std::string_view category;
     };
-    static constexpr std::array<Row, 4> rows{{{"connection", "Connection Trace"},
-                                              {"packet", "Packet Trace"},
-                                              {"verbose", "Verbose Packet Trace"},
-                                              {"error", "Error"}}};
+    static constexpr std::array<Row, 4> rows{{{"connection", VelLog::CATEGORY_CONNECTION_TRACE},
+                                              {"packet", VelLog::CATEGORY_PACKET_TRACE},
+                                              {"verbose", VelLog::CATEGORY_VERBOSE_PACKET_TRACE},
+                                              {"error", VelLog::CATEGORY_ERROR}}};
     const auto* const row =
         std::find_if(rows.begin(), rows.end(), [&](const Row& each) { return each.name == name; });
     if (row == rows.end()) {

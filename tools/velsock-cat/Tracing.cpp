@@ -28,7 +28,7 @@ std::unique_ptr<VelLog::LogSink> OpenSink(const Arguments& arguments) {
 Tracing::Tracing(const Arguments& arguments) : sink_(OpenSink(arguments)) {
     VelLog::SetSink(sink_.get());
     for (const std::string& category : arguments.categories) {
-        VelLog::SetRouterEnabled("Network", category.c_str(), true);
+        VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, category.c_str(), true);
     }
 }
 

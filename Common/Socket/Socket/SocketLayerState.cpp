@@ -1,5 +1,7 @@
 #include "Socket/SocketLayerState.h"
 
+#include "VelLog/LogControl.h"
+
 namespace VelNet {
 
 constinit SocketLayerState* g_socketLayer = nullptr;
@@ -8,16 +10,17 @@ constinit std::atomic<unsigned int> g_enabledPacketTraces = 0;
 namespace {
 
 VelBase::ReturnPtrI<VelLog::Router> CreateNetworkRouter(const char* category) {
-    return VelLog::CreateRouter("Network", category, VelSynch::LOCK_STACK_CATEGORY_NETWORK);
+    return VelLog::CreateRouter(VelLog::ROUTER_NETWORK, category,
+                                VelSynch::LOCK_STACK_CATEGORY_NETWORK);
 }
 
 }  // namespace
 
 SocketLayerState::SocketLayerState()
-    : errorRouter(CreateNetworkRouter("Error")),
-      connectionTraceRouter(CreateNetworkRouter("Connection Trace")),
-      packetTraceRouter(CreateNetworkRouter("Packet Trace")),
-      verbosePacketTraceRouter(CreateNetworkRouter("Verbose Packet Trace")) {}
+    : errorRouter(CreateNetworkRouter(VelLog::CATEGORY_ERROR)),
+      connectionTraceRouter(CreateNetworkRouter(VelLog::CATEGORY_CONNECTION_TRACE)),
+      packetTraceRouter(CreateNetworkRouter(VelLog::CATEGORY_PACKET_TRACE)),
+      verbosePacketTraceRouter(CreateNetworkRouter(VelLog::CATEGORY_VERBOSE_PACKET_TRACE)) {}
 
 void Publish(SocketLayerState& layer) noexcept {
     g_socketLayer = &layer;

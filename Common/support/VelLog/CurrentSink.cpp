@@ -53,4 +53,15 @@ LogSink* SetSink(LogSink* sink) noexcept {
     return ExchangeSink(sink);
 }
 
+void UnsetSink(const LogSink& sink) noexcept {
+    // Most sinks that are destroyed have been replaced before: they need not wait for another one.
+    if (g_sink.load() != &sink) return;
+    if (t_isInsideSink) {
+        ExchangeSink(nullptr);
+        return;
+    }
+    const std::lock_guard lock(g_mutex);
+    if (g_sink.load() == &sink) ExchangeSink(nullptr);
+}
+
 }  // namespace VelLog

@@ -13,4 +13,8 @@ bool IsRecordWanted() noexcept;
 // IsRecordWanted.
 void WriteToSink(const LogRecord& record);
 
+// Unsets the sink, if it is the one that is set, as SetSink does: no other thread uses it any more
+// when this returns.
+void UnsetSink(const LogSink& sink) noexcept;
+
 }  // namespace VelLog

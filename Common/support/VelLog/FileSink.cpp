@@ -1,5 +1,6 @@
 #include "VelLog/FileSink.h"
 
+#include "CurrentSink.h"
 #include "LogLine.h"
 #include "VelBase/ExceptionImpl.h"
 #include "VelBase/SystemFailure.h"
@@ -27,6 +28,7 @@ FileSink::FileSink(const char* path)
     : file_(OpenForAppending(path != nullptr ? path : "")), isCut_(System::EndsWithinLine(file_)) {}
 
 FileSink::~FileSink() {
+    UnsetSink(*this);
     System::CloseLogFile(file_);
 }
 

@@ -1,7 +1,11 @@
 #include "VelLog/LogSink.h"
 
+#include "CurrentSink.h"
+
 namespace VelLog {
 
-LogSink::~LogSink() = default;
+LogSink::~LogSink() {
+    UnsetSink(*this);
+}
 
 }  // namespace VelLog

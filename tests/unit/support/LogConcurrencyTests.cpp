@@ -1,5 +1,6 @@
 // The log under many threads. Run under the thread sanitizer, these tests also show that nothing is
 // raced for.
+#include <VelLog/FileSink.h>
 #include <VelLog/LogControl.h>
 
 #include <atomic>
@@ -234,6 +235,23 @@ TEST_F(LogConcurrency, NothingIsWrittenToASinkOnceItIsReplaced) {
     for (std::thread& writer : writers)
         writer.join();
     EXPECT_TRUE(sink.IsSound());
+}
+
+// Threads that log must have left the sink before its own part is destroyed.
+TEST_F(LogConcurrency, AFileSinkCanBeDestroyedWhileOthersLog) {
+    EXPECT_TRUE(VelLog::SetRouterEnabled("Network", "Concurrent Ends", true));
+    const ReturnPtrI<Router> router = Create("Concurrent Ends");
+    RunBeside(
+        [&] {
+            for (int record = 0; record < Records; ++record)
+                LogOnce(*router);
+        },
+        [] {
+            VelLog::FileSink sink("log");
+            VelLog::SetSink(&sink);
+        });
+    EXPECT_EQ(VelLog::SetSink(nullptr), nullptr);
+    EXPECT_TRUE(VelLog::SetRouterEnabled("Network", "Concurrent Ends", false));
 }
 
 }  // namespace

@@ -233,6 +233,36 @@ TEST_F(LogMessages, SettingASinkReturnsTheEarlierOne) {
     EXPECT_EQ(VelLog::SetSink(nullptr), nullptr);
 }
 
+TEST_F(LogMessages, ASinkThatIsDestroyedIsNoLongerSet) {
+    {
+        RecordingSink dying;
+        VelLog::SetSink(&dying);
+    }
+    Log(router_, "unheard");
+    EXPECT_EQ(VelLog::SetSink(nullptr), nullptr);
+}
+
+TEST_F(LogMessages, ASinkThatIsDestroyedLeavesAnotherSet) {
+    RecordingSink staying;
+    {
+        RecordingSink dying;
+        VelLog::SetSink(&dying);
+        VelLog::SetSink(&staying);
+    }
+    Log(router_, "heard");
+    EXPECT_EQ(VelLog::SetSink(nullptr), &staying);
+    EXPECT_EQ(staying.Texts(), Texts{u"heard"});
+}
+
+TEST_F(LogMessages, ASinkMayEndItselfWhileItWrites) {
+    std::unique_ptr<ActingSink> sink;
+    sink = std::make_unique<ActingSink>([&] { delete sink.release(); });
+    VelLog::SetSink(sink.get());
+    Log(router_, "last");
+    Log(router_, "unheard");
+    EXPECT_EQ(VelLog::SetSink(nullptr), nullptr);
+}
+
 TEST_F(LogMessages, FailingAllocationsLoseTheRecordOnly) {
     int writes = 0;
     ActingSink sink([&] { ++writes; });

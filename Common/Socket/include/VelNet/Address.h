@@ -4,6 +4,7 @@
 #include "VelBase/Export.h"
 #include "VelBase/ReturnString.h"
 #include "VelNet/Octets.h"
+#include "VelNet/SocketAddress.h"
 
 namespace VelNet {
 

@@ -34,7 +34,7 @@ public:
     //
     // The system's error number is one UTF-16 unit of that value in the text (10061 is U+274D), not
     // digits. If the low 16 bits of the number are zero, the text ends there.
-    virtual const unsigned short* GetMessage() const;
+    virtual const unsigned short* GetMessage() const VELSOCK_LIFETIMEBOUND;
 
     // Returns the code that was passed to the constructor.
     SOCKET_ERR GetErrorCode() const noexcept;
@@ -51,8 +51,8 @@ public:
     static const unsigned short* GetErrorString(int error) noexcept;
 
     // GetMessage under the names that windows.h gives it.
-    const unsigned short* GetMessageA() const { return GetMessage(); }
-    const unsigned short* GetMessageW() const { return GetMessage(); }
+    const unsigned short* GetMessageA() const VELSOCK_LIFETIMEBOUND { return GetMessage(); }
+    const unsigned short* GetMessageW() const VELSOCK_LIFETIMEBOUND { return GetMessage(); }
 
 private:
     static constexpr unsigned int TextUnits = 3000;

@@ -4,6 +4,8 @@
 #include "VelBase/Export.h"
 #include "VelBase/ReturnString.h"
 
+#include <type_traits>
+
 namespace VelNet {
 
 // The four octets of an IPv4 address in dotted order: octet 1 is the leftmost number.
@@ -22,6 +24,12 @@ public:
     // Required: this is the opposite byte order of GetAddress; Octets(x).GetAddress() is x with its
     // bytes reversed.
     Octets(unsigned int address);
+
+    // No enumerator is an address: without this, Address::LOOPBACK and SPECIAL_LOOPBACK would be
+    // taken for the numbers 0 and 2 wherever an address is asked for, and so for 0.0.0.0 and
+    // 2.0.0.0. Cast to unsigned int where a number is meant.
+    template <class Enumerator, std::enable_if_t<std::is_enum<Enumerator>::value, int> = 0>
+    Octets(Enumerator) = delete;
 
     // Copies the octets into a block of its own.
     Octets(const Octets& other);

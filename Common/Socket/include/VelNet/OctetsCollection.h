@@ -44,6 +44,6 @@ public:
 // by putting the list into a VelBase::ReturnPtrI.
 //
 // Throws: std::bad_alloc
-VELSOCK_EXPORT OctetsCollection* CreateOctetsCollection();
+[[nodiscard]] VELSOCK_EXPORT OctetsCollection* CreateOctetsCollection();
 
 }  // namespace VelNet

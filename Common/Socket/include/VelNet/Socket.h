@@ -4,8 +4,10 @@
 #include "VelBase/Export.h"
 #include "VelBase/ReferenceCounted.h"
 #include "VelBase/ReturnPtrI.h"
+#include "VelNet/Exception.h"
 #include "VelNet/Octets.h"
 #include "VelNet/SocketAddress.h"
+#include "VelNet/SocketInitialization.h"
 
 namespace VelNet {
 
@@ -113,7 +115,7 @@ public:
     // Throws: SOCKET_ERR_INVAL  the socket does not listen
     //         SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
     //         std::bad_alloc    the connection stays pending
-    virtual VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) = 0;
+    [[nodiscard]] virtual VelBase::ReturnPtrI<Socket> Accept(SocketAddress& remote) = 0;
 
     // Set how long Receive and Send may block, in milliseconds; 0 and 4294967295 mean no limit. A
     // transfer that takes longer throws SOCKET_ERR_TIMEDOUT.
@@ -160,7 +162,7 @@ public:
     //         SOCKET_ERR_NOTCONN      the stream socket is not connected
     //         std::bad_alloc          one of these failures, but no memory for its text; a datagram
     //                                 that was empty or too long is lost all the same
-    virtual int Receive(char* buffer, int length) = 0;
+    [[nodiscard]] virtual int Receive(char* buffer, int length) = 0;
 
     // Sends once and returns how many bytes the system accepted; if fewer than length, the caller
     // sends the rest. Returns 0 and logs nothing if the socket is non-blocking and the call would
@@ -169,7 +171,7 @@ public:
     // Throws: SOCKET_ERR_TIMEDOUT  the system accepted nothing within the send timeout
     //         SOCKET_ERR_CONNRESET, SOCKET_ERR_CONNABORTED  the connection was lost
     //         SOCKET_ERR_NOTCONN   the socket is not connected
-    virtual int Send(const char* buffer, int length) = 0;
+    [[nodiscard]] virtual int Send(const char* buffer, int length) = 0;
 
     // Returns whether there are bytes to receive; false if the system cannot tell. Does not throw
     // and does not log.
@@ -195,7 +197,7 @@ public:
 //
 // Throws: SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
 //         std::bad_alloc
-VELSOCK_EXPORT VelBase::ReturnPtrI<Socket> CreateSocket(Socket::SOCKET_TYPE type,
-                                                        Socket::SOCKET_PROTOCOL protocol);
+[[nodiscard]] VELSOCK_EXPORT VelBase::ReturnPtrI<Socket> CreateSocket(
+    Socket::SOCKET_TYPE type, Socket::SOCKET_PROTOCOL protocol);
 
 }  // namespace VelNet

@@ -4,8 +4,10 @@
 #include "VelBase/Export.h"
 #include "VelBase/ReturnPtrI.h"
 #include "VelBase/ReturnString.h"
+#include "VelNet/Exception.h"
 #include "VelNet/Octets.h"
 #include "VelNet/OctetsCollection.h"
+#include "VelNet/SocketInitialization.h"
 
 namespace VelNet {
 

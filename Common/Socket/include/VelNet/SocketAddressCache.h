@@ -5,6 +5,7 @@
 #include "VelBase/ReferenceCounted.h"
 #include "VelBase/ReturnString.h"
 #include "VelNet/Octets.h"
+#include "VelNet/SocketAddress.h"
 
 namespace VelNet {
 
@@ -35,6 +36,6 @@ public:
 };
 
 // Creates an empty cache with the reference count 0; returns null if there is no memory.
-VELSOCK_EXPORT SocketAddressCache* CreateSocketAddressCache();
+[[nodiscard]] VELSOCK_EXPORT SocketAddressCache* CreateSocketAddressCache();
 
 }  // namespace VelNet

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VelBase/Export.h"
+#include "VelNet/Exception.h"
 
 namespace VelNet {
 

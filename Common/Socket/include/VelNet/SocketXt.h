@@ -1,6 +1,7 @@
 // The extended socket: IPv4 or IPv6, addressed by host and port strings.
 #pragma once
 
+#include "VelBase/ExceptionImpl.h"
 #include "VelBase/Export.h"
 #include "VelBase/ReturnPtrI.h"
 #include "VelBase/ReturnString.h"
@@ -93,9 +94,15 @@ public:
     SocketXt& operator=(SocketXt&& other) noexcept;
     ~SocketXt() override;
 
-    using Socket::Accept;
-    using Socket::Bind;
-    using Socket::Connect;
+    // What Socket does by Octets is without effect here; see above. The compiler warns of a call.
+    [[deprecated("does nothing; bind by host and port")]] void Bind(
+        Octets address, unsigned short port) override = 0;
+    [[deprecated("does nothing; connect by host and port")]] void Connect(
+        Octets address, unsigned short port) override = 0;
+    [[deprecated("does nothing; accept with host and port")]] VelBase::ReturnPtrI<Socket> Accept(
+        SocketAddress& remote) override = 0;
+    [[deprecated("is always 0.0.0.0")]] SocketAddress GetLocalAddress() const override = 0;
+    [[deprecated("is always 0.0.0.0")]] SocketAddress GetRemoteAddress() const override = 0;
 
     // Bind the socket to a local address and port; port "0" lets the system choose one. A special
     // address is one of the socket's own IP version.
@@ -172,8 +179,8 @@ public:
     //         std::bad_alloc         no datagram has been taken; or one of these failures occurred,
     //                                but there is no memory for its text: a datagram that was too
     //                                long is lost then
-    virtual int RecvFrom(char* buffer, int length, VelBase::ReturnString& host,
-                         VelBase::ReturnString& port) = 0;
+    [[nodiscard]] virtual int RecvFrom(char* buffer, int length, VelBase::ReturnString& host,
+                                       VelBase::ReturnString& port) = 0;
 
     // Returns the system handle, with all bits set if the socket is closed. The socket keeps
     // ownership.
@@ -195,16 +202,15 @@ public:
 //         SOCKET_ERR_MFILE  the process, or the system, cannot open another socket
 //         VelBase::ExceptionImpl<VelBase::Message>  Winsock does not start
 //         std::bad_alloc
-VELSOCK_EXPORT VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
-                                                            Socket::SOCKET_PROTOCOL protocol);
+[[nodiscard]] VELSOCK_EXPORT VelBase::ReturnPtrI<SocketXt> CreateSocketXt(
+    Socket::SOCKET_TYPE type, Socket::SOCKET_PROTOCOL protocol);
 
 // The same with an IP version of the caller's choice: the local host's name is not looked up. With
 // FAMILY_UNKNOWN it is, as without the argument.
 //
 // Throws: SOCKET_ERR_AFNOSUPPORT  the system has no sockets of that version, or the value no name
 //         the last three of those above
-VELSOCK_EXPORT VelBase::ReturnPtrI<SocketXt> CreateSocketXt(Socket::SOCKET_TYPE type,
-                                                            Socket::SOCKET_PROTOCOL protocol,
-                                                            SocketXt::ADDR_FAMILY family);
+[[nodiscard]] VELSOCK_EXPORT VelBase::ReturnPtrI<SocketXt> CreateSocketXt(
+    Socket::SOCKET_TYPE type, Socket::SOCKET_PROTOCOL protocol, SocketXt::ADDR_FAMILY family);
 
 }  // namespace VelNet

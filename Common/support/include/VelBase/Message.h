@@ -36,11 +36,15 @@ public:
     void SetMessage(const unsigned short* text);
 
     // Returns the text, valid until the next SetMessage, assignment or destruction. Never null.
-    const unsigned short* GetMessage() const noexcept;
+    const unsigned short* GetMessage() const noexcept VELSOCK_LIFETIMEBOUND;
 
     // GetMessage under the names that windows.h gives it.
-    const unsigned short* GetMessageA() const noexcept { return GetMessage(); }
-    const unsigned short* GetMessageW() const noexcept { return GetMessage(); }
+    const unsigned short* GetMessageA() const noexcept VELSOCK_LIFETIMEBOUND {
+        return GetMessage();
+    }
+    const unsigned short* GetMessageW() const noexcept VELSOCK_LIFETIMEBOUND {
+        return GetMessage();
+    }
 
 private:
     unsigned short domain_ = MESSAGE_DOMAIN_UNKNOWN;

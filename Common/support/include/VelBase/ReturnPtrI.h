@@ -39,7 +39,7 @@ public:
     T* Get() const noexcept { return object_; }
 
     // Returns the object, or null, and passes the reference to the caller; empty afterwards.
-    T* Take() noexcept {
+    [[nodiscard]] T* Take() noexcept {
         T* const taken = object_;
         object_ = nullptr;
         return taken;

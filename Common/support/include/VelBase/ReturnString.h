@@ -25,7 +25,7 @@ public:
     ~ReturnString();
 
     // Returns the string, valid until the object is assigned to or destroyed. Never null.
-    const char* c_str() const noexcept;
+    const char* c_str() const noexcept VELSOCK_LIFETIMEBOUND;
 
 private:
     friend class TextRoom;

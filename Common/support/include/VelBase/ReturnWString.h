@@ -25,7 +25,7 @@ public:
     ~ReturnWString();
 
     // Returns the string, valid until the object is assigned to or destroyed. Never null.
-    const unsigned short* c_str() const noexcept;
+    const unsigned short* c_str() const noexcept VELSOCK_LIFETIMEBOUND;
 
 private:
     unsigned short* text_ = nullptr;

@@ -1,6 +1,7 @@
 // A sink that appends to a file.
 #pragma once
 
+#include "VelBase/ExceptionImpl.h"
 #include "VelLog/LogSink.h"
 
 namespace VelLog {
@@ -22,7 +23,7 @@ public:
     //         std::bad_alloc
     explicit FileSink(const char* path);
 
-    // Closes the file. The sink must no longer be set by then (SetSink).
+    // Unsets the sink if it is set, waits for threads that are in its Write, and closes the file.
     ~FileSink() override;
 
     // Appends the record to the file.

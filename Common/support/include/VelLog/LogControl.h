@@ -10,9 +10,16 @@ namespace VelLog {
 // routers are off and no sink is set. Both operations may be called from any thread at any time:
 // before the socket layer is started, while it is up and after it has been stopped.
 
+// The name of the library's routers and their categories. A misspelt one is another router, which
+// nobody writes to.
+inline constexpr char ROUTER_NETWORK[] = "Network";
+inline constexpr char CATEGORY_ERROR[] = "Error";
+inline constexpr char CATEGORY_CONNECTION_TRACE[] = "Connection Trace";
+inline constexpr char CATEGORY_PACKET_TRACE[] = "Packet Trace";
+inline constexpr char CATEGORY_VERBOSE_PACKET_TRACE[] = "Verbose Packet Trace";
+
 // Switches the router with this name and category on or off, even if it is created only later.
-// The library's routers are all named "Network"; their categories are "Error", "Connection Trace",
-// "Packet Trace" and "Verbose Packet Trace". Other pairs are remembered too, up to 64.
+// Pairs that are not the library's are remembered too, up to 64.
 //
 // Returns false and changes nothing if a string is null or longer than 63 characters, or if a new
 // pair would be the 65th.

@@ -13,7 +13,9 @@ struct LogRecord {
     long long microsecondsSince1970;  // UTC
 };
 
-// Receives records. The host process creates the sink and keeps it alive as long as it is set.
+// Receives records. The host process creates the sink. One that is set (SetSink) when it is
+// destroyed unsets itself; if other threads may be logging then, unset it before: the class's own
+// part is gone by the time that the base class's destructor waits for them.
 //
 // Write is called for one record at a time, on the thread that logs it. A sink that blocks
 // therefore blocks every thread that logs, and must not wait for one of them.

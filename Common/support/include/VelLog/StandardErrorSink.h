@@ -9,6 +9,7 @@ namespace VelLog {
 class VELSOCK_EXPORT StandardErrorSink : public LogSink {
 public:
     StandardErrorSink() noexcept;
+    // Unsets the sink if it is set, and waits for threads that are in its Write.
     ~StandardErrorSink() override;
     // Writes the record as it comes: nothing is buffered.
     void Write(const LogRecord& record) override;
