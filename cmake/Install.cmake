@@ -14,19 +14,29 @@ install(TARGETS velsock EXPORT VelSockTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(TARGETS velsock_static EXPORT VelSockTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(TARGETS velsock_companion EXPORT VelSockTargets COMPONENT development)
 install(EXPORT VelSockTargets NAMESPACE VelSock:: DESTINATION ${package_folder} COMPONENT development)
-foreach(folder IN LISTS VELSOCK_PUBLIC_INCLUDES)
+foreach(folder IN LISTS VELSOCK_PUBLIC_INCLUDES VELSOCK_COMPANION_INCLUDES)
   install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 endforeach()
 if(VELSOCK_TOOLS)
   install(TARGETS velsock-cat velsock-resolve RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 # As they lie in the sources: they name each other.
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/SECURITY.md
-  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+foreach(document README.md CHANGELOG.md LICENSE SECURITY.md)
+  install(FILES ${PROJECT_SOURCE_DIR}/${document} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT development FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.cpp" PATTERN "*.h")
+if(WIN32)
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/windows/VelSock.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/velsock
+    COMPONENT development)
+else()
+  # Where gdb looks for what belongs to the library.
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/gdb/libvelsock-gdb.py
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
+    RENAME libvelsock.so.${PROJECT_VERSION}-gdb.py COMPONENT development)
+endif()
 if(MINGW)
   install(FILES ${VELSOCK_RUNTIME_LIBRARIES} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endif()

@@ -1,0 +1,87 @@
+#!/usr/bin/env bash
+# Unpacks an archive, moves what was in it, and examines the files: nothing knows where it was built or unpacked, the
+# tools find the library, and the compiler's protections are in.
+# usage: CheckArchive.sh ARCHIVE FOLDER PROJECT_FOLDER [windows]
+# FOLDER is made anew and keeps the moved tree.
+set -euo pipefail
+
+archive=$1
+folder=$2
+project=$3
+system=${4-linux}
+
+fail() {
+  echo "$1" >&2
+  exit 1
+}
+
+unpack_and_move() {
+  local unpacked
+  rm -rf "$folder" "$folder.unpacked"
+  mkdir -p "$folder.unpacked"
+  case $archive in
+    *.zip) unzip -q "$archive" -d "$folder.unpacked" ;;
+    *) tar -xf "$archive" -C "$folder.unpacked" ;;
+  esac
+  unpacked=$(echo "$folder.unpacked"/*)
+  mv "$unpacked" "$folder"
+  rmdir "$folder.unpacked"
+}
+
+check_places() {
+  if grep -rlF -e "$project" -e "$folder.unpacked" "$folder"; then fail "These files know where they were built"; fi
+}
+
+# has FILE WHAT PATTERN COMMAND...: the command's output about the file has a line like the pattern.
+has() {
+  local file=$1 what=$2 pattern=$3
+  shift 3
+  "$@" "$file" | grep -E "$pattern" >/dev/null || fail "$file: no $what"
+}
+
+check_protections() {
+  local file
+  for file in "$folder/lib/libvelsock.so" "$folder"/bin/*; do
+    has "$file" "read-only relocations" GNU_RELRO readelf -lW
+    has "$file" "binding at load time" 'FLAGS.*NOW' readelf -dW
+    has "$file" "stack that is not executable" 'GNU_STACK.* RW +0x' readelf -lW
+    has "$file" "stack protector" __stack_chk_fail readelf --dyn-syms -W
+    has "$file" "checked functions" '__[a-z]+_chk' readelf --dyn-syms -W
+    # shellcheck disable=SC2016  # the loader's word for the file's own folder
+    if readelf -dW "$file" | grep -E 'RPATH|RUNPATH' | grep -vF '[$ORIGIN/'; then fail "$file searches a fixed folder"; fi
+  done
+  for file in "$folder"/bin/*; do has "$file" "address of the loader's choice" 'FLAGS_1.*PIE' readelf -dW; done
+  if [ "$(uname -m)" = x86_64 ]; then
+    has "$folder/lib/libvelsock.so" "landing places of indirect branches" endbr64 objdump -d
+  fi
+}
+
+check_windows_protections() {
+  local file what
+  for file in "$folder"/bin/VelSock.dll "$folder"/bin/velsock-*.exe; do
+    for what in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do has "$file" "$what" "$what" x86_64-w64-mingw32-objdump -p; done
+  done
+}
+
+check_names() {
+  has "$folder/lib/libvelsock.so" "own name" 'SONAME.*\[libvelsock\.so\.1\]' readelf -dW
+  has "$folder/lib/libvelsock.so" "symbol versions" '@@VELSOCK_1\.0$' nm --dynamic --defined-only
+}
+
+check_tools() {
+  local tool
+  for tool in velsock-cat velsock-resolve; do
+    "$folder/bin/$tool" --version >/dev/null || fail "$tool does not run where it was moved to"
+  done
+}
+
+unpack_and_move
+check_places
+if [ "$system" = windows ]; then
+  check_windows_protections
+else
+  check_protections
+  check_names
+  check_tools
+fi
+echo "$(basename "$archive"): $(find "$folder" -type f | wc -l) files, moved, protected"
