@@ -1,6 +1,7 @@
 #include "VelNet/Octets.h"
 
 #include "Socket/ClearForGood.h"
+#include "Text/Decimal.h"
 
 #include <cstring>
 
@@ -9,18 +10,9 @@ namespace VelNet {
 namespace {
 
 constexpr std::size_t OctetCount = 4;
-constexpr std::size_t DottedSize = sizeof "255.255.255.255";
 
 constexpr unsigned char ByteOf(unsigned int word, unsigned int position) noexcept {
     return static_cast<unsigned char>(word >> (8 * position) & 0xFFU);
-}
-
-// Returns where the next character goes.
-char* PutDecimal(char* text, unsigned char octet) noexcept {
-    if (octet >= 100) *text++ = static_cast<char>('0' + octet / 100);
-    if (octet >= 10) *text++ = static_cast<char>('0' + octet / 10 % 10);
-    *text++ = static_cast<char>('0' + octet % 10);
-    return text;
 }
 
 }  // namespace
@@ -74,13 +66,8 @@ unsigned int Octets::GetAddress() const noexcept {
 }
 
 VelBase::ReturnString Octets::GetAddressString() const {
-    char text[DottedSize];
-    char* end = text;
-    for (std::size_t index = 0; index < OctetCount; ++index) {
-        end = PutDecimal(end, bytes_[index]);
-        *end++ = '.';
-    }
-    end[-1] = '\0';  // in place of the last point
+    char text[Text::DottedSize];
+    Text::PutDotted(text, {bytes_[0], bytes_[1], bytes_[2], bytes_[3]});
     return {text};
 }
 

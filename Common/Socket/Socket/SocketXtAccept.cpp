@@ -63,10 +63,10 @@ void SocketXtImpl::MakeRoomForPeer() {
 
 void SocketXtImpl::RememberPeer(PeerTexts& peer, VelBase::ReturnString& host,
                                 VelBase::ReturnString& port) {
-    remoteHost_ = peer.host.Begin();
-    remotePort_ = peer.port.Begin();
-    host = peer.host.HandOver();
-    port = peer.port.HandOver();
+    remoteHost_ = peer.Host();
+    remotePort_ = peer.Port();
+    host = peer.HandOverHost();
+    port = peer.HandOverPort();
 }
 
 }  // namespace VelNet

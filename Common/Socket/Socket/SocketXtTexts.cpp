@@ -17,8 +17,8 @@ bool TellPeer(const Winsock::AddressStorage& storage, int flags, PeerTexts& text
     constexpr int numeric = Winsock::NumericHost | Winsock::NumericService;
     // Required (XtAccept.AddressIsPutToTheResolverWithTheLengthOfTheStorage): the length is that of
     // the storage, not of the address in it.
-    return Winsock::getnameinfo(&storage, sizeof storage, texts.host.Begin(), SocketXt::MAXHOST,
-                                texts.port.Begin(), SocketXt::MAXPORT, numeric | flags) == 0;
+    return Winsock::getnameinfo(&storage, sizeof storage, texts.Host(), SocketXt::MAXHOST,
+                                texts.Port(), SocketXt::MAXPORT, numeric | flags) == 0;
 }
 
 void TextEndpoints::FeedTo(VelResource::MessageFormatter& formatter) const {

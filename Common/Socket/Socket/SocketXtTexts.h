@@ -22,11 +22,30 @@ VelBase::ReturnString NarrowComputerName();
 // "<host>:<port>"
 std::string JoinEndpoint(const std::string& host, const std::string& port);
 
-// Buffers for a peer's numeric address. Allocated before the system is asked for anything that
-// would be lost if memory ran out.
-struct PeerTexts {
-    VelBase::TextRoom host{SocketXt::MAXHOST};
-    VelBase::TextRoom port{SocketXt::MAXPORT};
+// A peer's numeric address. What the caller gets of it is allocated before the system is asked for
+// anything that would be lost if memory ran out.
+class PeerTexts {
+public:
+    // The texts are empty; what is behind their ends is not initialized.
+    PeerTexts() { host_[0] = port_[0] = '\0'; }
+
+    char* Host() noexcept { return host_; }
+    char* Port() noexcept { return port_; }
+
+    // Once each.
+    VelBase::ReturnString HandOverHost() { return hostRoom_.HandOver(host_); }
+    VelBase::ReturnString HandOverPort() { return portRoom_.HandOver(port_); }
+
+private:
+    // The longest numeric host is an IPv6 address with its scope.
+    static constexpr std::size_t LongestHost =
+        sizeof "ffff:ffff:ffff:ffff:ffff:ffff:255.255.255.255%4294967295";
+    static constexpr std::size_t LongestPort = sizeof "65535";
+
+    char host_[SocketXt::MAXHOST];
+    char port_[SocketXt::MAXPORT];
+    VelBase::TextRoom hostRoom_{LongestHost};
+    VelBase::TextRoom portRoom_{LongestPort};
 };
 
 // Adds the flags to those for numeric strings and calls getnameinfo. Returns false, with the last

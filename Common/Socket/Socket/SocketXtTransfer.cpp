@@ -55,8 +55,8 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
 
     if (TellPeer(storage, socketType_ == Winsock::TypeDatagram ? Winsock::DatagramService : 0,
                  peer)) {
-        host = peer.host.HandOver();
-        port = peer.port.HandOver();
+        host = peer.HandOverHost();
+        port = peer.HandOverPort();
     } else {
         const int error = Winsock::WSAGetLastError();
         ReportSocketXtError(

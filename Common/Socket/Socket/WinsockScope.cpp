@@ -33,7 +33,7 @@ constexpr unsigned short WinsockVersion = 0x0101;
 }  // namespace
 
 WinsockScope::WinsockScope(const char* function) {
-    Winsock::StartupData data = {};
+    Winsock::StartupData data;  // nobody reads it
     const int result = Winsock::WSAStartup(WinsockVersion, &data);
     if (result != 0) ThrowNotStarted(function, result);
 }

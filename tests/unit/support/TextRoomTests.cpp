@@ -1,6 +1,5 @@
 #include <VelBase/TextRoom.h>
 
-#include <cstring>
 #include <new>
 
 #include "scripted/ScriptedPlatform.h"
@@ -15,41 +14,38 @@ using VelBase::TextRoom;
 
 class TextRooms : public Scripted::PlatformTest {};
 
-TEST_F(TextRooms, AreEmptyTextsToBeginWith) {
+TEST_F(TextRooms, HandOverWhatTheyAreGiven) {
     TextRoom room(16);
-    EXPECT_STREQ(room.Begin(), "");
-    EXPECT_STREQ(room.HandOver().c_str(), "");
+    EXPECT_STREQ(room.HandOver("fifteen letters").c_str(), "fifteen letters");
 }
 
-TEST_F(TextRooms, HandOverWhatWasPutThere) {
-    TextRoom room(16);
-    std::strcpy(room.Begin(), "fifteen letters");
-    EXPECT_STREQ(room.HandOver().c_str(), "fifteen letters");
-}
-
-TEST_F(TextRooms, HandOverNoMoreMemoryThanTheTextNeeds) {
-    const Mark mark;
-    ReturnString text;
-    {
-        TextRoom room(1000);
-        std::strcpy(room.Begin(), "text");
-        text = room.HandOver();
+TEST_F(TextRooms, HandOverTextsWithoutMoreMemory) {
+    for (const char* const text : {"", "text", "fifteen letters"}) {
+        TextRoom room(16);
+        const Mark mark;
+        const ReturnString handedOver = room.HandOver(text);
+        EXPECT_EQ(mark.Requests(), 0U);
+        EXPECT_STREQ(handedOver.c_str(), text);
     }
-    EXPECT_EQ(mark.LiveBytes(), 5);
-    EXPECT_STREQ(text.c_str(), "text");
 }
 
-TEST_F(TextRooms, HandOverWithoutMemoryToo) {
+TEST_F(TextRooms, HandOverLongerTextsInMemoryOfTheirOwn) {
     const Mark mark;
     {
-        TextRoom room(1000);
-        std::strcpy(room.Begin(), "text");
-        const FailNth failing(1);
-        const ReturnString text = room.HandOver();
-        EXPECT_TRUE(failing.Happened());
-        EXPECT_STREQ(text.c_str(), "text");
+        TextRoom room(16);
+        EXPECT_STREQ(room.HandOver("sixteen letters!").c_str(), "sixteen letters!");
     }
     EXPECT_EQ(mark.LiveBlocks(), 0);
+    TextRoom room(16);
+    const FailNth failing(1);
+    EXPECT_THROW(room.HandOver("sixteen letters!"), std::bad_alloc);
+}
+
+TEST_F(TextRooms, AreGivenAwayOnce) {
+    TextRoom room(16);
+    const ReturnString first = room.HandOver("first");
+    EXPECT_STREQ(room.HandOver("second").c_str(), "second");
+    EXPECT_STREQ(first.c_str(), "first");
 }
 
 TEST_F(TextRooms, AreRefusedWhenThereIsNoMemory) {

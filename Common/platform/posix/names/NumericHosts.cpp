@@ -1,6 +1,9 @@
 #include "names/NumericHosts.h"
 
+#include "Text/Decimal.h"
+
 #include <charconv>
+#include <cstddef>
 #include <cstring>
 
 namespace Posix {
@@ -13,10 +16,30 @@ bool IsDigit(char character) noexcept {
     return character >= '0' && character <= '9';
 }
 
+// Takes a number of 0 to 255 without leading zeros. Returns where it ends, or null.
+const char* TakeOctet(const char* text, unsigned char& octet) noexcept {
+    constexpr std::ptrdiff_t MostDigits = 3;
+    const char* end = text;
+    unsigned int value = 0;
+    for (; IsDigit(*end) && end - text < MostDigits; ++end)
+        value = value * 10 + static_cast<unsigned int>(*end - '0');
+    octet = static_cast<unsigned char>(value);
+    const bool leadingZero = *text == '0' && end - text > 1;
+    return end == text || leadingZero || value > 255 ? nullptr : end;
+}
+
+// As inet_pton does, which takes three times as long.
 bool ParseIpv4(const char* text, KernelAddress& address) noexcept {
+    unsigned char octets[sizeof(in_addr)];
+    for (unsigned char& octet : octets) {
+        if (&octet != octets && *text++ != '.') return false;
+        text = TakeOctet(text, octet);
+        if (text == nullptr) return false;
+    }
     address = {};
     address.ipv4.sin_family = AF_INET;
-    return ::inet_pton(AF_INET, text, &address.ipv4.sin_addr) == 1;
+    std::memcpy(&address.ipv4.sin_addr, octets, sizeof octets);
+    return *text == '\0';
 }
 
 bool ParseIpv6(const char* text, KernelAddress& address) noexcept {
@@ -26,14 +49,10 @@ bool ParseIpv6(const char* text, KernelAddress& address) noexcept {
 }
 
 // inet_ntop would interpret a format string for each number.
-void WriteDotted(const in_addr& address, char* text, char* last) noexcept {
+void WriteDotted(const in_addr& address, char* text) noexcept {
     unsigned char octets[sizeof address];
     std::memcpy(octets, &address, sizeof address);
-    for (const unsigned char octet : octets) {
-        text = std::to_chars(text, last, octet).ptr;
-        *text++ = '.';
-    }
-    *--text = '\0';
+    Text::PutDotted(text, octets);
 }
 
 }  // namespace
@@ -54,16 +73,15 @@ bool ParseNumericPort(const char* text, std::uint16_t& port) noexcept {
 
 HostText FormatNumericHost(const KernelAddress& address) noexcept {
     HostText host = {};
-    char* const last = host.text + sizeof host.text - 1;
     if (address.any.sa_family == AF_INET) {
-        WriteDotted(address.ipv4.sin_addr, host.text, last);
+        WriteDotted(address.ipv4.sin_addr, host.text);
         return host;
     }
     ::inet_ntop(AF_INET6, &address.ipv6.sin6_addr, host.text, sizeof host.text);
     if (address.ipv6.sin6_scope_id == 0) return host;
     char* end = host.text + std::strlen(host.text);
     *end++ = '%';
-    std::to_chars(end, last, address.ipv6.sin6_scope_id);
+    std::to_chars(end, host.text + sizeof host.text - 1, address.ipv6.sin6_scope_id);
     return host;
 }
 

@@ -1,4 +1,4 @@
-// A buffer for a narrow string whose contents are not known yet.
+// Memory for a narrow string whose contents are not known yet.
 #pragma once
 
 #include "VelBase/ReturnString.h"
@@ -13,14 +13,12 @@ public:
     // The size is in bytes and includes the terminator. Throws std::bad_alloc.
     explicit TextRoom(std::size_t size);
 
-    // Returns the buffer, which holds an empty string at first.
-    char* Begin() noexcept { return text_.text_; }
-
-    // Returns the string in the buffer: a copy without the unused rest or, if there is no memory
-    // for a copy, the buffer itself, which this object then no longer has.
-    ReturnString HandOver() noexcept;
+    // Returns a copy of the text in that memory, which this object then no longer has. A text for
+    // which it is too small gets memory of its own: std::bad_alloc if there is none.
+    ReturnString HandOver(const char* text);
 
 private:
+    std::size_t size_;
     ReturnString text_;
 };
 
