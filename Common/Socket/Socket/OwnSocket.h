@@ -6,18 +6,18 @@
 namespace VelNet {
 
 // A base of every socket class of this library, beside its public interface: clients see neither
-// its slot nor its size.
+// its size nor where it lies.
 class OwnSocket {
 public:
     // The system handle; InvalidSocket once the socket is closed. An override of an operation of
     // the public interface does not change it.
-    virtual Winsock::Handle Handle() const noexcept = 0;
+    Winsock::Handle Handle() const noexcept { return handle_; }
 
 protected:
-    OwnSocket() = default;
-    OwnSocket(const OwnSocket&) = default;
-    OwnSocket& operator=(const OwnSocket&) = default;
+    explicit OwnSocket(Winsock::Handle handle) noexcept : handle_(handle) {}
     ~OwnSocket() = default;
+
+    Winsock::Handle handle_;
 };
 
 }  // namespace VelNet

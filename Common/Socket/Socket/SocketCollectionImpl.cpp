@@ -97,7 +97,7 @@ SocketCollection* SocketCollectionImpl::Select(unsigned int seconds) {
     for (const Entry& entry : entries_) {
         const Winsock::Handle handle = entry.Handle();
         if (watched.IsReadable(handle)) result->AddIfReadable(entry);
-        if (watched.IsWritable(handle) && entry.event == EVENT_WRITE)
+        if (entry.event == EVENT_WRITE && watched.IsWritable(handle))
             result->entries_.push_back(entry);
     }
     return result.release();

@@ -41,7 +41,7 @@ private:
 
         VelBase::InterfaceHolder<Socket> socket;
         int event;
-        const OwnSocket* own;  // the same object; a dynamic_cast each time would be most of Select
+        const OwnSocket* own;  // the same object
     };
 
     const Entry& EntryAt(unsigned int index) const;

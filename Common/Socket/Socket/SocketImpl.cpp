@@ -84,7 +84,7 @@ VelBase::ReturnPtrI<Socket> CreateSocket(Socket::SOCKET_TYPE type,
 SocketImpl::SocketImpl() : SocketImpl(Winsock::InvalidSocket, STATE_CLOSED) {}
 
 SocketImpl::SocketImpl(Winsock::Handle handle, SocketState state)
-    : handle_(handle), state_(state) {}
+    : OwnSocket(handle), state_(state) {}
 
 SocketImpl::~SocketImpl() {
     if (SocketImpl::IsValid()) SocketImpl::Close();
@@ -139,7 +139,7 @@ void SocketImpl::Connect(Octets address, unsigned short port) {
     // the socket stays connected if one throws.
     StoreLocalAddress(local_);
     StoreRemoteAddress(remote_);
-    TraceConnection(ConnectedFormat);
+    if (IsConnectionTraceEnabled()) TraceConnection(ConnectedFormat);
 }
 
 VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
@@ -163,7 +163,7 @@ VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
     // listener is bound to, not the one that the connection reached.
     StoreLocalAddress(accepted->local_);
     accepted->remote_ = remote;
-    accepted->TraceConnection(ConnectedFormat);
+    if (IsConnectionTraceEnabled()) accepted->TraceConnection(ConnectedFormat);
     return {accepted.Get()};
 }
 
@@ -196,7 +196,7 @@ void SocketImpl::Close() noexcept {
     }
     handle_ = Winsock::InvalidSocket;
     state_ = STATE_CLOSED;
-    TraceConnection(DisconnectedFormat);
+    if (IsConnectionTraceEnabled()) TraceConnection(DisconnectedFormat);
     AddressWriter::Clear(local_);
     AddressWriter::Clear(remote_);
 }

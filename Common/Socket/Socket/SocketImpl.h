@@ -41,8 +41,6 @@ public:
     SocketAddress GetRemoteAddress() const override;
     int GetStatus() const override;
 
-    Winsock::Handle Handle() const noexcept final { return handle_; }
-
 private:
     // Ask the system.
     Winsock::AddressIpv4 QueryLocalAddress() const;
@@ -62,7 +60,6 @@ private:
     // Returns the count.
     int TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 
-    Winsock::Handle handle_;
     SocketState state_;
     SocketAddress local_;
     SocketAddress remote_;

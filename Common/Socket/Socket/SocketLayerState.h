@@ -42,6 +42,11 @@ inline VelLog::Router* EnabledRouter(RouterMember member) noexcept {
     return router->IsEnabled() ? router : nullptr;
 }
 
+// Asked before what the record needs is put together, on the way of every connection.
+inline bool IsConnectionTraceEnabled() noexcept {
+    return EnabledRouter(&SocketLayerState::connectionTraceRouter) != nullptr;
+}
+
 // The packet routers of the published state that are enabled, a bit each.
 extern constinit std::atomic<unsigned int> g_enabledPacketTraces;
 

@@ -48,7 +48,7 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
     // socket, stores the peer's strings and writes the record.
     if (TellPeer(storage, 0, peer)) {
         RememberPeer(peer, host, port);
-        TraceConnection(ConnectedFormat);
+        if (IsConnectionTraceEnabled()) TraceConnection(ConnectedFormat);
     } else {
         ReportUnknownPeer(function, Winsock::WSAGetLastError());
     }

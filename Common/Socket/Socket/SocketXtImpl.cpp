@@ -19,7 +19,7 @@ constexpr char AnyPort[] = "0";
 
 SocketXtImpl::SocketXtImpl(Winsock::Handle handle, SocketState state, int socketType, int protocol,
                            ADDR_FAMILY family)
-    : handle_(handle),
+    : OwnSocket(handle),
       state_(state),
       socketType_(socketType),
       protocol_(protocol),
@@ -172,7 +172,7 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
     }
     // Required (XtConnect.HostWithoutAddressesIsRecordedAsConnectedAllTheSame): written even if
     // there was no address, which is not a failure.
-    TraceConnection(ConnectedFormat);
+    if (IsConnectionTraceEnabled()) TraceConnection(ConnectedFormat);
 }
 
 void SocketXtImpl::Close() {
@@ -185,7 +185,7 @@ void SocketXtImpl::Close() {
     }
     handle_ = Winsock::InvalidSocket;
     state_ = STATE_CLOSED;
-    TraceConnection(DisconnectedFormat);
+    if (IsConnectionTraceEnabled()) TraceConnection(DisconnectedFormat);
 }
 
 void SocketXtImpl::SetReceiveTimeout(unsigned int milliseconds) {

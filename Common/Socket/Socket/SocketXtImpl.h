@@ -64,8 +64,6 @@ public:
     VelBase::ReturnString GetSpecialAddress(SpecialAddressKind kind,
                                             ADDR_FAMILY family) const override;
 
-    Winsock::Handle Handle() const noexcept final { return handle_; }
-
 private:
     void SetOption(int option, unsigned int value, const char* function,
                    const char* description) const;
@@ -95,7 +93,6 @@ private:
     // The endpoints as the trace records show them.
     TextEndpoints Endpoints() const;
 
-    Winsock::Handle handle_;
     SocketState state_;
     std::string localHost_;
     std::string localPort_;

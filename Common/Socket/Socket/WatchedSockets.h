@@ -42,7 +42,9 @@ private:
         // Twice as many slots as handles, so that a free one is near.
         static constexpr std::size_t Slots = std::size_t{2} * Winsock::HandleSet::Room;
 
-        Winsock::HandleSet handles = {};
+        Set() noexcept { handles.count = 0; }
+
+        Winsock::HandleSet handles;        // those beyond the count are never read
         unsigned char places[Slots] = {};  // 1 more than the handle's index; 0 in a free slot
     };
 

@@ -70,7 +70,7 @@ Winsock::HostEntry* FillOwn(HostEntryStorage& block, const std::vector<KernelAdd
         bytes += sizeof(in_addr);
     }
     *pointers = nullptr;
-    std::strcpy(bytes, name);
+    std::memcpy(bytes, name, std::strlen(name) + 1);
     block.entry = {bytes, aliases, Winsock::FamilyIpv4, sizeof(in_addr), aliases + 1};
     return &block.entry;
 }

@@ -161,16 +161,11 @@ WinsockError MoveGroups(const Socket& socket, Reception& reception, const Kernel
     return WinsockError::None;
 }
 
-// Whether a socket that is bound to this address receives everything itself.
-bool NeedsNoAuxiliaries(const Socket& socket, const KernelAddress& address) {
-    return !socket.Has(Flag::Datagram) || IsWildcard(address);
-}
-
 }  // namespace
 
 WinsockError OpenAuxiliaries(const Socket& socket, const KernelAddress& address,
                              AuxiliarySockets& opened) try {
-    if (NeedsNoAuxiliaries(socket, address)) return WinsockError::None;
+    if (IsWildcard(address)) return WinsockError::None;
     const std::lock_guard guard(receptionLock);
     for (const Destination& broadcast : BroadcastsAt(socket.descriptor, address)) {
         const WinsockError error = OpenForBroadcast(socket, ReceptionOf(socket), broadcast, opened);
@@ -184,7 +179,7 @@ WinsockError OpenAuxiliaries(const Socket& socket, const KernelAddress& address,
 
 WinsockError BindAuxiliaries(const Socket& socket, const KernelAddress& address,
                              AuxiliarySockets& opened) {
-    if (NeedsNoAuxiliaries(socket, address)) return WinsockError::None;
+    if (IsWildcard(address)) return WinsockError::None;
     socket.entry->Set(Flag::OwnAddress);
     const std::lock_guard guard(receptionLock);
     Reception* const reception = FindReception(socket);

@@ -20,8 +20,8 @@ namespace Posix {
 
 // All functions return a Winsock error or None.
 
-// For bind, before the socket is bound to the address: opens all sockets that will be needed, so
-// that a bind call that fails for lack of one can be repeated.
+// For bind, before a datagram socket is bound to the address: opens all sockets that will be
+// needed, so that a bind call that fails for lack of one can be repeated.
 WinsockError OpenAuxiliaries(const Socket& socket, const KernelAddress& address,
                              AuxiliarySockets& opened);
 // For bind, once the socket is bound.

@@ -30,17 +30,22 @@ bool IsUnbindable(const KernelAddress& address) {
     return IN_MULTICAST(ipv4) || ipv4 == INADDR_BROADCAST;
 }
 
-bool BindAsWinsock(const Socket& socket, const KernelAddress& address) {
-    return socket.Has(Flag::Datagram) ? BindDatagram(socket, address)
-                                      : BindOverEndedConnections(socket, address);
+WinsockError BindStream(const Socket& socket, const KernelAddress& address) {
+    return BindOverEndedConnections(socket, address) ? WinsockError::None
+                                                     : BindError(socket, address);
 }
 
 WinsockError BindWithAuxiliaries(const Socket& socket, const KernelAddress& address) {
     AuxiliarySockets auxiliaries;
     if (const auto error = OpenAuxiliaries(socket, address, auxiliaries); IsError(error))
         return error;
-    if (!BindAsWinsock(socket, address)) return BindError(socket, address);
+    if (!BindDatagram(socket, address)) return BindError(socket, address);
     return BindAuxiliaries(socket, address, auxiliaries);
+}
+
+WinsockError BindAsWinsock(const Socket& socket, const KernelAddress& address) {
+    return socket.Has(Flag::Datagram) ? BindWithAuxiliaries(socket, address)
+                                      : BindStream(socket, address);
 }
 
 }  // namespace
@@ -53,7 +58,7 @@ int Winsock::bind(Handle handle, const void* address, int length) {
         return Fail(error);
     if (socket.Has(Flag::Bound)) return Fail(WinsockError::Invalid);
     if (IsUnbindable(local)) return Fail(WinsockError::AddressNotAvailable);
-    if (const auto error = BindWithAuxiliaries(socket, local); IsError(error)) return Fail(error);
+    if (const auto error = BindAsWinsock(socket, local); IsError(error)) return Fail(error);
     socket.entry->Set(Flag::Bound);
     return Succeed();
 }

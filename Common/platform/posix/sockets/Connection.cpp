@@ -13,11 +13,6 @@ void Posix::MarkConnected(const Socket& socket) noexcept {
     socket.entry->Clear(Flag::Connecting);
 }
 
-bool Posix::IsConnected(const Socket& socket) noexcept {
-    if (socket.Has(Flag::Connecting)) NoticeOutcome(socket);
-    return socket.Has(Flag::Connected);
-}
-
 using namespace Posix;
 
 int Winsock::connect(Handle handle, const void* address, int length) {

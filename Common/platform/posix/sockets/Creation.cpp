@@ -44,7 +44,7 @@ struct Default {
     int value;
 };
 
-// The options in which Winsock's defaults differ from the kernel's.
+// The options in which Winsock's defaults differ from the kernel's. An IPv4 stream has none.
 constexpr Default Defaults[] = {
     // IPv6 sockets do not accept IPv4 traffic.
     {false, IPPROTO_IPV6, IPV6_V6ONLY, 1},
@@ -64,6 +64,7 @@ bool Applies(const Default& given, bool ipv6, bool datagram) {
 
 // Returns false with errno if the kernel refuses one of them.
 bool GiveDefaults(int descriptor, bool ipv6, bool datagram) {
+    if (!ipv6 && !datagram) return true;
     return std::all_of(std::begin(Defaults), std::end(Defaults), [&](const Default& given) {
         const int value = given.value;
         return !Applies(given, ipv6, datagram) ||

@@ -82,7 +82,7 @@ KernelAddress CopyAddress(const sockaddr* source) noexcept {
 
 bool IsWildcard(const KernelAddress& address) noexcept {
     if (address.any.sa_family == AF_INET) return address.ipv4.sin_addr.s_addr == INADDR_ANY;
-    return std::memcmp(&address.ipv6.sin6_addr, &in6addr_any, sizeof in6addr_any) == 0;
+    return IN6_IS_ADDR_UNSPECIFIED(&address.ipv6.sin6_addr);
 }
 
 std::uint16_t PortOf(const KernelAddress& address) noexcept {

@@ -108,7 +108,7 @@ short EventsToRead(const Socket& socket, short told) noexcept {
     return static_cast<short>(events);
 }
 
-int FirstToRead(const Socket& socket) noexcept {
+int FirstOfQueues(const Socket& socket) noexcept {
     const int pollSet = PollSetOf(socket);
     return pollSet < 0 ? socket.descriptor : FirstIn(pollSet, socket);
 }

@@ -16,7 +16,10 @@ int DescriptorToWatch(const Socket& socket) noexcept;
 short EventsToRead(const Socket& socket, short told) noexcept;
 
 // Returns the descriptor of the kernel queue with the datagram that arrived first.
-int FirstToRead(const Socket& socket) noexcept;
+int FirstOfQueues(const Socket& socket) noexcept;
+inline int FirstToRead(const Socket& socket) noexcept {
+    return socket.Has(Flag::Reception) ? FirstOfQueues(socket) : socket.descriptor;
+}
 
 // Calls recvmsg on that descriptor. Only blocks if the socket has a single queue; otherwise it
 // fails with EAGAIN, and the caller waits for the descriptor to watch.

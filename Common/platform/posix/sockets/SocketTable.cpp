@@ -35,6 +35,8 @@ void RaiseEntriesInUse(int count) noexcept {
 // sees no more than a plain close. Gives up after a second, since closesocket may run in a signal
 // handler that has interrupted the very call.
 void EndCalls(const SocketEntry& entry, int descriptor) noexcept {
+    if (!entry.HasCalls()) return;
+    const CancellationGuard whole;
     constexpr long long Patience = 1'000'000'000;
     constexpr timespec ToLeave = {.tv_sec = 0, .tv_nsec = 100'000};
     int direction = SHUT_RD;
@@ -50,13 +52,6 @@ void ForgetCalls() noexcept {
     const int end = entriesInUse.load(std::memory_order_relaxed);
     for (int descriptor = 0; descriptor < end; ++descriptor)
         socketTable[descriptor].ForgetCalls();
-}
-
-// Returns none if there is no open socket.
-Socket SocketAt(int descriptor) noexcept {
-    if (!socketTable[descriptor].Has(Flag::Live)) return {};
-    Socket socket(descriptor);
-    return socket.entry->IsInside(Flag::Live) ? std::move(socket) : Socket();
 }
 
 }  // namespace
@@ -93,10 +88,8 @@ int SocketEntry::CloseIfLeft(int result) noexcept {
     return result;
 }
 
-Socket FindSocket(Winsock::Handle handle) noexcept {
-    Socket socket = handle < SocketTableSize ? SocketAt(static_cast<int>(handle)) : Socket();
-    if (!socket) Fail(IsStarted() ? WinsockError::NotSocket : WinsockError::NotStarted);
-    return socket;
+void FailWithoutSocket() noexcept {
+    Fail(IsStarted() ? WinsockError::NotSocket : WinsockError::NotStarted);
 }
 
 Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
@@ -121,7 +114,6 @@ Winsock::Handle AdoptDescriptor(int made, std::uint32_t flags) noexcept {
 bool CloseSocket(Socket socket) noexcept {
     if (!socket.entry->TakeHandle()) return false;
     LetPortBeBoundAgain(socket);
-    const CancellationGuard whole;
     SocketEntry& entry = *socket.entry;
     const int descriptor = socket.descriptor;
     socket = {};

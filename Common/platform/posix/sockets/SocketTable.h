@@ -164,8 +164,22 @@ public:
     int descriptor = -1;
 };
 
+// Sets the last error of a call whose handle is not an open socket.
+[[gnu::cold]] void FailWithoutSocket() noexcept;
+
+// Returns none if the descriptor is not an open socket.
+inline Socket SocketAt(int descriptor) noexcept {
+    if (!socketTable[descriptor].Has(Flag::Live)) return {};
+    Socket socket(descriptor);
+    return socket.entry->IsInside(Flag::Live) ? std::move(socket) : Socket();
+}
+
 // Returns none, with the reason as the last error, if the handle is not an open socket.
-Socket FindSocket(Winsock::Handle handle) noexcept;
+inline Socket FindSocket(Winsock::Handle handle) noexcept {
+    Socket socket = handle < SocketTableSize ? SocketAt(static_cast<int>(handle)) : Socket();
+    if (!socket) FailWithoutSocket();
+    return socket;
+}
 
 // The result of a call that may have waited, or 10004 if the socket was closed meanwhile. A
 // positive result stands even then; 0 does not, since the shutdown that wakes a waiting call makes

@@ -22,21 +22,11 @@ namespace {
 
 using namespace Posix;
 
-enum class Interest { Read, Write, Except };
+// What the sets are for, each as the event that poll waits for.
+enum class Interest : short { Read = POLLIN, Write = POLLOUT, Except = 0 };
 
-short EventsOf(Interest interest) {
-    switch (interest) {
-        case Interest::Read:
-            return POLLIN;
-        case Interest::Write:
-            return POLLOUT;
-        default:
-            return 0;
-    }
-}
-
-int DescriptorFor(const Socket& socket, Interest interest) {
-    return interest == Interest::Read ? DescriptorToWatch(socket) : socket.descriptor;
+constexpr short EventOf(Interest interest) noexcept {
+    return static_cast<short>(interest);
 }
 
 // Whether the socket is ready without asking the kernel.
@@ -51,12 +41,20 @@ bool IsReadyAlready(const Socket& socket, Interest interest) {
     }
 }
 
+// Returns the descriptor that poll is to wait for, or -1 if the socket is ready already.
+int DescriptorFor(const Socket& socket, Interest interest) {
+    // Nearly always a stream, of which only the kernel knows more.
+    if (!socket.Has(Flag::Datagram | Flag::ConnectFailed)) return socket.descriptor;
+    if (IsReadyAlready(socket, interest)) return -1;
+    return interest == Interest::Read ? DescriptorToWatch(socket) : socket.descriptor;
+}
+
 // POLLERR of a datagram socket means an ICMP error or a local one. An ICMP error makes the socket
 // readable; a local error does not make it ready for anything.
 bool IsReadyDatagram(const Socket& socket, Interest interest, short events) {
     if (interest == Interest::Read) events = EventsToRead(socket, events);
     if ((events & POLLERR) != 0) CollectAnnounced(socket);
-    return (events & EventsOf(interest)) != 0 || IsReadyAlready(socket, interest);
+    return (events & EventOf(interest)) != 0 || IsReadyAlready(socket, interest);
 }
 
 // poll returns POLLHUP, which cannot be masked, for a stream that is neither connected nor
@@ -138,9 +136,9 @@ bool Selection::Add(const Winsock::HandleSet* set, Interest interest) {
 }
 
 void Selection::Watch(Socket socket, Interest interest) {
-    const bool ready = IsReadyAlready(socket, interest);
-    const int awaited = ready ? -1 : DescriptorFor(socket, interest);
-    waits_[entries_.Count()] = {awaited, EventsOf(interest), 0};
+    const int awaited = DescriptorFor(socket, interest);
+    const bool ready = awaited < 0;
+    waits_[entries_.Count()] = {awaited, EventOf(interest), 0};
     entries_.Add({std::move(socket), interest, ready});
     if (ready) ++ready_;
 }
@@ -174,8 +172,10 @@ bool Selection::IsAnyClosed() const {
 // Returns false if a descriptor is invalid: something outside the library has closed it.
 bool Selection::Judge() {
     for (std::size_t index = 0; index < entries_.Count(); ++index) {
-        if ((waits_[index].revents & POLLNVAL) != 0) return false;
-        if (waits_[index].revents != 0) JudgeEntry(entries_[index], waits_[index]);
+        const short events = waits_[index].revents;
+        if (events == 0) continue;
+        if ((events & POLLNVAL) != 0) return false;
+        JudgeEntry(entries_[index], waits_[index]);
     }
     return true;
 }
