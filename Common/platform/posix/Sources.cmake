@@ -80,14 +80,90 @@ function(velsock_optimize_transfers)
     PROPERTIES COMPILE_OPTIONS -fno-lto)
 endfunction()
 
+# What runs rarely is compiled for size: start-up, settings, names that a server is asked for, groups, control of the log.
+set(rare_sources
+  Socket/Socket/Address.cpp
+  Socket/Socket/IpVersionSetting.cpp
+  Socket/Socket/LocalDomain.cpp
+  Socket/Socket/SocketAddressCacheImpl.cpp
+  Socket/Socket/SocketAPI.cpp
+  Socket/Socket/SocketInitialization.cpp
+  Socket/Socket/SocketLayerState.cpp
+  Socket/Socket/SocketXtCreation.cpp
+  Socket/Socket/SocketXtGroups.cpp
+  support/VelBase/SystemFailure.cpp
+  support/VelBase/SystemQueries.cpp
+  support/VelRegistry/Key.cpp
+  support/VelRegistry/KeyException.cpp
+  support/VelRegistry/KeyList.cpp
+  platform/posix/names/HostEntryStorage.cpp
+  platform/posix/names/HostLookUp.cpp
+  platform/posix/names/LocalAddresses.cpp
+  platform/posix/names/NameServers.cpp
+  platform/posix/names/ResolverErrors.cpp
+  platform/posix/names/SystemAddresses.cpp
+  platform/posix/names/SystemTable.cpp
+  platform/posix/settings/Registry.cpp
+  platform/posix/settings/RegistryKey.cpp
+  platform/posix/settings/ResolverFiles.cpp
+  platform/posix/settings/ResolverKeys.cpp
+  platform/posix/settings/ResolverSettings.cpp
+  platform/posix/settings/SettingsFiles.cpp
+  platform/posix/settings/TreeKeys.cpp
+  platform/posix/settings/TreePlace.cpp
+  platform/posix/sockets/AuxiliarySockets.cpp
+  platform/posix/sockets/Broadcasts.cpp
+  platform/posix/sockets/DatagramFilter.cpp
+  platform/posix/sockets/DatagramPeer.cpp
+  platform/posix/sockets/ErrorQueue.cpp
+  platform/posix/sockets/GroupRequest.cpp
+  platform/posix/sockets/Memberships.cpp
+  platform/posix/sockets/Reception.cpp
+  platform/posix/sockets/TcpState.cpp
+  platform/posix/system/HostName.cpp
+  platform/posix/system/SystemServices.cpp
+  platform/posix/system/TrustedLinks.cpp
+  platform/posix/transfer/StreamEnd.cpp)
+# Loops over the units of texts, which the compiler turns into vector instructions only at its highest level.
+set(text_sources
+  Socket/Socket/TraceRecords.cpp
+  support/VelBase/WideText.cpp
+  support/VelLog/VisibleText.cpp
+  support/VelResource/MessageFormatter.cpp
+  platform/posix/transfer/Select.cpp
+  text/Ascii.cpp
+  text/CodePoints.cpp
+  text/Utf8.cpp)
+function(velsock_balance_size_and_speed module)
+  set_source_files_properties(${rare_sources}
+    DIRECTORY ${PROJECT_SOURCE_DIR}/Common PROPERTIES COMPILE_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:-Os>")
+  set_source_files_properties(${text_sources}
+    DIRECTORY ${PROJECT_SOURCE_DIR}/Common PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:Release>:-O3>")
+  target_compile_options(${module} PRIVATE $<$<CONFIG:Release>:-O2>)
+endfunction()
+
+# What the loader has to do. The module's own symbols are bound while it is linked: nothing of it is meant to be
+# replaced, and what is exported as data (the classes' tables and type information, and constants) may exist twice,
+# since types are compared by name. Few bytes are thread-local, so that they fit into what is left of the static
+# block when the module is loaded later.
+include(CheckLinkerFlag)
+check_linker_flag(CXX -Wl,-z,pack-relative-relocs VELSOCK_HAS_RELATIVE_RELOCATIONS)
+function(velsock_ease_loading module)
+  target_compile_options(${module} PRIVATE -ftls-model=initial-exec)
+  target_link_options(${module} PRIVATE -Wl,-Bsymbolic
+    $<$<BOOL:${VELSOCK_HAS_RELATIVE_RELOCATIONS}>:-Wl,-z,pack-relative-relocs>)
+endfunction()
+
 function(velsock_finish_module module)
   velsock_optimize_transfers()
+  velsock_balance_size_and_speed(${module})
   target_compile_options(${module} PRIVATE -fno-plt -fno-semantic-interposition)
   set(exports ${CMAKE_CURRENT_SOURCE_DIR}/platform/posix/exports.map)
   target_link_options(${module} PRIVATE -Wl,--version-script=${exports})
   if(NOT VELSOCK_SANITIZE)
     # clang++ links the sanitizers' run-time library only into programs.
     target_link_options(${module} PRIVATE -Wl,-z,defs)
+    velsock_ease_loading(${module})
   endif()
   set_property(TARGET ${module} APPEND PROPERTY LINK_DEPENDS ${exports})
 endfunction()
