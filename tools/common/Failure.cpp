@@ -28,8 +28,8 @@ void WriteError(const std::string& lines) {
 }  // namespace
 
 Failure::Failure(ExitCode code, const std::string& what, const VelNet::Exception& cause,
-                 const std::string& remark)
-    : std::runtime_error(what + ": " + ReasonOf(cause) + remark),
+                 const std::string& reason)
+    : std::runtime_error(what + ": " + reason),
       code_(code),
       details_{VelCompanion::Describe(cause)} {}
 
@@ -56,8 +56,13 @@ bool IsNotResolved(const VelNet::Exception& exception) noexcept {
 std::string ReasonOf(const VelNet::Exception& exception) {
     const VelNet::SOCKET_ERR code = exception.GetErrorCode();
     if (code == VelNet::SOCKET_ERR_UNKNOWN) return VelCompanion::Describe(exception);
-    const VelCompanion::CatalogueEntry& entry = VelCompanion::EntryOf(code);
-    return std::string(entry.text) + " (" + std::to_string(code) + " " + entry.symbol + ")";
+    return std::string(VelCompanion::EntryOf(code).text) + " " + NumberOf(exception);
+}
+
+std::string NumberOf(const VelNet::Exception& exception) {
+    const VelNet::SOCKET_ERR code = exception.GetErrorCode();
+    return std::string("(").append(std::to_string(code)).append(" ") +
+           VelCompanion::SymbolOf(code) + ")";
 }
 
 std::string TextOf(const VelNet::Exception& exception) {

@@ -23,15 +23,24 @@ enum class ExitCode : int {
     NotConfigured = 7,
 };
 
+// Returns the error's text, number and symbol; the library's text if the error is an unknown one.
+std::string ReasonOf(const VelNet::Exception& exception);
+
+// Returns "(10061 SOCKET_ERR_CONNREFUSED)".
+std::string NumberOf(const VelNet::Exception& exception);
+
 // A failure that ends the program, with one line for its user and details for those who ask.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
 
-    // What could not be done, and why: "cannot connect to localhost port 1: Connection refused
-    // (10061 SOCKET_ERR_CONNREFUSED)", and the tool's remark. The library's text is a detail.
+    // What could not be done, and why, by ReasonOf or in the tool's own words: "cannot connect to
+    // localhost port 1: Connection refused (10061 SOCKET_ERR_CONNREFUSED)". The library's text is a
+    // detail.
+    Failure(ExitCode code, const std::string& what, const VelNet::Exception& cause)
+        : Failure(code, what, cause, ReasonOf(cause)) {}
     Failure(ExitCode code, const std::string& what, const VelNet::Exception& cause,
-            const std::string& remark = "");
+            const std::string& reason);
 
     // The support layer's text.
     Failure(ExitCode code, const VelBase::Message& cause);
@@ -49,9 +58,6 @@ private:
 
 // Whether the resolver failed, as opposed to the socket.
 bool IsNotResolved(const VelNet::Exception& exception) noexcept;
-
-// Returns the error's text, number and symbol; the library's text if the error is an unknown one.
-std::string ReasonOf(const VelNet::Exception& exception);
 
 // Returns the library's text in UTF-8.
 std::string TextOf(const VelNet::Exception& exception);

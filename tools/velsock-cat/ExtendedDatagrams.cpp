@@ -29,7 +29,7 @@ public:
         });
         if (!refusal) return;
         throw TransferFailure("cannot send to " + EndpointText(host_, arguments_.port),
-                              refusal->last, RemarkOnVersion(*socket_, refusal->last, arguments_))
+                              refusal->last, ReasonFor(*socket_, refusal->last, arguments_))
             .With(refusal->attempts);
     }
 

@@ -65,20 +65,22 @@ std::string BindExtended(SocketXt& socket, const Arguments& arguments) {
                          arguments);
 }
 
-std::string RemarkOnVersion(const SocketXt& socket, const VelNet::Exception& exception,
-                            const Arguments& arguments) {
-    if (!IsOtherVersion(exception)) return "";
+std::string ReasonFor(const SocketXt& socket, const VelNet::Exception& exception,
+                      const Arguments& arguments) {
+    if (!IsOtherVersion(exception)) return VelSockTools::ReasonOf(exception);
     const bool ipv6 = socket.GetAddressFamily() == SocketXt::FAMILY_IPV6;
-    std::string remark = ipv6 ? "; the socket speaks IPv6" : "; the socket speaks IPv4";
-    if (arguments.version != SocketXt::FAMILY_UNKNOWN) return remark;
-    return remark + " because the first address of this computer's name does; " +
+    const std::string version = ipv6 ? "IPv6" : "IPv4";
+    std::string reason = "no " + version + " address of it can be used " +
+                         VelSockTools::NumberOf(exception) + "; the socket speaks " + version;
+    if (arguments.version != SocketXt::FAMILY_UNKNOWN) return reason;
+    return reason + " because the first address of this computer's name does; " +
            (ipv6 ? "-4 chooses IPv4" : "-6 chooses IPv6");
 }
 
 Failure OpeningFailure(const std::string& what, const SocketXt& socket, const Refusal& refusal,
                        const Arguments& arguments) {
-    const std::string remark = RemarkOnVersion(socket, refusal.last, arguments);
-    return Failure(CodeOf(refusal.last), what, refusal.last, remark).With(refusal.attempts);
+    const std::string reason = ReasonFor(socket, refusal.last, arguments);
+    return Failure(CodeOf(refusal.last), what, refusal.last, reason).With(refusal.attempts);
 }
 
 }  // namespace VelSockCat

@@ -24,10 +24,10 @@ void ConnectExtended(VelNet::SocketXt& socket, const Arguments& arguments);
 // Failure with NameNotResolvable or NotConnected.
 std::string BindExtended(VelNet::SocketXt& socket, const Arguments& arguments);
 
-// Explains the failure if the socket's IP version was the cause: unless the command line chooses
-// it, it depends on the local host's name. Empty otherwise.
-std::string RemarkOnVersion(const VelNet::SocketXt& socket, const VelNet::Exception& exception,
-                            const Arguments& arguments);
+// Why an operation by host failed. If the socket's IP version was the cause, it says so: unless the
+// command line chooses it, it depends on the local host's name.
+std::string ReasonFor(const VelNet::SocketXt& socket, const VelNet::Exception& exception,
+                      const Arguments& arguments);
 
 // A failure before any transfer: what could not be done, and why.
 VelSockTools::Failure OpeningFailure(const std::string& what, const VelNet::SocketXt& socket,

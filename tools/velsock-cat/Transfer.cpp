@@ -14,9 +14,13 @@ ExitCode CodeOf(const VelNet::Exception& exception) {
 
 }  // namespace
 
+VelSockTools::Failure TransferFailure(const std::string& what, const VelNet::Exception& exception) {
+    return TransferFailure(what, exception, VelSockTools::ReasonOf(exception));
+}
+
 VelSockTools::Failure TransferFailure(const std::string& what, const VelNet::Exception& exception,
-                                      const std::string& remark) {
-    return {CodeOf(exception), what, exception, remark};
+                                      const std::string& reason) {
+    return {CodeOf(exception), what, exception, reason};
 }
 
 bool IsNothingReceived(const VelNet::Exception& exception) {

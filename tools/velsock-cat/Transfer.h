@@ -10,8 +10,9 @@
 namespace VelSockCat {
 
 // Returns TimedOut, NameNotResolvable or ConnectionLost: what could not be done, and why.
+VelSockTools::Failure TransferFailure(const std::string& what, const VelNet::Exception& exception);
 VelSockTools::Failure TransferFailure(const std::string& what, const VelNet::Exception& exception,
-                                      const std::string& remark = "");
+                                      const std::string& reason);
 
 // Whether a Receive into a buffer that is not empty failed only because no byte came: the peer of a
 // stream has closed the connection in an orderly way, or a datagram was empty. See Socket::Receive.
