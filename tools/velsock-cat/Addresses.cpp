@@ -46,10 +46,15 @@ Addresses AddressesFor(const SocketXt& socket, const std::string& host) {
 }
 
 std::optional<Refusal> TryEach(const Addresses& addresses,
-                               const std::function<void(const std::string&)>& attempt) {
+                               const std::function<void(const std::string&)>& attempt,
+                               const VelCompanion::Deadline& deadline) {
     std::optional<VelNet::Exception> last;
     std::vector<std::string> attempts;
     for (const std::string& address : addresses.usable) {
+        if (last && deadline.IsOver()) {
+            attempts.push_back(address + ": not tried, the time was over");
+            continue;
+        }
         try {
             attempt(address);
             for (const std::string& line : attempts)

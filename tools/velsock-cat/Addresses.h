@@ -1,6 +1,7 @@
 // The addresses of a host that a socket can use, and how they fail.
 #pragma once
 
+#include <VelCompanion/Waiting.h>
 #include <VelNet/Exception.h>
 #include <VelNet/SocketXt.h>
 
@@ -26,9 +27,10 @@ struct Refusal {
     std::vector<std::string> attempts;  // a line for each address
 };
 
-// Passes the usable addresses to attempt until one does not throw VelNet::Exception. If the program
-// is verbose, it shows then which ones came before.
+// Passes the usable addresses to attempt until one does not throw VelNet::Exception, or the time is
+// over after one that does. If the program is verbose, it shows then which ones came before.
 [[nodiscard]] std::optional<Refusal> TryEach(
-    const Addresses& addresses, const std::function<void(const std::string&)>& attempt);
+    const Addresses& addresses, const std::function<void(const std::string&)>& attempt,
+    const VelCompanion::Deadline& deadline = VelCompanion::Deadline(VelCompanion::NoLimit));
 
 }  // namespace VelSockCat

@@ -1,5 +1,6 @@
 #include "ClassicSocket.h"
 
+#include <VelCompanion/Connecting.h>
 #include <VelNet/SocketAddress.h>
 
 #include <string>
@@ -68,14 +69,15 @@ Failure OpeningFailure(const std::string& what, const Refusal& refusal) {
 ReturnPtrI<Socket> ConnectClassic(Kind kind, const Arguments& arguments) {
     const std::string what = "cannot connect to " + EndpointText(*arguments.host, arguments.port);
     const Addresses addresses = Resolve(*arguments.host, what);
-    const ConnectLimit limit(arguments);
+    const VelCompanion::Deadline deadline(LimitOf(arguments.connectTimeout));
     ReturnPtrI<Socket> socket;
     std::string tried;
-    const auto refusal = TryEach(addresses, [&](const std::string& address) {
+    const auto connect = [&](const std::string& address) {
         tried = address;
         socket = Create(kind);
-        limit.Connect(*socket, [&] { socket->Connect(OctetsOf(address), arguments.port); });
-    });
+        VelCompanion::ConnectWithin(*socket, OctetsOf(address), arguments.port, LeftOf(deadline));
+    };
+    const auto refusal = TryEach(addresses, connect, deadline);
     if (refusal) throw OpeningFailure(what, *refusal);
     Remark("connected to " + EndpointText(tried, arguments.port));
     return socket;

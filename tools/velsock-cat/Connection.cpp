@@ -1,5 +1,9 @@
 #include "Connection.h"
 
+#include <VelCompanion/Connecting.h>
+
+#include <string>
+
 #include "ClassicSocket.h"
 #include "Endpoint.h"
 #include "ExtendedSocket.h"
@@ -14,13 +18,19 @@ using VelBase::ReturnPtrI;
 using VelNet::Socket;
 using VelNet::SocketXt;
 
+[[noreturn]] void ThrowNobodyConnected(const Arguments& arguments) {
+    throw VelSockTools::Failure(
+        VelSockTools::ExitCode::TimedOut,
+        "nobody has connected within " + std::to_string(*arguments.acceptTimeout) + " ms");
+}
+
 // Both functions close the listening socket when they return: only one connection is served.
 ReturnPtrI<Socket> AcceptClassic(const Arguments& arguments) {
     const auto listener = BindClassic(Kind::Stream, arguments);
     AnnounceListening(*listener);
-    AwaitConnection(*listener, arguments);
     VelNet::SocketAddress remote;
-    auto socket = listener->Accept(remote);
+    auto socket = VelCompanion::AcceptWithin(*listener, remote, LimitOf(arguments.acceptTimeout));
+    if (!socket) ThrowNobodyConnected(arguments);
     Remark("connection from " +
            EndpointText(remote.GetOctets().GetAddressString().c_str(), remote.GetPort()));
     return socket;
@@ -30,11 +40,11 @@ ReturnPtrI<Socket> AcceptExtended(const Arguments& arguments) {
     const auto listener = CreateExtended(Kind::Stream, arguments);
     const std::string bound = BindExtended(*listener, arguments);
     AnnounceListening(bound, VelSockTools::LocalPortOf(*listener));
-    AwaitConnection(*listener, arguments);
-    ReturnPtrI<SocketXt> socket;
     VelBase::ReturnString host;
     VelBase::ReturnString port;
-    listener->Accept(socket, host, port);
+    const auto socket =
+        VelCompanion::AcceptWithin(*listener, host, port, LimitOf(arguments.acceptTimeout));
+    if (!socket) ThrowNobodyConnected(arguments);
     Remark(std::string("connection from ") + host.c_str() + " port " + port.c_str());
     return socket.Get();
 }

@@ -1,5 +1,7 @@
 #include "ExtendedSocket.h"
 
+#include <VelCompanion/Connecting.h>
+
 #include "Endpoint.h"
 #include "Limits.h"
 
@@ -40,13 +42,13 @@ ReturnPtrI<SocketXt> CreateExtended(Kind kind, const Arguments& arguments) {
 
 void ConnectExtended(SocketXt& socket, const Arguments& arguments) {
     const std::string port = std::to_string(arguments.port);
-    const ConnectLimit limit(arguments);
+    const VelCompanion::Deadline deadline(LimitOf(arguments.connectTimeout));
     std::string tried;
-    const auto refusal =
-        TryEach(AddressesFor(socket, *arguments.host), [&](const std::string& address) {
-            tried = address;
-            limit.Connect(socket, [&] { socket.Connect(address.c_str(), port.c_str()); });
-        });
+    const auto connect = [&](const std::string& address) {
+        tried = address;
+        VelCompanion::ConnectWithin(socket, address, port, LeftOf(deadline));
+    };
+    const auto refusal = TryEach(AddressesFor(socket, *arguments.host), connect, deadline);
     if (!refusal) return Remark("connected to " + EndpointText(tried, arguments.port));
     throw OpeningFailure("cannot connect to " + EndpointText(*arguments.host, arguments.port),
                          socket, *refusal, arguments);

@@ -1,30 +1,20 @@
-// Time limits of the command line for what the library does not limit.
+// The time limits of the command line.
 #pragma once
 
 #include <VelCompanion/Waiting.h>
-#include <VelNet/Socket.h>
 
-#include <functional>
-
-#include "Arguments.h"
+#include <optional>
 
 namespace VelSockCat {
 
-// Limits the attempts to connect, all together.
-class ConnectLimit {
-public:
-    // The limit of the command line, from now on.
-    explicit ConnectLimit(const Arguments& arguments);
+// 0 stands for no limit, like an option that was not given.
+inline VelCompanion::Milliseconds LimitOf(const std::optional<unsigned int>& milliseconds) {
+    if (milliseconds.value_or(0) == 0) return VelCompanion::NoLimit;
+    return VelCompanion::Milliseconds(*milliseconds);
+}
 
-    // Runs connect, which connects the socket. When the time is over the socket is closed, which
-    // ends the call. Throws what connect throws, and SOCKET_ERR_TIMEDOUT when the time is over.
-    void Connect(VelNet::Socket& socket, const std::function<void()>& connect) const;
-
-private:
-    VelCompanion::Deadline deadline_;
-};
-
-// Waits for a connection that can be accepted. Throws Failure with TimedOut.
-void AwaitConnection(VelNet::Socket& listener, const Arguments& arguments);
+inline VelCompanion::Milliseconds LeftOf(const VelCompanion::Deadline& deadline) {
+    return deadline.HasLimit() ? deadline.Left() : VelCompanion::NoLimit;
+}
 
 }  // namespace VelSockCat
