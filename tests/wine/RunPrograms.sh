@@ -33,7 +33,7 @@ in_own_network() {
 # Wine creates sockets in its server, so each network has its own server and folder.
 in_network_with_groups() {
   # shellcheck disable=SC2016  # for the inner shell
-  WINEPREFIX=$WINEPREFIX-network in_own_network sh -c '
+  WINEPREFIX=$WINEPREFIX-$program in_own_network sh -c '
     ip link set lo up multicast on
     ip route add 224.0.0.0/4 dev lo
     ip -6 route add ff00::/8 dev lo
@@ -43,13 +43,13 @@ in_network_with_groups() {
     exit $status' sh "$@"
 }
 
-# start PROGRAM: the tests of the built module and of the examples send to groups, which must not leave the machine. Where
-# the system lets them have no network of their own, they leave that out.
+# start PROGRAM: the tests of the built module, the companion and the examples send to groups, which must not leave the
+# machine. Where the system lets them have no network of their own, they leave that out.
 start() {
   local program=$1 command
   command=(timeout "$patience" wine "$program.exe"
     --gtest_brief=1 "--gtest_output=xml:../test-results/$program.xml")
-  if [[ $program =~ ^(loopback|example)_tests$ ]] && in_own_network true; then
+  if [[ $program =~ ^(loopback|companion|example)_tests$ ]] && in_own_network true; then
     in_network_with_groups "${command[@]}"
   else
     "${command[@]}"
