@@ -15,7 +15,7 @@ trap 'rm -rf "$folder"' EXIT
 includes=()
 for include in "$@"; do includes+=(-I "$include"); done
 # Otherwise a class with virtual functions is described only where its virtual table is.
-"$compiler" -std=c++17 -g -femit-class-debug-always -fPIC -shared -fvisibility=hidden \
+"$compiler" -std=c++17 -g -femit-class-debug-always "-ffile-prefix-map=$here=." -fPIC -shared -fvisibility=hidden \
   -Wl,--unresolved-symbols=ignore-all "${includes[@]}" -o "$folder/libsurface.so" "$here/Surface.cpp"
 
 case $command in
