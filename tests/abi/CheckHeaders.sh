@@ -8,6 +8,7 @@ compiler=$1
 system=$2
 shift 2
 includes=()
+folders=("$@")
 for folder in "$@"; do includes+=(-I "$folder"); done
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wundef -Werror)
 
@@ -99,6 +100,23 @@ names_collide() {
   echo "the system has macros of these names: ${colliding//$'\n'/ }"
   exit 1
 }
+
+# A client that includes a header can write handlers for what its text says is thrown.
+declares_what_it_throws() {
+  local header=$1 text included
+  text=$(cat "${folders[@]/%//$header}" 2>/dev/null || true)
+  text=$(sed -nE 's#^ *// ?##p' <<<"$text" | tr -s '\n ' ' ')
+  included=$(printf '#include <%s>' "$header" | "$compiler" -std=c++17 -MM -x c++ "${includes[@]}" -)
+  [[ ! $text =~ hrows:?\ Exception\  || $included == *VelNet/Exception.h* ]] &&
+    [[ $text != *ExceptionImpl\<* || $included == *VelBase/ExceptionImpl.h* ]]
+}
+
+for header in "${headers[@]}"; do
+  declares_what_it_throws "$header" || {
+    echo "$header does not include what it says is thrown"
+    exit 1
+  }
+done
 
 for standard in c++17 c++20 c++2b; do
   # Whatever compiles twice compiles alone.
