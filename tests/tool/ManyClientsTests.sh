@@ -63,12 +63,12 @@ TestPlacesOfClientsThatLeftAreTakenAgain() {
   connect 126
   expect_echoes before
   expect_equal "$(threads)" 3
-  local open attempt left=${clients[5]}
+  local open left=${clients[5]}
   open=$(descriptors)
   unset 'clients[5]'
   exec {left}>&-
   # The server learns of it in its own time.
-  for attempt in {1..300}; do
+  for _ in {1..300}; do
     [ "$(descriptors)" = "$open" ] || break
     sleep 0.1
   done

@@ -96,7 +96,7 @@ inline std::string NumberAndSymbol(int number, int code) {
 //
 // Throws: std::bad_alloc
 [[nodiscard]] inline std::string Describe(const VelBase::Message& failure) {
-    const std::string text = Detail::Utf8(failure.GetMessage());
+    std::string text = Detail::Utf8(failure.GetMessage());
     if (failure.GetID() == 0) return text;
     return text + " (" + std::to_string(failure.GetID()) + ")";
 }
