@@ -85,7 +85,6 @@ set(rare_sources
   Socket/Socket/Address.cpp
   Socket/Socket/IpVersionSetting.cpp
   Socket/Socket/LocalDomain.cpp
-  Socket/Socket/SocketAddressCacheImpl.cpp
   Socket/Socket/SocketAPI.cpp
   Socket/Socket/SocketInitialization.cpp
   Socket/Socket/SocketLayerState.cpp

@@ -28,7 +28,7 @@ const char* TakeOctet(const char* text, unsigned char& octet) noexcept {
     return end == text || leadingZero || value > 255 ? nullptr : end;
 }
 
-// As inet_pton does, which takes three times as long.
+// Accepts what inet_pton accepts, in fewer instructions.
 bool ParseIpv4(const char* text, KernelAddress& address) noexcept {
     unsigned char octets[sizeof(in_addr)];
     for (unsigned char& octet : octets) {
