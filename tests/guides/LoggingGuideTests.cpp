@@ -27,8 +27,8 @@ TEST_F(LoggingGuide, RecordsGoToStandardError) {
     testing::internal::CaptureStderr();
     VelLog::StandardErrorSink sink;  // or VelLog::FileSink, or a class of your own
     VelLog::SetSink(&sink);
-    VelLog::SetRouterEnabled("Network", "Error", true);
-    VelLog::SetRouterEnabled("Network", "Connection Trace", true);
+    VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, VelLog::CATEGORY_ERROR, true);
+    VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, VelLog::CATEGORY_CONNECTION_TRACE, true);
     Loopback::Connected();
     VelLog::SetSink(nullptr);
     const std::string records = testing::internal::GetCapturedStderr();
