@@ -49,7 +49,7 @@ private:
     // An entry may belong to a client that was dismissed for an earlier entry.
     void Serve(Socket& socket, int event) {
         if (event == VelNet::EVENT_ACCEPT) return Accept();
-        if (unfinished_.count(&socket) == 0) return;
+        if (!unfinished_.contains(&socket)) return;
         if (event == VelNet::EVENT_CLOSE || !Hear(socket)) Dismiss(socket);
     }
 
@@ -68,7 +68,7 @@ private:
         const int length = speaker.Receive(block, sizeof block);
         std::string& said = unfinished_[&speaker];
         said.append(block, static_cast<std::size_t>(length));
-        for (std::size_t end; (end = said.find('\n')) != std::string::npos;) {
+        for (auto end = said.find('\n'); end != std::string::npos; end = said.find('\n')) {
             TellOthers(speaker, said.substr(0, end + 1));
             said.erase(0, end + 1);
         }

@@ -2,6 +2,7 @@
 //
 //   GroupListener GROUP PORT COUNT      ends after that many announcements
 #include <VelCompanion/Errors.h>
+#include <VelCompanion/Groups.h>
 #include <VelNet/SocketInitialization.h>
 #include <VelNet/SocketXt.h>
 
@@ -9,9 +10,6 @@
 #include <cstdlib>
 
 namespace {
-
-constexpr int JoinGroup = 0;
-constexpr int LeaveGroup = 1;
 
 void PrintOne(VelNet::SocketXt& socket) {
     char block[1500];
@@ -34,12 +32,12 @@ int main(int count, char** words) try {
         VelNet::CreateSocketXt(VelNet::Socket::SOCKET_DATAGRAM, VelNet::Socket::PROTOCOL_UDP);
     socket->SetReuseAddress();  // so that several listeners share the port
     socket->Bind(VelNet::SPECIAL_ANY, words[2]);
-    socket->SetSocketForMulticast(words[1], JoinGroup);
+    VelCompanion::JoinGroup(*socket, words[1]);
     std::puts("joined");
     std::fflush(stdout);
     for (int left = std::atoi(words[3]); left > 0; --left)
         PrintOne(*socket);
-    socket->SetSocketForMulticast(words[1], LeaveGroup);
+    VelCompanion::LeaveGroup(*socket, words[1]);
 } catch (...) {
     std::fprintf(stderr, "%s\n", VelCompanion::DescribeCurrentException().c_str());
     return 1;

@@ -45,8 +45,9 @@ int main(int count, char** words) try {
     VelLog::FileSink sink(words[1]);
     const VelCompanion::SinkInUse sinkInUse(sink);
     for (const char* const category :
-         {"Error", "Connection Trace", "Packet Trace", "Verbose Packet Trace"})
-        VelLog::SetRouterEnabled("Network", category, true);
+         {VelLog::CATEGORY_ERROR, VelLog::CATEGORY_CONNECTION_TRACE, VelLog::CATEGORY_PACKET_TRACE,
+          VelLog::CATEGORY_VERBOSE_PACKET_TRACE})
+        VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, category, true);
     const VelNet::SocketInitialization socketLayer;
     TalkToItself();
 } catch (...) {  // the file cannot be opened, for instance

@@ -79,8 +79,8 @@ int main(int count, char** words) try {
     }
     VelLog::StandardErrorSink sink;
     const VelCompanion::SinkInUse sinkInUse(sink);
-    VelLog::SetRouterEnabled("Network", "Connection Trace", true);
-    VelLog::SetRouterEnabled("Network", "Packet Trace", true);
+    VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, VelLog::CATEGORY_CONNECTION_TRACE, true);
+    VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, VelLog::CATEGORY_PACKET_TRACE, true);
     const VelNet::SocketInitialization socketLayer;
     const SocketOwner client = AcceptOne(PortFrom(words[1]));
     const SocketOwner server = ConnectTo(words[2], PortFrom(words[3]));

@@ -1,7 +1,7 @@
 # Turns the comments of the headers into Doxygen's, which leaves them plain to read in the headers. What stands before a
 # declaration describes it, and those that follow up to a blank line; what stands behind an enumerator or a member
 # describes that. Tables of what is thrown become lists, indented lines become code. Comments in function bodies and
-# tables stay what they are.
+# tables stay what they are. Specializations are left out: what they specialize is described elsewhere.
 #
 # usage: awk -f headers.awk HEADER
 
@@ -132,6 +132,7 @@ describes() && /^[ \t]*\/\/( |$)/ {
   next
 }
 /^ *extern template / { next }
+depth == 0 && /^template <>/ { print "/// @cond"; is_hidden = 1 }
 {
   began = count > 0
   finish_block($0)
@@ -142,5 +143,6 @@ describes() && /^[ \t]*\/\/( |$)/ {
   if (describes() && without_comment($0) ~ /[,;0-9a-zA-Z_]$/ && head !~ /\(/) sub(/  +\/\/ /, "  ///< ", shown_line)
   emit(shown_line)
   follow(without_comment($0))
+  if (is_hidden && ended && depth == 0) { print "/// @endcond"; is_hidden = 0 }
 }
 END { finish_block("") }

@@ -39,7 +39,8 @@ TEST_F(ProtocolExample, TheRedisClientPrintsAnswersOfEachKind) {
 
 TEST_F(ProtocolExample, TheRedisClientRefusesWhatIsNoAnswer) {
     const std::string refusal = "not an answer of a Redis server: ";
-    EXPECT_EQ(Redis(std::string(5000, 'x')), refusal + "VelCompanion::ReceiveLine: a line is longer than 1024 bytes\n1");
+    EXPECT_EQ(Redis(std::string(5000, 'x')),
+              refusal + "VelCompanion::ReceiveLine: a line is longer than 1024 bytes\n1");
     EXPECT_EQ(Redis("$999999999999\r\n"), refusal + "a text is too long\n1");
     EXPECT_EQ(Redis("\r\n"), refusal + "an empty line\n1");
     std::string nested;

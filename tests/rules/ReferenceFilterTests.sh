@@ -58,6 +58,11 @@ public:
 enum Kind : int {
     SHORT = 0,  // a word
 };
+
+template <>
+struct std::hash<Text> {
+    int operator()(const Text& text) const { return text.length; }
+};
 HEADER
 expect headers.awk Text.h <<'HEADER'
 /// @file
@@ -109,6 +114,13 @@ public:
 enum Kind : int {
     SHORT = 0,  ///< a word
 };
+
+/// @cond
+template <>
+struct std::hash<Text> {
+    int operator()(const Text& text) const { return text.length; }
+};
+/// @endcond
 HEADER
 
 cat >page.md <<'PAGE'

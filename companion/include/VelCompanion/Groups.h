@@ -5,6 +5,7 @@
 
 namespace VelCompanion {
 
+// The modes.
 inline constexpr int JOIN_GROUP = 0;
 inline constexpr int LEAVE_GROUP = 1;
 

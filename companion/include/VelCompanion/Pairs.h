@@ -11,8 +11,8 @@ namespace VelCompanion {
 // Two ends of a stream within this process: what one sends the other receives. Each end belongs to
 // one thread at a time.
 struct SocketPair {
-    VelBase::ReturnPtrI<VelNet::Socket> first;
-    VelBase::ReturnPtrI<VelNet::Socket> second;
+    VelBase::ReturnPtrI<VelNet::Socket> first;   // one end
+    VelBase::ReturnPtrI<VelNet::Socket> second;  // the other
 };
 
 // Connects two blocking IPv4 sockets on the loopback address, on a port that the system chooses.

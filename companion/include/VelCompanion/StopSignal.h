@@ -50,6 +50,7 @@ public:
             Close(*socket);
     }
 
+    // Returns whether Stop has been called.
     bool IsStopped() const noexcept { return isStopped_; }
 
     // Adds the signal to a collection, with EVENT_READ. Call on the thread that waits. The signal

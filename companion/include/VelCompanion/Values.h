@@ -13,6 +13,7 @@
 
 namespace VelNet {
 
+// Unequal if any octet is.
 inline bool operator!=(const Octets& left, const Octets& right) noexcept {
     return !(left == right);
 }
