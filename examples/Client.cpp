@@ -14,7 +14,7 @@ int main() try {
     VelCompanion::SendAll(*socket, "hello");
     const auto answer = VelCompanion::ReceiveExactly(*socket, 5);
     std::printf("%s\n", answer.c_str());
-} catch (const VelNet::Exception& failure) {
-    std::fprintf(stderr, "%s\n", VelCompanion::Describe(failure).c_str());
+} catch (...) {
+    std::fprintf(stderr, "%s\n", VelCompanion::DescribeCurrentException().c_str());
     return 1;
 }

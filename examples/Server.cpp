@@ -16,7 +16,7 @@ int main() try {
     char block[4096];
     while (const auto received = VelCompanion::ReceiveSome(*socket, block, sizeof block))
         VelCompanion::SendAll(*socket, {block, received});
-} catch (const VelNet::Exception& failure) {
-    std::fprintf(stderr, "%s\n", VelCompanion::Describe(failure).c_str());
+} catch (...) {
+    std::fprintf(stderr, "%s\n", VelCompanion::DescribeCurrentException().c_str());
     return 1;
 }
