@@ -6,6 +6,10 @@ set -euo pipefail
 
 compiler=$1
 shift
+command -v "$compiler" >/dev/null || {
+  echo "$compiler is not installed"
+  exit 77
+}
 includes=()
 for folder in "$@"; do includes+=(-I "$folder"); done
 is_clang=$("$compiler" --version | grep -c clang || true)

@@ -3,6 +3,8 @@
 #
 #   GdbTests.sh PROGRAM PROGRAM_WITHOUT_THE_LIBRARYS_DEBUG_INFORMATION TEST
 set -euo pipefail
+# gdb prints in the encoding of its environment.
+export LC_ALL=C.UTF-8
 
 printers=$(dirname "$(realpath "${BASH_SOURCE[0]}")")/../../packaging/gdb/libvelsock-gdb.py
 whole=$1

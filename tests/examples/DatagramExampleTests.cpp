@@ -30,7 +30,8 @@ TEST_F(DatagramExample, TheSenderSendsAgainUntilSomebodyAnswers) {
 
 class DatagramExampleGroup : public ExampleTest {
 protected:
-    // Of the IP version that extended sockets have here.
+    // Of the IP version that extended sockets have here: IPv4 where the name can be set, since the
+    // loopback interface carries no groups of IPv6.
     static std::string Group() {
         const auto socket = VelNet::CreateSocketXt(Socket::SOCKET_DATAGRAM, Socket::PROTOCOL_UDP);
         const bool isIpv6 = socket->GetAddressFamily() == VelNet::SocketXt::FAMILY_IPV6;
@@ -39,6 +40,9 @@ protected:
 
     // Goes to every member on this machine and nowhere else.
     const Machine::OwnNetwork network_;
+
+private:
+    const Machine::Name name_{"127.0.0.1"};
 };
 
 TEST_F(DatagramExampleGroup, EveryListenerHearsTheAnnouncer) {
