@@ -18,7 +18,7 @@ FetchContent_MakeAvailable(VelSock)
 add_executable(client "$project/examples/Client.cpp")
 target_link_libraries(client PRIVATE VelSock::companion)
 TEXT
-cmake -S "$folder/source" -B "$folder/build" -D CMAKE_CXX_COMPILER=clang++ -D CMAKE_BUILD_TYPE=Release \
+cmake -S "$folder/source" -B "$folder/build" -D CMAKE_CXX_COMPILER=clang++ -D CMAKE_BUILD_TYPE=Debug \
   -D CMAKE_CXX_FLAGS="-Weverything -Werror -Wno-c++98-compat -Wno-c++98-compat-pedantic" >/dev/null
 cmake --build "$folder/build" --target client --parallel "$(nproc)" >/dev/null
 if "$folder/build/client" 2>"$folder/failure"; then
