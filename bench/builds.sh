@@ -14,7 +14,7 @@ failed=0
 check() {
   local name=$1 totals
   shift
-  cmake -S "$here/.." -B "$folder/$name" -D VELSOCK_TOOLS=OFF -D VELSOCK_INSTALL=OFF "$@" >/dev/null
+  cmake -G Ninja -S "$here/.." -B "$folder/$name" -D VELSOCK_TOOLS=OFF -D VELSOCK_INSTALL=OFF "$@" >/dev/null
   cmake --build "$folder/$name" --target velsock --parallel "$(nproc)" >/dev/null
   for row in send receive; do
     LD_LIBRARY_PATH="$folder/$name/lib" "$here/count.sh" "$programs/bench_counts" "$row"
