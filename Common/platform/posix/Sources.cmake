@@ -145,8 +145,18 @@ endfunction()
 # replaced, and what is exported as data (the classes' tables and type information, and constants) may exist twice,
 # since types are compared by name. Few bytes are thread-local, so that they fit into what is left of the static
 # block when the module is loaded later.
-include(CheckLinkerFlag)
-check_linker_flag(CXX -Wl,-z,pack-relative-relocs VELSOCK_HAS_RELATIVE_RELOCATIONS)
+#
+# Some linkers write relocations more densely than the C library beside them can read: the GNU one reads them since 2.36.
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_LINK_OPTIONS -Wl,-z,pack-relative-relocs)
+check_cxx_source_compiles([[
+  #include <cstdlib>
+  #ifdef __GLIBC__
+  static_assert(__GLIBC__ > 2 || (__GLIBC__ == 2 && __GLIBC_MINOR__ >= 36));
+  #endif
+  int main() {}
+  ]] VELSOCK_HAS_RELATIVE_RELOCATIONS)
+unset(CMAKE_REQUIRED_LINK_OPTIONS)
 function(velsock_ease_loading module)
   target_compile_options(${module} PRIVATE -ftls-model=initial-exec)
   target_link_options(${module} PRIVATE -Wl,-Bsymbolic

@@ -44,7 +44,7 @@ struct Default {
     int value;
 };
 
-// The options in which Winsock's defaults differ from the kernel's. An IPv4 stream has none.
+// The options in which Winsock's defaults differ from the kernel's.
 constexpr Default Defaults[] = {
     // IPv6 sockets do not accept IPv4 traffic.
     {false, IPPROTO_IPV6, IPV6_V6ONLY, 1},
@@ -58,9 +58,13 @@ constexpr Default Defaults[] = {
     {true, IPPROTO_IP, IP_MTU_DISCOVER, IP_PMTUDISC_DONT},
 };
 
-bool Applies(const Default& given, bool ipv6, bool datagram) {
+constexpr bool Applies(const Default& given, bool ipv6, bool datagram) noexcept {
     return (given.level == IPPROTO_IPV6) == ipv6 && (datagram || !given.datagramsOnly);
 }
+
+// A stream of IPv4 is not worth a look at the table.
+static_assert(std::none_of(std::begin(Defaults), std::end(Defaults),
+                           [](const Default& given) { return Applies(given, false, false); }));
 
 // Returns false with errno if the kernel refuses one of them.
 bool GiveDefaults(int descriptor, bool ipv6, bool datagram) {
