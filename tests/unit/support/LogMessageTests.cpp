@@ -191,6 +191,18 @@ TEST_F(LogMessages, RecordsOfASinkItselfAreDropped) {
     EXPECT_EQ(writes, 2);
 }
 
+TEST_F(LogMessages, ASinkThatEndsWithinAnotherOneLeavesThatOneSet) {
+    int writes = 0;
+    ActingSink sink([&] {
+        ++writes;
+        const RecordingSink brief;
+    });
+    const SinkScope scope(sink);
+    Log(router_, "first");
+    Log(router_, "second");
+    EXPECT_EQ(writes, 2);
+}
+
 TEST_F(LogMessages, RecordsAreAcceptedAgainAfterASinkThrew) {
     ActingSink throwing([] { throw 1; });
     const SinkScope scope(throwing);
