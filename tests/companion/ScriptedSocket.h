@@ -3,8 +3,7 @@
 #pragma once
 
 #include <VelNet/Exception.h>
-#include <VelNet/Socket.h>
-#include <VelSynch/ReferenceCountedImpl.h>
+#include <support/ForeignSocket.h>
 #include <support/Text.h>
 
 #include <algorithm>
@@ -14,19 +13,9 @@
 
 namespace Companion {
 
-class ScriptedSocket : public VelNet::Socket, public VelSynch::ReferenceCountedImpl<int> {
+class ScriptedSocket : public Support::ForeignSocket {
 public:
-    bool IsSameSocket(const VelNet::Socket& other) const override { return this == &other; }
-    bool SetNonBlocking() override { return true; }
-    bool IsValid() const override { return true; }
-    void Bind(VelNet::Octets, unsigned short) override {}
-    int Listen() override { return 0; }
-    void Connect(VelNet::Octets, unsigned short) override {}
-    VelBase::ReturnPtrI<VelNet::Socket> Accept(VelNet::SocketAddress&) override { return {}; }
-    void SetReceiveTimeout(unsigned int) override {}
     void SetSendTimeout(unsigned int milliseconds) override { timeouts.push_back(milliseconds); }
-    void SetReuseAddress() override {}
-    void Close() override {}
 
     // The next part, or its beginning if there is no room for it; at the end, the failure.
     int Receive(char* buffer, int length) override {
@@ -50,8 +39,6 @@ public:
     }
 
     bool IsDataAvailable() const override { return !parts.empty(); }
-    VelNet::SocketAddress GetLocalAddress() const override { return {}; }
-    VelNet::SocketAddress GetRemoteAddress() const override { return {}; }
     int GetStatus() const override { return VelNet::STATUS_IDLE; }
 
     std::deque<std::string> parts;

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "CollectionFixture.h"
-#include "ForeignSocket.h"
+#include "support/ForeignSocket.h"
 
 namespace SocketTests {
 namespace {
@@ -234,7 +234,7 @@ TEST_F(CollectionContents, NothingElseNeedsMemory) {
 }
 
 TEST_F(CollectionContents, SocketOfAnotherImplementationIsKeptLikeAny) {
-    const VelBase::ReturnPtrI<ForeignSocket> foreign(new ForeignSocket);
+    const VelBase::ReturnPtrI<Support::ForeignSocket> foreign(new Support::ForeignSocket);
     const auto own = MakeSocket();
     const Collection collection = NewCollection();
     collection->Add(foreign.Get(), EVENT_READ);

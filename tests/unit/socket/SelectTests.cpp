@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "CollectionFixture.h"
-#include "ForeignSocket.h"
+#include "support/ForeignSocket.h"
 
 namespace SocketTests {
 namespace {
@@ -246,7 +246,7 @@ TEST_F(Selecting, ClosedSocketsAreOneHandle) {
 }
 
 TEST_F(Selecting, SocketOfAnotherImplementationCountsAsClosed) {
-    const VelBase::ReturnPtrI<ForeignSocket> foreign(new ForeignSocket);
+    const VelBase::ReturnPtrI<Support::ForeignSocket> foreign(new Support::ForeignSocket);
     const Collection collection = NewCollection();
     collection->Add(foreign.Get(), EVENT_READ);
     EXPECT_EQ(WaitOf(*collection), SelectLine(0, {Winsock::InvalidSocket}, {}, 7));

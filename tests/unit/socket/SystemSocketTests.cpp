@@ -4,8 +4,8 @@
 #include <climits>
 #include <type_traits>
 
-#include "ForeignSocket.h"
 #include "SocketFixture.h"
+#include "support/ForeignSocket.h"
 
 namespace SocketTests {
 namespace {
@@ -14,13 +14,13 @@ class SystemSocket : public SocketTest {};
 
 // What is copied is the implementation's own; its copy is counted by itself.
 TEST_F(SystemSocket, CopiedInterfaceTouchesNoSystemAndSharesNoCount) {
-    ForeignSocket original;
+    Support::ForeignSocket original;
     original.AddRef();
     original.dataAvailable = true;
-    const ForeignSocket copy(original);
+    const Support::ForeignSocket copy(original);
     EXPECT_EQ(copy.GetReferenceCount(), 0);
     EXPECT_TRUE(copy.dataAvailable);
-    ForeignSocket assigned;
+    Support::ForeignSocket assigned;
     assigned = copy;
     EXPECT_EQ(assigned.GetReferenceCount(), 0);
     EXPECT_TRUE(assigned.dataAvailable);
@@ -74,7 +74,7 @@ TEST_F(SystemSocket, FailedQuestionForBytesIsNone) {
 }
 
 TEST_F(SystemSocket, StatusAsksAnyImplementationThroughItsInterface) {
-    const VelBase::ReturnPtrI<ForeignSocket> socket = new ForeignSocket;
+    const VelBase::ReturnPtrI<Support::ForeignSocket> socket = new Support::ForeignSocket;
     EXPECT_EQ(StatusOf(*socket, STATE_CONNECTED), STATUS_IDLE);
     socket->dataAvailable = true;
     EXPECT_EQ(StatusOf(*socket, STATE_CONNECTED), STATUS_DATA_PENDING);
@@ -83,7 +83,7 @@ TEST_F(SystemSocket, StatusAsksAnyImplementationThroughItsInterface) {
 }
 
 TEST_F(SystemSocket, StatusOfOtherStatesAsksNobody) {
-    const VelBase::ReturnPtrI<ForeignSocket> socket = new ForeignSocket;
+    const VelBase::ReturnPtrI<Support::ForeignSocket> socket = new Support::ForeignSocket;
     socket->dataAvailable = true;
     EXPECT_EQ(StatusOf(*socket, STATE_LISTENING), STATUS_LISTENING);
     for (const SocketState state : {STATE_CLOSED, STATE_CREATED, STATE_BOUND})
@@ -92,7 +92,7 @@ TEST_F(SystemSocket, StatusOfOtherStatesAsksNobody) {
 }
 
 TEST_F(SystemSocket, HandleOfAForeignImplementationIsNone) {
-    const VelBase::ReturnPtrI<ForeignSocket> foreign = new ForeignSocket;
+    const VelBase::ReturnPtrI<Support::ForeignSocket> foreign = new Support::ForeignSocket;
     const auto open = MakeSocket();
     EXPECT_EQ(HandleOf(*foreign), Winsock::InvalidSocket);
     EXPECT_FALSE(open->IsSameSocket(*foreign));

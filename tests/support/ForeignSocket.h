@@ -4,7 +4,7 @@
 #include <VelNet/Socket.h>
 #include <VelSynch/ReferenceCountedImpl.h>
 
-namespace SocketTests {
+namespace Support {
 
 // Answers the one question that its status hangs on, and knows itself.
 class ForeignSocket : public VelNet::Socket, public VelSynch::ReferenceCountedImpl<int> {
@@ -34,4 +34,4 @@ public:
     mutable int questions = 0;
 };
 
-}  // namespace SocketTests
+}  // namespace Support
