@@ -75,8 +75,10 @@ TestTwoProgramsWithoutInputEnd() {
   expect_equal "$status $peer_status" "0 0"
 }
 
-TestAPeerThatWaitsForTheEndIsGivenOne() {
-  start_listening < <(printf question)
+# expect_end_given OPTION...: the peer sees the end of what was sent, and can still answer. A classic socket ends both
+# directions.
+expect_end_given() {
+  start_listening "$@" < <(printf question)
   connect_plainly
   expect_equal "$(cat <&3)" question
   [ "$sockets" = classic ] || printf answer >&3
@@ -86,16 +88,12 @@ TestAPeerThatWaitsForTheEndIsGivenOne() {
   [ "$sockets" = classic ] || expect_equal "$(cat peer.out)" answer
 }
 
+TestAPeerThatWaitsForTheEndIsGivenOne() {
+  expect_end_given
+}
+
 TestTheEndOfTheInputCanEndTheConnection() {
-  start_listening -N < <(printf question)
-  connect_plainly
-  expect_equal "$(cat <&3)" question
-  # A classic socket ends both directions.
-  [ "$sockets" = classic ] || printf answer >&3
-  exec 3>&-
-  await_peer
-  expect_equal "$peer_status" 0
-  [ "$sockets" = classic ] || expect_equal "$(cat peer.out)" answer
+  expect_end_given -N
 }
 
 TestTheTimeAfterTheEndOfTheInputCanBeLimited() {
