@@ -14,10 +14,10 @@
 //                                      "WSAGetLastError()", "closesocket(1001)"}));
 //   }
 //
-// The test also fails when answers are left unused, when anything is still open at its end, and
-// when memory from operator new is. All state is the process's and guarded, so code under test may
-// run on several threads; a test ends them before it ends. Tests in the namespace below, or using
-// it, need no prefix.
+// The test also fails when answers are left unused, when anything is still open or held at its end,
+// and when memory from operator new is. All state is the process's and guarded, so code under test
+// may run on several threads; a test ends them before it ends. Tests in the namespace below, or
+// using it, need no prefix.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -39,6 +39,9 @@ using Support::Widen;
 // Forgets everything: events, answers, observers, ledger, registry, log files, the calling thread's
 // last error; handles start at 1001 again and memory is counted from 0.
 void Reset();
+
+// How many times over the calling thread holds requests to cancel it back.
+int CancellationsHeld();
 
 // The base of fixtures. A fixture that overrides these calls them: SetUp first, TearDown last.
 class PlatformTest : public ::testing::Test {

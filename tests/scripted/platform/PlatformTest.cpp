@@ -45,6 +45,7 @@ void PlatformTest::TearDown() {
     const std::vector<std::string> nothing;
     const bool scriptDone = UnusedAnswers() == nothing;
     const bool allClosed = Ledger() == nothing;
+    EXPECT_EQ(CancellationsHeld(), 0) << "the thread cannot be cancelled any more";
     EXPECT_TRUE(scriptDone) << "answers left: " << ::testing::PrintToString(UnusedAnswers());
     EXPECT_TRUE(allClosed) << "still open: " << ::testing::PrintToString(Ledger());
     ForgetEverything();

@@ -24,8 +24,10 @@ struct LogFiles {
 };
 
 LogFiles logFiles;
+thread_local constinit int cancellationsHeld = 0;
 
 const bool forgotten = Scripted::AtReset([] {
+    cancellationsHeld = 0;
     const auto lock = Scripted::LockState();
     logFiles = {};
 });
@@ -134,10 +136,12 @@ std::string CodePageFromWide(const unsigned short* units, std::size_t count) {
 }
 
 int HoldCancellation() noexcept {
-    return 0;
+    return cancellationsHeld++;
 }
 
-void ReleaseCancellation(int) noexcept {}
+void ReleaseCancellation(int held) noexcept {
+    cancellationsHeld = held;
+}
 
 ErrorNumbers SaveErrorNumbers() noexcept {
     return {.winsock = Scripted::LastError(), .system = errno};
@@ -189,6 +193,10 @@ void CloseLogFile(LogFile file) noexcept {
 }  // namespace System
 
 namespace Scripted {
+
+int CancellationsHeld() {
+    return System::cancellationsHeld;
+}
 
 std::string LogFileContents(const std::string& path) {
     const auto lock = LockState();

@@ -173,6 +173,20 @@ TEST_F(LogMessages, ErrorNumbersAreKept) {
     EXPECT_EQ(Scripted::LastError(), 10035);
 }
 
+TEST_F(LogMessages, ThreadCannotBeCancelledWhileTheSinkWrites) {
+    std::vector<int> held;
+    ActingSink sink([&] {
+        held.push_back(Scripted::CancellationsHeld());
+        if (held.size() == 2) throw std::runtime_error("lost");
+    });
+    const SinkScope scope(sink);
+    for (int record = 0; record < 3; ++record) {
+        Log(router_, "text");
+        EXPECT_EQ(Scripted::CancellationsHeld(), 0) << record;
+    }
+    EXPECT_EQ(held, (std::vector<int>{1, 1, 1}));
+}
+
 TEST_F(LogMessages, RecordsOfASinkItselfAreDropped) {
     RecordingSink recording;
     int writes = 0;
