@@ -86,6 +86,7 @@ TEST_F(SocketStatus, HandlesAreComparedInAllTheirBits) {
     const SocketImpl low(0x00000001'00000007ULL, STATE_CLOSED);
     const SocketImpl high(0x00000002'00000007ULL, STATE_CLOSED);
     EXPECT_FALSE(low.IsSameSocket(high));
+    EXPECT_FALSE(high.IsSameSocket(low));
 }
 
 TEST_F(SocketStatus, ClosedSocketsAreAllTheSame) {

@@ -77,8 +77,11 @@ TEST_F(StartUpFailure, OfWinsockIsAFailureWhateverVersionItReports) {
         data->version = 0x0202;
         data->highestVersion = 0x0202;
     });
-    On::WSAStartup().Returns(10092);
-    EXPECT_EQ(StartUpFailureOf(), (Caught{true, ExpectedFailureText(StartUpHead, 10092), -1}));
+    for (const int number : {10092, 1, -1}) {
+        On::WSAStartup().Returns(number);
+        EXPECT_EQ(StartUpFailureOf(), (Caught{true, ExpectedFailureText(StartUpHead, number), -1}))
+            << number;
+    }
 }
 
 TEST_F(StartUpFailure, OtherVersionThanTwoTwoIsUnknownFailureWithoutCleanUp) {

@@ -31,6 +31,10 @@ private:
     int sleeps_ = 0;
 };
 
+// Before any object of any test.
+const unsigned int wordAtLoad = g_startUpLock;
+const int countAtLoad = g_socketInitializationCount;
+
 Lines Sleeps(std::size_t count) {
     return Lines(count, "Sleep(0)");
 }
@@ -40,6 +44,11 @@ TEST_F(StartUpLock, WordOfTheHolderIsAsRequired) {
     static_assert(sizeof g_startUpLock == 4);
     static_assert(std::is_same_v<decltype(g_startUpLock)::value_type, unsigned int>);
     static_assert(std::is_same_v<decltype(g_socketInitializationCount), int>);
+}
+
+TEST_F(StartUpLock, IsFreeWhenTheProgramStarts) {
+    EXPECT_EQ(wordAtLoad, 0U);
+    EXPECT_EQ(countAtLoad, 0);
 }
 
 TEST_F(StartUpLock, GuardHoldsItForItsScope) {

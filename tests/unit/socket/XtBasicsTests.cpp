@@ -78,6 +78,7 @@ TEST_F(XtBasics, HandlesAreComparedInAllTheirBits) {
     const SocketXtImpl low(0x00000001'00000007ULL, STATE_CLOSED, 1, 6, SocketXt::FAMILY_IPV4);
     const SocketXtImpl high(0x00000002'00000007ULL, STATE_CLOSED, 1, 6, SocketXt::FAMILY_IPV4);
     EXPECT_FALSE(low.IsSameSocket(high));
+    EXPECT_FALSE(high.IsSameSocket(low));
 }
 
 TEST_F(XtBasics, ClassicSocketWithTheSameHandleIsTheSame) {

@@ -181,6 +181,15 @@ TEST_F(RegistryKeys, FailureBelowTheHiveItselfBeginsWithTheName) {
                        u"Cannot open the key SOFTWARE: Description of 5.");
 }
 
+TEST_F(RegistryKeys, FailureBelowAPathOfOneCharacterKeepsThePath) {
+    RegistryTree().Key("S");
+    const KeyOwner key(OpenKeyFromRoot(ROOT_LOCAL_MACHINE, "S"_wide, false));
+    ASSERT_NE(key, nullptr);
+    On::OpenSubKey().Fails(5);
+    ExpectKeyException([&] { key->OpenSubKey("X"_wide, false); },
+                       u"Cannot open the key S\\X: Description of 5.");
+}
+
 TEST_F(RegistryKeys, FailedKeyStaysUsable) {
     const KeyOwner key = OpenProduct();
     On::ReadValue().Fails(5);

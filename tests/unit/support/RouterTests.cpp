@@ -170,8 +170,10 @@ TEST_F(Routers, OnlyTheSameNameAndCategoryAreSwitched) {
     EXPECT_TRUE(error->IsEnabled());
     EXPECT_FALSE(packets->IsEnabled());
     EXPECT_FALSE(other->IsEnabled());
-    EXPECT_FALSE(Create("network", "Error")->IsEnabled());
-    EXPECT_FALSE(Create("Network", "Erro")->IsEnabled());
+    for (const char* const name : {"network", "Networ", "Networks", "Archive", ""})
+        EXPECT_FALSE(Create(name, "Error")->IsEnabled()) << name;
+    for (const char* const category : {"error", "Erro", "Errors", "Debug", ""})
+        EXPECT_FALSE(Create("Network", category)->IsEnabled()) << category;
 }
 
 TEST_F(Routers, AllRoutersOfOneNameAreSwitched) {
@@ -228,6 +230,8 @@ TEST_F(Routers, LongNamesAreReadNoFurtherThanNeeded) {
 
 TEST_F(Routers, EmptyTextsAreNamesLikeOthers) {
     EXPECT_TRUE(SetRouterEnabled("", "", true));
+    EXPECT_TRUE(Create("", "")->IsEnabled());
+    EXPECT_TRUE(SetRouterEnabled("Name behind the empty one", "Error", false));
     EXPECT_TRUE(Create("", "")->IsEnabled());
 }
 

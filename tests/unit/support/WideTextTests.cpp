@@ -115,6 +115,20 @@ TEST_F(WideTexts, TerminatorCountsTowardsTheLimit) {
     EXPECT_EQ(Text(text.Units()), u"");
 }
 
+TEST_F(WideTexts, LongestPossibleTextLacksMemoryOnly) {
+    const std::size_t longest = std::vector<unsigned short>().max_size() - 1;
+    const auto failFirst = [](auto operation) {
+        const Scripted::Allocations::FailNth failing(1);
+        EXPECT_THROW(operation(), std::bad_alloc);
+        EXPECT_TRUE(failing.Happened());
+    };
+    WideText text;
+    failFirst([&] { WideText{longest}; });
+    failFirst([&] { text.Append("b"_wide, longest); });
+    failFirst([&] { text.AppendUtf8({"b", longest}); });
+    EXPECT_EQ(Text(text.Units()), u"");
+}
+
 TEST_F(WideTexts, FailedAllocationLeavesTheText) {
     WideText text;
     text.Append("kept"_wide);
