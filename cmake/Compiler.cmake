@@ -31,6 +31,10 @@ if(sanitizers)
   add_link_options(${sanitizers})
 endif()
 
+if(VELSOCK_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(VELSOCK_COVERAGE)
   add_compile_options(--coverage -fprofile-update=atomic)
   add_link_options(--coverage -Wl,--undefined=__gcov_dump)

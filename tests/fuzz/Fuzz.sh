@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# Runs fuzz targets one after the other and prints a line for each: inputs tried, edges of the code that they reached,
+# inputs that reached something new, and findings. Fails if there are findings, whose inputs stay in the work folder.
+# usage: Fuzz.sh run   PROGRAMS WORK SECONDS [TARGET...]   SECONDS are shared by the targets
+#        Fuzz.sh merge PROGRAMS WORK [TARGET...]           puts the smallest set that reaches as much into the tree
+set -euo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+command=$1 programs=$2 work=$3
+shift 3
+if [ "$command" = run ]; then
+  seconds=$1
+  shift
+fi
+if [ $# -gt 0 ]; then
+  targets=("$@")
+else
+  mapfile -t targets < <(find "$programs" -name 'fuzz_*' -printf '%f\n' | sed 's/^fuzz_//' | LC_ALL=C sort)
+fi
+
+# Longer inputs reach nothing more; memory that a target keeps from input to input would be a leak.
+options=(-max_len=1500 -timeout=30 -rss_limit_mb=2048 -use_value_profile=1)
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0
+export LSAN_OPTIONS=suppressions=$here/../leak-suppressions.txt:print_suppressions=0
+
+# last NAME LOG: the last number after a name in the fuzzer's output.
+last() {
+  { grep -oE "$1[: ]+[0-9]+" "$2" || echo 0; } | tail -1 | grep -oE '[0-9]+$'
+}
+
+run_target() {
+  local target=$1 found=$work/$1 log=$work/$1.log place inputs=() status=0
+  mkdir -p "$found/corpus" "$found/findings"
+  for place in "$here/corpus/$target" "$here/regressions/$target"; do
+    [ ! -d "$place" ] || inputs+=("$place")
+  done
+  "$programs/fuzz_$target" "${options[@]}" -max_total_time=$((seconds / ${#targets[@]} + 1)) -print_final_stats=1 \
+    -artifact_prefix="$found/findings/" "$found/corpus" "${inputs[@]}" >"$log" 2>&1 || status=$?
+  printf '%-16s %10s runs, %6s edges, %5s new inputs, %d findings\n' "$target" \
+    "$(last stat::number_of_executed_units "$log")" "$(last cov "$log")" \
+    "$(last stat::new_units_added "$log")" "$(find "$found/findings" -type f | wc -l)"
+  [ "$status" = 0 ] || tail -n 40 "$log"
+  return "$status"
+}
+
+merge_target() {
+  local target=$1 merged=$work/$1/merged
+  rm -rf "$merged"
+  mkdir -p "$merged" "$here/corpus/$target"
+  "$programs/fuzz_$target" "${options[@]}" -use_value_profile=0 -merge=1 "$merged" "$here/corpus/$target" \
+    "$work/$target/corpus" >"$work/$target.log" 2>&1
+  find "$here/corpus/$target" -type f -delete
+  cp "$merged"/* "$here/corpus/$target"
+  printf '%-16s %4d inputs, %6d bytes\n' "$target" "$(find "$merged" -type f | wc -l)" \
+    "$(cat "$merged"/* | wc -c)"
+}
+
+status=0
+for target in "${targets[@]}"; do
+  if [ "$command" = merge ]; then
+    merge_target "$target" || status=1
+  else
+    run_target "$target" || status=1
+  fi
+done
+exit "$status"
