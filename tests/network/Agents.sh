@@ -24,8 +24,9 @@ start_agent() {
 }
 
 # The answer to the last command is left in answer.
+patience=60
 hear() {
-  IFS= read -r -t 60 answer <&"${agent_says[$1]}" || fail "$1 does not answer"
+  IFS= read -r -t "$patience" answer <&"${agent_says[$1]}" || fail "$1 does not answer"
 }
 
 # ask HOST COMMAND

@@ -36,6 +36,8 @@ constexpr Command Commands[] = {
     {"receive", 1, Receive},
     {"send-to", 4, SendTo},
     {"receive-from", 1, ReceiveFrom},
+    {"send-datagrams", 4, SendDatagrams},
+    {"receive-datagrams", 1, ReceiveDatagrams},
     {"send-up-to", 2, SendUpTo},
     {"receive-up-to", 2, ReceiveUpTo},
     {"receive-until-failure", 1, ReceiveUntilFailure},

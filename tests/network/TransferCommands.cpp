@@ -1,8 +1,13 @@
 #include "TransferCommands.h"
 
+#include <VelNet/Exception.h>
+
 #include <algorithm>
 #include <limits>
+#include <optional>
+#include <set>
 #include <stdexcept>
+#include <string>
 
 #include "HostWord.h"
 
@@ -49,6 +54,36 @@ void ReceiveThrough(NamedSocket& named, unsigned long long place) {
     }
 }
 
+constexpr int DatagramLength = 1000;
+
+// Its number, and then bytes that follow from it.
+std::string NumberedDatagram(unsigned long long number) {
+    Buffer buffer;
+    Fill(buffer, DatagramLength, number * DatagramLength);
+    const std::string text = std::to_string(number) + ' ';
+    return text + buffer.Text(DatagramLength - static_cast<int>(text.size()));
+}
+
+// Its number; fails unless it is whole.
+unsigned long long NumberOf(const std::string& datagram) {
+    const unsigned long long number = std::stoull(datagram);
+    if (datagram != NumberedDatagram(number)) throw std::runtime_error("a datagram has changed");
+    return number;
+}
+
+// Empty when none came within the socket's receive timeout.
+std::optional<std::string> NextDatagram(VelNet::SocketXt& socket) {
+    Buffer buffer;
+    VelBase::ReturnString sender;
+    VelBase::ReturnString port;
+    try {
+        return buffer.Text(socket.RecvFrom(buffer.bytes, sizeof buffer.bytes, sender, port));
+    } catch (const VelNet::Exception& failure) {
+        if (failure.GetErrorCode() != VelNet::SOCKET_ERR_TIMEDOUT) throw;
+        return std::nullopt;
+    }
+}
+
 }  // namespace
 
 Words Send(Host& host, const Words& words) {
@@ -79,6 +114,29 @@ Words ReceiveFrom(Host& host, const Words& words) {
     const int received =
         host.FindExtended(words[1]).RecvFrom(buffer.bytes, sizeof buffer.bytes, sender, port);
     return {buffer.Text(received), sender.c_str(), port.c_str()};
+}
+
+Words SendDatagrams(Host& host, const Words& words) {
+    VelNet::SocketXt& socket = host.FindExtended(words[1]);
+    const unsigned long long count = std::stoull(words[4]);
+    for (unsigned long long number = 0; number < count; ++number) {
+        const std::string datagram = NumberedDatagram(number);
+        const int length = static_cast<int>(datagram.size());
+        if (socket.SendTo(datagram.data(), length, words[2].c_str(), words[3].c_str()) != length) {
+            throw std::runtime_error("a datagram was cut");
+        }
+    }
+    return {};
+}
+
+Words ReceiveDatagrams(Host& host, const Words& words) {
+    VelNet::SocketXt& socket = host.FindExtended(words[1]);
+    std::set<unsigned long long> numbers;
+    while (const auto datagram = NextDatagram(socket)) {
+        if (numbers.insert(NumberOf(*datagram)).second) continue;
+        throw std::runtime_error("a datagram came twice");
+    }
+    return {std::to_string(numbers.size())};
 }
 
 Words SendUpTo(Host& host, const Words& words) {

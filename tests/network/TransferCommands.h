@@ -14,6 +14,14 @@ Words SendTo(Host& host, const Words& words);
 // receive-from NAME: one call; answers text, address and port.
 Words ReceiveFrom(Host& host, const Words& words);
 
+// Each datagram is made of its number and bytes that follow from it.
+//
+// send-datagrams NAME HOST PORT COUNT
+Words SendDatagrams(Host& host, const Words& words);
+// receive-datagrams NAME: until nothing comes for the length of the socket's receive timeout;
+// answers how many there were. One that came twice or changed is a failure.
+Words ReceiveDatagrams(Host& host, const Words& words);
+
 // The socket's stream is made of bytes that follow from their place in it. These make as many calls
 // as it takes, from where the last one on the same socket has ended; receiving fails when a byte is
 // not what belongs in its place.
