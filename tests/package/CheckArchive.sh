@@ -40,27 +40,9 @@ has() {
 }
 
 check_protections() {
-  local file
-  for file in "$folder/lib/libvelsock.so" "$folder"/bin/*; do
-    has "$file" "read-only relocations" GNU_RELRO readelf -lW
-    has "$file" "binding at load time" 'FLAGS.*NOW' readelf -dW
-    has "$file" "stack that is not executable" 'GNU_STACK.* RW +0x' readelf -lW
-    has "$file" "stack protector" __stack_chk_fail readelf --dyn-syms -W
-    has "$file" "checked functions" '__[a-z]+_chk' readelf --dyn-syms -W
-    # shellcheck disable=SC2016  # the loader's word for the file's own folder
-    if readelf -dW "$file" | grep -E 'RPATH|RUNPATH' | grep -vF '[$ORIGIN/'; then fail "$file searches a fixed folder"; fi
-  done
-  for file in "$folder"/bin/*; do has "$file" "address of the loader's choice" 'FLAGS_1.*PIE' readelf -dW; done
-  if [ "$(uname -m)" = x86_64 ]; then
-    has "$folder/lib/libvelsock.so" "landing places of indirect branches" endbr64 objdump -d
-  fi
-}
-
-check_windows_protections() {
-  local file what
-  for file in "$folder"/bin/VelSock.dll "$folder"/bin/velsock-*.exe; do
-    for what in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do has "$file" "$what" "$what" x86_64-w64-mingw32-objdump -p; done
-  done
+  local files=("$folder/lib/libvelsock.so" "$folder"/lib/*.a "$folder"/bin/*)
+  [ "$system" != windows ] || files=("$folder/bin/VelSock.dll" "$folder"/bin/velsock-*.exe)
+  "$(dirname "${BASH_SOURCE[0]}")/CheckProtections.sh" --installed "${files[@]}"
 }
 
 check_names() {
@@ -77,10 +59,8 @@ check_tools() {
 
 unpack_and_move
 check_places
-if [ "$system" = windows ]; then
-  check_windows_protections
-else
-  check_protections
+check_protections
+if [ "$system" = linux ]; then
   check_names
   check_tools
 fi
