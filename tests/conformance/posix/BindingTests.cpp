@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <functional>
 #include <utility>
@@ -54,8 +55,7 @@ TEST_F(BindingWithAnUnknownName, IsAFailureThatLeavesTheRoomAlone) {
     }
 }
 
-OwnedSocket NewReusing() {
-    OwnedSocket socket = NewStream();
+OwnedSocket NewReusing(OwnedSocket socket = NewStream()) {
     EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
     return socket;
 }
@@ -167,6 +167,47 @@ TEST_F(BindingAnotherProcessesPort, IsFreeIfItsServerHasGoneAndOnlyItsConnection
     });
     EXPECT_TRUE(Succeeds(Bind(NewStream(), Loopback(other.Port()))));
     EXPECT_TRUE(Succeeds(Bind(NewReusing(), Loopback(other.Port()))));
+}
+
+// Of a stream or of datagrams, over either IP version.
+using Make = OwnedSocket (*)(int family);
+
+template <typename Address>
+Address NameOf(const OwnedSocket& socket) {
+    Address address = {};
+    int length = sizeof address;
+    EXPECT_TRUE(Succeeds(Winsock::getsockname(socket.Get(), &address, &length)));
+    return address;
+}
+
+// A port of one address is taken for that and for all of them, and the other way round: the kernel
+// is stricter than Windows.
+template <typename Address>
+void ExpectTaken(Make make, const Address& specific, const Address& any) {
+    const int family = specific.family;
+    for (const auto& [taken, other] : {std::pair(specific, any), std::pair(any, specific)}) {
+        const OwnedSocket bound = make(family);
+        ASSERT_TRUE(Succeeds(Bind(bound, taken)));
+        const auto own = NameOf<Address>(bound);
+        Address others = other;
+        std::copy_n(own.port, sizeof own.port, others.port);
+        EXPECT_TRUE(FailsWith(10022, Bind(bound, own)));
+        for (const Address& wanted : {own, others}) {
+            EXPECT_TRUE(FailsWith(10048, Bind(make(family), wanted)));
+            EXPECT_TRUE(FailsWith(10013, Bind(NewReusing(make(family)), wanted)));
+        }
+    }
+}
+
+using BindingATakenPort = Started;
+
+TEST_F(BindingATakenPort, FailsOverEitherIpVersionAndForAllAddresses) {
+    Winsock::AddressIpv6 anyIpv6 = {};
+    anyIpv6.family = Winsock::FamilyIpv6;
+    for (const Make make : {Make{NewStream}, Make{NewDatagram}}) {
+        ExpectTaken(make, Loopback(0), Ipv4(0, 0, 0, 0, 0));
+        ExpectTaken(make, LoopbackIpv6(0), anyIpv6);
+    }
 }
 
 using BindingReuseFault = Started;

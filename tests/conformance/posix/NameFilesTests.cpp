@@ -52,6 +52,14 @@ TEST(NameFilesHostByName, AnswersNameAliasesAndAddress) {
     });
 }
 
+TEST(NameFilesHostByName, TakesAnEarlierErrorBackWhenItFinds) {
+    WithNames(Hosts, [] {
+        EXPECT_TRUE(FailsWith(11001, Winsock::gethostbyname("unknown.example")));
+        EXPECT_NE(Winsock::gethostbyname("alpha"), nullptr);
+        EXPECT_TRUE(Succeeds(0));
+    });
+}
+
 TEST(NameFilesHostByName, KnowsLocalhost) {
     WithNames(Hosts, [] {
         const Winsock::HostEntry* entry = Winsock::gethostbyname("localhost");

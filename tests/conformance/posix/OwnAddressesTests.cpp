@@ -1,6 +1,7 @@
 // The addresses of this computer's own name.
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 
 #include "NameFiles.h"
 #include "NetworkInterface.h"
@@ -113,6 +114,19 @@ TEST(OwnAddressesList, IsLoopbackWhereThereIsNothingElse) {
         "lonely");
 }
 
+TEST(OwnAddressesList, HasNoneOfAFamilyThatTheComputerDoesNotSpeak) {
+    WithNames(
+        Hosts,
+        [] {
+            std::ofstream("/proc/sys/net/ipv6/conf/all/disable_ipv6") << 1;
+            const Winsock::AddressInfo ipv6 = Hints(23, 1);
+            List list;
+            EXPECT_TRUE(Returns(11001, Resolve("", "80", list, &ipv6)));
+            EXPECT_EQ(AddressesOf(Resolved("", "80")), Texts{"127.0.0.1 80"});
+        },
+        "lonely");
+}
+
 TEST(OwnAddressesList, IsFoundThoughNoServerCanBeReached) {
     OnALonelyComputer(
         [](const Network& network) {
@@ -205,6 +219,12 @@ TEST(OwnAddressesNameThatIsAnAddress, IsThatAddress) {
     };
     check("127.0.0.1", "127.0.0.1 80");
     check("::1", "0:0:0:0:0:0:0:1%0 80");
+    OnAComputerInANetwork(
+        "",
+        [](const Network&) {
+            EXPECT_EQ(HostOf("127.0.0.1"), (Texts{"127.0.0.1", "127.0.0.1 0"}));
+        },
+        "127.0.0.1");
 }
 
 void ExpectLoopback(const char* host) {

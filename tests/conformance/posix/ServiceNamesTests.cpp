@@ -16,6 +16,7 @@ constexpr const char* Table =
     "\n"
     "MixedCase\t4711/tcp  Other-Name # Trailing\n"
     "mixedcase 4712/udp\n"
+    "AZ-Zulu 4714/tcp\n"
     "LAST 4713/tcp";
 
 class ServiceTable {
@@ -50,6 +51,7 @@ TEST(ServiceNamesInTheTable, IsKnownInAnyCase) {
             EXPECT_EQ(Found(service, 1), Texts{"127.0.0.1 4711"}) << service;
         }
         EXPECT_EQ(Found("last", 1), Texts{"127.0.0.1 4713"});
+        EXPECT_EQ(Found("az-zULU", 1), Texts{"127.0.0.1 4714"});
     });
 }
 
