@@ -25,9 +25,10 @@ void Add(const MessageArgument& argument) noexcept {
         t_list.arguments[t_list.count++] = argument;
 }
 
-// The digits that name an argument are 1 to the number of arguments.
+// Whether the text, which begins with a percent sign, goes on with a digit that names an argument:
+// one from 1 to the number of arguments.
 bool IsPlace(std::string_view text) noexcept {
-    return text.size() > 1 && text[0] == '%' && text[1] >= '1' && text[1] - '1' < t_list.count;
+    return text.size() > 1 && text[1] >= '1' && text[1] - '1' < t_list.count;
 }
 
 std::size_t FindPlace(std::string_view text) noexcept {
