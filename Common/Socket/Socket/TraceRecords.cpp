@@ -32,12 +32,13 @@ void WriteRecordWithData(VelLog::Router& router, LogFormat format, const char* d
 }
 
 // The last two digits of each byte. From 0x80 on, digits of the sign extension precede them.
-constexpr auto ByteDigits = [] {
+constexpr auto MakeByteDigits() {
     std::array<std::array<char, 2>, 256> digits{};
     for (unsigned int byte = 0; byte < digits.size(); ++byte)
         digits[byte] = {Text::HexDigit(byte >> 4), Text::HexDigit(byte)};
     return digits;
-}();
+}
+constexpr auto ByteDigits = MakeByteDigits();
 constexpr std::size_t SignDigits = 6;
 
 // Returns where the next byte goes.

@@ -64,7 +64,7 @@ bool ParseNumericHost(const char* text, KernelAddress& address) noexcept {
 bool ParseNumericPort(const char* text, std::uint16_t& port) noexcept {
     unsigned int value = 0;
     std::size_t count = 0;
-    for (; IsDigit(text[count]) && count < MostPortDigits; ++count) {
+    for (; count < MostPortDigits && IsDigit(text[count]); ++count) {
         value = value * 10 + static_cast<unsigned int>(text[count] - '0');
     }
     port = static_cast<std::uint16_t>(value);
