@@ -9,6 +9,7 @@ set(VELSOCK_SOCKET_SOURCES
   Socket/Socket/Octets.cpp
   Socket/Socket/OctetsCollection.cpp
   Socket/Socket/OctetsCollectionImpl.cpp
+  Socket/Socket/OwnSocket.cpp
   Socket/Socket/Socket.cpp
   Socket/Socket/SocketAddress.cpp
   Socket/Socket/SocketAddressCache.cpp

@@ -10,8 +10,10 @@ namespace VelNet {
 // The stored addresses of a socket, formatted once for all records of a call.
 class ClassicEndpoints final : public TraceEndpoints {
 public:
-    ClassicEndpoints(const SocketAddress& local, const SocketAddress& remote)
-        : localAddress_(local.GetOctets().GetAddressString()),
+    ClassicEndpoints(unsigned int connection, const SocketAddress& local,
+                     const SocketAddress& remote)
+        : TraceEndpoints(connection),
+          localAddress_(local.GetOctets().GetAddressString()),
           localPort_(local.GetPort()),
           remoteAddress_(remote.GetOctets().GetAddressString()),
           remotePort_(remote.GetPort()) {}

@@ -36,38 +36,40 @@ VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
     return SystemFailureText(label, description, static_cast<int>(error)).ToReturnWString();
 }
 
-void LogFailure(const VelBase::WideText& text, LogFormat format) {
+void LogFailure(const VelBase::WideText& text, const OwnSocket* socket, const LogFormat& format) {
     VelLog::Router* const router = EnabledRouter(&SocketLayerState::errorRouter);
     if (router == nullptr) return;
 
     VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
     formatter.AddWideText(text.Units());
+    if (socket != nullptr) formatter.SetConnection(socket->ConnectionNumber());
     WriteRecord(*router, format, formatter);
 }
 
-Exception LoggedFailure(const VelBase::WideText& text, SOCKET_ERR code, LogFormat format) {
-    LogFailure(text, format);
+Exception LoggedFailure(const VelBase::WideText& text, SOCKET_ERR code, const OwnSocket* socket,
+                        const LogFormat& format) {
+    LogFailure(text, socket, format);
     return {text.Units(), code};
 }
 
 Exception LoggedSystemFailure(const unsigned short* label, const unsigned short* description,
-                              int error, LogFormat format) {
+                              int error, const OwnSocket* socket, const LogFormat& format) {
     return LoggedFailure(SystemFailureText(label, description, error),
-                         Exception::GetSocketError(error), format);
+                         Exception::GetSocketError(error), socket, format);
 }
 
-void ThrowFailure(const VelBase::WideText& text, SOCKET_ERR code) {
-    throw LoggedFailure(text, code);
+void ThrowFailure(const VelBase::WideText& text, SOCKET_ERR code, const OwnSocket* socket) {
+    throw LoggedFailure(text, code, socket);
 }
 
 void ThrowSystemFailure(const unsigned short* label, const unsigned short* description, int error,
-                        LogFormat format) {
-    throw LoggedSystemFailure(label, description, error, format);
+                        const OwnSocket* socket, const LogFormat& format) {
+    throw LoggedSystemFailure(label, description, error, socket, format);
 }
 
 void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
-                   LogFormat format) noexcept {
-    TryLogFailure([=] { return SystemFailureText(label, description, error); }, format);
+                   const OwnSocket* socket, const LogFormat& format) noexcept {
+    TryLogFailure([=] { return SystemFailureText(label, description, error); }, socket, format);
 }
 
 }  // namespace VelNet

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "Socket/LogFormat.h"
+#include "Socket/OwnSocket.h"
 #include "Socket/SocketLayerState.h"
 #include "VelBase/ReturnWString.h"
 #include "VelBase/WideText.h"
@@ -34,34 +35,39 @@ void AppendError(VelBase::WideText& text, const unsigned short* leadIn, int erro
 VelBase::ReturnWString ComposeFailureText(const unsigned short* label,
                                           const unsigned short* description, unsigned int error);
 
-// Logs the text under "Error" if that router is on, and returns what is to be thrown, made of the
-// text and the code.
+// Logs the text under "Error" if that router is on, as a record of the socket that has failed, if
+// any, and returns what is to be thrown, made of the text and the code.
 //
 // A caller that throws it itself, and has nothing to destroy then, makes a failure cheap: unwinding
 // takes longer than all else.
 [[nodiscard]] Exception LoggedFailure(const VelBase::WideText& text, SOCKET_ERR code,
-                                      LogFormat format = FailureFormat);
+                                      const OwnSocket* socket = nullptr,
+                                      const LogFormat& format = FailureFormat);
 
 // The same with the usual failure text for a number of the system.
 [[nodiscard]] Exception LoggedSystemFailure(const unsigned short* label,
                                             const unsigned short* description, int error,
-                                            LogFormat format = FailureFormat);
+                                            const OwnSocket* socket = nullptr,
+                                            const LogFormat& format = FailureFormat);
 
 // Throw what those return.
-[[noreturn]] void ThrowFailure(const VelBase::WideText& text, SOCKET_ERR code);
+[[noreturn]] void ThrowFailure(const VelBase::WideText& text, SOCKET_ERR code,
+                               const OwnSocket* socket = nullptr);
 [[noreturn]] void ThrowSystemFailure(const unsigned short* label, const unsigned short* description,
-                                     int error, LogFormat format = FailureFormat);
+                                     int error, const OwnSocket* socket = nullptr,
+                                     const LogFormat& format = FailureFormat);
 
 // Logs the text under "Error" if that router is on.
-void LogFailure(const VelBase::WideText& text, LogFormat format);
+void LogFailure(const VelBase::WideText& text, const OwnSocket* socket, const LogFormat& format);
 
 // Logs the text that compose returns under "Error" if that router is on. For callers that must not
 // throw: any failure in here, exhausted memory included, is swallowed.
 template <class Compose>
-void TryLogFailure(Compose compose, LogFormat format = FailureFormat) noexcept {
+void TryLogFailure(Compose compose, const OwnSocket* socket = nullptr,
+                   const LogFormat& format = FailureFormat) noexcept {
     if (EnabledRouter(&SocketLayerState::errorRouter) == nullptr) return;
     try {
-        LogFailure(compose(), format);
+        LogFailure(compose(), socket, format);
     } catch (...) {
         return;
     }
@@ -69,6 +75,7 @@ void TryLogFailure(Compose compose, LogFormat format = FailureFormat) noexcept {
 
 // The same with the usual failure text.
 void TryLogFailure(const unsigned short* label, const unsigned short* description, int error,
-                   LogFormat format = FailureFormat) noexcept;
+                   const OwnSocket* socket = nullptr,
+                   const LogFormat& format = FailureFormat) noexcept;
 
 }  // namespace VelNet

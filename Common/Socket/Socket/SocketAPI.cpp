@@ -23,7 +23,7 @@ void StartWinsock() {
         return;
 
     ThrowSystemFailure("VelNet::SocketAPI::Initialize() - FAIL."_wide,
-                       "The ::WSAStartup failed"_wide, result,
+                       "The ::WSAStartup failed"_wide, result, nullptr,
                        "Cannot initialize socket layer: %1"_format);
 }
 
@@ -31,7 +31,7 @@ void StopWinsock() noexcept {
     if (Winsock::WSACleanup() != Winsock::SocketError) return;
 
     TryLogFailure("VelNet::SocketAPI::Finalize() - FAIL."_wide, "The ::WSACleanup failed"_wide,
-                  Winsock::WSAGetLastError(), "Cannot cleanup socket layer: %1"_format);
+                  Winsock::WSAGetLastError(), nullptr, "Cannot cleanup socket layer: %1"_format);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "Socket/SocketImpl.h"
 
 #include "Socket/AddressWriter.h"
-#include "Socket/ClassicEndpoints.h"
 #include "Socket/FailureText.h"
 #include "Socket/Ipv4Address.h"
 #include "Socket/SocketLayerState.h"
@@ -30,26 +29,26 @@ constexpr int ErrorTryAgain = 11;
 [[noreturn]] void ThrowEndpointFailure(const unsigned short* label,
                                        const unsigned short* description, const Octets& address,
                                        const unsigned short* separator, unsigned short port,
-                                       int error) {
+                                       int error, const OwnSocket* socket) {
     VelBase::WideText text = BeginFailureText(label, description);
     text.Append(VelBase::UTF8ToWideChar(address.GetAddressString().c_str(), false))
         .Append(separator)
         .Append(VelBase::ToDecimalWString(port));
     AppendError(text, ", errno = "_wide, error);
-    ThrowFailure(text, Exception::GetSocketError(error));
+    ThrowFailure(text, Exception::GetSocketError(error), socket);
 }
 
 using AddressQuery = int (*)(Winsock::Handle handle, void* address, int* length);
 
-Winsock::AddressIpv4 QueryAddress(Winsock::Handle handle, AddressQuery query,
+Winsock::AddressIpv4 QueryAddress(const OwnSocket& socket, AddressQuery query,
                                   const unsigned short* description) {
     Winsock::AddressIpv4 address = {};
     int length = sizeof address;
-    if (query(handle, &address, &length) == Winsock::SocketError) {
+    if (query(socket.Handle(), &address, &length) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
         // Required (SocketAddresses.FailureIsLoggedAndThrownWithTheLabelOfSend): the label is that
         // of Send for both addresses.
-        ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, description, error);
+        ThrowSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, description, error, &socket);
     }
     return address;
 }
@@ -108,7 +107,8 @@ void SocketImpl::Bind(Octets address, unsigned short port) {
     if (Winsock::bind(handle_, &systemAddress, sizeof systemAddress) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
         ThrowEndpointFailure("VelNet::SocketImpl::Bind() - FAIL."_wide,
-                             "Cannot bind to a socket: "_wide, address, ": "_wide, port, error);
+                             "Cannot bind to a socket: "_wide, address, ": "_wide, port, error,
+                             this);
     }
     state_ = STATE_BOUND;
 }
@@ -118,7 +118,7 @@ int SocketImpl::Listen() {
     if (result == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
         ThrowSystemFailure("VelNet::SocketImpl::Listen() - FAIL."_wide,
-                           "Cannot listen to a socket"_wide, error);
+                           "Cannot listen to a socket"_wide, error, this);
     }
     state_ = STATE_LISTENING;
     return result;
@@ -132,7 +132,8 @@ void SocketImpl::Connect(Octets address, unsigned short port) {
         // Required (Connect.RefusedPeerIsToldWithColonAlone): no space after the colon, unlike in
         // the text of Bind.
         ThrowEndpointFailure("VelNet::SocketImpl::Connect() - FAIL."_wide,
-                             "Cannot connect to a socket: "_wide, address, ":"_wide, port, error);
+                             "Cannot connect to a socket: "_wide, address, ":"_wide, port, error,
+                             this);
     }
     state_ = STATE_CONNECTED;
     // Required (Connect.AsksForTheAddressesThroughTheInterface): both go through the interface, and
@@ -153,7 +154,7 @@ VelBase::ReturnPtrI<Socket> SocketImpl::Accept(SocketAddress& remote) {
         if (error == Winsock::ErrorWouldBlock || error == ErrorTryAgain) return {};
         // Required (Accept.FailureIsToldUnderTheNameOfTheSocketLayer): the label names SocketAPI.
         ThrowSystemFailure("VelNet::SocketAPI::Accept() - FAIL."_wide,
-                           "Cannot accept a connection"_wide, error);
+                           "Cannot accept a connection"_wide, error, this);
     }
 
     accepted->handle_ = handle;
@@ -192,7 +193,7 @@ void SocketImpl::Close() noexcept {
     if (Winsock::closesocket(handle_) == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
         TryLogFailure("VelNet::SocketImpl::Close() - FAIL."_wide, "Cannot close a socket"_wide,
-                      error);
+                      error, this);
     }
     handle_ = Winsock::InvalidSocket;
     state_ = STATE_CLOSED;
@@ -218,11 +219,11 @@ int SocketImpl::GetStatus() const {
 }
 
 Winsock::AddressIpv4 SocketImpl::QueryLocalAddress() const {
-    return QueryAddress(handle_, Winsock::getsockname, "The ::getsockname failed"_wide);
+    return QueryAddress(*this, Winsock::getsockname, "The ::getsockname failed"_wide);
 }
 
 Winsock::AddressIpv4 SocketImpl::QueryRemoteAddress() const {
-    return QueryAddress(handle_, Winsock::getpeername, "The ::getpeername failed"_wide);
+    return QueryAddress(*this, Winsock::getpeername, "The ::getpeername failed"_wide);
 }
 
 // What the system tells goes straight to where it is stored, unless an override may tell otherwise.
@@ -241,11 +242,15 @@ void SocketImpl::SetOption(int option, unsigned int value, const unsigned short*
     // Required (SocketOptions.FailureIsLoggedAndNotThrown): unlike other failures of the class.
     if (SetSocketOption(handle_, option, value)) return;
     const int error = Winsock::WSAGetLastError();
-    TryLogFailure(label, description, error);
+    TryLogFailure(label, description, error, this);
 }
 
 void SocketImpl::TraceConnection(LogFormat format) const noexcept {
-    TryWriteConnectionRecord(format, [this] { return ClassicEndpoints(local_, remote_); });
+    TryWriteConnectionRecord(format, [this] { return Endpoints(); });
+}
+
+ClassicEndpoints SocketImpl::Endpoints() const {
+    return {ConnectionNumber(), local_, remote_};
 }
 
 }  // namespace VelNet

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Winsock.h"
+#include "Socket/ClassicEndpoints.h"
 #include "Socket/LogFormat.h"
 #include "Socket/OwnSocket.h"
 #include "Socket/SocketState.h"
@@ -52,9 +53,12 @@ private:
                    const unsigned short* description) const;
 
     // Out of line, so that successful transfers stay short.
-    static int FailedSend();
+    int FailedSend() const;
     // Throws; the type is that of the call whose place it takes.
-    static int FailedReceive(int result);
+    int FailedReceive(int result) const;
+
+    // The endpoints as the trace records show them.
+    ClassicEndpoints Endpoints() const;
 
     void TraceConnection(LogFormat format) const noexcept;
     // Returns the count.

@@ -11,9 +11,10 @@ namespace {
 
 // Required (XtAccept.EachFailureToTellThePeerIsLoggedAndTheSocketReturned): "host name", where
 // RecvFrom says "host".
-void ReportUnknownPeer(const char* function, int error) noexcept {
+void ReportUnknownPeer(const char* function, int error, const OwnSocket* accepted) noexcept {
     ReportSocketXtError(
-        {function, "cannot get remote host name and port", "::getnameinfo", error, NoHost, NoPort});
+        {function, "cannot get remote host name and port", "::getnameinfo", error, NoHost, NoPort},
+        accepted);
 }
 
 }  // namespace
@@ -39,7 +40,8 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
     if (handle == Winsock::InvalidSocket) {
         const int error = Winsock::WSAGetLastError();
         ThrowSocketXtError({function, "cannot accept on local socket from remote address",
-                            "::accept", error, localHost_.c_str(), localPort_.c_str()});
+                            "::accept", error, localHost_.c_str(), localPort_.c_str()},
+                           this);
     }
 
     accepted->handle_ = handle;
@@ -48,9 +50,9 @@ VelBase::ReturnPtrI<SocketXt>& SocketXtImpl::Accept(VelBase::ReturnPtrI<SocketXt
     // socket, stores the peer's strings and writes the record.
     if (TellPeer(storage, 0, peer)) {
         RememberPeer(peer, host, port);
-        if (IsConnectionTraceEnabled()) TraceConnection(ConnectedFormat);
+        if (IsConnectionTraceEnabled()) TraceConnection(ConnectedFormat, *accepted.Get());
     } else {
-        ReportUnknownPeer(function, Winsock::WSAGetLastError());
+        ReportUnknownPeer(function, Winsock::WSAGetLastError(), accepted.Get());
     }
     socket = VelBase::ReturnPtrI<SocketXt>(accepted.Get());
     return socket;

@@ -7,10 +7,12 @@
 
 namespace VelNet {
 
-// The name and description of an operation in its failure texts.
+// The name and description of an operation in its failure texts, and the socket that these are
+// recorded of.
 struct SocketXtOperation {
     const char* function;
     const char* description;
+    const OwnSocket* socket = nullptr;
 };
 
 // Resolves the strings and calls attempt with each address until it succeeds. Throws if they do not
@@ -21,7 +23,8 @@ AddressWalk TryResolved(const SocketXtOperation& operation, const char* host, co
     const AddressWalk walk = TryAddresses(host, port, hints, attempt);
     if (walk.outcome == AddressWalk::NotResolved) {
         ThrowSocketXtError({operation.function, operation.description, "::getaddrinfo", walk.error,
-                            OrEmpty(host), OrEmpty(port)});
+                            OrEmpty(host), OrEmpty(port)},
+                           operation.socket);
     }
     return walk;
 }

@@ -24,16 +24,16 @@ VelBase::WideText Compose(const SocketXtFailure& failure) {
 
 }  // namespace
 
-void ReportSocketXtError(const SocketXtFailure& failure) noexcept {
-    TryLogFailure([&failure] { return Compose(failure); });
+void ReportSocketXtError(const SocketXtFailure& failure, const OwnSocket* socket) noexcept {
+    TryLogFailure([&failure] { return Compose(failure); }, socket);
 }
 
-Exception LoggedSocketXtError(const SocketXtFailure& failure) {
-    return LoggedFailure(Compose(failure), Exception::GetSocketError(failure.error));
+Exception LoggedSocketXtError(const SocketXtFailure& failure, const OwnSocket* socket) {
+    return LoggedFailure(Compose(failure), Exception::GetSocketError(failure.error), socket);
 }
 
-void ThrowSocketXtError(const SocketXtFailure& failure) {
-    throw LoggedSocketXtError(failure);
+void ThrowSocketXtError(const SocketXtFailure& failure, const OwnSocket* socket) {
+    throw LoggedSocketXtError(failure, socket);
 }
 
 }  // namespace VelNet

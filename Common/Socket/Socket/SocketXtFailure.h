@@ -1,6 +1,7 @@
 // Composes, logs and throws the failures of the extended socket.
 #pragma once
 
+#include "Socket/OwnSocket.h"
 #include "VelNet/Exception.h"
 
 namespace VelNet {
@@ -20,13 +21,16 @@ struct SocketXtFailure {
 // if that router is on.
 
 // For failures that do not end their operation. A report that cannot be written is lost.
-void ReportSocketXtError(const SocketXtFailure& failure) noexcept;
+void ReportSocketXtError(const SocketXtFailure& failure,
+                         const OwnSocket* socket = nullptr) noexcept;
 
 // For failures that do: returns what is to be thrown, made of the text and the code for the number.
 // See LoggedFailure.
-[[nodiscard]] Exception LoggedSocketXtError(const SocketXtFailure& failure);
+[[nodiscard]] Exception LoggedSocketXtError(const SocketXtFailure& failure,
+                                            const OwnSocket* socket = nullptr);
 
 // Throws what that returns.
-[[noreturn]] void ThrowSocketXtError(const SocketXtFailure& failure);
+[[noreturn]] void ThrowSocketXtError(const SocketXtFailure& failure,
+                                     const OwnSocket* socket = nullptr);
 
 }  // namespace VelNet

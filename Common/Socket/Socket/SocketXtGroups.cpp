@@ -55,9 +55,10 @@ bool ChangeMembership(Winsock::Handle handle, const Winsock::AddressInfo& entry,
 void SocketXtImpl::SetSocketForBroadcast() {
     if (SetSocketOption(handle_, Winsock::OptionBroadcast, 1)) return;
     const int error = Winsock::WSAGetLastError();
-    ThrowSocketXtError({"VelNet::SocketXtImpl::SetSocketForBroadcast",
-                        "cannot set socket option for broadcast", "::setsockopt(SO_BROADCAST)",
-                        error});
+    ThrowSocketXtError(
+        {"VelNet::SocketXtImpl::SetSocketForBroadcast", "cannot set socket option for broadcast",
+         "::setsockopt(SO_BROADCAST)", error},
+        this);
 }
 
 void SocketXtImpl::SetSocketForMulticast(SpecialAddressKind group, int mode) {
@@ -74,7 +75,7 @@ void SocketXtImpl::SetSocketForMulticast(const char* group, int mode) {
     Winsock::AddressInfo* list = nullptr;
     if (Winsock::getaddrinfo(group, nullptr, &hints, &list) != 0) {
         const int error = Winsock::WSAGetLastError();
-        ThrowSocketXtError({function, description, "::getaddrinfo", error});
+        ThrowSocketXtError({function, description, "::getaddrinfo", error}, this);
     }
 
     bool refused = false;
@@ -92,7 +93,8 @@ void SocketXtImpl::SetSocketForMulticast(const char* group, int mode) {
     ThrowSocketXtError(
         {function, description,
          mode == JoinGroup ? "::setsockopt(IP_ADD_MEMBERSHIP)" : "::setsockopt(IP_DROP_MEMBERSHIP)",
-         error});
+         error},
+        this);
 }
 
 }  // namespace VelNet

@@ -103,8 +103,8 @@ void SocketXtImpl::Bind(SpecialAddressKind address, const char* port) {
 }
 
 void SocketXtImpl::Bind(const char* host, const char* port) {
-    constexpr SocketXtOperation operation = {"VelNet::SocketXtImpl::Bind",
-                                             "cannot bind socket to local address"};
+    const SocketXtOperation operation = {"VelNet::SocketXtImpl::Bind",
+                                         "cannot bind socket to local address", this};
     const WinsockScope scope(operation.function);
     std::string newHost(OrEmpty(host));
     std::string newPort(OrEmpty(port));
@@ -119,7 +119,8 @@ void SocketXtImpl::Bind(const char* host, const char* port) {
     if (walk.outcome == AddressWalk::NoAddress) return;
     if (walk.outcome != AddressWalk::Accepted) {
         ThrowSocketXtError({operation.function, operation.description, "::bind", walk.error,
-                            newHost.c_str(), newPort.c_str()});
+                            newHost.c_str(), newPort.c_str()},
+                           this);
     }
     // Required (XtBind.StreamSocketIsBoundAndDatagramSocketConnected): a bound datagram socket
     // counts as connected, so that its status reports waiting data.
@@ -134,7 +135,8 @@ int SocketXtImpl::Listen() {
     if (result == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
         ThrowSocketXtError({"VelNet::SocketXtImpl::Listen", "cannot listen on socket", "::listen",
-                            error, localHost_.c_str(), localPort_.c_str()});
+                            error, localHost_.c_str(), localPort_.c_str()},
+                           this);
     }
     state_ = STATE_LISTENING;
     return result;
@@ -145,8 +147,8 @@ void SocketXtImpl::Connect(SpecialAddressKind address, const char* port) {
 }
 
 void SocketXtImpl::Connect(const char* host, const char* port) {
-    constexpr SocketXtOperation operation = {"VelNet::SocketXtImpl::Connect",
-                                             "cannot connect local socket to a remote address"};
+    const SocketXtOperation operation = {"VelNet::SocketXtImpl::Connect",
+                                         "cannot connect local socket to a remote address", this};
     const WinsockScope scope(operation.function);
     std::string newHost(OrEmpty(host));
     std::string newPort(OrEmpty(port));
@@ -161,9 +163,10 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
                    Winsock::SocketError;
         });
     if (walk.outcome == AddressWalk::Refused) {
-        ThrowSocketXtError({operation.function, operation.description, "::connect", walk.error,
-                            JoinEndpoint(localHost_, localPort_).c_str(),
-                            JoinEndpoint(newHost, newPort).c_str()});
+        ThrowSocketXtError(
+            {operation.function, operation.description, "::connect", walk.error,
+             JoinEndpoint(localHost_, localPort_).c_str(), JoinEndpoint(newHost, newPort).c_str()},
+            this);
     }
     if (walk.outcome == AddressWalk::Accepted) {
         state_ = STATE_CONNECTED;
@@ -172,7 +175,7 @@ void SocketXtImpl::Connect(const char* host, const char* port) {
     }
     // Required (XtConnect.HostWithoutAddressesIsRecordedAsConnectedAllTheSame): written even if
     // there was no address, which is not a failure.
-    if (IsConnectionTraceEnabled()) TraceConnection(ConnectedFormat);
+    if (IsConnectionTraceEnabled()) TraceConnection(ConnectedFormat, *this);
 }
 
 void SocketXtImpl::Close() {
@@ -181,11 +184,12 @@ void SocketXtImpl::Close() {
         // Required (XtClose.EachFailureIsReportedAndKeepsTheHandle): the text names another call,
         // and the handle and the state are kept, unlike in the classic socket.
         ThrowSocketXtError({"VelNet::SocketXtImpl::Close", "cannot close a socket", "::getaddrinfo",
-                            error, localHost_.c_str(), localPort_.c_str()});
+                            error, localHost_.c_str(), localPort_.c_str()},
+                           this);
     }
     handle_ = Winsock::InvalidSocket;
     state_ = STATE_CLOSED;
-    if (IsConnectionTraceEnabled()) TraceConnection(DisconnectedFormat);
+    if (IsConnectionTraceEnabled()) TraceConnection(DisconnectedFormat, *this);
 }
 
 void SocketXtImpl::SetReceiveTimeout(unsigned int milliseconds) {
@@ -208,19 +212,20 @@ void SocketXtImpl::SetOption(int option, unsigned int value, const char* functio
     if (SetSocketOption(handle_, option, value)) return;
     const int error = Winsock::WSAGetLastError();
     ThrowSocketXtError(
-        {function, description, "::setsockopt", error, localHost_.c_str(), localPort_.c_str()});
+        {function, description, "::setsockopt", error, localHost_.c_str(), localPort_.c_str()},
+        this);
 }
 
 Winsock::AddressInfo SocketXtImpl::Hints() const noexcept {
     return AddressHints(socketType_, protocol_);
 }
 
-void SocketXtImpl::TraceConnection(LogFormat format) const noexcept {
-    TryWriteConnectionRecord(format, [this] { return Endpoints(); });
+void SocketXtImpl::TraceConnection(LogFormat format, const OwnSocket& connection) const noexcept {
+    TryWriteConnectionRecord(format, [&] { return Endpoints(connection); });
 }
 
-TextEndpoints SocketXtImpl::Endpoints() const {
-    return {localHost_, localPort_, remoteHost_, remotePort_};
+TextEndpoints SocketXtImpl::Endpoints(const OwnSocket& connection) const {
+    return {connection.ConnectionNumber(), localHost_, localPort_, remoteHost_, remotePort_};
 }
 
 }  // namespace VelNet

@@ -86,12 +86,13 @@ private:
     Exception TransferFailure(const char* function, const char* description, const char* call,
                               int error) const;
 
-    void TraceConnection(LogFormat format) const noexcept;
+    // The connection is one of this socket's, or one that it has accepted.
+    void TraceConnection(LogFormat format, const OwnSocket& connection) const noexcept;
     // Returns the count.
     int TraceTransfer(const TransferFormats& formats, const char* data, int count) const noexcept;
 
     // The endpoints as the trace records show them.
-    TextEndpoints Endpoints() const;
+    TextEndpoints Endpoints(const OwnSocket& connection) const;
 
     SocketState state_;
     std::string localHost_;

@@ -55,9 +55,10 @@ bool TellPeer(const Winsock::AddressStorage& storage, int flags, PeerTexts& text
 // The endpoints of a record: host and port strings of both sides.
 class TextEndpoints final : public TraceEndpoints {
 public:
-    TextEndpoints(std::string localHost, std::string localPort, std::string remoteHost,
-                  std::string remotePort) noexcept
-        : texts_{std::move(localHost), std::move(localPort), std::move(remoteHost),
+    TextEndpoints(unsigned int connection, std::string localHost, std::string localPort,
+                  std::string remoteHost, std::string remotePort) noexcept
+        : TraceEndpoints(connection),
+          texts_{std::move(localHost), std::move(localPort), std::move(remoteHost),
                  std::move(remotePort)} {}
 
     void FeedTo(VelResource::MessageFormatter& formatter) const override;

@@ -15,8 +15,8 @@ int SocketXtImpl::SendTo(const char* buffer, int length, SpecialAddressKind addr
 }
 
 int SocketXtImpl::SendTo(const char* buffer, int length, const char* host, const char* port) {
-    constexpr SocketXtOperation operation = {"VelNet::SocketXtImpl::SendTo",
-                                             "cannot sendto using connectionless socket"};
+    const SocketXtOperation operation = {"VelNet::SocketXtImpl::SendTo",
+                                         "cannot sendto using connectionless socket", this};
     const WinsockScope scope(operation.function);
 
     int sent = Winsock::SocketError;
@@ -28,13 +28,14 @@ int SocketXtImpl::SendTo(const char* buffer, int length, const char* host, const
     if (walk.outcome != AddressWalk::Accepted) {
         const int error = walk.ErrorOrLast();
         ThrowSocketXtError({operation.function, operation.description, "::sendto", error,
-                            OrEmpty(host), OrEmpty(port)});
+                            OrEmpty(host), OrEmpty(port)},
+                           this);
     }
     // Required (XtSendTo.RecordsShowNeitherTheSocketsTextsNorItsPeers): the local address is the
     // local host's name without a port, whatever the socket is bound to.
     TryWriteTransferRecords(SendtoFormats, buffer, sent, [&] {
-        return TextEndpoints(NarrowComputerName().c_str(), "Random Port", OrEmpty(host),
-                             OrEmpty(port));
+        return TextEndpoints(ConnectionNumber(), NarrowComputerName().c_str(), "Random Port",
+                             OrEmpty(host), OrEmpty(port));
     });
     return sent;
 }
@@ -50,7 +51,8 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
     if (received == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
         ThrowSocketXtError({function, "cannot recvfrom using connectionless socket", "::recvfrom",
-                            error, NoHost, NoPort});
+                            error, NoHost, NoPort},
+                           this);
     }
 
     if (TellPeer(storage, socketType_ == Winsock::TypeDatagram ? Winsock::DatagramService : 0,
@@ -60,11 +62,13 @@ int SocketXtImpl::RecvFrom(char* buffer, int length, VelBase::ReturnString& host
     } else {
         const int error = Winsock::WSAGetLastError();
         ReportSocketXtError(
-            {function, "cannot get remote host and port", "::getnameinfo", error, NoHost, NoPort});
+            {function, "cannot get remote host and port", "::getnameinfo", error, NoHost, NoPort},
+            this);
     }
     // Required (XtRecvFrom.SenderThatCannotBeToldIsRecordedAsTheTextsStand): written either way.
     TryWriteTransferRecords(RecvfromFormats, buffer, received, [&] {
-        return TextEndpoints(localHost_, localPort_, host.c_str(), port.c_str());
+        return TextEndpoints(ConnectionNumber(), localHost_, localPort_, host.c_str(),
+                             port.c_str());
     });
     return received;
 }

@@ -12,7 +12,7 @@ int SocketImpl::Receive(char* buffer, int length) {
     const RarelyRead<char*> data = buffer;
     const int received = Winsock::recv(handle_, buffer, length, 0);
     if (received <= 0) [[unlikely]] {
-        return FailedReceive(received);
+        return self->FailedReceive(received);
     }
     if (!IsAnyPacketTraceEnabled()) [[likely]]
         return received;
@@ -24,7 +24,7 @@ int SocketImpl::Send(const char* buffer, int length) {
     const RarelyRead<const char*> data = buffer;
     const int sent = Winsock::send(handle_, buffer, length, 0);
     if (sent == Winsock::SocketError) [[unlikely]] {
-        return FailedSend();
+        return self->FailedSend();
     }
     if (!IsAnyPacketTraceEnabled()) [[likely]]
         return sent;

@@ -13,11 +13,16 @@ namespace VelNet {
 
 namespace {
 
+void Feed(const TraceEndpoints& endpoints, VelResource::MessageFormatter& formatter) {
+    formatter.SetConnection(endpoints.Connection());
+    endpoints.FeedTo(formatter);
+}
+
 void WritePlainRecord(VelLog::Router& router, LogFormat format, int count,
                       const TraceEndpoints& endpoints) {
     VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
     formatter.AddInteger(count);
-    endpoints.FeedTo(formatter);
+    Feed(endpoints, formatter);
     WriteRecord(router, format, formatter);
 }
 
@@ -26,7 +31,7 @@ void WriteRecordWithData(VelLog::Router& router, LogFormat format, const char* d
     const VelBase::ReturnString bytes = FormatTraceBytes(data, static_cast<unsigned int>(count));
     VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
     formatter.AddInteger(count);
-    endpoints.FeedTo(formatter);
+    Feed(endpoints, formatter);
     formatter.AddNarrowText(bytes.c_str());
     WriteRecord(router, format, formatter);
 }
@@ -53,7 +58,7 @@ char* PutHexadecimal(char* digits, char byte) noexcept {
 void WriteConnectionRecord(VelLog::Router& router, LogFormat format,
                            const TraceEndpoints& endpoints) {
     VelResource::MessageFormatter& formatter = VelLog::GetMessageFormatter();
-    endpoints.FeedTo(formatter);
+    Feed(endpoints, formatter);
     WriteRecord(router, format, formatter);
 }
 

@@ -38,17 +38,22 @@ inline constexpr TransferFormats RecvfromFormats = {
     "Recvfrom %1 bytes, Local address: %2 (%3), Remote address: %4 (%5), data: %6"_format,
 };
 
-// The endpoints of a record. Each socket class feeds them in its own form: local address, local
-// port, remote address, remote port.
+// The endpoints of a record, and the number of the connection between them. Each socket class feeds
+// the endpoints in its own form: local address, local port, remote address, remote port.
 class TraceEndpoints {
 public:
     virtual void FeedTo(VelResource::MessageFormatter& formatter) const = 0;
 
+    unsigned int Connection() const noexcept { return connection_; }
+
 protected:
-    TraceEndpoints() = default;
+    explicit TraceEndpoints(unsigned int connection = 0) noexcept : connection_(connection) {}
     TraceEndpoints(const TraceEndpoints&) = default;
     TraceEndpoints& operator=(const TraceEndpoints&) = default;
     ~TraceEndpoints() = default;
+
+private:
+    unsigned int connection_;
 };
 
 // Writes a Connected or Disconnected record. The caller has checked that the router is on.

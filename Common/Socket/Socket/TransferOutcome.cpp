@@ -1,4 +1,5 @@
 // What follows a transfer of either family that has failed or is traced.
+#include "Platform/RarelyRead.h"
 #include "Socket/ClassicEndpoints.h"
 #include "Socket/FailureText.h"
 #include "Socket/SocketImpl.h"
@@ -18,41 +19,41 @@ constexpr int NoSystemError = -1;
 
 // Required (Receive.NothingToReceiveOnANonBlockingSocketThrows): unlike in Send, a call that would
 // block is a failure like any other.
-Exception ReceiveFailure(int result) {
+Exception ReceiveFailure(int result, const RarelyRead<const OwnSocket*>& socket) {
     constexpr const unsigned short* label = "VelNet::SocketImpl::Receive() - FAIL."_wide;
     if (result == Winsock::SocketError) {
         const int error = Winsock::WSAGetLastError();
-        return LoggedSystemFailure(label, "The ::recv failed"_wide, error);
+        return LoggedSystemFailure(label, "The ::recv failed"_wide, error, socket);
     }
-    return LoggedFailure(
-        BeginFailureText(
-            label,
-            "The ::recv could not be completed because the connection has been closed."_wide),
-        SOCKET_ERR_UNKNOWN);
+    const VelBase::WideText text = BeginFailureText(
+        label, "The ::recv could not be completed because the connection has been closed."_wide);
+    return LoggedFailure(text, SOCKET_ERR_UNKNOWN, socket);
 }
 
 }  // namespace
 
-int SocketImpl::FailedSend() {
+int SocketImpl::FailedSend() const {
     const int error = Winsock::WSAGetLastError();
     if (error == Winsock::ErrorWouldBlock) return 0;
     throw LoggedSystemFailure("VelNet::SocketImpl::Send() - FAIL."_wide, "The ::send failed"_wide,
-                              error);
+                              error, this);
 }
 
-int SocketImpl::FailedReceive(int result) {
-    throw ReceiveFailure(result);
+int SocketImpl::FailedReceive(int result) const {
+    // Not in a register, which unwinding would have to restore: that takes longer than reading it
+    // where it is needed.
+    const RarelyRead<const OwnSocket*> self = this;
+    throw ReceiveFailure(result, self);
 }
 
 int SocketImpl::TraceTransfer(const TransferFormats& formats, const char* data,
                               int count) const noexcept {
-    return TryWriteTransferRecords(formats, data, count,
-                                   [this] { return ClassicEndpoints(local_, remote_); });
+    return TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(); });
 }
 
 int SocketXtImpl::TraceTransfer(const TransferFormats& formats, const char* data,
                                 int count) const noexcept {
-    return TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(); });
+    return TryWriteTransferRecords(formats, data, count, [this] { return Endpoints(*this); });
 }
 
 int SocketXtImpl::FailedSend() const {
@@ -78,14 +79,16 @@ Exception SocketXtImpl::ReceiveFailure(int result) const {
     // with a colon, then the local port, unlike above.
     return LoggedSocketXtError(
         {function, "::recv could not be completed because the connection has been closed", "::recv",
-         NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()});
+         NoSystemError, (localHost_ + ':').c_str(), localPort_.c_str()},
+        this);
 }
 
 Exception SocketXtImpl::TransferFailure(const char* function, const char* description,
                                         const char* call, int error) const {
-    return LoggedSocketXtError({function, description, call, error,
-                                JoinEndpoint(localHost_, localPort_).c_str(),
-                                JoinEndpoint(remoteHost_, remotePort_).c_str()});
+    return LoggedSocketXtError(
+        {function, description, call, error, JoinEndpoint(localHost_, localPort_).c_str(),
+         JoinEndpoint(remoteHost_, remotePort_).c_str()},
+        this);
 }
 
 }  // namespace VelNet

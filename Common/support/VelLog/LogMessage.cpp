@@ -39,9 +39,10 @@ long long MicrosecondsSince1970() noexcept {
     return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-void WriteRecord(const Router& router, VelBase::WideText text) {
+void WriteRecord(const Router& router, VelBase::WideText text, unsigned int connection) {
     const VelBase::WideText visible = MakeControlsVisible(std::move(text));
-    WriteToSink({router.Name(), router.Category(), visible.Units(), MicrosecondsSince1970()});
+    WriteToSink(
+        {router.Name(), router.Category(), visible.Units(), MicrosecondsSince1970(), connection});
 }
 
 }  // namespace
@@ -56,7 +57,7 @@ void LogMessage(Router& router, const char* format, VelResource::MessageFormatte
     const CallerState state(formatter);
     if (!IsRecordWanted()) return;
     try {
-        WriteRecord(router, formatter.Format(format));
+        WriteRecord(router, formatter.Format(format), formatter.Connection());
     } catch (...) {
         // A record that cannot be written is lost; the operation it reports goes on.
     }

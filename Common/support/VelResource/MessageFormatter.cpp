@@ -13,6 +13,7 @@ constexpr std::size_t UsualLength = 255;
 struct ArgumentList {
     MessageArgument arguments[MessageFormatter::MaximumArguments];
     int count;
+    unsigned int connection;
 };
 
 // Nothing is constructed when a thread starts and nothing destroyed when it ends, so that records
@@ -69,8 +70,17 @@ MessageFormatter& MessageFormatter::AddInteger(int number) noexcept {
     return *this;
 }
 
+void MessageFormatter::SetConnection(unsigned int connection) noexcept {
+    t_list.connection = connection;
+}
+
+unsigned int MessageFormatter::Connection() const noexcept {
+    return t_list.connection;
+}
+
 void MessageFormatter::Clear() noexcept {
     t_list.count = 0;
+    t_list.connection = 0;
 }
 
 int MessageFormatter::ArgumentCount() const noexcept {

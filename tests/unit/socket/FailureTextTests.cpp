@@ -235,8 +235,9 @@ TEST_F(FailureTextReports, AreLoggedThenThrownWithTextAndCode) {
 }
 
 TEST_F(FailureTextReports, AreLoggedWithTheFormatAskedFor) {
-    EXPECT_THROW(ThrowSystemFailure("label()"_wide, "It failed"_wide, 0, "Cannot do it: %1"_format),
-                 Exception);
+    EXPECT_THROW(
+        ThrowSystemFailure("label()"_wide, "It failed"_wide, 0, nullptr, "Cannot do it: %1"_format),
+        Exception);
     const std::u16string text = u"label() It failed, errno = ";
     ExpectOneRecord("Cannot do it: %1", text);
     EXPECT_EQ(LoggedTexts("Error"), std::vector<std::u16string>{u"Cannot do it: " + text});
@@ -334,7 +335,7 @@ TEST_F(FailureTextReports, ThatAreOnlyLoggedAreNotThrown) {
 }
 
 TEST_F(FailureTextReports, ThatAreOnlyLoggedTakeTheFormatAskedFor) {
-    TryLogFailure("label()"_wide, "It failed"_wide, 65, "Not done: %1"_format);
+    TryLogFailure("label()"_wide, "It failed"_wide, 65, nullptr, "Not done: %1"_format);
     ExpectOneRecord("Not done: %1", u"label() It failed, errno = A Unknown error");
 }
 

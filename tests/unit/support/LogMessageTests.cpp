@@ -80,6 +80,17 @@ TEST_F(LogMessages, RecordIsStampedWithTheTimeOfWriting) {
     EXPECT_LE(sink.Records().at(0).microsecondsSince1970, after);
 }
 
+TEST_F(LogMessages, RecordHasTheFormattersConnectionAndTheNextOneNone) {
+    RecordingSink sink;
+    const SinkScope scope(sink);
+    VelResource::MessageFormatter& formatter = GetMessageFormatter();
+    formatter.SetConnection(4294967295U);
+    LogMessage(router_, "text", formatter, "", nullptr, nullptr, 0);
+    Log(router_, "text");
+    EXPECT_EQ(sink.Records().at(0).connection, 4294967295U);
+    EXPECT_EQ(sink.Records().at(1).connection, 0U);
+}
+
 TEST_F(LogMessages, NothingIsRenderedWithoutASink) {
     const Scripted::Allocations::Mark mark;
     Log(router_, "text");

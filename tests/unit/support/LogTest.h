@@ -19,11 +19,12 @@ public:
         std::string category;
         std::u16string text;
         long long microsecondsSince1970;
+        unsigned long long connection;
     };
 
     void Write(const VelLog::LogRecord& record) override {
         records_.push_back({record.router, record.category, Scripted::Text(record.text),
-                            record.microsecondsSince1970});
+                            record.microsecondsSince1970, record.connection});
     }
 
     const std::vector<Record>& Records() const { return records_; }

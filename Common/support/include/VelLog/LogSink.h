@@ -11,6 +11,11 @@ struct LogRecord {
     const char* category;  // "Error", "Connection Trace", "Packet Trace", "Verbose Packet Trace"
     const unsigned short* text;       // UTF-16, one line: control characters have been made visible
     long long microsecondsSince1970;  // UTC
+    // Tells the records of one socket from those of all others whose text is the same; 0 for a
+    // record of none. A socket gets the next number when it writes its first record. An accepted
+    // connection's records, the first included, have the number of the socket that was accepted.
+    // After 4,294,967,295 sockets the numbers begin again.
+    unsigned long long connection = 0;
 };
 
 // Receives records. The host process creates the sink. One that is set (SetSink) when it is

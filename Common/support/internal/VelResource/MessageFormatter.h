@@ -28,7 +28,11 @@ public:
     MessageFormatter& AddNarrowText(const char* text) noexcept;  // in the system's code page
     MessageFormatter& AddInteger(int number) noexcept;
 
-    // Clears the calling thread's arguments.
+    // The connection that the calling thread's message is about; 0 for none.
+    void SetConnection(unsigned int connection) noexcept;
+    unsigned int Connection() const noexcept;
+
+    // Clears the calling thread's arguments and its connection.
     void Clear() noexcept;
 
     int ArgumentCount() const noexcept;
