@@ -112,6 +112,21 @@ TEST_F(LogFile, NeverTakesTheNumberOfAClosedStandardStream) {
     EXPECT_EQ(Contents(), "record");
 }
 
+TEST_F(LogFile, NeverTakesTheNumberOfTheOneStandardStreamThatIsClosed) {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        const int kept = ::fcntl(stream, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        ::close(stream);
+        unsigned int error = 0;
+        const System::LogFile file = System::OpenLogFile(path_.c_str(), error);
+        const bool isFree = ::fcntl(stream, F_GETFD) < 0;
+        System::CloseLogFile(file);
+        ::dup2(kept, stream);
+        ::close(kept);
+        EXPECT_TRUE(isFree) << stream;
+        EXPECT_GT(static_cast<int>(file), STDERR_FILENO);
+    }
+}
+
 // The reader that comes after a while would let a waiting open succeed.
 TEST_F(LogFile, ThatIsAPipeWithoutAReaderIsNotWaitedFor) {
     ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);

@@ -91,6 +91,38 @@ TEST_F(SelectDescriptors, OfASetWithMoreThanItHasRoomForAreRefused) {
     EXPECT_EQ(read.count, 65U);
 }
 
+// The sockets with these numbers, counted from the lowest number for which all of them are there.
+std::vector<Winsock::Handle> Numbered(const std::vector<OwnedSocket>& sockets,
+                                      const std::vector<int>& numbers) {
+    for (const OwnedSocket& lowest : sockets) {
+        std::vector<Winsock::Handle> found;
+        for (const int number : numbers) {
+            for (const OwnedSocket& socket : sockets) {
+                if (Number(socket) == Number(lowest) + number) found.push_back(socket.Get());
+            }
+        }
+        if (found.size() == numbers.size()) return found;
+    }
+    return {};
+}
+
+// A socket that is given twice is found by its number's remainder, which others have too.
+TEST_F(SelectDescriptors, WithNumbersOfOneRemainderAreAllLeftInTheSet) {
+    std::vector<OwnedSocket> sockets;
+    for (int count = 0; count < 400; ++count)
+        sockets.push_back(NewDatagram());
+    for (const std::vector<int>& numbers :
+         {std::vector{0, 128, 256, 1}, std::vector{256, 128, 0, 1}, std::vector{127, 255, 0}}) {
+        const std::vector<Winsock::Handle> handles = Numbered(sockets, numbers);
+        ASSERT_EQ(handles.size(), numbers.size());
+        HandleSet write = SetOf({});
+        for (const Winsock::Handle handle : handles)
+            write.handles[write.count++] = handle;
+        EXPECT_EQ(Winsock::select(0, nullptr, &write, nullptr, &Minute), std::ssize(handles));
+        EXPECT_EQ(HandlesIn(write), handles);
+    }
+}
+
 TEST_F(SelectDescriptors, OfOneSetGivenTwiceAreLeftInItOnce) {
     std::vector<OwnedSocket> sockets;
     HandleSet set = {};
