@@ -311,3 +311,13 @@ TestAnAddressHasTheNameThatTheServerKnows() {
   filter names drop
   expect alpha "reverse ${ipv4[beta]}" "$(reverse_failed "${ipv4[beta]}" 11002)"
 }
+
+# Whoever has an address decides what its name is.
+TestANameFromTheNetworkMayBeAnything() {
+  add_host alpha
+  with_names alpha --ptr-record=10.2.0.192.in-addr.arpa,127.0.0.1 --ptr-record=11.2.0.192.in-addr.arpa,localhost \
+    --ptr-record=12.2.0.192.in-addr.arpa,.
+  expect alpha "reverse 192.0.2.10" "ok 127.0.0.1"
+  expect alpha "reverse 192.0.2.11" "ok localhost"
+  expect alpha "reverse 192.0.2.12" "ok ."
+}

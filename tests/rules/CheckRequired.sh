@@ -5,6 +5,8 @@
 # usage: CheckRequired.sh PROJECT_FOLDER
 set -euo pipefail
 
+# shellcheck source=ExistingTests.sh
+source "$(dirname "${BASH_SOURCE[0]}")/ExistingTests.sh"
 cd "$1"
 problems=0
 marks=0
@@ -34,13 +36,6 @@ tests_of_public_header() {
     VelNet/SocketInitialization.h) echo StartUpFailure.OfMemoryForTheStateIsCountedAndStartsNothing ;;
     VelNet/SocketXt.h) echo XtConnect.FailureLeavesThisMachinesNameAndAllElseAsItWas ;;
   esac
-}
-
-# The tests that exist, as Suite.Test. A macro may go on in the next line.
-existing_tests() {
-  find tests -name '*.cpp' -exec cat {} + | tr '\n' ' ' |
-    grep -oE '\bTEST(_F|_P)?\( *[A-Za-z0-9]+, *[A-Za-z0-9]+ *\)' |
-    sed -E 's/^[^(]*\( *([A-Za-z0-9]+), *([A-Za-z0-9]+) *\)$/\1.\2/' | sort -u
 }
 
 # The marks of a file, one a line: "Required:" or "Required (...):". A comment may go on in the next line.

@@ -34,6 +34,9 @@ make_project() {
   put companion/include/VelCompanion/ErrorCatalogue.h '    {SOCKET_ERR_INTR, "SOCKET_ERR_INTR",  "Interrupted"},'
   put docs/errors.md '| 10004 | `SOCKET_ERR_INTR` | Interrupted | A signal. | |'
   put tests/unit/CatTests.cpp 'TEST(Cat, Purrs) {}' 'TEST_F(' '    CatThatSleeps, Purrs) {}'
+  put SECURITY.md '# Security' '- Report it.' '## What it promises' '- A null text is none (`Texts.NullIsNone`,' \
+    '  `Cat.ATailWags`).' '- There is no test for cats.'
+  put tests/unit/CatTests.sh '# shellcheck shell=bash' 'TestATailWags() { true; }'
   put tests/unit/posix/CatTailTests.cpp 'TEST_P(CatTail, Wags) {}'
 }
 
@@ -61,7 +64,7 @@ expect_fault() {
 
 make_project
 for rule in CheckErrors.sh CheckFloors.sh CheckGuides.sh CheckIncludes.sh CheckSizes.sh CheckScripts.sh CheckMarkdown.sh \
-  CheckRequired.sh CheckSpelling.sh CheckTestNames.sh; do
+  CheckRequired.sh CheckSecurity.sh CheckSpelling.sh CheckTestNames.sh; do
   expect_pass "$rule"
 done
 
@@ -158,6 +161,13 @@ put tests/unit/CatTests.cpp 'TEST(CatTail, Wags) {}'
 expect_fault CheckTestNames.sh 'tests/unit/CatTests.cpp: the suite CatTail belongs to CatTailTests.cpp by its name'
 put tests/unit/CatTests.cpp '// Nothing.'
 expect_fault CheckTestNames.sh 'tests/unit/CatTests.cpp: has no tests, though it is named for them'
+
+put SECURITY.md '# Security' '## What it promises' '- A null text is none' '  (`Texts.NullIsOne`).'
+expect_fault CheckSecurity.sh 'SECURITY.md: there is no test Texts.NullIsOne'
+put SECURITY.md '# Security' '## What it promises' '- A null text is none.'
+expect_fault CheckSecurity.sh 'SECURITY.md names no test: - A null text is none.'
+put SECURITY.md '# Security' '## What it promises' 'Nothing.'
+expect_fault CheckSecurity.sh 'SECURITY.md has no statements'
 
 put README.md 'Initialising takes a moment.'
 expect_fault CheckSpelling.sh 'README.md:1:Initialising takes a moment.'
