@@ -21,6 +21,8 @@ fi
 # Longer inputs reach nothing more; memory that a target keeps from input to input would be a leak.
 options=(-max_len=1500 -timeout=30 -rss_limit_mb=2048 -use_value_profile=1)
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0
+# Trees of files are made fast there.
+[ ! -d /dev/shm ] || export TMPDIR=/dev/shm
 export LSAN_OPTIONS=suppressions=$here/../leak-suppressions.txt:print_suppressions=0
 
 # last NAME LOG: the last number after a name in the fuzzer's output.

@@ -30,8 +30,8 @@ constexpr std::size_t ClientsPerThread = 50;
 constexpr std::size_t StepsPerRound = 400;
 constexpr std::size_t FewestRounds = 8;
 
-// Less than the smallest block a round could lose, over the rounds of a minute or more; the heap's
-// own bookkeeping changes by some hundred bytes.
+// The heap's own bookkeeping changes by some hundred bytes. Over the rounds of a few minutes this
+// is less than the smallest block a round.
 constexpr double AllowedBytes = 8 * 1024;
 constexpr double AllowedDescriptors = 0.5;
 constexpr double AllowedResidentBytes = 2 * 1024 * 1024;

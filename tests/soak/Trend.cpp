@@ -1,6 +1,19 @@
 #include "Trend.h"
 
+#include <utility>
+
 namespace Soak {
+
+namespace {
+
+// So that what is remembered here does not grow itself.
+constexpr std::size_t MostRounds = 200'000;
+
+}  // namespace
+
+Trend::Trend(std::string name, double allowedRise) : name_(std::move(name)), allowed_(allowedRise) {
+    values_.reserve(MostRounds);
+}
 
 // By least squares.
 double Trend::Slope() const {

@@ -10,7 +10,7 @@ namespace Soak {
 class Trend {
 public:
     // What it may rise by over all rounds that count, by the line that fits them best.
-    Trend(std::string name, double allowedRise) : name_(std::move(name)), allowed_(allowedRise) {}
+    Trend(std::string name, double allowedRise);
 
     void Add(double value) { values_.push_back(value); }
     bool Rises() const { return Rise() > allowed_; }

@@ -1,0 +1,45 @@
+// What classic sockets write into the log and throw, as the targets about them expect it.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Fuzzing.h"
+
+namespace Fuzz {
+
+struct Endpoint {
+    std::string host = "0.0.0.0";
+    int port = 0;
+};
+
+// A record: category and text.
+using LogLine = std::pair<std::string, std::u16string>;
+using Log = std::vector<LogLine>;
+
+// What an operation throws: text and code; nothing of either for success.
+struct Thrown {
+    std::u16string text;
+    int code = 0;
+};
+
+// A number from the table of errors, one beside it, or any other but 0.
+int TakeErrorNumber(Input& input);
+
+Thrown FailureOf(std::string_view labelAndDescription, int error);
+Thrown EndOfStream();
+
+LogLine ErrorLine(const Thrown& failure);
+LogLine ConnectionLine(const std::string& event, const Endpoint& local, const Endpoint& remote);
+// The plain record and the one with the bytes.
+Log TransferLines(const std::string& event, std::string_view bytes, const Endpoint& local,
+                  const Endpoint& remote);
+
+// Runs the operation, which must end as expected.
+void ExpectOutcome(std::string_view what, const Thrown& expected,
+                   const std::function<void()>& operation);
+
+}  // namespace Fuzz
