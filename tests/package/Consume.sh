@@ -18,7 +18,7 @@ folder=$(mktemp -d)
 clean_up() {
   # shellcheck disable=SC2046  # several processes
   kill $(jobs -p) 2>/dev/null || true
-  [ "$system" = linux ] || wineserver -k || true
+  [ "$system" = linux ] || timeout --kill-after=10 60 wineserver -k || true
   rm -rf "$folder"
 }
 trap clean_up EXIT
@@ -57,8 +57,8 @@ await_port() {
 # run PROGRAM: of the build in the current folder.
 run() {
   case $system in
-    linux) LD_LIBRARY_PATH=${library_path-} timeout 600 "./$1" ;;
-    windows) timeout 600 wine "./$1.exe" | tr -d '\r' ;;
+    linux) LD_LIBRARY_PATH=${library_path-} timeout --kill-after=10 600 "./$1" ;;
+    windows) timeout --kill-after=10 600 wine "./$1.exe" | tr -d '\r' ;;
   esac
 }
 

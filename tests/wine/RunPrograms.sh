@@ -8,7 +8,9 @@ set -euo pipefail
 build=$(cd "$1" && pwd)
 shift
 export results=$build/test-results
-export patience=600 # seconds for a program
+export patience=${VELSOCK_WINE_PATIENCE:-600} # seconds for a program
+# Wine sometimes hangs, its own commands included, and then hears no polite request.
+export mercy=${VELSOCK_WINE_MERCY:-10} # seconds to end in when asked to
 
 export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=-all
 # Without these, Wine would offer to download parts that nothing here needs.
@@ -18,13 +20,17 @@ unset DISPLAY
 
 rm -rf "$results"
 mkdir -p "$results"
-trap 'wineserver -k || true' EXIT
+trap 'end_wine || true' EXIT
 
 if [ $# = 0 ]; then
   mapfile -t programs <"$build/test-programs.txt"
 else
   programs=("$@")
 fi
+
+end_wine() {
+  timeout --kill-after="$mercy" 60 wineserver -k
+}
 
 in_own_network() {
   if [ "$(id -u)" = 0 ]; then unshare --net "$@"; else unshare --net --map-root-user "$@"; fi
@@ -39,7 +45,7 @@ in_network_with_groups() {
     ip -6 route add ff00::/8 dev lo
     "$@"
     status=$?
-    wineserver -k
+    timeout --kill-after="$mercy" 60 wineserver -k
     exit $status' sh "$@"
 }
 
@@ -47,7 +53,7 @@ in_network_with_groups() {
 # machine. Where the system lets them have no network of their own, they leave that out.
 start() {
   local program=$1 command
-  command=(timeout "$patience" wine "$program.exe"
+  command=(timeout --kill-after="$mercy" "$patience" wine "$program.exe"
     --gtest_brief=1 "--gtest_output=xml:../test-results/$program.xml")
   if [[ $program =~ ^(loopback|companion|example)_tests$ ]] && in_own_network true; then
     in_network_with_groups "${command[@]}"
@@ -56,20 +62,31 @@ start() {
   fi
 }
 
+# What timeout ends with when the time was over, and when it had to kill.
+reason_of() {
+  case $1 in
+    124 | 137) echo "ran longer than its $patience seconds and was ended" ;;
+    *) echo "did not come to its end (exit code $1)" ;;
+  esac
+}
+
 # run PROGRAM: shows its output when it has ended. One that was aborted counts as a failed test.
 run() {
   local program=$1 status=0
   start "$program" </dev/null >"$results/$program.log" 2>&1 || status=$?
   if [ ! -s "$results/$program.xml" ]; then
-    echo "$program did not come to its end (exit code $status)" >>"$results/$program.log"
+    echo "$program $(reason_of "$status")" >>"$results/$program.log"
     echo "<testsuite name=\"$program\" tests=\"1\" failures=\"1\">" >"$results/$program.xml"
     status=1
   fi
   printf -- '--- %s\n%s\n' "$program" "$(cat "$results/$program.log")"
   return $((status != 0))
 }
-export -f in_own_network in_network_with_groups start run
+export -f in_own_network in_network_with_groups start reason_of run
 
-wineboot --init >/dev/null 2>&1
+if ! timeout --kill-after="$mercy" 300 wineboot --init >/dev/null 2>&1; then
+  echo "Wine could not be set up within 300 seconds" >&2
+  exit 1
+fi
 cd "$build/bin"
 printf '%s\n' "${programs[@]}" | xargs -P "$(nproc)" -I '{}' bash -c 'run {}'
