@@ -1,28 +1,11 @@
 #!/usr/bin/env bash
 # velsock-cat's datagrams seen from outside: what it writes and what it ends with.
-#
-#   VelSockCatDatagramTests.sh VELSOCK_CAT SOCKETS TEST
-#
-# SOCKETS is classic, xt, or ipv6 for extended sockets on a computer whose name is an IPv6 one.
-set -euo pipefail
-
-script=$(realpath "${BASH_SOURCE[0]}")
-program=$(realpath "$1")
-script_arguments=("$program" "$2" "$3")
-velsock_cat=$program
-sockets=$2
-# shellcheck source=Tool.sh
-source "$(dirname "$script")/Tool.sh"
-
-set_up() {
-  if [ "$sockets" = ipv6 ]; then enter_own_network '::1 velsock-ipv6' '127.0.0.1 localhost' '::1 localhost'; fi
-  family=--xt
-  if [ "$sockets" = classic ]; then family=--classic; fi
-}
+# shellcheck source=VelSockCat.sh
+source "$(dirname "${BASH_SOURCE[0]}")/VelSockCat.sh"
 
 # start_receiving OPTION...: the program in the background on a free port.
 start_receiving() {
-  launch "$velsock_cat" "$family" "$@" udp-listen 0 </dev/null || fail "nothing was announced"
+  start "$family" "$@" udp-listen 0 </dev/null
 }
 
 # send OPTION...: what the program reads goes to the peer.
@@ -236,4 +219,4 @@ TestAnUnreadableInputEndsWith6() {
 }
 
 set_up
-"$3"
+"$test"

@@ -1,20 +1,7 @@
 #!/usr/bin/env bash
 # How velsock-cat's connections end, and what limits them.
-#
-#   VelSockCatEndingTests.sh VELSOCK_CAT SOCKETS TEST
-#
-# SOCKETS is classic, xt, or ipv6 for extended sockets on a computer whose name is an IPv6 one.
-set -euo pipefail
-
-script=$(realpath "${BASH_SOURCE[0]}")
-program=$(realpath "$1")
-script_arguments=("$program" "$2" "$3")
-velsock_cat=$program
-sockets=$2
-# shellcheck source=Tool.sh
-source "$(dirname "$script")/Tool.sh"
-# shellcheck source=Connections.sh
-source "$(dirname "$script")/Connections.sh"
+# shellcheck source=VelSockCat.sh
+source "$(dirname "${BASH_SOURCE[0]}")/VelSockCat.sh"
 
 # Bytes that nobody has read would make the system reset the connection.
 TestAPeerThatSpeaksAndReadsSlowlyGetsAll() {
@@ -160,4 +147,4 @@ TestALimitForConnectingLeavesTheConnectionAsItIs() {
 }
 
 set_up
-"$3"
+"$test"

@@ -1,15 +1,7 @@
 #!/usr/bin/env bash
 # velsock-cat's datagrams to many receivers at once, in a network of the test's own.
-#
-#   VelSockCatGroupTests.sh VELSOCK_CAT TEST
-set -euo pipefail
-
-script=$(realpath "${BASH_SOURCE[0]}")
-program=$(realpath "$1")
-script_arguments=("$program" "$2")
-velsock_cat=$program
-# shellcheck source=Tool.sh
-source "$(dirname "$script")/Tool.sh"
+# shellcheck source=VelSockCat.sh
+source "$(dirname "${BASH_SOURCE[0]}")/VelSockCat.sh"
 
 receivers=()
 diagnostics=()
@@ -141,4 +133,4 @@ TestAGroupWithoutAnInterfaceForItEndsWith3() {
   expect_match "$(cat err)" '^velsock-cat: cannot join 239\.1\.2\.3 port 9: Cannot assign requested address \(10049 SOCKET_ERR_ADDRNOTAVAIL\)$'
 }
 
-"$2"
+"$test"

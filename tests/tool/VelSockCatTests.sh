@@ -1,20 +1,7 @@
 #!/usr/bin/env bash
 # velsock-cat's connections seen from outside: what it writes and what it ends with.
-#
-#   VelSockCatTests.sh VELSOCK_CAT SOCKETS TEST
-#
-# SOCKETS is classic, xt, or ipv6 for extended sockets on a computer whose name is an IPv6 one.
-set -euo pipefail
-
-script=$(realpath "${BASH_SOURCE[0]}")
-program=$(realpath "$1")
-script_arguments=("$program" "$2" "$3")
-velsock_cat=$program
-sockets=$2
-# shellcheck source=Tool.sh
-source "$(dirname "$script")/Tool.sh"
-# shellcheck source=Connections.sh
-source "$(dirname "$script")/Connections.sh"
+# shellcheck source=VelSockCat.sh
+source "$(dirname "${BASH_SOURCE[0]}")/VelSockCat.sh"
 
 # The beginning of the library's own text.
 library_text() {
@@ -374,4 +361,4 @@ TestTraceGoesToTheLogFileInstead() {
 }
 
 set_up
-"$3"
+"$test"

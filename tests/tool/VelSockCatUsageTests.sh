@@ -1,19 +1,14 @@
 #!/usr/bin/env bash
 # What velsock-cat takes on its command line.
-#
-#   VelSockCatUsageTests.sh VELSOCK_CAT TEST
-set -euo pipefail
-
-program=$(realpath "$1")
-# shellcheck source=Tool.sh
-source "$(dirname "${BASH_SOURCE[0]}")/Tool.sh"
+# shellcheck source=VelSockCat.sh
+source "$(dirname "${BASH_SOURCE[0]}")/VelSockCat.sh"
 
 TestHelpGoesToStandardOutput() {
   run --help
   expect_equal "$status" 0
   expect_equal "$(stat -c %s err)" 0
   local word
-  for word in connect listen udp-send udp-listen broadcast multicast '-4, -6' -N -q -w -v '1 wrong usage' '5 too late'; do
+  for word in connect listen udp-send udp-listen broadcast multicast relay echo discard chargen -z --explain --keep --hex --stats --json --rate '-4, -6' -N -q -w -v '1 wrong usage' '5 too late'; do
     grep -q -e "$word" out || fail "$word is not explained"
   done
 }
@@ -63,8 +58,55 @@ TestAValueMayBeAttachedToItsOption() {
 TestLettersMayBeJoined() {
   expect_usage_error -46 connect 127.0.0.1 80
   expect_match "$(cat err)" "'-4' and '-6' exclude each other"
-  expect_usage_error -4x connect 127.0.0.1 80
-  expect_match "$(cat err)" "unknown option '-x'"
+  expect_usage_error -4y connect 127.0.0.1 80
+  expect_match "$(cat err)" "unknown option '-y'"
+}
+
+TestOptionsStandForCommands() {
+  expect_usage_error -l -z 127.0.0.1 80
+  expect_match "$(cat err)" 'only one command can be given'
+  expect_usage_error -z 127.0.0.1
+  expect_match "$(cat err)" 'ports takes HOST PORT\.\.\.'
+  expect_usage_error --explain
+  expect_match "$(cat err)" 'explain takes NUMBER\|SYMBOL'
+}
+
+TestPortsAreNumbersServicesAndRanges() {
+  expect_usage_error -z 127.0.0.1 80-20
+  expect_match "$(cat err)" "'80-20' ends before it begins"
+  expect_usage_error -z 127.0.0.1 0-20
+  expect_usage_error -z 127.0.0.1 20-65536
+  expect_usage_error -z 127.0.0.1 20,,30
+  expect_usage_error -z 127.0.0.1 20-
+  expect_usage_error -z '' 20
+}
+
+TestARelayTakesTwoEnds() {
+  expect_usage_error relay 7000 127.0.0.1
+  expect_usage_error relay 127.0.0.1 7000 127.0.0.1 80 81
+  expect_usage_error relay 7000 127.0.0.1 0
+  expect_usage_error relay 7000 '' 80
+  expect_usage_error --classic relay 7000 127.0.0.1 80
+  expect_match "$(cat err)" 'relay needs an extended socket'
+  expect_usage_error --recv-timeout 5 relay 7000 127.0.0.1 80
+}
+
+TestServersTakeTheirOptions() {
+  expect_usage_error -u --keep echo 7000
+  expect_usage_error -u --accept-timeout 5 discard 7000
+  expect_usage_error --count 5 chargen 7000
+  expect_usage_error --classic -u echo 7000
+  expect_usage_error --keep -N listen 7000
+  expect_usage_error --keep connect 127.0.0.1 7000
+  expect_usage_error -u listen 7000
+}
+
+TestARateIsANumberOfBytes() {
+  expect_usage_error --rate 0 connect 127.0.0.1 80
+  expect_usage_error --rate 5T connect 127.0.0.1 80
+  expect_usage_error --rate K connect 127.0.0.1 80
+  expect_usage_error --rate 5G connect 127.0.0.1 80
+  expect_usage_error --rate 5 udp-listen 80
 }
 
 TestALetterStandsForListen() {
@@ -192,4 +234,4 @@ TestAnEmptyHostIsWrongUsage() {
   expect_usage_error multicast '' 80
 }
 
-"$2"
+"$test"

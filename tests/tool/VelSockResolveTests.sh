@@ -17,7 +17,12 @@ expect_answer() {
   shift
   run "$@" </dev/null
   expect_equal "$status $(cat err)" "0 "
-  expect_equal "$(cat out)" "$output"
+  expect_equal "$(without_time <out)" "$output"
+}
+
+# How long an answer has taken is different each time.
+without_time() {
+  sed -E 's/,"seconds":[0-9]+\.[0-9]+\}$/}/'
 }
 
 use_known_hosts() {
@@ -74,7 +79,7 @@ TestForwardGivesAllAddressesInTheirOrder() {
   use_known_hosts
   expect_answer $'10.0.0.1\n10.0.0.2' forward many
   expect_answer $'10.0.0.9' forward alias
-  expect_answer $'10.0.0.9\n10.1.2.3' forward named.example velsock-host
+  expect_answer $'10.0.0.9\n10.1.2.3' --short forward named.example velsock-host
 }
 
 TestForwardGivesTheAddressesOfTheChosenVersion() {
@@ -83,7 +88,7 @@ TestForwardGivesTheAddressesOfTheChosenVersion() {
   expect_answer $'fd77::1\nfd77::2' -6 forward many
   expect_answer 10.0.0.1 -4 forward many
   expect_answer '{"query":"::1","addresses":["::1"]}' --json -6 forward ::1
-  run -6 forward four many
+  run --short -6 forward four many
   expect_equal "$status $(xargs <out)" "2 fd77::1 fd77::2"
   expect_match "$(cat err)" '^velsock-resolve: cannot resolve four: .* \(11004 SOCKET_ERR_NO_DATA\)$'
   run --ipv6 forward name.invalid
@@ -94,17 +99,17 @@ TestForwardGivesTheAddressesOfTheChosenVersion() {
 TestForwardThroughTheCacheGivesTheFirstAddress() {
   use_known_hosts
   expect_answer 10.0.0.1 --cache forward many
-  expect_answer $'10.0.0.1\n10.0.0.1' --cache forward many many
+  expect_answer $'10.0.0.1\n10.0.0.1' --short --cache forward many many
 }
 
 TestReverseGivesTheName() {
   use_known_hosts
   expect_answer named.example reverse 10.0.0.9
-  expect_answer $'named.example\nlocalhost' --cache reverse 10.0.0.9 127.0.0.1
+  expect_answer $'named.example\nlocalhost' --short --cache reverse 10.0.0.9 127.0.0.1
 }
 
 TestDottedTakesWhatTheSystemTakes() {
-  expect_answer $'1.2.3.4\n0.0.0.1\n1.0.0.2\n255.0.0.8' dotted 1.2.3.4 1 1.2 0xff.010
+  expect_answer $'1.2.3.4\n0.0.0.1\n1.0.0.2\n255.0.0.8' --short dotted 1.2.3.4 1 1.2 0xff.010
   expect_answer 1.2.3.4 dotted '1.2.3.4 and more'
 }
 
@@ -143,7 +148,7 @@ TestWithoutNameServersItEndsWith7() {
   expect_match "$(cat err)" '^velsock-resolve: no answer to name-servers: VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. '
   run --json name-servers
   expect_equal "$status" 7
-  expect_match "$(cat out)" '^\{"error":"VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. .*","code":-1\}$'
+  expect_match "$(cat out)" '^\{"error":"VelNet::SocketAddress::GetLocalMachineDomainNameServer\(\) - FAIL\. .*","code":-1,"symbol":"SOCKET_ERR_UNKNOWN","seconds":[0-9.]+\}$'
 }
 
 # An empty folder in place of the one that holds the settings, or of the first above it that exists.
@@ -167,7 +172,7 @@ TestTheIpVersionIs4UnlessTheSettingsSay6() {
 
 TestWhatDoesNotResolveEndsWith2AndDoesNotKeepTheRest() {
   use_known_hosts
-  run forward name.invalid localhost 256.1.1.1 many
+  run --short forward name.invalid localhost 256.1.1.1 many
   expect_equal "$status" 2
   expect_equal "$(cat out)" $'127.0.0.1\n10.0.0.1\n10.0.0.2'
   expect_equal "$(wc -l <err)" 2
@@ -198,12 +203,12 @@ TestEachAnswerIsAJsonObjectOfItsOwn() {
 TestAFailureIsAJsonObjectToo() {
   run --json dotted nonsense
   expect_equal "$status" 2
-  expect_match "$(cat out)" '^\{"query":"nonsense","error":"VelNet::SocketAddress::ConvertDotted.*","code":-1\}$'
+  expect_match "$(cat out)" '^\{"query":"nonsense","error":"VelNet::SocketAddress::ConvertDotted.*","code":-1,"symbol":"SOCKET_ERR_UNKNOWN","seconds":[0-9.]+\}$'
 }
 
 # expect_query JSON TEXT: how a question's text is shown.
 expect_query() {
-  expect_equal "$("$program" --json dotted -- "$2")" "{\"query\":$1,\"address\":\"0.0.0.1\"}"
+  expect_equal "$("$program" --json dotted -- "$2" | without_time)" "{\"query\":$1,\"address\":\"0.0.0.1\"}"
 }
 
 TestWhatMustNotStandInJsonIsEscaped() {
@@ -225,14 +230,14 @@ TestQuestionsAreReadFromStandardInput() {
   use_known_hosts
   run forward < <(printf 'localhost\nalias\r\nvelsock-host\0alias')
   expect_equal "$status $(cat err)" "0 "
-  expect_equal "$(cat out)" $'127.0.0.1\n10.0.0.9\n10.1.2.3\n10.0.0.9'
+  expect_equal "$(cat out)" $'127.0.0.1\tlocalhost\n10.0.0.9\talias\n10.1.2.3\tvelsock-host\n10.0.0.9\talias'
   run dotted </dev/null
   expect_equal "$status $(cat out)$(cat err)" "0 "
 }
 
 TestWithoutTheCacheEachQuestionIsAskedAnew() {
   use_known_hosts
-  start_session forward
+  start_session --short forward
   ask alias
   expect_equal "$answer" 10.0.0.9
   echo '10.0.0.8 alias' >hosts
@@ -242,7 +247,7 @@ TestWithoutTheCacheEachQuestionIsAskedAnew() {
 
 TestTheCacheRemembersItsAnswers() {
   use_known_hosts
-  start_session --cache forward
+  start_session --short --cache forward
   ask alias
   expect_equal "$answer" 10.0.0.9
   echo '10.0.0.8 alias newcomer' >hosts
@@ -259,12 +264,12 @@ TestTheCacheDoesNotRememberFailures() {
   expect_match "$answer" '"error"'
   echo '10.0.0.8 newcomer' >hosts
   ask newcomer
-  expect_equal "$answer" '{"query":"newcomer","addresses":["10.0.0.8"]}'
+  expect_match "$answer" '^\{"query":"newcomer","addresses":\["10\.0\.0\.8"\],"seconds":[0-9.]+\}$'
 }
 
 TestTheCacheRemembersNamesOfAddresses() {
   use_known_hosts
-  start_session --cache reverse
+  start_session --short --cache reverse
   ask 10.0.0.9
   expect_equal "$answer" named.example
   echo '10.0.0.9 renamed' >hosts
@@ -283,6 +288,101 @@ TestAnUnreadableInputEndsWith6() {
   run dotted <"$folder"
   expect_equal "$status" 6
   expect_equal "$(cat err)" "velsock-resolve: Cannot read standard input: Is a directory"
+}
+
+TestOfSeveralQuestionsEachAnswerTellsItsOwn() {
+  use_known_hosts
+  expect_answer $'10.0.0.1\tmany\n10.0.0.2\tmany\n10.0.0.9\talias' forward many alias
+  expect_answer $'10.0.0.1\n10.0.0.2\n10.0.0.9' --short forward many alias
+  expect_answer $'10.0.0.1\n10.0.0.2' forward many
+}
+
+TestAnEmptyLineIsAnEmptyQuestion() {
+  use_known_hosts
+  run forward < <(printf 'alias\n\nalias\n')
+  expect_equal "$status $(cat err)" "0 "
+  expect_equal "$(cat out)" $'10.0.0.9\talias\n10.1.2.3\t(empty)\n10.0.0.9\talias'
+  run reverse < <(echo)
+  expect_equal "$status $(cat out)" "2 "
+  expect_match "$(cat err)" '^velsock-resolve: cannot resolve the empty question: '
+}
+
+TestReverseTakesIpv6Addresses() {
+  enter_own_network '10.1.2.3 velsock-host' '127.0.0.1 localhost' 'fd77::9 named.example'
+  expect_answer named.example reverse fd77::9
+  run reverse fd77::8
+  expect_equal "$status" 2
+  expect_match "$(cat err)" '^velsock-resolve: cannot resolve fd77::8: Valid name, no data record of requested type \(11004 SOCKET_ERR_NO_DATA\)$'
+}
+
+TestAJsonFailureHasSymbolAndTime() {
+  use_known_hosts
+  run --json forward name.invalid
+  expect_equal "$status" 2
+  expect_match "$(cat out)" '^\{"query":"name.invalid","error":"VelNet::.*","code":11001,"symbol":"SOCKET_ERR_HOST_NOT_FOUND","seconds":[0-9]+\.[0-9]+\}$'
+}
+
+# expect_finding LINE [REMEDY]: what the doctor says, as patterns.
+expect_finding() {
+  grep -qE -A 1 "^$1\$" out || fail "no line '$1' in: $(cat out)"
+  [ $# = 1 ] || expect_match "$(grep -E -A 1 "^$1\$" out | tail -n 1)" "^       To mend it: $2\$"
+}
+
+TestTheDoctorFindsNothingToFailOnAWholeComputer() {
+  use_known_hosts
+  hide_settings
+  lay_wire
+  ip_command address add 10.1.2.3/24 dev wire
+  ip_command route add default dev wire
+  ip_command -6 address add fd77::1/64 dev wire nodad
+  printf '%s\n' 'search example.org' 'nameserver 10.0.0.3' >resolv.conf
+  mount --bind resolv.conf /etc/resolv.conf
+  run doctor
+  expect_equal "$status $(grep -c FAILS out)" "0 0"
+  expect_finding 'ok     name: velsock-host, with the addresses 10\.1\.2\.3'
+  expect_finding 'ok     ip-version: extended sockets speak IPv4: the first address of velsock-host is 10\.1\.2\.3'
+  expect_finding 'ok     localhost: 127\.0\.0\.1 \(loopback\)'
+  expect_finding 'ok     name-servers: 10\.0\.0\.3, read from /etc/resolv\.conf'
+  expect_finding 'ok     domain: example\.org, read from /etc/resolv\.conf'
+  expect_finding 'ok     settings: .*, which does not exist'
+  expect_finding 'ok     IPv4 broadcast: datagrams leave from 10\.1\.2\.3'
+  expect_finding 'ok     IPv4 multicast: groups can be joined, and datagrams leave from 10\.1\.2\.3'
+  expect_finding 'ok     IPv6 multicast: groups can be joined, and datagrams leave from fd77::1'
+}
+
+TestTheDoctorTellsWhatWouldFailAndWhatMendsIt() {
+  enter_own_network '10.9.9.9 velsock-host'
+  : >resolv.conf
+  mount --bind resolv.conf /etc/resolv.conf
+  run doctor
+  expect_equal "$status $(cat err)" "7 "
+  expect_finding 'FAILS  name: velsock-host, with the addresses 10\.9\.9\.9 \(of no interface here\)' \
+    'add a line .* velsock-host to the hosts file .*'
+  expect_finding 'FAILS  name-servers: there is none of IPv4 in /etc/resolv\.conf' 'name a server .*'
+  expect_finding 'FAILS  IPv4 broadcast: Network is unreachable \(10051 SOCKET_ERR_NETUNREACH\)' 'bring an interface up .*'
+  expect_finding 'FAILS  IPv4 multicast: .* \(10049 SOCKET_ERR_ADDRNOTAVAIL\)' 'bring an interface up .*'
+}
+
+TestTheDoctorNamesSettingsAndWhereTheyAre() {
+  use_known_hosts
+  hide_settings
+  local parameters="$registry_root/HKLM/system/CurrentControlSet/Services/Tcpip/Parameters"
+  mkdir -p "$parameters"
+  echo 10.0.0.7 >"$parameters/NameServer"
+  run doctor
+  expect_finding "ok     name-servers: 10\.0\.0\.7, read from the settings tree, $parameters"
+  expect_finding "ok     settings: $registry_root; HKLM/system/CurrentControlSet/Services/Tcpip/Parameters/NameServer: 10\.0\.0\.7"
+}
+
+TestTheDoctorAnswersInJson() {
+  use_known_hosts
+  run --json doctor
+  expect_match "$(sed -n 1p out)" '^\{"topic":"name","works":(true|false),"text":"velsock-host, .*","remedy":".*"\}$'
+  expect_equal "$(grep -vcE '^\{"topic":"[^"]+","works":(true|false),"text":"[^"]+","remedy":"[^"]*"\}$' out || true)" 0
+  expect_usage_error doctor now
+  expect_usage_error -4 doctor
+  expect_usage_error --short doctor
+  expect_usage_error --short local-name
 }
 
 "$3"

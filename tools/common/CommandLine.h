@@ -29,6 +29,9 @@ public:
     // value attached that nobody took.
     std::optional<Item> Next();
 
+    // Whether a value is attached to the option that Next returned last.
+    bool HasValue() const noexcept { return value_.has_value(); }
+
     // Takes the value of the option that Next returned last. Throws Failure with WrongUsage if
     // there is none.
     std::string Value();

@@ -3,34 +3,15 @@
 #include <VelBase/TextConversions.h>
 #include <VelCompanion/Errors.h>
 
-#include <atomic>
-#include <cstdio>
 #include <utility>
 
-#include "Text.h"
-
 namespace VelSockTools {
-
-namespace {
-
-std::atomic<bool> isVerbose = false;
-
-std::string Line(const char* program, const std::string& text) {
-    return std::string(program) + ": " + OneLine(ValidUtf8(text)) + "\n";
-}
-
-// At once, so that lines of several processes do not mix.
-void WriteError(const std::string& lines) {
-    std::fputs(lines.c_str(), stderr);
-    std::fflush(stderr);
-}
-
-}  // namespace
 
 Failure::Failure(ExitCode code, const std::string& what, const VelNet::Exception& cause,
                  const std::string& reason)
     : std::runtime_error(what + ": " + reason),
       code_(code),
+      error_(cause.GetErrorCode()),
       details_{VelCompanion::Describe(cause)} {}
 
 Failure::Failure(ExitCode code, const VelBase::Message& cause)
@@ -67,24 +48,6 @@ std::string NumberOf(const VelNet::Exception& exception) {
 
 std::string TextOf(const VelNet::Exception& exception) {
     return VelBase::WideCharToUTF8(exception.GetMessage(), false).c_str();
-}
-
-void BeVerbose() noexcept {
-    isVerbose = true;
-}
-
-void Remark(const char* program, const std::string& text) {
-    if (isVerbose) WriteError(Line(program, text));
-}
-
-ExitCode Report(const char* program, const Failure& failure) {
-    std::string lines = Line(program, failure.what());
-    if (isVerbose) {
-        for (const std::string& detail : failure.Details())
-            lines += "  " + OneLine(ValidUtf8(detail)) + "\n";
-    }
-    WriteError(lines);
-    return failure.Code();
 }
 
 }  // namespace VelSockTools

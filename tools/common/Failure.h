@@ -4,6 +4,7 @@
 #include <VelBase/Message.h>
 #include <VelNet/Exception.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -51,8 +52,12 @@ public:
     ExitCode Code() const noexcept { return code_; }
     const std::vector<std::string>& Details() const noexcept { return details_; }
 
+    // The library's number, if the library has failed.
+    std::optional<VelNet::SOCKET_ERR> Error() const noexcept { return error_; }
+
 private:
     ExitCode code_;
+    std::optional<VelNet::SOCKET_ERR> error_;
     std::vector<std::string> details_;
 };
 
@@ -61,15 +66,5 @@ bool IsNotResolved(const VelNet::Exception& exception) noexcept;
 
 // Returns the library's text in UTF-8.
 std::string TextOf(const VelNet::Exception& exception);
-
-// From then on the program shows remarks and the details of failures.
-void BeVerbose() noexcept;
-
-// Prints the program's name and the text as one line on standard error, if the program is verbose.
-void Remark(const char* program, const std::string& text);
-
-// Prints the program's name and the failure as one line on standard error, and below it the details
-// if the program is verbose. Returns the failure's exit code.
-ExitCode Report(const char* program, const Failure& failure);
 
 }  // namespace VelSockTools

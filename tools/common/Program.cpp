@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "Events.h"
 #include "StandardStreams.h"
 
 namespace VelSockTools {

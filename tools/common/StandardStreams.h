@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace VelSockTools {
@@ -17,6 +18,14 @@ bool InputIsReady();
 // Waits for bytes and returns how many were read, at most size; 0 at the end of the input. Throws
 // Failure with LocalFailure.
 std::size_t ReadInput(char* buffer, std::size_t size);
+
+// Returns how many bytes standard input still has, if it is a file.
+std::optional<unsigned long long> InputSize();
+
+// Whether people see what is written there.
+bool InputIsTerminal();
+bool OutputIsTerminal();
+bool ErrorsAreOnTerminal();
 
 // Writes all of the bytes. Throws Failure with LocalFailure.
 void WriteOutput(std::string_view bytes);

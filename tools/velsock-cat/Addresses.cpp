@@ -1,10 +1,12 @@
 #include "Addresses.h"
 
+#include <VelBase/TextConversions.h>
+
 #include <algorithm>
 
 #include "Endpoint.h"
 #include "Failure.h"
-#include "SystemNetwork.h"
+#include "Within.h"
 
 namespace VelSockCat {
 
@@ -27,28 +29,53 @@ std::string WhyPassedOver(const VelSockTools::HostAddress& address, bool socketI
     return address.text + ": not tried, the socket speaks " + (socketIsIpv6 ? "IPv6" : "IPv4");
 }
 
+VelNet::Exception FailureOf(const std::string& host, VelNet::SOCKET_ERR error) {
+    const std::string text = "The system's resolver has no address of " + host;
+    return {VelBase::UTF8ToWideChar(text.c_str(), false).c_str(), error};
+}
+
+VelNet::Exception LateFailureOf(const std::string& host) {
+    const std::string text = "The system's resolver has not answered in time: " + host;
+    return {VelBase::UTF8ToWideChar(text.c_str(), false).c_str(), VelNet::SOCKET_ERR_TIMEDOUT};
+}
+
+void RemarkAttempt(const std::string& attempt) {
+    VelSockTools::JsonObject members;
+    members.AddText("text", attempt);
+    Remark({"attempt", attempt, members});
+}
+
 }  // namespace
 
-// Where no address fits, and where the system knows none, the library tells why.
-Addresses AddressesFor(const SocketXt& socket, const std::string& host) {
-    if (IsOwnName(socket, host)) return {{host}, {}};
+LookedUp LookUpWithin(const std::string& host, const VelCompanion::Deadline& deadline) {
+    const auto found = Within(deadline, [host] { return VelSockTools::FindAddresses(host); });
+    if (!found) return {{}, LateFailureOf(host)};
+    if (found->addresses.empty()) return {{}, FailureOf(host, found->failure)};
+    return {found->addresses, {}};
+}
+
+// Where the name has addresses and none fits, the library tells why.
+Addresses AddressesFor(const SocketXt& socket, const std::string& host,
+                       const VelCompanion::Deadline& deadline) {
+    if (IsOwnName(socket, host)) return {{host}, {}, {}};
     const SocketXt::ADDR_FAMILY family = socket.GetAddressFamily();
-    Addresses addresses;
-    for (const VelSockTools::HostAddress& address : VelSockTools::FindAddresses(host)) {
+    const LookedUp found = LookUpWithin(host, deadline);
+    Addresses addresses = {{}, {}, found.failure};
+    for (const VelSockTools::HostAddress& address : found.addresses) {
         if (address.family == family) {
             addresses.usable.push_back(address.text);
         } else {
             addresses.passedOver.push_back(WhyPassedOver(address, family == SocketXt::FAMILY_IPV6));
         }
     }
-    if (addresses.usable.empty()) addresses.usable.push_back(host);
+    if (addresses.usable.empty() && !found.failure) addresses.usable.push_back(host);
     return addresses;
 }
 
 std::optional<Refusal> TryEach(const Addresses& addresses,
                                const std::function<void(const std::string&)>& attempt,
                                const VelCompanion::Deadline& deadline) {
-    std::optional<VelNet::Exception> last;
+    std::optional<VelNet::Exception> last = addresses.failure;
     std::vector<std::string> attempts;
     for (const std::string& address : addresses.usable) {
         if (last && deadline.IsOver()) {
@@ -58,7 +85,7 @@ std::optional<Refusal> TryEach(const Addresses& addresses,
         try {
             attempt(address);
             for (const std::string& line : attempts)
-                Remark(line);
+                RemarkAttempt(line);
             return {};
         } catch (const VelNet::Exception& exception) {
             last.emplace(exception);

@@ -10,16 +10,29 @@
 #include <string>
 #include <vector>
 
+#include "SystemNetwork.h"
+
 namespace VelSockCat {
 
+// What the system's resolver has answered.
+struct LookedUp {
+    std::vector<VelSockTools::HostAddress> addresses;
+    std::optional<VelNet::Exception> failure;  // if there are none
+};
+
+// Looks the host up once, and gives up when the time is over.
+LookedUp LookUpWithin(const std::string& host, const VelCompanion::Deadline& deadline);
+
 struct Addresses {
-    std::vector<std::string> usable;  // numeric; the host itself if the library is to resolve it
+    std::vector<std::string> usable;      // numeric; the host itself if the library resolves it
     std::vector<std::string> passedOver;  // why, a line for each of the others
+    std::optional<VelNet::Exception> failure;  // if the host has none at all
 };
 
 // The library tries all addresses of a host and reports the failure of the last, which may be one
 // that the socket cannot use at all. So they are to be tried one by one.
-Addresses AddressesFor(const VelNet::SocketXt& socket, const std::string& host);
+Addresses AddressesFor(const VelNet::SocketXt& socket, const std::string& host,
+                       const VelCompanion::Deadline& deadline);
 
 // That no address was accepted.
 struct Refusal {

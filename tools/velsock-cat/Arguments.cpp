@@ -5,44 +5,29 @@
 #include <utility>
 
 #include "CommandLine.h"
+#include "Commands.h"
+#include "Operands.h"
 #include "Options.h"
 
 namespace VelSockCat {
 
 namespace {
 
-// A command and its operands: a port, and before it a host that is required, optional, or not
-// allowed.
-enum class Host { None, Optional, Needed };
-
-struct CommandRow {
+// Options that stand for the command of that name.
+struct StandIn {
     const char* name;
-    Command command;
-    Host host;
-    bool systemMayChoosePort;
-    const char* operands;
+    const char* letter;
+    const char* command;
 };
 
-constexpr std::array<CommandRow, 6> CommandRows{{
-    {"listen", Command::Listen, Host::Optional, true, "[HOST] PORT"},
-    {"connect", Command::Connect, Host::Needed, false, "HOST PORT"},
-    {"udp-send", Command::UdpSend, Host::Needed, false, "HOST PORT"},
-    {"udp-listen", Command::UdpListen, Host::Optional, true, "[HOST] PORT"},
-    {"broadcast", Command::Broadcast, Host::None, false, "PORT"},
-    {"multicast", Command::Multicast, Host::Needed, false, "GROUP PORT"},
-}};
+constexpr std::array<StandIn, 3> StandIns{
+    {{"--listen", "-l", "listen"}, {"", "-z", "ports"}, {"--explain", "", "explain"}}};
 
-const CommandRow& RowOf(const std::string& name) {
-    const auto* const row = std::find_if(CommandRows.begin(), CommandRows.end(),
-                                         [&](const CommandRow& each) { return each.name == name; });
-    if (row == CommandRows.end()) Refuse("unknown command '" + name + "'");
-    return *row;
-}
-
-bool IsRightNumber(const CommandRow& row, std::size_t operands) {
-    const std::size_t least = row.host == Host::Needed ? 2 : 1;
-    const std::size_t most = row.host == Host::None ? 1 : 2;
-    return least <= operands && operands <= most;
+const StandIn* FindStandIn(const std::string& name) {
+    const auto* const found =
+        std::find_if(StandIns.begin(), StandIns.end(),
+                     [&](const StandIn& each) { return name == each.name || name == each.letter; });
+    return found == StandIns.end() ? nullptr : found;
 }
 
 class Parser {
@@ -65,17 +50,19 @@ private:
     void TakeOption(const std::string& name) {
         if (name == "--help" || name == "-h") return TakeInformation(Command::Help);
         if (name == "--version") return TakeInformation(Command::Version);
-        if (name == "--listen" || name == "-l") return TakeListen();
+        if (const StandIn* const standIn = FindStandIn(name)) return TakeStandIn(*standIn);
         const Option* const option = FindOption(name);
         if (option == nullptr) Refuse("unknown option '" + name + "'");
         option->take(arguments_, option->hasValue ? line_.Value() : std::string());
         options_.emplace_back(option, name);
     }
 
-    // The option stands for the command of that name.
-    void TakeListen() {
-        if (!listens_) operands_.insert(operands_.begin(), "listen");
-        listens_ = true;
+    void TakeStandIn(const StandIn& standIn) {
+        if (standIn_ == &standIn) return;
+        if (standIn_ != nullptr) Refuse("only one command can be given");
+        standIn_ = &standIn;
+        operands_.insert(operands_.begin(), standIn.command);
+        if (line_.HasValue()) operands_.push_back(line_.Value());
     }
 
     void TakeInformation(Command command) {
@@ -88,7 +75,7 @@ private:
         const CommandRow& row = RowOf(operands_.front());
         arguments_.command = row.command;
         CheckOptions(row);
-        TakeOperands(row);
+        TakeOperands(arguments_, row, {operands_.begin() + 1, operands_.end()});
     }
 
     void CheckOptions(const CommandRow& row) const {
@@ -105,6 +92,7 @@ private:
         }
         CheckAnswers(row);
         CheckEnding();
+        CheckService(row);
         if (arguments_.Family() == SocketFamily::Classic) CheckClassic(row);
     }
 
@@ -116,43 +104,42 @@ private:
     }
 
     void CheckEnding() const {
+        const bool sends = arguments_.direction == Direction::SendOnly ||
+                           arguments_.endsWithInput || arguments_.quitAfter;
+        if (arguments_.keepsAccepting && sends) Refuse("with '--keep' standard input is not read");
         if (arguments_.direction != Direction::ReceiveOnly) return;
         if (arguments_.endsWithInput) Refuse("'-N' and '--receive-only' exclude each other");
         if (arguments_.quitAfter) Refuse("'-q' and '--receive-only' exclude each other");
     }
 
+    void CheckService(const CommandRow& row) const {
+        const bool serves = row.command == Command::Echo || row.command == Command::Discard ||
+                            row.command == Command::Chargen;
+        if (serves && !arguments_.usesDatagrams && arguments_.datagramCount)
+            Refuse("'--count' needs '-u'");
+        if (row.command == Command::Relay && !arguments_.usesDatagrams && arguments_.receiveTimeout)
+            Refuse("'--recv-timeout' needs '-u'");
+        if (!arguments_.usesDatagrams) return;
+        if (arguments_.keepsAccepting) Refuse("datagrams need no '--keep'");
+        if (arguments_.acceptTimeout) Refuse("'--accept-timeout' does not go with '-u'");
+    }
+
     void CheckClassic(const CommandRow& row) const {
-        const bool oneToMany =
-            row.command == Command::Broadcast || row.command == Command::Multicast;
-        if (oneToMany) Refuse(std::string(row.name) + " needs an extended socket");
+        const bool needsExtended = row.command == Command::Broadcast ||
+                                   row.command == Command::Multicast ||
+                                   row.command == Command::Relay || row.command == Command::Ports;
+        if (needsExtended) Refuse(std::string(row.name) + " needs an extended socket");
+        if (arguments_.usesDatagrams) Refuse("'-u' needs an extended socket");
         if (arguments_.showSenders) Refuse("'--from' needs an extended socket");
         if (arguments_.version == VelNet::SocketXt::FAMILY_IPV6) {
             Refuse("'-6' needs an extended socket");
         }
     }
 
-    void TakeOperands(const CommandRow& row) {
-        operands_.erase(operands_.begin());
-        if (!IsRightNumber(row, operands_.size())) {
-            Refuse(std::string(row.name) + " takes " + row.operands);
-        }
-        if (operands_.size() == 2) TakeHost(operands_.front());
-        const bool streams = row.command == Command::Listen || row.command == Command::Connect;
-        arguments_.port = ParsePort(operands_.back(), !streams);
-        if (arguments_.port == 0 && !row.systemMayChoosePort) {
-            Refuse(std::string(row.name) + " needs a port from 1");
-        }
-    }
-
-    void TakeHost(const std::string& host) {
-        if (host.empty()) Refuse("the host is empty");
-        arguments_.host = host;
-    }
-
     VelSockTools::CommandLine line_;
     std::vector<std::string> operands_;
     std::vector<std::pair<const Option*, std::string>> options_;  // by the names that were given
-    bool listens_ = false;
+    const StandIn* standIn_ = nullptr;
     bool isInformation_ = false;
     Arguments arguments_;
 };

@@ -9,7 +9,22 @@
 
 namespace VelSockCat {
 
-enum class Command { Help, Version, Listen, Connect, UdpSend, UdpListen, Broadcast, Multicast };
+enum class Command {
+    Help,
+    Version,
+    Listen,
+    Connect,
+    UdpSend,
+    UdpListen,
+    Broadcast,
+    Multicast,
+    Relay,
+    Echo,
+    Discard,
+    Chargen,
+    Ports,
+    Explain,
+};
 
 enum class SocketFamily { Extended, Classic };
 
@@ -20,6 +35,11 @@ enum class Direction { Both, SendOnly, ReceiveOnly };
 struct Patience {
     bool forever;
     unsigned int milliseconds;
+};
+
+struct PortRange {
+    unsigned short first;
+    unsigned short last;
 };
 
 struct Arguments {
@@ -44,6 +64,16 @@ struct Arguments {
     bool endsWithInput = false;
     std::optional<Patience> quitAfter;
     std::optional<unsigned int> answers;
+    bool keepsAccepting = false;
+    bool usesDatagrams = false;
+    bool showsBytes = false;
+    bool showsTotals = false;
+    bool tellsInJson = false;
+    std::optional<unsigned int> rate;  // bytes per second
+    std::string targetHost;            // of a relay
+    unsigned short targetPort = 0;
+    std::vector<PortRange> ports;  // to test
+    std::string explained;         // an error, as it was asked for
 
     SocketFamily Family() const { return chosenFamily.value_or(SocketFamily::Extended); }
 };

@@ -10,6 +10,8 @@
 #include "Endpoint.h"
 #include "Failure.h"
 #include "Limits.h"
+#include "Transfer.h"
+#include "Within.h"
 
 namespace VelSockCat {
 
@@ -39,10 +41,17 @@ std::vector<std::string> LookUp(const std::string& host) {
     return addresses;
 }
 
+[[noreturn]] void ThrowLate(const std::string& what) {
+    throw Failure(ExitCode::TimedOut, what + ": the name was not looked up in time");
+}
+
 // What cannot be done if that fails, is the beginning of the failure's text.
-Addresses Resolve(const std::string& host, const std::string& what) {
+Addresses Resolve(const std::string& host, const std::string& what,
+                  const VelCompanion::Deadline& deadline) {
     try {
-        return {LookUp(host), {}};
+        const auto found = Within(deadline, [host] { return LookUp(host); });
+        if (!found) ThrowLate(what);
+        return {*found, {}, {}};
     } catch (const VelNet::Exception& exception) {
         throw Failure(ExitCode::NameNotResolvable, what, exception);
     }
@@ -58,35 +67,31 @@ ReturnPtrI<Socket> Create(Kind kind) {
                : VelNet::CreateSocket(Socket::SOCKET_DATAGRAM, Socket::PROTOCOL_UDP);
 }
 
-Failure OpeningFailure(const std::string& what, const Refusal& refusal) {
-    const bool late = refusal.last.GetErrorCode() == VelNet::SOCKET_ERR_TIMEDOUT;
-    return Failure(late ? ExitCode::TimedOut : ExitCode::NotConnected, what, refusal.last)
-        .With(refusal.attempts);
-}
-
 }  // namespace
 
-ReturnPtrI<Socket> ConnectClassic(Kind kind, const Arguments& arguments) {
+ReturnPtrI<Socket> ConnectClassic(Kind kind, const Arguments& arguments, Traffic* traffic) {
     const std::string what = "cannot connect to " + EndpointText(*arguments.host, arguments.port);
-    const Addresses addresses = Resolve(*arguments.host, what);
     const VelCompanion::Deadline deadline(LimitOf(arguments.connectTimeout));
+    const Addresses addresses = Resolve(*arguments.host, what, deadline);
     ReturnPtrI<Socket> socket;
     std::string tried;
     const auto connect = [&](const std::string& address) {
         tried = address;
         socket = Create(kind);
+        const Stopwatch stopwatch;
         VelCompanion::ConnectWithin(*socket, OctetsOf(address), arguments.port, LeftOf(deadline));
+        if (traffic != nullptr) traffic->Begin(stopwatch.Elapsed());
     };
     const auto refusal = TryEach(addresses, connect, deadline);
     if (refusal) throw OpeningFailure(what, *refusal);
-    Remark("connected to " + EndpointText(tried, arguments.port));
+    RemarkConnected(*arguments.host, tried, arguments.port);
     return socket;
 }
 
 ReturnPtrI<Socket> BindClassic(Kind kind, const Arguments& arguments) {
     const std::string host = arguments.host.value_or("127.0.0.1");
     const std::string what = "cannot listen on " + EndpointText(host, arguments.port);
-    Addresses addresses = Resolve(host, what);
+    Addresses addresses = Resolve(host, what, NoDeadline());
     addresses.usable.resize(1);
     auto socket = Create(kind);
     const auto refusal = TryEach(addresses, [&](const std::string& address) {

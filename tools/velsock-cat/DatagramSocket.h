@@ -16,7 +16,7 @@ struct Datagram {
     std::string senderPort;
 };
 
-// Both operations throw Failure from TransferFailure.
+// All operations throw Failure from TransferFailure.
 class DatagramSocket {
 public:
     // Larger than the longest datagram.
@@ -29,6 +29,9 @@ public:
 
     // Sends to the address on the command line.
     virtual void Send(std::string_view bytes) = 0;
+
+    // Sends to the sender of a datagram. That an earlier one has not arrived there is no failure.
+    virtual void Answer(const Datagram& datagram, std::string_view bytes);
 
     // Waits for a datagram; the buffer has Room bytes.
     virtual Datagram Receive(char* buffer) = 0;

@@ -1,18 +1,21 @@
 #include "Endpoint.h"
 
-#include <cstdio>
-
-#include "Failure.h"
-
 namespace VelSockCat {
 
 std::string EndpointText(const std::string& host, unsigned short port) {
     return host + " port " + std::to_string(port);
 }
 
+VelSockTools::JsonObject MembersOf(const std::string& host, unsigned short port) {
+    VelSockTools::JsonObject members;
+    members.AddText("host", host);
+    members.AddNumber("port", port);
+    return members;
+}
+
 void AnnounceListening(const std::string& host, unsigned short port) {
-    std::fprintf(stderr, "listening on %s\n", EndpointText(host, port).c_str());
-    std::fflush(stderr);
+    VelSockTools::Tell(
+        {"listening", "listening on " + EndpointText(host, port), MembersOf(host, port)});
 }
 
 void AnnounceListening(const VelNet::Socket& classic) {
@@ -20,8 +23,14 @@ void AnnounceListening(const VelNet::Socket& classic) {
     AnnounceListening(address.GetOctets().GetAddressString().c_str(), address.GetPort());
 }
 
-void Remark(const std::string& text) {
-    VelSockTools::Remark("velsock-cat", text);
+void Remark(const VelSockTools::Event& event) {
+    VelSockTools::Remark("velsock-cat", event);
+}
+
+void RemarkConnected(const std::string& host, const std::string& address, unsigned short port) {
+    VelSockTools::JsonObject members = MembersOf(host, port);
+    members.AddText("address", address);
+    Remark({"connected", "connected to " + EndpointText(address, port), members});
 }
 
 std::string SpecialAddressOf(const VelNet::SocketXt& socket, VelNet::SpecialAddressKind kind) {

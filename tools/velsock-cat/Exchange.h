@@ -4,6 +4,7 @@
 #include <VelNet/Socket.h>
 
 #include "Arguments.h"
+#include "Traffic.h"
 
 namespace VelSockCat {
 
@@ -12,6 +13,6 @@ namespace VelSockCat {
 //
 // Unless it receives only, the process may exit in here, with the exit code for the outcome; see
 // the source.
-void Exchange(VelNet::Socket& socket, const Arguments& arguments);
+void Exchange(VelNet::Socket& socket, const Arguments& arguments, Traffic& traffic);
 
 }  // namespace VelSockCat

@@ -4,6 +4,7 @@
 
 #include "Endpoint.h"
 #include "Limits.h"
+#include "Transfer.h"
 
 namespace VelSockCat {
 
@@ -21,12 +22,6 @@ bool IsOtherVersion(const VelNet::Exception& exception) {
            exception.GetErrorCode() == VelNet::SOCKET_ERR_AFNOSUPPORT;
 }
 
-ExitCode CodeOf(const VelNet::Exception& exception) {
-    if (VelSockTools::IsNotResolved(exception)) return ExitCode::NameNotResolvable;
-    return exception.GetErrorCode() == VelNet::SOCKET_ERR_TIMEDOUT ? ExitCode::TimedOut
-                                                                   : ExitCode::NotConnected;
-}
-
 }  // namespace
 
 ReturnPtrI<SocketXt> CreateExtended(Kind kind, const Arguments& arguments) {
@@ -40,27 +35,31 @@ ReturnPtrI<SocketXt> CreateExtended(Kind kind, const Arguments& arguments) {
     }
 }
 
-void ConnectExtended(SocketXt& socket, const Arguments& arguments) {
+void ConnectExtended(SocketXt& socket, const Arguments& arguments, Traffic& traffic) {
     const std::string port = std::to_string(arguments.port);
     const VelCompanion::Deadline deadline(LimitOf(arguments.connectTimeout));
     std::string tried;
     const auto connect = [&](const std::string& address) {
         tried = address;
+        const Stopwatch stopwatch;
         VelCompanion::ConnectWithin(socket, address, port, LeftOf(deadline));
+        traffic.Begin(stopwatch.Elapsed());
     };
-    const auto refusal = TryEach(AddressesFor(socket, *arguments.host), connect, deadline);
-    if (!refusal) return Remark("connected to " + EndpointText(tried, arguments.port));
+    const auto refusal =
+        TryEach(AddressesFor(socket, *arguments.host, deadline), connect, deadline);
+    if (!refusal) return RemarkConnected(*arguments.host, tried, arguments.port);
     throw OpeningFailure("cannot connect to " + EndpointText(*arguments.host, arguments.port),
                          socket, *refusal, arguments);
 }
 
-std::string BindExtended(SocketXt& socket, const Arguments& arguments) {
+std::string BindExtended(SocketXt& socket, Kind kind, const Arguments& arguments) {
     std::string host = arguments.host.value_or(SpecialAddressOf(socket, VelNet::SPECIAL_LOOPBACK));
     const std::string port = std::to_string(arguments.port);
-    const auto refusal = TryEach(AddressesFor(socket, host), [&](const std::string& address) {
+    const Addresses addresses = AddressesFor(socket, host, NoDeadline());
+    const auto refusal = TryEach(addresses, [&](const std::string& address) {
         if (arguments.reuseAddress) socket.SetReuseAddress();
         socket.Bind(address.c_str(), port.c_str());
-        if (arguments.command == Command::Listen) socket.Listen();
+        if (kind == Kind::Stream) socket.Listen();
     });
     if (!refusal) return host;
     throw OpeningFailure("cannot listen on " + EndpointText(host, arguments.port), socket, *refusal,
@@ -82,7 +81,7 @@ std::string ReasonFor(const SocketXt& socket, const VelNet::Exception& exception
 Failure OpeningFailure(const std::string& what, const SocketXt& socket, const Refusal& refusal,
                        const Arguments& arguments) {
     const std::string reason = ReasonFor(socket, refusal.last, arguments);
-    return Failure(CodeOf(refusal.last), what, refusal.last, reason).With(refusal.attempts);
+    return Failure(OpeningCodeOf(refusal.last), what, refusal.last, reason).With(refusal.attempts);
 }
 
 }  // namespace VelSockCat

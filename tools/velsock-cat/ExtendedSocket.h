@@ -11,18 +11,20 @@
 #include "Arguments.h"
 #include "ClassicSocket.h"
 #include "Failure.h"
+#include "Traffic.h"
 
 namespace VelSockCat {
 
 // Creates one of the IP version that the command line requests. Throws Failure with NotConnected.
 VelBase::ReturnPtrI<VelNet::SocketXt> CreateExtended(Kind kind, const Arguments& arguments);
 
-// Throws Failure with NameNotResolvable, NotConnected or TimedOut.
-void ConnectExtended(VelNet::SocketXt& socket, const Arguments& arguments);
+// Connects to the first address of the host that accepts, where the traffic begins. Throws Failure
+// with NameNotResolvable, NotConnected or TimedOut.
+void ConnectExtended(VelNet::SocketXt& socket, const Arguments& arguments, Traffic& traffic);
 
-// Binds to the host on the command line, or to the loopback address, and returns that host. Throws
-// Failure with NameNotResolvable or NotConnected.
-std::string BindExtended(VelNet::SocketXt& socket, const Arguments& arguments);
+// Binds to the host on the command line, or to the loopback address, and returns that host; a
+// stream socket listens then. Throws Failure with NameNotResolvable or NotConnected.
+std::string BindExtended(VelNet::SocketXt& socket, Kind kind, const Arguments& arguments);
 
 // Why an operation by host failed. If the socket's IP version was the cause, it says so: unless the
 // command line chooses it, it depends on the local host's name.

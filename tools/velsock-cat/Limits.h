@@ -1,8 +1,9 @@
-// The time limits of the command line.
+// The time limits of the command line, and how long something takes.
 #pragma once
 
 #include <VelCompanion/Waiting.h>
 
+#include <chrono>
 #include <optional>
 
 namespace VelSockCat {
@@ -16,5 +17,20 @@ inline VelCompanion::Milliseconds LimitOf(const std::optional<unsigned int>& mil
 inline VelCompanion::Milliseconds LeftOf(const VelCompanion::Deadline& deadline) {
     return deadline.HasLimit() ? deadline.Left() : VelCompanion::NoLimit;
 }
+
+inline VelCompanion::Deadline NoDeadline() {
+    return VelCompanion::Deadline(VelCompanion::NoLimit);
+}
+
+// Runs from the beginning of its life.
+class Stopwatch {
+public:
+    std::chrono::duration<double> Elapsed() const { return Clock::now() - begin_; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    Clock::time_point begin_ = Clock::now();
+};
 
 }  // namespace VelSockCat

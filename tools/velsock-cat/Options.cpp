@@ -48,6 +48,20 @@ unsigned int ParseSeconds(const std::string& text) {
            ParseNumber(fraction, AnyNumber, "number of seconds");
 }
 
+// A number of bytes, or of a thousand, a million or a thousand million of them.
+unsigned int ParseRate(const std::string& text) {
+    const std::string what = "number of bytes per second";
+    const std::string units = "KMG";
+    const std::size_t unit = text.empty() ? std::string::npos : units.find(text.back());
+    unsigned int factor = 1;
+    for (std::size_t step = 0; unit != std::string::npos && step <= unit; ++step)
+        factor *= 1000;
+    const std::string digits = factor == 1 ? text : text.substr(0, text.size() - 1);
+    const unsigned int number = ParseNumber(digits, AnyNumber / factor, what);
+    if (number == 0) Refuse("nothing passes at a rate of 0");
+    return number * factor;
+}
+
 Patience ParsePatience(const std::string& text) {
     if (text == "-1") return {true, 0};
     return {false, ParseSeconds(text)};
@@ -110,11 +124,15 @@ constexpr unsigned int Connections = SetOf(Command::Listen, Command::Connect);
 constexpr unsigned int DatagramSenders = SetOf(Command::UdpSend, Command::Broadcast);
 constexpr unsigned int DatagramReceivers = SetOf(Command::UdpListen, Command::Multicast);
 constexpr unsigned int Datagrams = DatagramSenders | DatagramReceivers;
-constexpr unsigned int All = Connections | Datagrams;
+constexpr unsigned int Services = SetOf(Command::Echo, Command::Discard, Command::Chargen);
+constexpr unsigned int Servers = Services | SetOf(Command::Relay);
+constexpr unsigned int Acceptors = Servers | SetOf(Command::Listen);
+constexpr unsigned int Transfers = Connections | Datagrams | Servers;
+constexpr unsigned int All = Transfers | SetOf(Command::Ports);
 
 using Text = const std::string&;
 
-constexpr std::array<Option, 21> Options{{
+constexpr std::array<Option, 27> Options{{
     {"--classic", "", All, false,
      [](Arguments& arguments, Text) { TakeFamily(arguments, SocketFamily::Classic); }},
     {"--xt", "", All, false,
@@ -131,13 +149,13 @@ constexpr std::array<Option, 21> Options{{
      [](Arguments& arguments, Text) { arguments.endsWithInput = true; }},
     {"", "-q", Connections, true,
      [](Arguments& arguments, Text value) { arguments.quitAfter = ParsePatience(value); }},
-    {"", "-w", SetOf(Command::Connect), true,
+    {"", "-w", SetOf(Command::Connect, Command::Relay, Command::Ports), true,
      [](Arguments& arguments, Text value) { arguments.connectTimeout = ParseSeconds(value); }},
-    {"--connect-timeout", "", SetOf(Command::Connect), true,
+    {"--connect-timeout", "", SetOf(Command::Connect, Command::Relay, Command::Ports), true,
      [](Arguments& arguments, Text value) { arguments.connectTimeout = ParseMilliseconds(value); }},
-    {"--accept-timeout", "", SetOf(Command::Listen), true,
+    {"--accept-timeout", "", Acceptors, true,
      [](Arguments& arguments, Text value) { arguments.acceptTimeout = ParseMilliseconds(value); }},
-    {"--reuse", "", SetOf(Command::Listen, Command::UdpListen), false,
+    {"--reuse", "", Acceptors | SetOf(Command::UdpListen), false,
      [](Arguments& arguments, Text) { arguments.reuseAddress = true; }},
     {"--answers", "", DatagramSenders, true,
      [](Arguments& arguments, Text value) {
@@ -149,14 +167,27 @@ constexpr std::array<Option, 21> Options{{
      [](Arguments& arguments, Text value) {
          arguments.datagramSize = ParseNumber(value, 65535, "size of a datagram");
      }},
-    {"--count", "", Datagrams, true,
+    {"--count", "", Datagrams | Services, true,
      [](Arguments& arguments, Text value) {
          arguments.datagramCount = ParseNumber(value, AnyNumber, "number of datagrams");
      }},
-    {"--recv-timeout", "", All, true,
+    {"--recv-timeout", "", Transfers, true,
      [](Arguments& arguments, Text value) { arguments.receiveTimeout = ParseMilliseconds(value); }},
-    {"--send-timeout", "", Connections | DatagramSenders, true,
+    {"--send-timeout", "", Connections | DatagramSenders | Servers, true,
      [](Arguments& arguments, Text value) { arguments.sendTimeout = ParseMilliseconds(value); }},
+    {"--keep", "-k", Acceptors, false,
+     [](Arguments& arguments, Text) { arguments.keepsAccepting = true; }},
+    {"--udp", "-u", Servers, false,
+     [](Arguments& arguments, Text) { arguments.usesDatagrams = true; }},
+    {"--hex", "-x", Transfers, false,
+     [](Arguments& arguments, Text) { arguments.showsBytes = true; }},
+    {"--stats", "", Transfers, false,
+     [](Arguments& arguments, Text) { arguments.showsTotals = true; }},
+    {"--json", "", All | SetOf(Command::Explain), false,
+     [](Arguments& arguments, Text) { arguments.tellsInJson = true; }},
+    {"--rate", "",
+     Connections | DatagramSenders | SetOf(Command::Relay, Command::Echo, Command::Chargen), true,
+     [](Arguments& arguments, Text value) { arguments.rate = ParseRate(value); }},
     {"--verbose", "-v", All, false, [](Arguments& arguments, Text) { arguments.verbose = true; }},
     {"--trace", "", All, true,
      [](Arguments& arguments, Text value) { arguments.categories = ParseCategories(value); }},

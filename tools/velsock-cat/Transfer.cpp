@@ -23,6 +23,16 @@ VelSockTools::Failure TransferFailure(const std::string& what, const VelNet::Exc
     return {CodeOf(exception), what, exception, reason};
 }
 
+ExitCode OpeningCodeOf(const VelNet::Exception& exception) {
+    const ExitCode code = CodeOf(exception);
+    return code == ExitCode::ConnectionLost ? ExitCode::NotConnected : code;
+}
+
+VelSockTools::Failure OpeningFailure(const std::string& what, const Refusal& refusal) {
+    return VelSockTools::Failure(OpeningCodeOf(refusal.last), what, refusal.last)
+        .With(refusal.attempts);
+}
+
 bool IsNothingReceived(const VelNet::Exception& exception) {
     return exception.GetErrorCode() == VelNet::SOCKET_ERR_UNKNOWN;
 }

@@ -7,9 +7,8 @@
 #include <vector>
 
 #include "Arguments.h"
-#include "Connection.h"
-#include "Datagrams.h"
-#include "Exchange.h"
+#include "Commands.h"
+#include "Events.h"
 #include "Failure.h"
 #include "Help.h"
 #include "Program.h"
@@ -19,44 +18,32 @@
 namespace {
 
 using namespace VelSockCat;
+using VelSockTools::ExitCode;
 
-void CarryConnection(const Arguments& arguments) {
-    const auto socket = OpenConnection(arguments);
-    Exchange(*socket, arguments);
+ExitCode Print(const char* text) {
+    VelSockTools::WriteOutput(text);
+    return ExitCode::InOrder;
 }
 
-void UseSockets(const Arguments& arguments, void (*use)(const Arguments&)) {
+ExitCode RunCommandOf(const Arguments& arguments) {
+    const CommandRow& row = RowOf(arguments.command);
+    if (arguments.tellsInJson) VelSockTools::TellInJson();
     if (arguments.verbose) VelSockTools::BeVerbose();
+    if (!row.usesSockets) return row.run(arguments);
     const Tracing tracing(arguments);
     const VelNet::SocketInitialization sockets;
-    use(arguments);
+    return row.run(arguments);
 }
 
-void Run(const Arguments& arguments) {
-    switch (arguments.command) {
-        case Command::Help:
-            return VelSockTools::WriteOutput(HelpText());
-        case Command::Version:
-            return VelSockTools::WriteOutput(VersionText());
-        case Command::Listen:
-        case Command::Connect:
-            return UseSockets(arguments, CarryConnection);
-        case Command::UdpSend:
-        case Command::Broadcast:
-            return UseSockets(arguments, SendDatagrams);
-        case Command::UdpListen:
-        case Command::Multicast:
-            return UseSockets(arguments, ReceiveDatagrams);
-    }
-}
-
-VelSockTools::ExitCode RunWords(const std::vector<std::string>& words) {
-    Run(ParseArguments(words));
-    return VelSockTools::ExitCode::InOrder;
+ExitCode Run(const std::vector<std::string>& words) {
+    const Arguments arguments = ParseArguments(words);
+    if (arguments.command == Command::Help) return Print(HelpText());
+    if (arguments.command == Command::Version) return Print(VersionText());
+    return RunCommandOf(arguments);
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-    return VelSockTools::RunProgram("velsock-cat", RunWords, count, words);
+    return VelSockTools::RunProgram("velsock-cat", Run, count, words);
 }

@@ -25,11 +25,14 @@ public:
             }
         }
         if (arguments_.command == Command::Answer) CheckQuestion();
+        if (arguments_.command == Command::Doctor) CheckDoctor();
         return std::move(arguments_);
     }
 
 private:
     void TakeOperand(const std::string& word) {
+        if (arguments_.command == Command::Doctor) Refuse("doctor takes no operand");
+        if (arguments_.question == nullptr && word == "doctor") return TakeDoctor();
         if (arguments_.question == nullptr) return TakeQuestion(word);
         arguments_.operands.push_back(word);
     }
@@ -43,6 +46,8 @@ private:
             arguments_.cache = true;
         } else if (option == "--json") {
             arguments_.json = true;
+        } else if (option == "--short") {
+            arguments_.answersAlone = true;
         } else if (option == "--verbose" || option == "-v") {
             arguments_.verbose = true;
         } else if (option == "--ipv4" || option == "-4") {
@@ -53,6 +58,8 @@ private:
             Refuse("unknown option '" + option + "'");
         }
     }
+
+    void TakeDoctor() { arguments_.command = Command::Doctor; }
 
     void TakeVersion(SocketXt::ADDR_FAMILY version) {
         if (arguments_.version.value_or(version) != version) {
@@ -66,6 +73,12 @@ private:
         if (arguments_.question == nullptr) Refuse("unknown question '" + name + "'");
     }
 
+    void CheckDoctor() const {
+        if (arguments_.cache) Refuse("'--cache' does not go with doctor");
+        if (arguments_.version) Refuse("'-4' and '-6' do not go with doctor");
+        if (arguments_.answersAlone) Refuse("'--short' does not go with doctor");
+    }
+
     void CheckQuestion() const {
         const Question* const question = arguments_.question;
         if (question == nullptr) Refuse("no question was given");
@@ -74,6 +87,9 @@ private:
         }
         if (!question->hasCache && arguments_.cache) {
             Refuse(std::string("'--cache' does not go with ") + question->name);
+        }
+        if (!question->takesOperands && arguments_.answersAlone) {
+            Refuse(std::string("'--short' does not go with ") + question->name);
         }
         if (question->askIpv6 == nullptr && arguments_.version) {
             Refuse(std::string("'-4' and '-6' do not go with ") + question->name);

@@ -11,7 +11,7 @@
 
 namespace VelSockResolve {
 
-enum class Command { Help, Version, Answer };
+enum class Command { Help, Version, Answer, Doctor };
 
 struct Arguments {
     Command command = Command::Answer;
@@ -20,7 +20,13 @@ struct Arguments {
     bool cache = false;
     bool json = false;
     bool verbose = false;
+    bool answersAlone = false;
     std::optional<VelNet::SocketXt::ADDR_FAMILY> version;  // IPv4 if omitted
+
+    // Of several questions each answer tells which it belongs to.
+    bool ShowsQuestions() const {
+        return question->takesOperands && operands.size() != 1 && !answersAlone;
+    }
 
     bool IsIpv6() const { return version == VelNet::SocketXt::FAMILY_IPV6; }
 };

@@ -36,10 +36,13 @@ Values AskForward(SocketAddressCache* cache, const std::string& name) {
     return TextsOf(*SocketAddress::GetOctetsFromMachineName(name.c_str()));
 }
 
-[[noreturn]] void ThrowNoIpv6Address(const std::string& host) {
-    const std::string text = "There is no IPv6 address of " + host;
+[[noreturn]] void ThrowNoData(const std::string& text) {
     throw VelNet::Exception(VelBase::UTF8ToWideChar(text.c_str(), false).c_str(),
                             VelNet::SOCKET_ERR_NO_DATA);
+}
+
+[[noreturn]] void ThrowNoIpv6Address(const std::string& host) {
+    ThrowNoData("There is no IPv6 address of " + host);
 }
 
 // The library lists IPv4 addresses alone; an extended socket gets these from the system's resolver.
@@ -47,7 +50,7 @@ Values AskForward(SocketAddressCache* cache, const std::string& name) {
 Values AskForwardIpv6(SocketAddressCache*, const std::string& name) {
     const std::string host = name.empty() ? SocketAddress::GetLocalMachineName().c_str() : name;
     Values texts;
-    for (const VelSockTools::HostAddress& address : VelSockTools::FindAddresses(host)) {
+    for (const VelSockTools::HostAddress& address : VelSockTools::FindAddresses(host).addresses) {
         if (address.family == VelNet::SocketXt::FAMILY_IPV6) texts.push_back(address.text);
     }
     if (!texts.empty()) return texts;
@@ -55,7 +58,15 @@ Values AskForwardIpv6(SocketAddressCache*, const std::string& name) {
     ThrowNoIpv6Address(host);
 }
 
+// The library's addresses are IPv4 ones: the system's resolver knows names of the others.
+Values AskReverseIpv6(const std::string& address) {
+    const auto name = VelSockTools::FindName(address);
+    if (!name) ThrowNoData("There is no name of " + address);
+    return {*name};
+}
+
 Values AskReverse(SocketAddressCache* cache, const std::string& dotted) {
+    if (dotted.find(':') != std::string::npos) return AskReverseIpv6(dotted);
     const Octets address = SocketAddress::ConvertDottedStringToOctets(dotted.c_str());
     const auto name = cache != nullptr ? cache->GetMachineNameFromOctets(address)
                                        : SocketAddress::GetMachineNameFromOctets(address);

@@ -7,6 +7,8 @@
 
 #include "Answers.h"
 #include "Arguments.h"
+#include "Doctor.h"
+#include "Events.h"
 #include "Failure.h"
 #include "Help.h"
 #include "Program.h"
@@ -28,7 +30,7 @@ ExitCode Run(const std::vector<std::string>& words) {
     if (arguments.command == Command::Version) return Print(VersionText());
     if (arguments.verbose) VelSockTools::BeVerbose();
     const VelNet::SocketInitialization sockets;
-    return AskAndAnswer(arguments);
+    return arguments.command == Command::Doctor ? Examine(arguments.json) : AskAndAnswer(arguments);
 }
 
 }  // namespace

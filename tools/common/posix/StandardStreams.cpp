@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -57,6 +58,25 @@ std::size_t ReadInput(char* buffer, std::size_t size) {
         const int error = errno;
         if (!IsToBeRepeated(error, STDIN_FILENO, POLLIN)) Fail("Cannot read standard input", error);
     }
+}
+
+std::optional<unsigned long long> InputSize() {
+    struct stat input = {};
+    if (::fstat(STDIN_FILENO, &input) != 0 || !S_ISREG(input.st_mode)) return {};
+    const off_t place = ::lseek(STDIN_FILENO, 0, SEEK_CUR);
+    return static_cast<unsigned long long>(place < input.st_size ? input.st_size - place : 0);
+}
+
+bool InputIsTerminal() {
+    return ::isatty(STDIN_FILENO) == 1;
+}
+
+bool OutputIsTerminal() {
+    return ::isatty(STDOUT_FILENO) == 1;
+}
+
+bool ErrorsAreOnTerminal() {
+    return ::isatty(STDERR_FILENO) == 1;
 }
 
 void WriteOutput(std::string_view bytes) {

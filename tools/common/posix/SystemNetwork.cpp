@@ -5,8 +5,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-#include <array>
-#include <memory>
+#include "SystemAddresses.h"
 
 namespace VelSockTools {
 
@@ -14,39 +13,36 @@ namespace {
 
 using VelNet::SocketXt;
 
-using AddressList = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
-
 // The library's handles are the system's descriptors.
 int DescriptorOf(const SocketXt& socket) {
     return static_cast<int>(socket.GetHandle());
 }
 
-AddressList Resolve(const std::string& host) {
-    addrinfo hints = {};
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (::getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) found = nullptr;
-    return {found, &::freeaddrinfo};
+VelNet::SOCKET_ERR ErrorOf(int error) {
+    switch (error) {
+        case EAI_NONAME:
+            return VelNet::SOCKET_ERR_HOST_NOT_FOUND;
+        case EAI_AGAIN:
+            return VelNet::SOCKET_ERR_TRY_AGAIN;
+        case EAI_NODATA:
+            return VelNet::SOCKET_ERR_NO_DATA;
+        default:
+            return VelNet::SOCKET_ERR_NO_RECOVERY;
+    }
 }
 
-std::string NumericText(const addrinfo& entry) {
-    std::array<char, NI_MAXHOST> text = {};
-    ::getnameinfo(entry.ai_addr, entry.ai_addrlen, text.data(), text.size(), nullptr, 0,
-                  NI_NUMERICHOST);
-    return text.data();
+void SetLinger(const SocketXt& socket, const linger& value) {
+    ::setsockopt(DescriptorOf(socket), SOL_SOCKET, SO_LINGER, &value, sizeof value);
 }
 
 }  // namespace
 
-std::vector<HostAddress> FindAddresses(const std::string& host) {
-    std::vector<HostAddress> addresses;
-    const AddressList list = Resolve(host);
-    for (const addrinfo* entry = list.get(); entry != nullptr; entry = entry->ai_next) {
-        const bool ipv6 = entry->ai_family == AF_INET6;
-        addresses.push_back(
-            {ipv6 ? SocketXt::FAMILY_IPV6 : SocketXt::FAMILY_IPV4, NumericText(*entry)});
-    }
-    return addresses;
+LookUp FindAddresses(const std::string& host) {
+    return FindAddressesBy(host, ErrorOf);
+}
+
+std::optional<std::string> FindName(const std::string& address) {
+    return NameOf(address);
 }
 
 std::optional<unsigned short> FindServicePort(const std::string& name, bool datagrams) {
@@ -56,16 +52,25 @@ std::optional<unsigned short> FindServicePort(const std::string& name, bool data
 }
 
 unsigned short LocalPortOf(const SocketXt& socket) {
-    sockaddr_storage address = {};
-    socklen_t length = sizeof address;
-    auto* const any = reinterpret_cast<sockaddr*>(&address);
-    if (::getsockname(DescriptorOf(socket), any, &length) != 0) return 0;
-    return ntohs(address.ss_family == AF_INET6 ? reinterpret_cast<sockaddr_in6*>(any)->sin6_port
-                                               : reinterpret_cast<sockaddr_in*>(any)->sin_port);
+    const auto end = LocalEndOf(DescriptorOf(socket));
+    return end ? end->port : static_cast<unsigned short>(0);
+}
+
+std::string LocalHostOf(const SocketXt& socket) {
+    const auto end = LocalEndOf(DescriptorOf(socket));
+    return end ? end->host : std::string();
 }
 
 bool EndSending(const SocketXt& socket) {
     return ::shutdown(DescriptorOf(socket), SHUT_WR) == 0;
+}
+
+void EndAbruptly(const SocketXt& socket) {
+    SetLinger(socket, {1, 0});
+}
+
+void EndInOrder(const SocketXt& socket) {
+    SetLinger(socket, {0, 0});
 }
 
 }  // namespace VelSockTools

@@ -24,6 +24,11 @@ void ForgetWhenClosed(DWORD stream) {
     if (closed) ::SetStdHandle(stream, INVALID_HANDLE_VALUE);
 }
 
+bool IsTerminal(DWORD stream) {
+    DWORD mode = 0;
+    return ::GetConsoleMode(::GetStdHandle(stream), &mode) != 0;
+}
+
 }  // namespace
 
 void PrepareStandardStreams() {
@@ -51,6 +56,28 @@ std::size_t ReadInput(char* buffer, std::size_t size) {
     // The end of a pipe.
     if (::GetLastError() == ERROR_BROKEN_PIPE) return 0;
     Fail("Cannot read standard input", ::GetLastError());
+}
+
+std::optional<unsigned long long> InputSize() {
+    const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+    LARGE_INTEGER size = {};
+    LARGE_INTEGER place = {};
+    if (::GetFileType(input) != FILE_TYPE_DISK || ::GetFileSizeEx(input, &size) == 0) return {};
+    if (::SetFilePointerEx(input, {}, &place, FILE_CURRENT) == 0) return {};
+    const LONGLONG left = size.QuadPart - place.QuadPart;
+    return static_cast<unsigned long long>(left > 0 ? left : 0);
+}
+
+bool InputIsTerminal() {
+    return IsTerminal(STD_INPUT_HANDLE);
+}
+
+bool OutputIsTerminal() {
+    return IsTerminal(STD_OUTPUT_HANDLE);
+}
+
+bool ErrorsAreOnTerminal() {
+    return IsTerminal(STD_ERROR_HANDLE);
 }
 
 void WriteOutput(std::string_view bytes) {

@@ -3,8 +3,7 @@
 #include <winsock2.h>
 #include <ws2tcpip.h>
 
-#include <array>
-#include <memory>
+#include "SystemAddresses.h"
 
 namespace VelSockTools {
 
@@ -12,25 +11,18 @@ namespace {
 
 using VelNet::SocketXt;
 
-using AddressList = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
-
 SOCKET SystemSocketOf(const SocketXt& socket) {
     return socket.GetHandle();
 }
 
-AddressList Resolve(const std::string& host) {
-    addrinfo hints = {};
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (::getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) found = nullptr;
-    return {found, &::freeaddrinfo};
+// The system's numbers are the library's.
+VelNet::SOCKET_ERR ErrorOf(int error) {
+    return static_cast<VelNet::SOCKET_ERR>(error);
 }
 
-std::string NumericText(const addrinfo& entry) {
-    std::array<char, NI_MAXHOST> text = {};
-    ::getnameinfo(entry.ai_addr, static_cast<socklen_t>(entry.ai_addrlen), text.data(),
-                  static_cast<DWORD>(text.size()), nullptr, 0, NI_NUMERICHOST);
-    return text.data();
+void SetLinger(const SocketXt& socket, const linger& value) {
+    ::setsockopt(SystemSocketOf(socket), SOL_SOCKET, SO_LINGER,
+                 reinterpret_cast<const char*>(&value), sizeof value);
 }
 
 // The system tells nothing about services before it is started.
@@ -50,15 +42,12 @@ private:
 
 }  // namespace
 
-std::vector<HostAddress> FindAddresses(const std::string& host) {
-    std::vector<HostAddress> addresses;
-    const AddressList list = Resolve(host);
-    for (const addrinfo* entry = list.get(); entry != nullptr; entry = entry->ai_next) {
-        const bool ipv6 = entry->ai_family == AF_INET6;
-        addresses.push_back(
-            {ipv6 ? SocketXt::FAMILY_IPV6 : SocketXt::FAMILY_IPV4, NumericText(*entry)});
-    }
-    return addresses;
+LookUp FindAddresses(const std::string& host) {
+    return FindAddressesBy(host, ErrorOf);
+}
+
+std::optional<std::string> FindName(const std::string& address) {
+    return NameOf(address);
 }
 
 std::optional<unsigned short> FindServicePort(const std::string& name, bool datagrams) {
@@ -69,16 +58,25 @@ std::optional<unsigned short> FindServicePort(const std::string& name, bool data
 }
 
 unsigned short LocalPortOf(const SocketXt& socket) {
-    sockaddr_storage address = {};
-    int length = sizeof address;
-    auto* const any = reinterpret_cast<sockaddr*>(&address);
-    if (::getsockname(SystemSocketOf(socket), any, &length) != 0) return 0;
-    return ntohs(address.ss_family == AF_INET6 ? reinterpret_cast<sockaddr_in6*>(any)->sin6_port
-                                               : reinterpret_cast<sockaddr_in*>(any)->sin_port);
+    const auto end = LocalEndOf(SystemSocketOf(socket));
+    return end ? end->port : static_cast<unsigned short>(0);
+}
+
+std::string LocalHostOf(const SocketXt& socket) {
+    const auto end = LocalEndOf(SystemSocketOf(socket));
+    return end ? end->host : std::string();
 }
 
 bool EndSending(const SocketXt& socket) {
     return ::shutdown(SystemSocketOf(socket), SD_SEND) == 0;
+}
+
+void EndAbruptly(const SocketXt& socket) {
+    SetLinger(socket, {1, 0});
+}
+
+void EndInOrder(const SocketXt& socket) {
+    SetLinger(socket, {0, 0});
 }
 
 }  // namespace VelSockTools

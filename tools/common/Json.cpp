@@ -2,14 +2,14 @@
 
 #include "Text.h"
 
-namespace VelSockResolve {
+namespace VelSockTools {
 
 namespace {
 
 std::string Escape(char character) {
     const auto value = static_cast<unsigned char>(character);
     if (character == '"' || character == '\\') return {'\\', character};
-    if (value < 0x20 || value == 0x7F) return "\\u00" + VelSockTools::HexDigits(value);
+    if (value < 0x20 || value == 0x7F) return "\\u00" + HexDigits(value);
     return {character};
 }
 
@@ -17,7 +17,7 @@ std::string Escape(char character) {
 
 std::string JsonText(const std::string& text) {
     std::string json = "\"";
-    for (const char character : VelSockTools::ValidUtf8(text))
+    for (const char character : ValidUtf8(text))
         json += Escape(character);
     return json + "\"";
 }
@@ -36,8 +36,13 @@ void JsonObject::Add(const std::string& key, const std::string& value) {
     members_.append(JsonText(key)).append(":").append(value);
 }
 
-std::string JsonObject::Line() const {
-    return std::string("{").append(members_).append("}\n");
+void JsonObject::AddAll(const JsonObject& other) {
+    if (!members_.empty() && !other.members_.empty()) members_ += ',';
+    members_ += other.members_;
 }
 
-}  // namespace VelSockResolve
+std::string JsonObject::Text() const {
+    return std::string("{").append(members_).append("}");
+}
+
+}  // namespace VelSockTools
