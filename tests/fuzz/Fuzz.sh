@@ -51,7 +51,8 @@ merge_target() {
   mkdir -p "$merged" "$here/corpus/$target"
   "$programs/fuzz_$target" "${options[@]}" -use_value_profile=0 -merge=1 "$merged" "$here/corpus/$target" \
     "$work/$target/corpus" >"$work/$target.log" 2>&1
-  find "$here/corpus/$target" -type f -delete
+  # What has a name of its own was written by hand: a limit that no edge of the code tells.
+  find "$here/corpus/$target" -type f -name "$(printf '?%.0s' {1..40})" -delete
   cp "$merged"/* "$here/corpus/$target"
   printf '%-16s %4d inputs, %6d bytes\n' "$target" "$(find "$merged" -type f | wc -l)" \
     "$(cat "$merged"/* | wc -c)"

@@ -35,7 +35,7 @@ int TakeErrorNumber(Input& input) {
     const int number = row < FoundationTests::ErrorRowCount
                            ? FoundationTests::ExpectedErrorTable[row].key +
                                  std::array{0, 1, -1, 10000, -10000, 65536, -65536}[input.Below(7)]
-                           : static_cast<int>(1 + row);
+                           : static_cast<int>(1 + row - FoundationTests::ErrorRowCount);
     return number != 0 ? number : 1;
 }
 

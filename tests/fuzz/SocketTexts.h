@@ -26,7 +26,7 @@ struct Thrown {
     int code = 0;
 };
 
-// A number from the table of errors, one beside it, or any other but 0.
+// A number from the table of errors or beside it, or a small one; never 0.
 int TakeErrorNumber(Input& input);
 
 Thrown FailureOf(std::string_view labelAndDescription, int error);
