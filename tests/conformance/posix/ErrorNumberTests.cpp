@@ -179,6 +179,21 @@ TEST_P(ErrorNumberOfAPlainCall, HasWinsocksNumberForEachOfTheSystem) {
 
 INSTANTIATE_TEST_SUITE_P(Calls, ErrorNumberOfAPlainCall, testing::ValuesIn(PlainCalls));
 
+using ErrorNumberOfACaller = Started;
+
+TEST_F(ErrorNumberOfACaller, IsRestoredAsItWasSaved) {
+    const OwnedSocket fresh = NewStream();
+    EXPECT_EQ(Winsock::listen(fresh.Get(), 1), Winsock::SocketError);
+    errno = EAGAIN;
+    const System::ErrorNumbers saved = System::SaveErrorNumbers();
+    EXPECT_EQ(Winsock::closesocket(Winsock::InvalidSocket), Winsock::SocketError);
+    errno = EPIPE;
+    System::RestoreErrorNumbers(saved);
+    const int restored = errno;
+    EXPECT_EQ(restored, EAGAIN);
+    EXPECT_EQ(Winsock::WSAGetLastError(), 10022);
+}
+
 std::u16string Described(int error) {
     const System::WideUnits units = System::ErrorDescription(static_cast<unsigned int>(error));
     return {units.begin(), units.end()};

@@ -91,6 +91,15 @@ struct Owners {
     uid_t link;
 };
 
+// Lets the process act as the user for its lifetime.
+class ActingAs {
+public:
+    explicit ActingAs(uid_t user) { EXPECT_EQ(::seteuid(user), 0); }
+    ~ActingAs() { EXPECT_EQ(::seteuid(Root), 0); }
+    ActingAs(const ActingAs&) = delete;
+    ActingAs& operator=(const ActingAs&) = delete;
+};
+
 class LogFileLinksOfOthers : public LogFileLinks {
 protected:
     void SetUp() override {
@@ -98,11 +107,12 @@ protected:
         fs::create_symlink("target", link_);
     }
 
-    unsigned int LogThroughLink(const Owners& owners) {
+    unsigned int LogThroughLink(const Owners& owners, uid_t user = Root) {
         EXPECT_EQ(::chmod(folder_.c_str(), owners.mode), 0);
         EXPECT_EQ(::chown(folder_.c_str(), owners.folder, owners.folder), 0);
         EXPECT_EQ(::lchown(link_.c_str(), owners.link, owners.link), 0);
         fs::remove(target_);
+        const ActingAs acting(user);
         return Log(link_);
     }
     void ExpectRefused(const Owners& owners) {
@@ -133,6 +143,16 @@ TEST_F(LogFileLinksOfOthers, AreFollowedWhereOthersCannotHaveMadeThem) {
         ExpectFollowed({Root, mode, Root});
         ExpectFollowed({Somebody, mode, Root});
     }
+}
+
+TEST_F(LogFileLinksOfOthers, AreNotFollowedByAUserWhoMayFollowItsOwnAndRoots) {
+    for (const uid_t trusted : {Somebody, Root}) {
+        EXPECT_EQ(LogThroughLink({Root, 01777, trusted}, Somebody), 0U) << trusted;
+        EXPECT_EQ(ContentsOf(target_), "record\n");
+    }
+    EXPECT_EQ(LogThroughLink({Root, 01777, SomebodyElse}, Somebody),
+              static_cast<unsigned int>(EACCES));
+    EXPECT_FALSE(fs::exists(target_));
 }
 
 TEST_F(LogFileLinksOfOthers, AreNotFollowedFromATrustedLink) {
