@@ -12,7 +12,7 @@ serve_pages() {
   cat >"$world/nginx.conf" <<CONF
     daemon off;
     user root root;
-    worker_processes 1;
+    master_process off;
     pid $world/nginx.pid;
     error_log $world/nginx.log;
     events { worker_connections 1024; }
