@@ -21,6 +21,12 @@ struct Name {
 // The sanitizer's function of that name, or else the C library's.
 void* FindReal(const char* name) noexcept;
 
+// Whether the place lies in the code under test.
+bool IsUnderTest(const void* caller) noexcept;
+
+// Whether the calling thread runs a hook, or the real call for one.
+bool IsPassing() noexcept;
+
 // Whether any hook is open, which costs the calls of all other tests no more than this look.
 bool AnyHooks() noexcept;
 

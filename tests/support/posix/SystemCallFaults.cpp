@@ -41,11 +41,30 @@ const link_map* ObjectUnderTest() noexcept {
     return program;
 }
 
-bool IsUnderTest(const void* caller) noexcept {
-    static const link_map* const object = ObjectUnderTest();
-    Dl_info place = {};
-    void* map = nullptr;
-    return ::dladdr1(caller, &place, &map, RTLD_DL_LINKMAP) != 0 && map == object;
+// Where an object's code lies.
+struct CodeRange {
+    std::uintptr_t base = 0;  // of the object
+    std::uintptr_t begin = 0;
+    std::uintptr_t end = 0;
+};
+
+int FindCode(dl_phdr_info* object, std::size_t, void* found) noexcept {
+    auto& range = *static_cast<CodeRange*>(found);
+    if (object->dlpi_addr != range.base) return 0;
+    for (int index = 0; index < object->dlpi_phnum; ++index) {
+        const auto& segment = object->dlpi_phdr[index];
+        if (segment.p_type != PT_LOAD || (segment.p_flags & PF_X) == 0) continue;
+        range.begin = object->dlpi_addr + segment.p_vaddr;
+        range.end = range.begin + segment.p_memsz;
+    }
+    return 1;
+}
+
+CodeRange CodeUnderTest() noexcept {
+    CodeRange range;
+    range.base = ObjectUnderTest()->l_addr;
+    ::dl_iterate_phdr(FindCode, &range);
+    return range;
 }
 
 // Where a call has its level and its option, if it has any.
@@ -168,7 +187,7 @@ unsigned int HookedCall::Seen() const {
 }
 
 bool HookedCall::Fits(SystemCall which, const Arguments& arguments) const noexcept {
-    if (which != which_) return false;
+    if (which_ != which && which_ != SystemCall::Any) return false;
     if (!occasion_.inAnyThread && std::this_thread::get_id() != thread_) return false;
     const Places places = PlacesOf(which);
     return IsAsked(occasion_.descriptor, arguments, 0) &&
@@ -202,9 +221,15 @@ Word Call::Fail(int error) const noexcept {
             return FailLookUp(5, error);
         case SystemCall::Gethostbyaddr:
             return FailLookUp(6, error);
+        case SystemCall::ClockNanosleep:
+        case SystemCall::PthreadKeyCreate:
+        case SystemCall::PthreadSetspecific:
+        case SystemCall::RegisterAtfork:
+            return error;
         case SystemCall::Fdopendir:
         case SystemCall::Fopen:
         case SystemCall::Getenv:
+        case SystemCall::IfNameindex:
         case SystemCall::Readdir:
             errno = error;
             return 0;
@@ -212,6 +237,16 @@ Word Call::Fail(int error) const noexcept {
             errno = error;
             return -1;
     }
+}
+
+bool IsUnderTest(const void* caller) noexcept {
+    static const CodeRange code = CodeUnderTest();
+    const auto place = reinterpret_cast<std::uintptr_t>(caller);
+    return place >= code.begin && place < code.end;
+}
+
+bool IsPassing() noexcept {
+    return passing;
 }
 
 void* FindReal(const char* name) noexcept {

@@ -20,8 +20,9 @@
 // call of the module. So a scope is best drawn close around the call that is tested. Calls that the
 // C library makes inside, and those made while a hook runs, are never seen.
 //
-// A call that is missing takes a row here, a definition in SystemCalls.cpp, and, if it tells
-// failures otherwise than by -1 and errno, a line in Call::Fail.
+// A call that is missing takes a row here, a definition in SystemCalls.cpp, or in
+// FurtherSystemCalls.cpp if only the tests in tests/faults need it, and, if it tells failures
+// otherwise than by -1 and errno, a line in Call::Fail.
 #pragma once
 
 #include <array>
@@ -36,41 +37,64 @@ namespace SystemCalls {
 enum class SystemCall {
     Accept4,
     Bind,
+    ClockNanosleep,
     Close,
+    Closedir,
     Connect,
+    EpollCreate1,
+    EpollCtl,
+    EpollWait,
+    Fclose,
     Fcntl,
     Fdopendir,
     Fopen,
     Fstat,
     Fstatat,
+    Fstatfs,
     Getaddrinfo,
     Getenv,  // and secure_getenv
     Gethostbyaddr,
     Gethostbyname,
     Gethostname,
     Getifaddrs,
+    Getline,
     Getnameinfo,
     Getpeername,
+    Getrlimit,
     Getsockname,
     Getsockopt,
+    Getsourcefilter,
+    IfNameindex,
     Ioctl,
     Listen,
+    Lseek,
+    Nanosleep,
     Open,
     Openat,
+    Poll,
     Ppoll,
+    Pread,
+    PthreadKeyCreate,
+    PthreadSetspecific,
     Read,
     Readdir,
+    Readlinkat,
     Recv,
     Recvfrom,
     Recvmsg,
+    RegisterAtfork,
+    ResNinit,
+    ResNquerydomain,
     Send,
     Sendmsg,
     Sendto,
     Setsockopt,
     Shutdown,
+    Sigtimedwait,
     Socket,
     Syscall,
     Write,
+    Any,  // of a hook: whichever
 };
 
 // Which of the calls in the scope are meant; without anything else all.
@@ -118,13 +142,16 @@ public:
     Call(SystemCall which, const Arguments& arguments, const RealCall& real) noexcept
         : which_(which), arguments_(arguments), real_(real) {}
 
+    SystemCall Which() const noexcept { return which_; }
+
     // Makes the call. The result is the C library's, and errno as that leaves it.
     Word Make() const { return real_.Make(); }
 
     // Fails the call as the C library would, by -1 or null and errno. Names are told otherwise:
     // getaddrinfo and getnameinfo take a number of EAI_..., or an errno, which they tell as
     // EAI_SYSTEM; gethostbyname and gethostbyaddr take a number of the resolver, HOST_NOT_FOUND for
-    // one, or a larger errno, which they tell as NETDB_INTERNAL.
+    // one, or a larger errno, which they tell as NETDB_INTERNAL. The functions of threads return
+    // the number, those of the resolver's own interface -1.
     Word Fail(int error) const noexcept;
 
     Word Argument(std::size_t index) const noexcept { return arguments_.at(index); }

@@ -53,7 +53,9 @@ unsigned long CurrentThread() {
 void AwaitWaiting(unsigned long thread) {
     const ThreadHandle handle(thread);
     DWORD64 position = 0;
+    const ULONGLONG end = ::GetTickCount64() + 60'000;
     for (int rests = 0; rests < 20;) {
+        if (::GetTickCount64() > end) throw std::runtime_error("no thread waits");
         ::Sleep(5);
         const DWORD64 former = std::exchange(position, handle.Position());
         rests = position == former && IsInSystem(position) ? rests + 1 : 0;

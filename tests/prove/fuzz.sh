@@ -1,0 +1,6 @@
+#!/usr/bin/env bash
+# The fuzzers, ten minutes for all of them: what ./run fuzz does.
+# usage: fuzz.sh PROJECT_FOLDER BUILD_FOLDER
+set -euo pipefail
+
+VELSOCK_BUILD_DIR=$2 "$1/run" fuzz 600

@@ -1,0 +1,134 @@
+// The rest of the C library's functions that the module calls and that can fail, for the program
+// that makes each of them fail. See SystemCalls.cpp.
+#include <dirent.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <pthread.h>
+#include <resolv.h>
+#include <signal.h>
+#include <sys/epoll.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/statfs.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "support/posix/Interception.h"
+
+using SystemCalls::Intercept;
+using SystemCalls::SystemCall;
+
+// Waiting
+
+int poll(pollfd* waits, nfds_t count, int time) {
+    return Intercept<"poll", decltype(::poll)>(SystemCall::Poll, waits, count, time);
+}
+
+int epoll_create1(int flags) noexcept {
+    return Intercept<"epoll_create1", decltype(::epoll_create1)>(SystemCall::EpollCreate1, flags);
+}
+
+int epoll_ctl(int set, int operation, int descriptor, epoll_event* event) noexcept {
+    return Intercept<"epoll_ctl", decltype(::epoll_ctl)>(SystemCall::EpollCtl, set, operation,
+                                                         descriptor, event);
+}
+
+int epoll_wait(int set, epoll_event* events, int room, int time) {
+    return Intercept<"epoll_wait", decltype(::epoll_wait)>(SystemCall::EpollWait, set, events, room,
+                                                           time);
+}
+
+int nanosleep(const timespec* time, timespec* left) {
+    return Intercept<"nanosleep", decltype(::nanosleep)>(SystemCall::Nanosleep, time, left);
+}
+
+int clock_nanosleep(clockid_t clock, int flags, const timespec* time, timespec* left) {
+    return Intercept<"clock_nanosleep", decltype(::clock_nanosleep)>(SystemCall::ClockNanosleep,
+                                                                     clock, flags, time, left);
+}
+
+// Files
+
+int closedir(DIR* folder) {
+    return Intercept<"closedir", decltype(::closedir)>(SystemCall::Closedir, folder);
+}
+
+int fclose(std::FILE* file) {
+    return Intercept<"fclose", decltype(::fclose)>(SystemCall::Fclose, file);
+}
+
+ssize_t getline(char** line, size_t* room, std::FILE* file) {
+    return Intercept<"getline", decltype(::getline)>(SystemCall::Getline, line, room, file);
+}
+
+int fstatfs(int descriptor, struct statfs* status) noexcept {
+    return Intercept<"fstatfs", decltype(::fstatfs)>(SystemCall::Fstatfs, descriptor, status);
+}
+
+off_t lseek(int descriptor, off_t offset, int whence) noexcept {
+    return Intercept<"lseek", decltype(::lseek)>(SystemCall::Lseek, descriptor, offset, whence);
+}
+
+ssize_t pread(int descriptor, void* bytes, size_t room, off_t offset) {
+    return Intercept<"pread", decltype(::pread)>(SystemCall::Pread, descriptor, bytes, room,
+                                                 offset);
+}
+
+ssize_t readlinkat(int folder, const char* path, char* text, size_t room) noexcept {
+    return Intercept<"readlinkat", decltype(::readlinkat)>(SystemCall::Readlinkat, folder, path,
+                                                           text, room);
+}
+
+int getrlimit(__rlimit_resource_t which, rlimit* limit) noexcept {
+    return Intercept<"getrlimit", decltype(::getrlimit)>(SystemCall::Getrlimit, which, limit);
+}
+
+// Names and interfaces
+
+struct if_nameindex* if_nameindex() noexcept {
+    return Intercept<"if_nameindex", decltype(::if_nameindex)>(SystemCall::IfNameindex);
+}
+
+int getsourcefilter(int descriptor, uint32_t interface, const sockaddr* group, socklen_t length,
+                    uint32_t* mode, uint32_t* count, sockaddr_storage* sources) noexcept {
+    return Intercept<"getsourcefilter", decltype(::getsourcefilter)>(
+        SystemCall::Getsourcefilter, descriptor, interface, group, length, mode, count, sources);
+}
+
+// <resolv.h> calls it res_ninit.
+int __res_ninit(res_state state) noexcept {
+    return Intercept<"__res_ninit", decltype(::__res_ninit)>(SystemCall::ResNinit, state);
+}
+
+int res_nquerydomain(res_state state, const char* name, const char* domain, int kind, int type,
+                     unsigned char* answer, int room) noexcept {
+    return Intercept<"res_nquerydomain", decltype(::res_nquerydomain)>(
+        SystemCall::ResNquerydomain, state, name, domain, kind, type, answer, room);
+}
+
+// Threads, processes and signals
+
+int pthread_key_create(pthread_key_t* key, void (*end)(void*)) noexcept {
+    return Intercept<"pthread_key_create", decltype(::pthread_key_create)>(
+        SystemCall::PthreadKeyCreate, key, end);
+}
+
+int pthread_setspecific(pthread_key_t key, const void* value) noexcept {
+    return Intercept<"pthread_setspecific", decltype(::pthread_setspecific)>(
+        SystemCall::PthreadSetspecific, key, value);
+}
+
+int sigtimedwait(const sigset_t* signals, siginfo_t* which, const timespec* time) {
+    return Intercept<"sigtimedwait", decltype(::sigtimedwait)>(SystemCall::Sigtimedwait, signals,
+                                                               which, time);
+}
+
+// What pthread_atfork, which is linked into the module, calls.
+extern "C" int __register_atfork(void (*prepare)(), void (*parent)(), void (*child)(),
+                                 void* module) {
+    return Intercept<"__register_atfork", decltype(__register_atfork)>(
+        SystemCall::RegisterAtfork, prepare, parent, child, module);
+}
