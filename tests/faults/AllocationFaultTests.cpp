@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "faults/engine/Campaign.h"
+#include "faults/posix/Campaign.h"
 
 namespace Faults {
 namespace {

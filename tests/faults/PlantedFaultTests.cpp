@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "faults/engine/Campaign.h"
+#include "faults/posix/Campaign.h"
 
 namespace Faults {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "faults/engine/Campaign.h"
-#include "faults/engine/ErrorNumbers.h"
+#include "faults/posix/Campaign.h"
+#include "faults/posix/ErrorNumbers.h"
 
 namespace Faults {
 namespace {

@@ -5,8 +5,8 @@
 #include <exception>
 #include <string_view>
 
-#include "faults/engine/Campaign.h"
-#include "faults/engine/ErrorNumbers.h"
+#include "faults/posix/Campaign.h"
+#include "faults/posix/ErrorNumbers.h"
 
 namespace {
 

@@ -8,19 +8,19 @@ namespace Faults {
 
 namespace {
 
-constexpr int NotInitialised = VelNet::SOCKET_ERR_NOTINITIALISED;
+constexpr int LayerIsDown = VelNet::SOCKET_ERR_NOTINITIALISED;
 
 std::string StartUp() {
-    std::string text = OutcomeOf(NotInitialised, [] { Stream(); });
+    std::string text = OutcomeOf(LayerIsDown, [] { Stream(); });
     std::optional<VelNet::SocketInitialization> first(std::in_place);
     {
         VelNet::SocketInitialization second;
         second = *first;
-        text += OutcomeOf(NotInitialised, [] { Stream(); });
+        text += OutcomeOf(LayerIsDown, [] { Stream(); });
     }
-    text += OutcomeOf(NotInitialised, [] { Stream(); });
+    text += OutcomeOf(LayerIsDown, [] { Stream(); });
     first.reset();
-    return text + OutcomeOf(NotInitialised, [] { Stream(); });
+    return text + OutcomeOf(LayerIsDown, [] { Stream(); });
 }
 
 // The last clean-up closes what is open.

@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include "faults/engine/Campaign.h"
-#include "faults/engine/Injector.h"
-#include "faults/engine/Ledger.h"
+#include "faults/posix/Campaign.h"
+#include "faults/posix/Injector.h"
+#include "faults/posix/Ledger.h"
 
 namespace Faults {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "faults/engine/Memory.h"
+#include "faults/posix/Memory.h"
 
 namespace Faults {
 

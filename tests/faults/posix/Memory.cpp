@@ -1,4 +1,4 @@
-#include "faults/engine/Memory.h"
+#include "faults/posix/Memory.h"
 
 #include <malloc.h>
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "faults/engine/Memory.h"
+#include "faults/posix/Memory.h"
 #include "support/posix/SystemCallFaults.h"
 
 namespace Faults {

@@ -1,4 +1,4 @@
-#include "faults/engine/Campaign.h"
+#include "faults/posix/Campaign.h"
 
 #include <fcntl.h>
 #include <loopback/Machine.h>
@@ -14,8 +14,8 @@
 #include <new>
 #include <system_error>
 
-#include "faults/engine/ErrorNumbers.h"
-#include "faults/engine/Player.h"
+#include "faults/posix/ErrorNumbers.h"
+#include "faults/posix/Player.h"
 
 namespace Faults {
 

@@ -1,4 +1,4 @@
-#include "faults/engine/ErrorNumbers.h"
+#include "faults/posix/ErrorNumbers.h"
 
 #include <netdb.h>
 

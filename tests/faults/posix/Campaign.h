@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "faults/engine/Injector.h"
+#include "faults/posix/Injector.h"
 #include "faults/scenes/Scene.h"
 
 namespace Faults {

@@ -1,4 +1,4 @@
-#include "faults/engine/Injector.h"
+#include "faults/posix/Injector.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "faults/engine/ErrorNumbers.h"
+#include "faults/posix/ErrorNumbers.h"
 
 namespace Faults {
 

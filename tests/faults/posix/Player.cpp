@@ -1,4 +1,4 @@
-#include "faults/engine/Player.h"
+#include "faults/posix/Player.h"
 
 #include <VelBase/Message.h>
 #include <VelCompanion/ErrorCatalogue.h>

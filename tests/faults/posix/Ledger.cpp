@@ -1,4 +1,4 @@
-#include "faults/engine/Ledger.h"
+#include "faults/posix/Ledger.h"
 
 #include <VelNet/Exception.h>
 #include <VelNet/Socket.h>
