@@ -172,6 +172,15 @@ TEST_F(TransferFaultOfStreams, OfSignalsWithoutEndEndsWithTheTimeLimit) {
                 [](const OwnedSocket& socket) { return TryReceive(socket); });
 }
 
+// The system tells its limit in seconds and what is left of them.
+TEST_F(TransferFaultOfStreams, OfASignalLeavesALimitOfSecondsAsItIs) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, 2'050)));
+    const FailingCall receives(SystemCall::Recv, EINTR, {.count = 1});
+    EXPECT_GE(TimeOf([&] { EXPECT_TRUE(FailsWith(10060, TryReceive(pair.client))); }),
+              Milliseconds(2'050));
+}
+
 using TransferFaultOfDatagrams = Started;
 
 struct Datagrams {
