@@ -5,7 +5,7 @@ set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/VelSock)
 # The tools find the library from where they stand, so that the installed tree can be moved.
 file(RELATIVE_PATH to_libraries /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 if(VELSOCK_TOOLS AND NOT WIN32)
-  set_target_properties(velsock-cat velsock-resolve PROPERTIES INSTALL_RPATH "$ORIGIN/${to_libraries}")
+  set_target_properties(velsock-cat velsock-resolve velsock-trace PROPERTIES INSTALL_RPATH "$ORIGIN/${to_libraries}")
 endif()
 
 install(TARGETS velsock EXPORT VelSockTargets
@@ -20,7 +20,7 @@ foreach(folder IN LISTS VELSOCK_PUBLIC_INCLUDES VELSOCK_COMPANION_INCLUDES)
   install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 endforeach()
 if(VELSOCK_TOOLS)
-  install(TARGETS velsock-cat velsock-resolve RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(TARGETS velsock-cat velsock-resolve velsock-trace RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
 # As they lie in the sources: they name each other.
 foreach(document README.md CHANGELOG.md LICENSE SECURITY.md)

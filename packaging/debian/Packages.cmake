@@ -22,7 +22,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${description}\n\nThis package has what programs are built with.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME velsock-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION net)
-set(CPACK_DEBIAN_TOOLS_DESCRIPTION "${description}\n\nThis package has the tools velsock-cat and velsock-resolve.")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "${description}\n\nThis package has the tools velsock-cat, velsock-resolve\nand velsock-trace.")
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 

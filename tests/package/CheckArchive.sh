@@ -52,7 +52,7 @@ check_names() {
 
 check_tools() {
   local tool
-  for tool in velsock-cat velsock-resolve; do
+  for tool in velsock-cat velsock-resolve velsock-trace; do
     "$folder/bin/$tool" --version >/dev/null || fail "$tool does not run where it was moved to"
   done
 }

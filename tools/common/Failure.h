@@ -22,6 +22,7 @@ enum class ExitCode : int {
     TimedOut = 5,
     LocalFailure = 6,
     NotConfigured = 7,
+    NothingFound = 8,
 };
 
 // Returns the error's text, number and symbol; the library's text if the error is an unknown one.
