@@ -1,12 +1,12 @@
 // Which records make which conversations.
-#include "Conversations.h"
+#include "velsock-trace/Conversations.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "LineParser.h"
+#include "velsock-trace/LineParser.h"
 
 namespace {
 

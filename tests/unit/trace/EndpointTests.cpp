@@ -1,5 +1,5 @@
 // Addresses and ends as the records write them.
-#include "Endpoint.h"
+#include "velsock-trace/Endpoint.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The records' hexadecimal form.
-#include "HexBytes.h"
+#include "velsock-trace/HexBytes.h"
 
 #include <gtest/gtest.h>
 

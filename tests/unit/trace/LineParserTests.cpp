@@ -1,5 +1,5 @@
 // Lines of the log, whole and hostile.
-#include "LineParser.h"
+#include "velsock-trace/LineParser.h"
 
 #include <gtest/gtest.h>
 

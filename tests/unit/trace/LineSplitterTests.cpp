@@ -1,5 +1,5 @@
 // Lines at the ends of blocks, without an end, and far too long.
-#include "LineSplitter.h"
+#include "velsock-trace/LineSplitter.h"
 
 #include <gtest/gtest.h>
 
