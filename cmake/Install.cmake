@@ -22,12 +22,27 @@ endforeach()
 if(VELSOCK_TOOLS)
   install(TARGETS velsock-cat velsock-resolve velsock-trace RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
+# Manual pages, which Debian compresses, and what bash completes.
+if(VELSOCK_TOOLS AND NOT WIN32)
+  file(GLOB manuals CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.1)
+  foreach(manual IN LISTS manuals)
+    if(VELSOCK_DEBIAN_PACKAGES)
+      get_filename_component(name ${manual} NAME)
+      execute_process(COMMAND gzip -9nc ${manual} OUTPUT_FILE ${PROJECT_BINARY_DIR}/${name}.gz
+        COMMAND_ERROR_IS_FATAL ANY)
+      set(manual ${PROJECT_BINARY_DIR}/${name}.gz)
+    endif()
+    install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  endforeach()
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/completion/
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+endif()
 # As they lie in the sources: they name each other.
 foreach(document README.md CHANGELOG.md LICENSE SECURITY.md)
   install(FILES ${PROJECT_SOURCE_DIR}/${document} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
-  COMPONENT development FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.cpp" PATTERN "*.h")
+  COMPONENT development FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.cpp" PATTERN "*.h" PATTERN man EXCLUDE)
 if(WIN32)
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/windows/VelSock.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/velsock
     COMPONENT development)

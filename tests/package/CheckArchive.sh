@@ -54,6 +54,8 @@ check_tools() {
   local tool
   for tool in velsock-cat velsock-resolve velsock-trace; do
     "$folder/bin/$tool" --version >/dev/null || fail "$tool does not run where it was moved to"
+    [ -s "$folder/share/man/man1/$tool.1" ] || fail "$tool has no manual page"
+    [ -s "$folder/share/bash-completion/completions/$tool" ] || fail "$tool is not completed"
   done
 }
 

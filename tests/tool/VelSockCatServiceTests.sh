@@ -24,10 +24,10 @@ TestEchoSendsBackWhatComes() {
 TestWithoutKeepOneConnectionIsServed() {
   start_serving echo
   connect_plainly
-  ! (exec 4<>"/dev/tcp/$host/$port") 2>connect.err || fail "a second connection was accepted"
   exec 3>&-
   await_peer
   expect_equal "$peer_status" 0
+  ! (exec 4<>"/dev/tcp/$host/$port") 2>connect.err || fail "a second connection was accepted"
 }
 
 TestManyAreServedAtOnce() {

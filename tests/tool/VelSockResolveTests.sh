@@ -330,7 +330,6 @@ expect_finding() {
 
 TestTheDoctorFindsNothingToFailOnAWholeComputer() {
   use_known_hosts
-  hide_settings
   lay_wire
   ip_command address add 10.1.2.3/24 dev wire
   ip_command route add default dev wire
@@ -344,7 +343,7 @@ TestTheDoctorFindsNothingToFailOnAWholeComputer() {
   expect_finding 'ok     localhost: 127\.0\.0\.1 \(loopback\)'
   expect_finding 'ok     name-servers: 10\.0\.0\.3, read from /etc/resolv\.conf'
   expect_finding 'ok     domain: example\.org, read from /etc/resolv\.conf'
-  expect_finding 'ok     settings: .*, which does not exist'
+  expect_finding "ok     settings: $registry_root.*"
   expect_finding 'ok     IPv4 broadcast: datagrams leave from 10\.1\.2\.3'
   expect_finding 'ok     IPv4 multicast: groups can be joined, and datagrams leave from 10\.1\.2\.3'
   expect_finding 'ok     IPv6 multicast: groups can be joined, and datagrams leave from fd77::1'
@@ -367,11 +366,11 @@ TestTheDoctorNamesSettingsAndWhereTheyAre() {
   use_known_hosts
   hide_settings
   local parameters="$registry_root/HKLM/system/CurrentControlSet/Services/Tcpip/Parameters"
-  mkdir -p "$parameters"
-  echo 10.0.0.7 >"$parameters/NameServer"
+  mkdir -p "$parameters/Interfaces/Wire"
+  echo 10.0.0.7 >"$parameters/Interfaces/Wire/NameServer"
   run doctor
   expect_finding "ok     name-servers: 10\.0\.0\.7, read from the settings tree, $parameters"
-  expect_finding "ok     settings: $registry_root; HKLM/system/CurrentControlSet/Services/Tcpip/Parameters/NameServer: 10\.0\.0\.7"
+  expect_finding "ok     settings: $registry_root; HKLM/system/CurrentControlSet/Services/Tcpip/Parameters/Interfaces/Wire/NameServer: 10\.0\.0\.7"
 }
 
 TestTheDoctorAnswersInJson() {

@@ -48,16 +48,17 @@ Finding SocketFinding(const Version& version) {
         std::string("let the system have ") + version.name + ", with its loopback address");
 }
 
-Finding BroadcastFinding(const Version& version) {
+// IPv6 has groups alone.
+Finding BroadcastFinding() {
     return Try(
-        std::string(version.name) + " broadcast",
-        [&] {
-            const auto socket = CreateDatagramSocket(version);
+        "IPv4 broadcast",
+        [] {
+            const auto socket = CreateDatagramSocket(Ipv4);
             socket->SetSocketForBroadcast();
             socket->Connect(VelNet::SPECIAL_BROADCAST, AnyPort);
             return LeavesFrom(*socket);
         },
-        version.remedy);
+        Ipv4.remedy);
 }
 
 Finding MulticastFinding(const Version& version) {
@@ -81,7 +82,7 @@ Findings ExamineRoutes() {
     for (const Version& version : {Ipv4, Ipv6}) {
         findings.push_back(SocketFinding(version));
         if (!findings.back().works) continue;
-        findings.push_back(BroadcastFinding(version));
+        if (version.family == SocketXt::FAMILY_IPV4) findings.push_back(BroadcastFinding());
         findings.push_back(MulticastFinding(version));
     }
     return findings;
