@@ -26,6 +26,6 @@ for script in "$@"; do
   for test in "${tests[@]}"; do run_test "$script" "$test"; done
 done
 
-awk '$1 == "counted" { sum[$3] += $2 } END { for (what in sum) printf "%d %s\n", sum[what], what }' "$log" | sort -k 2
-echo "$passed passed, $failed failed"
+totals=$(awk '$1 == "counted" { sum[$3] += $2 } END { for (what in sum) printf "%d %s, ", sum[what], what }' "$log")
+echo "$totals$passed passed, $failed failed"
 [ "$failed" = 0 ]
