@@ -210,6 +210,15 @@ TEST_F(BindingATakenPort, FailsOverEitherIpVersionAndForAllAddresses) {
     }
 }
 
+// Only a port that is taken has a number of its own for who asked for reuse.
+TEST_F(BindingATakenPort, IsNotWhatAnAddressThatIsNotLocalIs) {
+    constexpr unsigned int anyPort = 4711;
+    for (const Make make : {Make{NewStream}, Make{NewDatagram}}) {
+        const OwnedSocket reusing = NewReusing(make(Winsock::FamilyIpv4));
+        EXPECT_TRUE(FailsWith(10049, Bind(reusing, Ipv4(192, 0, 2, 1, anyPort))));
+    }
+}
+
 using BindingReuseFault = Started;
 
 // What is left of the connection keeps its port, but nothing else fails.
