@@ -26,6 +26,7 @@ for script in "$@"; do
   for test in "${tests[@]}"; do run_test "$script" "$test"; done
 done
 
-totals=$(awk '$1 == "counted" { sum[$3] += $2 } END { for (what in sum) printf "%d %s, ", sum[what], what }' "$log")
+# Some implementations of awk end at 2^31 with %d.
+totals=$(awk '$1 == "counted" { sum[$3] += $2 } END { for (what in sum) printf "%.0f %s, ", sum[what], what }' "$log")
 echo "$totals$passed passed, $failed failed"
 [ "$failed" = 0 ]
