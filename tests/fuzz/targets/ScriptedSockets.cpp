@@ -229,8 +229,8 @@ private:
     }
 
     void Drop(Slot& slot) {
-        if (slot.socket && slot.state != State::Closed) ExpectClosed(slot);
-        slot.socket = {};
+        if (slot.socket && slot.IsValid()) ExpectClosed(slot);
+        slot = {};
     }
 
     void SetOption(const Slot& slot, int option, const std::string& value, const std::string& text,
