@@ -81,7 +81,7 @@ TestHelpGoesToStandardOutput() {
   run --help
   expect_equal "$status $(cat err)" "0 "
   local word
-  for word in list show --address --port --from --kind --follow --json --hex --pcapng; do
+  for word in list show --address --port --from --kind --follow --json --hex --pcapng --html; do
     grep -q -e "$word" out || fail "$word is not explained"
   done
   for word in 0 1 6 8; do
@@ -307,6 +307,39 @@ TestACaptureDoesNotGrowWithWhatALineClaims() {
   run --pcapng capture list large.log
   expect_equal "$status" 0
   [ "$(stat -c %s capture)" -lt 20000000 ] || fail "the capture has $(stat -c %s capture) bytes"
+}
+
+# What a browser makes of the page at this place in it.
+browse() {
+  command -v chromium >/dev/null || exit "$not_run"
+  chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking \
+    --disable-component-update --disable-sync --user-data-dir="$folder/profile" --virtual-time-budget=3000 --dump-dom \
+    "file://$folder/page.html$1" >dom 2>browser.log || fail "$(tail -n 3 browser.log)"
+  # What the page was made of is no part of what it shows.
+  sed '/id="data">/,/^]}/d' dom >shown
+}
+
+TestThePageNeedsNothingElse() {
+  make_logs
+  say 06 Error 'VelNet::SocketImpl::Connect() - FAIL. Cannot connect to a socket: </script><b>x:1, errno = !' >>client.log
+  run --html page.html list client.log server.log
+  expect_equal "$status $(cat out err)" "0 "
+  expect_equal "$(grep -c '</script>' page.html)" 2
+  expect_equal "$(grep -ciE 'https?:|<link|src=|@import|url\(' page.html || true)" 0
+}
+
+TestThePageShowsConversationsAndBytes() {
+  make_logs
+  say 06 Error 'VelNet::SocketImpl::Connect() - FAIL. Cannot connect to a socket: </script><b>x:1, errno = !' >>client.log
+  run --html page.html list client.log server.log
+  browse '#c1t2'
+  grep -q 'data-ready="yes"' shown || fail "the page's script has failed"
+  grep -q '2 conversations, 2 transfers, 1 failure' shown || fail "$(cat shown)"
+  grep -q '1: 10.0.0.1:40000 → 10.0.0.2:8007' shown || fail "$(cat shown)"
+  grep -q '000000  61 80 ff 00 0a  *a\.\.\.\.' shown || fail "$(cat shown)"
+  browse '#c2'
+  grep -q '&lt;/script&gt;&lt;b&gt;x' shown || fail "$(cat shown)"
+  expect_equal "$(grep -c '<b>' shown || true)" 0
 }
 
 # expect_traffic_captured OPTION: what velsock-cat sends through such sockets is what the capture has.

@@ -53,6 +53,8 @@ private:
             arguments_.hex = true;
         } else if (option == "--pcapng") {
             arguments_.capture = Path(option);
+        } else if (option == "--html") {
+            arguments_.page = Path(option);
         } else {
             TakeFilter(option);
         }
@@ -125,7 +127,7 @@ private:
     }
 
     void Check() const {
-        const bool isWritten = !arguments_.capture.empty();
+        const bool isWritten = !arguments_.capture.empty() || !arguments_.page.empty();
         const bool isShown = arguments_.command == Command::Show;
         if (arguments_.hex && !isShown) Refuse("'--hex' goes with show alone");
         if (arguments_.json && (isShown || isWritten)) Refuse("'--json' goes with list alone");

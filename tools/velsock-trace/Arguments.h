@@ -19,6 +19,7 @@ struct Arguments {
     bool json = false;
     bool hex = false;
     std::string capture;  // where to write it; empty for not at all
+    std::string page;
 };
 
 // Parses the arguments, without the program's name. Throws Failure with WrongUsage.

@@ -25,6 +25,7 @@ How:
   --json             list: one JSON object for each conversation
   --hex              show: the bytes in hexadecimal
   --pcapng FILE      write a capture for network analysers instead
+  --html FILE        write a page to look at instead
   -h, --help, --version
 
 Exit codes:

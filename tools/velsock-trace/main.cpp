@@ -2,6 +2,7 @@
 #include "Capture.h"
 #include "Help.h"
 #include "Listing.h"
+#include "Page.h"
 #include "Program.h"
 #include "Show.h"
 #include "StandardStreams.h"
@@ -10,6 +11,14 @@ namespace {
 
 using VelSockTools::ExitCode;
 using namespace VelSockTrace;
+
+// What is written takes the place of what would be printed.
+void Answer(const Arguments& arguments) {
+    if (!arguments.capture.empty()) WriteCapture(arguments);
+    if (!arguments.page.empty()) WritePage(arguments);
+    if (!arguments.capture.empty() || !arguments.page.empty()) return;
+    arguments.command == Command::Show ? Show(arguments) : List(arguments);
+}
 
 ExitCode Work(const std::vector<std::string>& words) {
     const Arguments arguments = ParseArguments(words);
@@ -21,10 +30,8 @@ ExitCode Work(const std::vector<std::string>& words) {
             VelSockTools::WriteOutput(VersionText());
             break;
         case Command::List:
-            arguments.capture.empty() ? List(arguments) : WriteCapture(arguments);
-            break;
         case Command::Show:
-            arguments.capture.empty() ? Show(arguments) : WriteCapture(arguments);
+            Answer(arguments);
             break;
     }
     return ExitCode::InOrder;
