@@ -271,6 +271,29 @@ TEST_F(ClassicFault, OfClosingIsNone) {
     }
 }
 
+// What the system tells like the report of a lost datagram, but tells again and again.
+constexpr unsigned int Endless = 10'000;
+constexpr unsigned int Enough = 100;
+
+TEST_F(ClassicFault, OfLookingForStrangersIsNoneIfItLasts) {
+    const SocketPtr socket = Bound(DatagramSocket());
+    const SocketPtr peer = Bound(DatagramSocket());
+    const FailingCall fails(SystemCall::Recvfrom, ECONNREFUSED, {.count = Endless});
+    socket->Connect(LocalHost(), PortOf(*peer));
+    EXPECT_LT(fails.Seen(), Enough);
+}
+
+TEST_F(ClassicFault, OfLettingAStrangerGoIsNoneIfItLasts) {
+    const SocketPtr socket = Bound(DatagramSocket());
+    const SocketPtr peer = Bound(DatagramSocket());
+    const SocketPtr stranger = DatagramSocket();
+    stranger->Connect(LocalHost(), PortOf(*socket));
+    ASSERT_EQ(stranger->Send("x", 1), 1);
+    const FailingCall fails(SystemCall::Recv, ECONNREFUSED, {.count = Endless});
+    socket->Connect(LocalHost(), PortOf(*peer));
+    EXPECT_LT(fails.Seen(), Enough);
+}
+
 TEST_F(ClassicFault, OfSelectingIsThrown) {
     const SocketPtr socket = Bound(DatagramSocket());
     const std::unique_ptr<VelNet::SocketCollection, void (*)(VelNet::SocketCollection*)> sockets(

@@ -23,8 +23,8 @@ bool NextSender(const Socket& socket, KernelAddress& sender) {
 
 // The same after the network's reports, which the kernel returns first and once each.
 bool NextSenderBehindReports(const Socket& socket, KernelAddress& sender) {
-    while (!NextSender(socket, sender)) {
-        if (!MayBeReport(errno)) return false;
+    for (int count = 0; !NextSender(socket, sender); ++count) {
+        if (!MayBeReport(errno) || count == MostReports) return false;
         CollectTold(socket);
     }
     return true;
@@ -34,8 +34,8 @@ bool SameEndpoint(const KernelAddress& left, const KernelAddress& right) {
     return SameHost(left, right) && PortOf(left) == PortOf(right);
 }
 
-void DiscardNext(const Socket& socket) {
-    ::recv(FirstToRead(socket), nullptr, 0, MSG_DONTWAIT);
+bool DiscardNext(const Socket& socket) {
+    return ::recv(FirstToRead(socket), nullptr, 0, MSG_DONTWAIT) >= 0;
 }
 
 // Disconnecting, the kernel also unbinds the socket from its interface, as if the peer's link-local
@@ -136,10 +136,11 @@ int ConnectDatagram(const Socket& socket, const KernelAddress& peer) {
 void DiscardStrangers(const Socket& socket) {
     KernelAddress peer = {};
     KernelAddress sender = {};
+    int failures = 0;
     if (!PeerAddress(socket, peer)) return;
     while (NextSenderBehindReports(socket, sender)) {
         if (SameEndpoint(sender, peer)) return;
-        DiscardNext(socket);
+        if (!DiscardNext(socket) && ++failures > MostReports) return;
     }
     // The queue is empty, and the kernel now accepts datagrams from the peer only.
     if (errno == EAGAIN) socket.entry->Clear(Flag::Strangers);

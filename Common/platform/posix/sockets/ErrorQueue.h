@@ -12,6 +12,10 @@ namespace Posix {
 // Whether a report may be the cause of this system error number.
 bool MayBeReport(int error) noexcept;
 
+// Each attempt of a call may meet the report of yet another datagram. One that meets so many in a
+// row gives up: it may meet a failure that lasts.
+inline constexpr int MostReports = 16;
+
 // Reads all reports from the kernel; returns whether there was any. Preserves errno.
 bool CollectReports(const Socket& socket);
 

@@ -48,9 +48,7 @@ int FinishFailedSend(const Socket& socket, int length) {
     return errno == ENOBUFS ? Succeed(length) : FailDatagram(socket);
 }
 
-// Each attempt may meet the ICMP error of yet another datagram, so the attempts are limited.
 int SendToKernel(const Socket& socket, const char* buffer, int length, const KernelAddress* peer) {
-    constexpr int MostReports = 16;
     const socklen_t peerLength = FamilyOf(socket).addressLength;
     TransferDeadline deadline(socket, Sending);
     const auto attempt = [&](int attemptFlags) {
