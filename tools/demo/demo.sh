@@ -108,6 +108,28 @@ show_records() {
   [ "$(cat greeting)" = 'Good morning!' ] || fail "the greeting has changed on its way"
 }
 
+# Of each kind of sockets an exchange; then what their logs tell.
+show_trace() {
+  title "What the logs of both ends tell together"
+  local options trace=(--trace "connection,verbose,error")
+  for options in -4 -6 --classic; do
+    launch "$cat_program" "$options" "${trace[@]}" --log-file "server$options.trace" listen 0 <<<'Good evening!' \
+      >answered || { echo "Not shown with $options: this system lacks it."; continue; }
+    echo 'Good morning!' | "$cat_program" "$options" "${trace[@]}" --log-file "client$options.trace" -N \
+      connect "$host" "$port" >answer || fail "the client failed"
+    await_server || fail "the server failed"
+  done
+  local logs=(./*.trace)
+  "$bin/velsock-trace" list "${logs[@]}" || fail "the logs cannot be listed"
+  "$bin/velsock-trace" show 1 "${logs[@]}" >transcript || fail "the conversation cannot be shown"
+  cat transcript
+  grep -qF '    Good morning!\n' transcript || fail "the transcript lacks what was sent"
+  "$bin/velsock-trace" --pcapng conversations.pcapng --html conversations.html list "${logs[@]}" ||
+    fail "the page cannot be written"
+  echo "To look at them, open $PWD/conversations.html in a browser,"
+  echo "or $PWD/conversations.pcapng in a network analyser."
+}
+
 show_refusal() {
   title "A refused connection"
   take_closed_port listen
@@ -204,6 +226,7 @@ show_names() {
 show_transfer
 show_page
 show_records
+show_trace
 show_refusal
 show_datagrams
 show_own_network
