@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs fuzz targets one after the other and prints a line for each: inputs tried, edges of the code that they reached,
-# inputs that reached something new, and findings. Fails if there are findings, whose inputs stay in the work folder.
+# inputs that reached something new, and findings; then the sums. Fails if there are findings, whose inputs stay in the work folder.
 # usage: Fuzz.sh run   PROGRAMS WORK SECONDS [TARGET...]   SECONDS are shared by the targets
 #        Fuzz.sh merge PROGRAMS WORK [TARGET...]           puts the smallest set that reaches as much into the tree
 set -euo pipefail
@@ -38,9 +38,13 @@ run_target() {
   done
   "$programs/fuzz_$target" "${options[@]}" -max_total_time=$((seconds / ${#targets[@]} + 1)) -print_final_stats=1 \
     -artifact_prefix="$found/findings/" "$found/corpus" "${inputs[@]}" >"$log" 2>&1 || status=$?
+  local runs findings
+  runs=$(last stat::number_of_executed_units "$log")
+  findings=$(find "$found/findings" -type f | wc -l)
   printf '%-16s %10s runs, %6s edges, %5s new inputs, %d findings\n' "$target" \
-    "$(last stat::number_of_executed_units "$log")" "$(last cov "$log")" \
-    "$(last stat::new_units_added "$log")" "$(find "$found/findings" -type f | wc -l)"
+    "$runs" "$(last cov "$log")" "$(last stat::new_units_added "$log")" "$findings"
+  all_runs=$((all_runs + runs))
+  all_findings=$((all_findings + findings))
   [ "$status" = 0 ] || tail -n 40 "$log"
   return "$status"
 }
@@ -58,7 +62,7 @@ merge_target() {
     "$(cat "$merged"/* | wc -c)"
 }
 
-status=0
+status=0 all_runs=0 all_findings=0
 for target in "${targets[@]}"; do
   if [ "$command" = merge ]; then
     merge_target "$target" || status=1
@@ -66,4 +70,5 @@ for target in "${targets[@]}"; do
     run_target "$target" || status=1
   fi
 done
+[ "$command" = merge ] || echo "${#targets[@]} targets, $all_runs runs, $all_findings findings"
 exit "$status"
