@@ -8,7 +8,7 @@ cmake_host_system_information(RESULT processors QUERY NUMBER_OF_LOGICAL_CORES)
 # The tests are only checked by the compilers' warnings: examining them would take longer than everything else.
 add_custom_target(tidy
   COMMAND ${RUN_CLANG_TIDY} -quiet -j ${processors} -p ${PROJECT_BINARY_DIR}
-          "^${PROJECT_SOURCE_DIR}/(Common|tools|bench|examples)/"
+          "^${PROJECT_SOURCE_DIR}/(Common|logging|tools|bench|examples)/"
   USES_TERMINAL
   VERBATIM)
 

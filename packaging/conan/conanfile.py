@@ -17,7 +17,7 @@ class VelSock(ConanFile):
 
     def export_sources(self):
         root = os.path.join(self.recipe_folder, "..", "..")
-        for pattern in ("CMakeLists.txt", "cmake/*", "Common/*", "companion/*", "packaging/*", "docs/*", "examples/*",
+        for pattern in ("CMakeLists.txt", "cmake/*", "Common/*", "companion/*", "logging/*", "packaging/*", "docs/*", "examples/*",
                         "README.md", "CHANGELOG.md", "LICENSE", "SECURITY.md"):
             copy(self, pattern, root, self.export_sources_folder)
 

@@ -28,5 +28,26 @@ TEST_F(LogExample, SaysWhyAFileCannotBeOpened) {
     EXPECT_EQ(program.Wait(), 1);
 }
 
+TEST_F(LogExample, ATextDecidesWhatIsLoggedAndWhere) {
+    const auto path = folder_.Path() / "records";
+    Program program("configured-log",
+                    {"Network/Packet Trace=on,file:" + path.string() + ";format=logfmt"});
+    EXPECT_EQ(program.ReadRest(), "hello\n");
+    EXPECT_EQ(program.Wait(), 0);
+    const std::string records = Support::ContentsOf(path);
+    EXPECT_EQ(records.substr(0, 5), "time=");
+    for (const char* const part : {" connection=1 ", " connection=2 ", "category=\"Packet Trace\""})
+        EXPECT_NE(records.find(part), std::string::npos) << part << " is not in\n" << records;
+    EXPECT_EQ(records.find("category=\"Connection Trace\""), std::string::npos) << records;
+}
+
+TEST_F(LogExample, AMistakeInTheTextIsToldWithItsPlace) {
+    Program program("configured-log", {"Network/Error=maybe"});
+    EXPECT_EQ(program.ReadLine(),
+              "log configuration \"Network/Error=maybe\", character 15: \"maybe\" is neither "
+              "\"on\" nor \"off\"");
+    EXPECT_EQ(program.Wait(), 2);
+}
+
 }  // namespace
 }  // namespace Examples

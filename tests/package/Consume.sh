@@ -72,7 +72,9 @@ check_programs() {
   [ "$answer" = hello ] || fail "the client printed '$answer'"
   answer=$(run refused)
   grep -q 'SOCKET_ERR_CONNREFUSED' <<<"$answer" || fail "the refusal was described as '$answer'"
-  echo "$1: the client got its answer, and the refusal was described"
+  answer=$(run logged)
+  grep -q '"category":"Error"' <<<"$answer" || fail "the record was '$answer'"
+  echo "$1: the client got its answer, and the refusal was described, a record written"
 }
 
 build_by_cmake() {
@@ -92,9 +94,10 @@ build_by_hand() {
   # The file of this package, and of no other.
   pc_folder=$(dirname "$(find "$prefix" -name velsock.pc)")
   mkdir "$folder/by-hand"
-  for source in client server refused; do
+  for source in client server refused logged; do
     package=velsock
     [ "$source" != server ] || package=velsock-static
+    [ "$source" != logged ] || package=velsock-logging
     # Blanks in the folders' names come quoted as a shell needs them.
     eval "flags=($(PKG_CONFIG_LIBDIR=$pc_folder pkg-config --cflags --libs "$package"))"
     "$compiler" -std=c++17 -O2 -o "$folder/by-hand/$source" "$folder/$source.cpp" "${flags[@]}"

@@ -24,9 +24,12 @@ is_public() {
 
 # The C++ standard library's headers have neither a folder nor an extension.
 is_standard() { [[ $1 != */* && $1 != *.* ]]; }
-is_neighbour() { [[ $2 != */* && (-e $(dirname "$1")/$2 || ($1 == tools/* && -e tools/common/$2)) ]]; }
+is_neighbour() {
+  [[ $2 != */* && (-e $(dirname "$1")/$2 || ($1 == tools/* && -e tools/common/$2) || ($1 == logging/* && -e logging/$2)) ]]
+}
 is_of_system() { [[ $1 != */* || $1 =~ ^(arpa|linux|net|netinet|sys)/ ]]; }
 is_of_companion() { [[ -e companion/include/$1 ]]; }
+is_of_logging() { [[ -e logging/include/$1 ]]; }
 is_of_test_framework() { [[ $1 == gtest/* || $1 == gmock/* ]]; }
 
 # Which sources use the system itself: the platform floor, and what tests and tools need besides the library.
@@ -80,7 +83,11 @@ may_include() {
     Common/Socket/include/*) is_public "$header" ;;
     Common/Socket/Socket/*) [[ $header =~ ^(Text|Platform|Socket|VelBase|VelSynch|VelResource|VelLog|VelRegistry|VelNet)/ ]] ;;
     companion/*) is_public "$header" || is_of_companion "$header" ;;
-    tools/* | examples/*) is_public "$header" || is_of_companion "$header" ;;
+    logging/*) is_public "$header" || is_of_logging "$header" ;;
+    tools/* | examples/*) is_public "$header" || is_of_companion "$header" || is_of_logging "$header" ;;
+    tests/logging/*)
+      is_public "$header" || is_of_logging "$header" || is_of_test_framework "$header" ||
+        [[ $header =~ ^(logging|support)/ ]] ;;
     tests/companion/*)
       is_public "$header" || is_of_companion "$header" || is_of_test_framework "$header" ||
         [[ $header =~ ^(companion|loopback|support)/ ]] ;;
@@ -96,7 +103,7 @@ must_not_hold() {
 }
 
 sources() {
-  find Common companion tools examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
+  find Common companion logging tools examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
 }
 
 directive='^[[:space:]]*#[[:space:]]*'

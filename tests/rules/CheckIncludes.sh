@@ -13,8 +13,9 @@ own_header_of() {
   local name header
   name=$(basename "$1" .cpp).h
   for header in "$(dirname "$1")/$name" Common/*/{include,internal}/"$(basename "$(dirname "$1")")/$name" \
-    Common/Socket/include/VelNet/"$name"; do
+    Common/Socket/include/VelNet/"$name" logging/include/VelLogging/"$name"; do
     [[ $header != *VelNet* || $1 == Common/Socket/* ]] || continue
+    [[ $header != logging/include/* || $1 == logging/* ]] || continue
     if [[ -e $header ]]; then echo "$header"; fi
   done
 }
@@ -28,7 +29,7 @@ while read -r file; do
     echo "$file must include its own header first, in quotes"
     problems=$((problems + 1))
   }
-done < <(find Common tools examples bench -type f -name '*.cpp' | LC_ALL=C sort)
+done < <(find Common logging tools examples bench -type f -name '*.cpp' | LC_ALL=C sort)
 
 ((sources > 0)) || {
   echo "no source with a header of its own was found"

@@ -8,7 +8,7 @@ rules=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 cd "$1"
 
 sources() {
-  find Common companion tools examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
+  find Common companion logging tools examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
 }
 
 # too_long: reads "PLACE LINES", prints those above what is allowed there, and fails if there are any or none at all.

@@ -17,7 +17,8 @@ fail() {
 make_project() {
   rm -rf "${project:?}"/*
   mkdir -p "$project"/{tools/cat,examples,tests/unit/posix,bench,Common/support/{VelBase,VelLog},Common/support/include/VelBase} \
-    "$project"/Common/text "$project"/Common/platform/posix/{errors,names} "$project"/companion/include/VelCompanion
+    "$project"/Common/text "$project"/Common/platform/posix/{errors,names} "$project"/companion/include/VelCompanion \
+    "$project"/logging/posix
   put Common/support/include/VelBase/Text.h '#pragma once' '' 'int Length(const char* text);'
   put Common/support/VelBase/Text.cpp '#include "VelBase/Text.h"' '' '#include <cstring>' '' \
     '// Required (Texts.EmptyIsNone,' '// Texts.NullIsNone): null has no length.' \
@@ -93,6 +94,14 @@ put Common/support/VelBase/Text.cpp '#include <VelCompanion/Errors.h>'
 expect_fault CheckFloors.sh 'VelBase/Text.cpp must not include VelCompanion/Errors.h'
 put tools/cat/main.cpp '#include <VelBase/WideText.h>'
 expect_fault CheckFloors.sh 'tools/cat/main.cpp must not include VelBase/WideText.h'
+put logging/Sinks.cpp '#include <VelBase/Text.h>' '#include "System.h"'
+put logging/System.h '#pragma once'
+put logging/posix/System.cpp '#include "System.h"' '#include <sys/socket.h>'
+expect_pass CheckFloors.sh
+put logging/Sinks.cpp '#include <VelBase/WideText.h>'
+expect_fault CheckFloors.sh 'logging/Sinks.cpp must not include VelBase/WideText.h'
+put logging/Sinks.cpp '#include <sys/socket.h>'
+expect_fault CheckFloors.sh 'logging/Sinks.cpp must not include sys/socket.h'
 put tools/cat/main.cpp '#ifdef _WIN32'
 expect_fault CheckFloors.sh 'tools/cat/main.cpp must not hold a conditional'
 put examples/Client.cpp '#define PORT 4000'
