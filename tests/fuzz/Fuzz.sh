@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs fuzz targets one after the other and prints a line for each: inputs tried, edges of the code that they reached,
-# inputs that reached something new, and findings; then the sums. Fails if there are findings, whose inputs stay in the work folder.
+# inputs that reached something new, and findings; then the sums. Fails if there are findings, whose inputs stay in the
+# work folder.
 # usage: Fuzz.sh run   PROGRAMS WORK SECONDS [TARGET...]   SECONDS are shared by the targets
 #        Fuzz.sh merge PROGRAMS WORK [TARGET...]           puts the smallest set that reaches as much into the tree
 set -euo pipefail
