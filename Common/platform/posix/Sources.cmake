@@ -80,65 +80,66 @@ function(velsock_optimize_transfers)
     PROPERTIES COMPILE_OPTIONS -fno-lto)
 endfunction()
 
-# What runs rarely is compiled for size: start-up, settings, names that a server is asked for, groups, control of the log.
-set(rare_sources
-  Socket/Socket/Address.cpp
-  Socket/Socket/IpVersionSetting.cpp
-  Socket/Socket/LocalDomain.cpp
-  Socket/Socket/SocketAPI.cpp
-  Socket/Socket/SocketInitialization.cpp
-  Socket/Socket/SocketLayerState.cpp
-  Socket/Socket/SocketXtCreation.cpp
-  Socket/Socket/SocketXtGroups.cpp
-  support/VelBase/SystemFailure.cpp
-  support/VelBase/SystemQueries.cpp
-  support/VelRegistry/Key.cpp
-  support/VelRegistry/KeyException.cpp
-  support/VelRegistry/KeyList.cpp
-  platform/posix/names/HostEntryStorage.cpp
-  platform/posix/names/HostLookUp.cpp
-  platform/posix/names/LocalAddresses.cpp
-  platform/posix/names/NameServers.cpp
-  platform/posix/names/ResolverErrors.cpp
-  platform/posix/names/SystemAddresses.cpp
-  platform/posix/names/SystemTable.cpp
-  platform/posix/settings/Registry.cpp
-  platform/posix/settings/RegistryKey.cpp
-  platform/posix/settings/ResolverFiles.cpp
-  platform/posix/settings/ResolverKeys.cpp
-  platform/posix/settings/ResolverSettings.cpp
-  platform/posix/settings/SettingsFiles.cpp
-  platform/posix/settings/TreeKeys.cpp
-  platform/posix/settings/TreePlace.cpp
-  platform/posix/sockets/AuxiliarySockets.cpp
-  platform/posix/sockets/Broadcasts.cpp
-  platform/posix/sockets/DatagramFilter.cpp
-  platform/posix/sockets/DatagramPeer.cpp
-  platform/posix/sockets/ErrorQueue.cpp
-  platform/posix/sockets/GroupRequest.cpp
-  platform/posix/sockets/Memberships.cpp
-  platform/posix/sockets/Reception.cpp
-  platform/posix/sockets/TcpState.cpp
-  platform/posix/system/HostName.cpp
-  platform/posix/system/SystemServices.cpp
-  platform/posix/system/TrustedLinks.cpp
-  platform/posix/transfer/StreamEnd.cpp)
-# Loops over the units of texts, which the compiler turns into vector instructions only at its highest level.
-set(text_sources
-  Socket/Socket/TraceRecords.cpp
+# What runs for every connection, datagram, selection, record and failure is compiled for speed, all else for size:
+# start-up, settings, names that a server is asked for, groups, control of the log.
+set(frequent_sources
+  Socket/Socket/Exception.cpp
+  Socket/Socket/FailureText.cpp
+  Socket/Socket/Octets.cpp
+  Socket/Socket/OctetsCollectionImpl.cpp
+  Socket/Socket/SocketAddress.cpp
+  Socket/Socket/SocketImpl.cpp
+  Socket/Socket/SocketXtTexts.cpp
+  Socket/Socket/SocketXtTransfer.cpp
+  Socket/Socket/SystemSocket.cpp
+  Socket/Socket/TransferOutcome.cpp
+  Socket/Socket/WatchedSockets.cpp
+  Socket/Socket/WinsockScope.cpp
+  support/VelBase/ReturnString.cpp
   support/VelBase/WideText.cpp
-  support/VelLog/VisibleText.cpp
+  support/VelLog/LogMessage.cpp
   support/VelResource/MessageFormatter.cpp
+  support/VelSynch/ReferenceCountedImpl.cpp
+  platform/posix/errors/Errors.cpp
+  platform/posix/names/AddressInfo.cpp
+  platform/posix/names/AddressInfoList.cpp
+  platform/posix/names/NameInfo.cpp
+  platform/posix/names/NumericHosts.cpp
+  platform/posix/sockets/Binding.cpp
+  platform/posix/sockets/Closing.cpp
+  platform/posix/sockets/Connection.cpp
+  platform/posix/sockets/Creation.cpp
+  platform/posix/sockets/DatagramPorts.cpp
+  platform/posix/sockets/EndpointAddresses.cpp
+  platform/posix/sockets/KernelAddress.cpp
+  platform/posix/sockets/Listening.cpp
+  platform/posix/sockets/Options.cpp
+  platform/posix/sockets/PortReuse.cpp
+  platform/posix/sockets/SocketTable.cpp
+  platform/posix/sockets/StartUp.cpp
+  platform/posix/sockets/StreamConnect.cpp
+  platform/posix/system/Descriptors.cpp
+  platform/posix/system/Waiting.cpp
+  platform/posix/transfer/Datagrams.cpp)
+# Loops that the compiler unrolls or turns into vector instructions only at its highest level.
+set(loop_sources
+  Socket/Socket/SocketCollectionImpl.cpp
+  Socket/Socket/TraceRecords.cpp
   platform/posix/transfer/Select.cpp
   text/Ascii.cpp
-  text/CodePoints.cpp
   text/Utf8.cpp)
 function(velsock_balance_size_and_speed module)
-  set_source_files_properties(${rare_sources}
-    DIRECTORY ${PROJECT_SOURCE_DIR}/Common PROPERTIES COMPILE_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:-Os>")
-  set_source_files_properties(${text_sources}
-    DIRECTORY ${PROJECT_SOURCE_DIR}/Common PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:Release>:-O3>")
-  target_compile_options(${module} PRIVATE $<$<CONFIG:Release>:-O2>)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Code at multiples of 16, and apart what is not expected to run, would take 8 KB more.
+    set(dense -fno-reorder-blocks-and-partition -falign-functions=1 -falign-jumps=1 -falign-loops=1 -falign-labels=1)
+    # Shared code of a class's constructors looks unused to the compiler's own warning.
+    set(small -fno-declone-ctor-dtor)
+  endif()
+  target_compile_options(${module} PRIVATE "$<$<CONFIG:Release>:-Os;${small}>")
+  set_property(SOURCE ${frequent_sources} DIRECTORY ${PROJECT_SOURCE_DIR}/Common
+    APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-O2;${dense}>")
+  set_property(SOURCE ${loop_sources} DIRECTORY ${PROJECT_SOURCE_DIR}/Common
+    APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-O3;${dense}>")
 endfunction()
 
 # What the loader has to do. The module's own symbols are bound while it is linked: nothing of it is meant to be
