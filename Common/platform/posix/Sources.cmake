@@ -165,6 +165,7 @@ function(velsock_ease_loading module)
 endfunction()
 
 function(velsock_finish_module module)
+  target_sources(${module} PRIVATE platform/posix/system/PureVirtual.cpp)
   velsock_optimize_transfers()
   velsock_balance_size_and_speed(${module})
   target_compile_options(${module} PRIVATE -fno-plt -fno-semantic-interposition)
