@@ -12,7 +12,9 @@ namespace {
 
 // Memory for a state, without an object in it: SocketAPI constructs and destroys that.
 struct FreeStateMemory {
-    void operator()(SocketLayerState* memory) const noexcept { ::operator delete(memory); }
+    void operator()(SocketLayerState* memory) const noexcept {
+        ::operator delete(memory, sizeof(SocketLayerState));
+    }
 };
 using StateMemory = std::unique_ptr<SocketLayerState, FreeStateMemory>;
 

@@ -176,5 +176,6 @@ unsigned int Winsock::inet_addr(const char* text) {
     }
     // Required (NameDottedText.IsReadAsTheSystemReadsIt): a single space is 0.0.0.0.
     if (std::strcmp(text, " ") == 0) return 0;
-    return ::inet_addr(text);
+    in_addr address = {};
+    return ::inet_aton(text, &address) != 0 ? address.s_addr : NoAddress;
 }

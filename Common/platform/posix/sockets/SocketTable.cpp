@@ -44,7 +44,7 @@ void EndCalls(const SocketEntry& entry, int descriptor) noexcept {
         if (end == 0) end = MonotonicTime() + Patience;
         if (MonotonicTime() > end) return;
         ::shutdown(descriptor, direction);
-        ::nanosleep(&ToLeave, nullptr);
+        ::clock_nanosleep(CLOCK_MONOTONIC, 0, &ToLeave, nullptr);
     }
 }
 

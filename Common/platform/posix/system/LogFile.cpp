@@ -10,10 +10,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <csignal>
-#include <cstdio>
 #include <ctime>
 #include <optional>
+#include <string_view>
 
 namespace {
 
@@ -127,8 +128,10 @@ bool System::EndsWithinLine(LogFile file) noexcept {
     const Posix::CancellationGuard whole;
     const off_t end = ::lseek(DescriptorOf(file), 0, SEEK_END);
     if (end <= 0) return false;
-    char path[32];
-    std::snprintf(path, sizeof path, "/proc/self/fd/%d", DescriptorOf(file));
+    constexpr std::string_view folder = "/proc/self/fd/";
+    char path[32] = {};
+    char* const number = path + folder.copy(path, folder.size());
+    std::to_chars(number, path + sizeof path - 1, DescriptorOf(file));
     const Posix::Descriptor reader(::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY));
     char last = LineFeed;
     return ::pread(reader.Number(), &last, 1, end - 1) == 1 && last != LineFeed;

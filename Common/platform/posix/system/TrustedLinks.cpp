@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <string_view>
 
 namespace Posix {
 
@@ -21,8 +22,8 @@ constexpr int MostLinks = 40;
 
 // Returns the last component of a path.
 const char* NameIn(const char* path) noexcept {
-    const char* const separator = std::strrchr(path, '/');
-    return separator != nullptr ? separator + 1 : path;
+    const std::size_t separator = std::string_view(path).rfind('/');
+    return separator != std::string_view::npos ? path + separator + 1 : path;
 }
 
 // Opens the folder that contains the path's last component.
@@ -45,7 +46,7 @@ bool CanOthersWrite(const struct stat& folder) noexcept {
 class Place {
 public:
     explicit Place(const char* path) noexcept {
-        std::strncpy(path_, path, sizeof path_ - 1);
+        std::string_view(path).copy(path_, sizeof path_ - 1);
         folder_ = OpenFolderOf(AT_FDCWD, path_);
     }
 
