@@ -3,8 +3,6 @@
 #include "Text/Ascii.h"
 #include "Text/CodePoints.h"
 
-#include <algorithm>
-
 namespace Text {
 
 std::vector<unsigned short> Utf16FromUtf8(std::string_view text) {
@@ -24,7 +22,9 @@ std::string Utf8FromUtf16(std::span<const unsigned short> units) {
 }
 
 unsigned short* PutUtf16(unsigned short* units, std::string_view text) noexcept {
-    if (IsAscii(text)) return std::copy(text.begin(), text.end(), units);
+    const std::size_t ascii = PutAscii(units, text);
+    units += ascii;
+    text.remove_prefix(ascii);
     while (!text.empty())
         units = PutUtf16(units, TakeFromUtf8(text));
     return units;

@@ -8,21 +8,48 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace VelBase {
 
-WideText::WideText(std::size_t room) {
-    RequireRoom(0, room, units_.max_size() - 1, StringTooLong);
-    units_.reserve(room + 1);
-    units_.push_back(0);
+namespace {
+
+constexpr std::size_t MaximumLength =
+    std::numeric_limits<std::ptrdiff_t>::max() / sizeof(unsigned short) - 1;
+
+std::unique_ptr<unsigned short[]> Allocate(std::size_t room) {
+    RequireRoom(0, room, MaximumLength, StringTooLong);
+    return std::make_unique_for_overwrite<unsigned short[]>(room + 1);
+}
+
+}  // namespace
+
+WideText::WideText(std::size_t room) : room_(room), units_(Allocate(room)) {
+    units_[0] = 0;
 }
 
 unsigned short* WideText::Extend(std::size_t count) {
-    const std::size_t start = Length();
-    RequireRoom(start, count, units_.max_size() - 1, StringTooLong);
-    units_.resize(start + count + 1);
-    return units_.data() + start;
+    const std::size_t start = length_;
+    if (count > room_ - start) Grow(count);
+    SetLength(start + count);
+    return &units_[start];
+}
+
+void WideText::Grow(std::size_t count) {
+    RequireRoom(length_, count, MaximumLength, StringTooLong);
+    const std::size_t room = std::min(std::max(2 * room_, length_ + count), MaximumLength);
+    std::unique_ptr<unsigned short[]> grown = Allocate(room);
+    std::copy_n(units_.get(), length_, grown.get());
+    units_ = std::move(grown);
+    room_ = room;
+}
+
+void WideText::SetLength(std::size_t length) noexcept {
+    length_ = length;
+    units_[length] = 0;
 }
 
 WideText& WideText::Append(const unsigned short* text) {
@@ -40,13 +67,15 @@ WideText& WideText::Append(unsigned short unit) {
 
 WideText& WideText::AppendUtf8(std::string_view text) {
     const unsigned short* const end = Text::PutUtf16(Extend(text.size()), text);
-    units_.resize(static_cast<std::size_t>(end - units_.data()) + 1);
+    SetLength(static_cast<std::size_t>(end - units_.get()));
     return *this;
 }
 
 WideText& WideText::AppendMultiByte(std::string_view text) {
+    const std::size_t start = length_;
     // ASCII is the same in every code page.
-    if (Text::IsAscii(text)) return AppendUtf8(text);
+    if (Text::PutAscii(Extend(text.size()), text) == text.size()) return *this;
+    SetLength(start);
     return Append(System::WideFromCodePage(text.data(), text.size()));
 }
 

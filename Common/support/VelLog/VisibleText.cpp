@@ -1,9 +1,8 @@
 #include "VisibleText.h"
 
+#include "Text/Ascii.h"
 #include "Text/HexDigit.h"
 #include "VelBase/WideLiteral.h"
-
-#include <span>
 
 namespace VelLog {
 
@@ -27,20 +26,11 @@ void AppendEscape(VelBase::WideText& text, unsigned short unit) {
     }
 }
 
-// Whether the units are all printable ASCII, as in nearly all texts; then nothing has to be made
-// visible. Looks at every unit without an early exit and without a bool, so that compilers
-// vectorize the loop.
-bool IsPrintableAscii(std::span<const unsigned short> units) noexcept {
-    unsigned short others = 0;
-    for (const unsigned short unit : units)
-        others = static_cast<unsigned short>(others | (unit < 0x20) | (unit > 0x7E));
-    return others == 0;
-}
-
 }  // namespace
 
 VelBase::WideText MakeControlsVisible(VelBase::WideText text) {
-    if (IsPrintableAscii({text.Units(), text.Length()})) return text;
+    // Nearly always so.
+    if (Text::IsPrintableAscii({text.Units(), text.Length()})) return text;
     VelBase::WideText visible(text.Length());
     for (std::size_t index = 0; index < text.Length(); ++index) {
         const unsigned short unit = text.Units()[index];

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -37,6 +38,41 @@ TEST(Ascii, OneOtherUnitIsFoundWhereverItStands) {
             units[place] = 0x100;
             EXPECT_FALSE(IsAscii(text)) << place << " of " << length;
             EXPECT_FALSE(IsAsciiWide(units)) << place << " of " << length;
+        }
+    }
+}
+
+TEST(AsciiPrintable, EndsAtTheControlCharacters) {
+    for (int unit = 0; unit <= 0xFFFF; ++unit) {
+        const unsigned short text[] = {'a', static_cast<unsigned short>(unit)};
+        EXPECT_EQ(Text::IsPrintableAscii(text), unit >= 0x20 && unit <= 0x7E) << unit;
+    }
+    EXPECT_TRUE(Text::IsPrintableAscii({}));
+}
+
+// Returns what is written of the text; there is room for all of it.
+std::vector<unsigned short> Put(std::string_view text) {
+    std::vector<unsigned short> units(text.size());
+    units.resize(Text::PutAscii(units.data(), text));
+    return units;
+}
+
+TEST(AsciiPut, WritesTheWholeTextWhateverItsLength) {
+    std::string text;
+    for (int character = 0; character < 0x80; ++character) {
+        EXPECT_EQ(Put(text), std::vector<unsigned short>(text.begin(), text.end()));
+        text += static_cast<char>(character);
+    }
+}
+
+TEST(AsciiPut, EndsBeforeTheFirstOtherCharacterWhereverItStands) {
+    for (std::size_t length = 1; length < 30; ++length) {
+        for (std::size_t place = 0; place < length; ++place) {
+            std::string text(length, 'x');
+            text[place] = '\x80';
+            text.back() = place % 2 == 0 ? text.back() : '\xFF';
+            EXPECT_EQ(Put(text), std::vector<unsigned short>(place, 'x'))
+                << place << " of " << length;
         }
     }
 }

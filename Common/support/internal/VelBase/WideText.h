@@ -4,6 +4,7 @@
 #include "VelBase/ReturnWString.h"
 
 #include <cstddef>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -34,17 +35,23 @@ public:
     WideText& AppendDecimal(int number);
 
     // Does not count the terminator.
-    std::size_t Length() const noexcept { return units_.size() - 1; }
-    const unsigned short* Units() const noexcept { return units_.data(); }
+    std::size_t Length() const noexcept { return length_; }
+    const unsigned short* Units() const noexcept { return units_.get(); }
 
     // Returns the text as a reader sees it: up to the first zero unit, wherever that is.
     ReturnWString ToReturnWString() const { return ReturnWString(Units()); }
 
 private:
-    // Makes the text longer by that many units and returns where they go.
+    // Makes the text longer by that many units, which are not initialized, and returns where they
+    // go.
     unsigned short* Extend(std::size_t count);
+    void Grow(std::size_t count);
+    // To one that the memory has room for.
+    void SetLength(std::size_t length) noexcept;
 
-    std::vector<unsigned short> units_;  // with the terminator
+    std::size_t room_;  // without the terminator
+    std::size_t length_ = 0;
+    std::unique_ptr<unsigned short[]> units_;
 };
 
 }  // namespace VelBase

@@ -13,13 +13,15 @@ constexpr char* PutDecimal(char* text, unsigned char number) noexcept {
 
 inline constexpr unsigned int DottedSize = sizeof "255.255.255.255";
 
-// Writes the dotted form and its terminator, DottedSize characters at most.
-constexpr void PutDotted(char* text, const unsigned char (&octets)[4]) noexcept {
+// Writes the dotted form and its terminator, DottedSize characters at most. Returns where the
+// terminator is.
+constexpr char* PutDotted(char* text, const unsigned char (&octets)[4]) noexcept {
     for (const unsigned char octet : octets) {
         text = PutDecimal(text, octet);
         *text++ = '.';
     }
-    text[-1] = '\0';  // in place of the last point
+    *--text = '\0';  // in place of the last point
+    return text;
 }
 
 }  // namespace Text

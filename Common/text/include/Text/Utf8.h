@@ -13,7 +13,7 @@ std::vector<unsigned short> Utf16FromUtf8(std::string_view text);
 std::string Utf8FromUtf16(std::span<const unsigned short> units);
 
 // Writes UTF-16 without a terminator and returns its end. UTF-16 never needs more units than UTF-8
-// needs bytes; that many units must fit.
+// needs bytes; that many units must fit, and may be written to.
 unsigned short* PutUtf16(unsigned short* units, std::string_view text) noexcept;
 
 }  // namespace Text
