@@ -1,8 +1,8 @@
 // The two ends in the records of the classic socket.
 #pragma once
 
+#include "Socket/AddressWriter.h"
 #include "Socket/TraceRecords.h"
-#include "VelBase/ReturnString.h"
 #include "VelNet/SocketAddress.h"
 
 namespace VelNet {
@@ -11,24 +11,24 @@ namespace VelNet {
 class ClassicEndpoints final : public TraceEndpoints {
 public:
     ClassicEndpoints(unsigned int connection, const SocketAddress& local,
-                     const SocketAddress& remote)
+                     const SocketAddress& remote) noexcept
         : TraceEndpoints(connection),
-          localAddress_(local.GetOctets().GetAddressString()),
+          localAddress_(AddressWriter::Dotted(local)),
           localPort_(local.GetPort()),
-          remoteAddress_(remote.GetOctets().GetAddressString()),
+          remoteAddress_(AddressWriter::Dotted(remote)),
           remotePort_(remote.GetPort()) {}
 
     void FeedTo(VelResource::MessageFormatter& formatter) const override {
-        formatter.AddNarrowText(localAddress_.c_str())
+        formatter.AddNarrowText(localAddress_.text)
             .AddInteger(localPort_)
-            .AddNarrowText(remoteAddress_.c_str())
+            .AddNarrowText(remoteAddress_.text)
             .AddInteger(remotePort_);
     }
 
 private:
-    VelBase::ReturnString localAddress_;
+    DottedText localAddress_;
     int localPort_;
-    VelBase::ReturnString remoteAddress_;
+    DottedText remoteAddress_;
     int remotePort_;
 };
 

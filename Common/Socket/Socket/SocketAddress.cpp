@@ -4,12 +4,14 @@
 #include "Socket/AddressWriter.h"
 #include "Socket/ClearForGood.h"
 #include "Socket/FailureText.h"
+#include "Text/Decimal.h"
 #include "VelBase/LengthLimit.h"
 #include "VelBase/TextConversions.h"
 #include "VelBase/WideLiteral.h"
 
 #include <cstring>
 #include <string>
+#include <string_view>
 
 namespace VelNet {
 
@@ -26,15 +28,15 @@ constexpr int HostNameRoom = 200;
 
 // Required (HostResolution.NamesThatBeginWithLocalhostAreLookedUpAsJustThat): a name that begins
 // with these nine letters is looked up as these letters.
-constexpr char LocalHost[] = "localhost";
+constexpr std::string_view LocalHost = "localhost";
 
 std::string NameToLookUp(const char* name) {
     if (name == nullptr) return {};
-    if (std::strncmp(name, LocalHost, std::strlen(LocalHost)) == 0) return LocalHost;
+    const std::string_view given = name;
+    if (given.starts_with(LocalHost)) return std::string(LocalHost);
 
-    const std::size_t length = std::strlen(name);
-    VelBase::RequireRoom(0, length, std::string().max_size(), VelBase::StringTooLong);
-    return {name, length};
+    VelBase::RequireRoom(0, given.size(), std::string().max_size(), VelBase::StringTooLong);
+    return std::string(given);
 }
 
 Octets OctetsFrom(const char* bytes) {
@@ -114,6 +116,13 @@ void AddressWriter::Write(const Winsock::AddressIpv4& source, SocketAddress& tar
     SocketAddress::Record& record = *target.record_;
     std::memcpy(record.address.bytes_, source.address, sizeof source.address);
     record.port = static_cast<unsigned short>(source.port[0] << 8 | source.port[1]);
+}
+
+DottedText AddressWriter::Dotted(const SocketAddress& source) noexcept {
+    const unsigned char* const bytes = source.record_->address.bytes_;
+    DottedText dotted;
+    Text::PutDotted(dotted.text, {bytes[0], bytes[1], bytes[2], bytes[3]});
+    return dotted;
 }
 
 Octets SocketAddress::GetOctets() const {

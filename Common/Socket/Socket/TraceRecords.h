@@ -83,7 +83,8 @@ void TryWriteConnectionRecord(LogFormat format, MakeEndpoints makeEndpoints) noe
 template <class MakeEndpoints>
 int TryWriteTransferRecords(const TransferFormats& formats, const char* data, int count,
                             MakeEndpoints makeEndpoints) noexcept {
-    if (!IsAnyPacketTraceEnabled()) return count;
+    if (!IsAnyPacketTraceEnabled()) [[likely]]
+        return count;
     try {
         WriteTransferRecords(formats, data, count, makeEndpoints());
     } catch (...) {

@@ -260,7 +260,7 @@ TEST_F(Receive, ExhaustedMemoryInTracingLosesTheRecordAlone) {
         EXPECT_EQ(FieldsOf(*socket), before);
         return starved.happened;
     });
-    EXPECT_GT(failed, 5U);
+    EXPECT_GT(failed, 1U) << "the text of the bytes";
 }
 
 TEST_F(Receive, ExhaustedMemoryWhileTheEndOfStreamIsToldLeavesTheSocketAsItWas) {

@@ -255,7 +255,7 @@ TEST_F(Send, ExhaustedMemoryInTracingLosesTheRecordAlone) {
         EXPECT_EQ(FieldsOf(*socket), before);
         return starved.happened;
     });
-    EXPECT_GT(failed, 5U);
+    EXPECT_GT(failed, 1U) << "the text of the bytes";
 }
 
 TEST_F(Send, ExhaustedMemoryWhileTheFailureIsToldLeavesTheSocketAsItWas) {

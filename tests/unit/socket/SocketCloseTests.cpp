@@ -227,7 +227,7 @@ TEST_F(SocketClose, ForgetsHandleAndAddressesWhateverMemoryIsMissing) {
         EXPECT_EQ(OpenSockets(), Lines()) << n;
         return starved.happened;
     });
-    EXPECT_GE(failures, 4U) << "the failure's text, the addresses' texts";
+    EXPECT_GE(failures, 1U) << "the failure's text";
 }
 
 TEST_F(SocketClose, MissingMemoryForTheFailuresTextCostsNoRecord) {
@@ -238,10 +238,10 @@ TEST_F(SocketClose, MissingMemoryForTheFailuresTextCostsNoRecord) {
     EXPECT_EQ(FieldsOf(*socket), ClosedFields());
 }
 
-TEST_F(SocketClose, MissingMemoryForTheRecordCostsNothingElse) {
+TEST_F(SocketClose, TakesNoMemoryForTheRecord) {
     const auto socket = MakeConnectedSocket();
-    EXPECT_TRUE(Starve(1, [&] { socket->Close(); }).happened);
-    EXPECT_EQ(Transcript(), Lines{"closesocket(1001)"});
+    EXPECT_FALSE(Starve(1, [&] { socket->Close(); }).happened);
+    EXPECT_EQ(Transcript(), (Lines{"closesocket(1001)", DisconnectedLine()}));
     EXPECT_EQ(FieldsOf(*socket), ClosedFields());
 }
 
@@ -350,7 +350,7 @@ TEST_F(SocketCloseAtTheEnd, ClosesTheHandleWhateverMemoryIsMissing) {
         EXPECT_EQ(OpenSockets(), Lines()) << n;
         return starved.happened;
     });
-    EXPECT_GE(failures, 4U);
+    EXPECT_GE(failures, 1U) << "the failure's text";
 }
 
 TEST_F(SocketCloseAtTheEnd, WorksWhileTheLayerIsDown) {

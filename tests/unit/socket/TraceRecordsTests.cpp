@@ -320,12 +320,10 @@ std::ptrdiff_t AddressCopies(SocketImpl& socket, const Routers& routers) {
     return std::count(sizes.begin(), sizes.end(), 4U);
 }
 
-TEST_F(TraceRecordsClassic, RendersTheAddressesOnceForBothRecords) {
+TEST_F(TraceRecordsClassic, CopiesNoAddressOnTheHeap) {
     const auto socket = MakeConnectedSocket();
-    EXPECT_EQ(AddressCopies(*socket, PacketOnly), 2);
-    EXPECT_EQ(AddressCopies(*socket, VerboseOnly), 2);
-    EXPECT_EQ(AddressCopies(*socket, BothPackets), 2);
-    EXPECT_EQ(AddressCopies(*socket, AllButPackets), 0);
+    for (const Routers& routers : {PacketOnly, VerboseOnly, BothPackets, AllButPackets})
+        EXPECT_EQ(AddressCopies(*socket, routers), 0);
 }
 
 TEST_F(TraceRecordsClassic, OfASendOfNothingShowsNothing) {
