@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
+#include <thread>
 
 #include "NameFiles.h"
 #include "conformance/NameScene.h"
@@ -238,6 +239,30 @@ TEST(NumericNames, AreWrittenAsTheSystemsResolverWritesThem) {
             ASSERT_EQ(TextsOf(address, rooms), SystemsTexts(address, rooms));
         }
     });
+}
+
+class NumericNamesHeld : public Started {};
+
+TEST_F(NumericNamesHeld, ListsAreIndependentOfEachOther) {
+    List first = Resolved("127.0.0.1", "1");
+    const List second = Resolved("127.0.0.2", "2");
+    first = Resolved("127.0.0.3", "3");
+    const List third = Resolved("127.0.0.4", "4");
+    EXPECT_EQ(AddressesOf(first), Texts{"127.0.0.3 3"});
+    EXPECT_EQ(AddressesOf(second), Texts{"127.0.0.2 2"});
+    EXPECT_EQ(AddressesOf(third), Texts{"127.0.0.4 4"});
+}
+
+TEST_F(NumericNamesHeld, ListsOfSeveralThreadsAreIndependent) {
+    std::vector<std::thread> threads;
+    for (int number = 1; number <= 4; ++number) {
+        threads.emplace_back([host = "127.0.0." + std::to_string(number)] {
+            for (int round = 0; round < 1'000; ++round)
+                EXPECT_EQ(AddressesOf(Resolved(host.c_str(), "80")), Texts{host + " 80"});
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 }  // namespace

@@ -6,8 +6,7 @@
 #include "sockets/KernelAddress.h"
 
 #include <cstddef>
-#include <optional>
-#include <unordered_set>
+#include <vector>
 
 namespace Posix {
 
@@ -15,7 +14,8 @@ namespace Posix {
 class AddressInfoList {
 public:
     // Each entry has the hints' type and protocol, whatever they are.
-    explicit AddressInfoList(const Winsock::AddressInfo& hints) noexcept : hints_(hints) {}
+    explicit AddressInfoList(const Winsock::AddressInfo& hints) noexcept
+        : type_(hints.type), protocol_(hints.protocol) {}
     ~AddressInfoList();
     AddressInfoList(const AddressInfoList&) = delete;
     AddressInfoList& operator=(const AddressInfoList&) = delete;
@@ -29,27 +29,35 @@ public:
     Winsock::AddressInfo* Take() noexcept;
 
 private:
-    struct HashOfAddress {
-        std::size_t operator()(const Winsock::AddressInfo* info) const noexcept;
-    };
-    struct SameAddress {
-        bool operator()(const Winsock::AddressInfo* left,
-                        const Winsock::AddressInfo* right) const noexcept;
-    };
+    // Which addresses the list has: a table of the entries by their hash.
+    class Index {
+    public:
+        bool IsEmpty() const noexcept { return slots_.empty(); }
+        // Returns false if the address is there already; may throw std::bad_alloc.
+        bool Add(const Winsock::AddressInfo& info);
 
-    using Index = std::unordered_set<const Winsock::AddressInfo*, HashOfAddress, SameAddress>;
+    private:
+        using Slots = std::vector<const Winsock::AddressInfo*>;
+
+        void Grow();
+        // Returns where the address is, or belongs.
+        static Slots::reference SlotIn(Slots& slots, const Winsock::AddressInfo& info) noexcept;
+
+        Slots slots_;  // at most half of them are taken
+        std::size_t count_ = 0;
+    };
 
     // Returns whether the list lacks the address; a long list remembers it, and may throw
     // std::bad_alloc.
     bool IsNew(const Winsock::AddressInfo& info);
     bool Contains(const Winsock::AddressInfo& info) const noexcept;
-    void BuildIndex();
 
-    Winsock::AddressInfo hints_;
+    int type_;
+    int protocol_;
     Winsock::AddressInfo* first_ = nullptr;
     Winsock::AddressInfo** end_ = &first_;
     std::size_t length_ = 0;
-    std::optional<Index> index_;  // of all entries; short lists are searched
+    Index index_;  // of a long list; short ones are searched
 };
 
 }  // namespace Posix

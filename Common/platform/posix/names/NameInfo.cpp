@@ -46,13 +46,13 @@ WinsockError WriteHost(const KernelAddress& address, int flags, const TextRoom& 
         });
     }
     if (error != WinsockError::HostNotFound) return error;
-    return Write(room, FormatNumericHost(address).text);
+    return Write(room, FormatNumericHost(address));
 }
 
 WinsockError WriteService(const KernelAddress& address, int flags, const TextRoom& room) {
     if (!room.IsWanted()) return WinsockError::None;
     if ((flags & Winsock::NumericService) != 0) {
-        return Write(room, FormatNumericPort(PortOf(address)).text);
+        return Write(room, FormatNumericPort(PortOf(address)));
     }
     const int datagrams = (flags & Winsock::DatagramService) != 0 ? NI_DGRAM : 0;
     return Ask([&] {

@@ -48,11 +48,19 @@ bool ParseIpv6(const char* text, KernelAddress& address) noexcept {
     return ::inet_pton(AF_INET6, text, &address.ipv6.sin6_addr) == 1;
 }
 
-// inet_ntop would interpret a format string for each number.
-void WriteDotted(const in_addr& address, char* text) noexcept {
+// Each returns the end. inet_ntop would interpret a format string for each number.
+char* PutDotted(const in_addr& address, char* text) noexcept {
     unsigned char octets[sizeof address];
     std::memcpy(octets, &address, sizeof address);
-    Text::PutDotted(text, octets);
+    return Text::PutDotted(text, octets);
+}
+
+char* PutIpv6(const sockaddr_in6& address, char* text) noexcept {
+    ::inet_ntop(AF_INET6, &address.sin6_addr, text, INET6_ADDRSTRLEN);
+    char* end = text + std::strlen(text);
+    if (address.sin6_scope_id == 0) return end;
+    *end++ = '%';
+    return std::to_chars(end, end + sizeof "4294967295", address.sin6_scope_id).ptr;
 }
 
 }  // namespace
@@ -72,23 +80,20 @@ bool ParseNumericPort(const char* text, std::uint16_t& port) noexcept {
 }
 
 HostText FormatNumericHost(const KernelAddress& address) noexcept {
-    HostText host = {};
-    if (address.any.sa_family == AF_INET) {
-        WriteDotted(address.ipv4.sin_addr, host.text);
-        return host;
-    }
-    ::inet_ntop(AF_INET6, &address.ipv6.sin6_addr, host.text, sizeof host.text);
-    if (address.ipv6.sin6_scope_id == 0) return host;
-    char* end = host.text + std::strlen(host.text);
-    *end++ = '%';
-    std::to_chars(end, host.text + sizeof host.text - 1, address.ipv6.sin6_scope_id);
+    HostText host;
+    char* const end = address.any.sa_family == AF_INET ? PutDotted(address.ipv4.sin_addr, host.text)
+                                                       : PutIpv6(address.ipv6, host.text);
+    *end = '\0';
+    host.length = static_cast<std::size_t>(end - host.text);
     return host;
 }
 
-PortText FormatNumericPort(std::uint16_t port) noexcept {
-    PortText text = {};
-    std::to_chars(text.text, text.text + sizeof text.text - 1, port);
-    return text;
+PortText FormatNumericPort(std::uint16_t number) noexcept {
+    PortText port;
+    char* const end = std::to_chars(port.text, port.text + sizeof port.text - 1, number).ptr;
+    *end = '\0';
+    port.length = static_cast<std::size_t>(end - port.text);
+    return port;
 }
 
 }  // namespace Posix

@@ -6,7 +6,9 @@
 
 #include <arpa/inet.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace Posix {
 
@@ -17,15 +19,19 @@ bool ParseNumericHost(const char* text, KernelAddress& address) noexcept;
 // Parses one to five digits, modulo 65536. Returns false for every other string.
 bool ParseNumericPort(const char* text, std::uint16_t& port) noexcept;
 
-struct HostText {
-    char text[INET6_ADDRSTRLEN + sizeof "%4294967295"];
+// A terminated text and its length.
+template <std::size_t Size>
+struct NumericText {
+    char text[Size];
+    std::size_t length;
+
+    operator std::string_view() const noexcept { return {text, length}; }
 };
-struct PortText {
-    char text[sizeof "65535"];
-};
+using HostText = NumericText<INET6_ADDRSTRLEN + sizeof "%4294967295">;
+using PortText = NumericText<sizeof "65535">;
 
 // A scope is written as a number, never as an interface's name.
 HostText FormatNumericHost(const KernelAddress& address) noexcept;
-PortText FormatNumericPort(std::uint16_t port) noexcept;
+PortText FormatNumericPort(std::uint16_t number) noexcept;
 
 }  // namespace Posix
