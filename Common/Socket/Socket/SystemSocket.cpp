@@ -49,9 +49,9 @@ bool HasBytesAvailable(Winsock::Handle handle) {
 }
 
 int StatusOf(const Socket& socket, SocketState state) {
-    if (state == STATE_LISTENING) return STATUS_LISTENING;
-    if (state != STATE_CONNECTED) return STATUS_NONE;
-    return socket.IsDataAvailable() ? STATUS_DATA_PENDING : STATUS_IDLE;
+    if (state == STATE_CONNECTED) [[likely]]
+        return socket.IsDataAvailable() ? STATUS_DATA_PENDING : STATUS_IDLE;
+    return state == STATE_LISTENING ? STATUS_LISTENING : STATUS_NONE;
 }
 
 Winsock::Handle HandleOf(const Socket& socket) noexcept {

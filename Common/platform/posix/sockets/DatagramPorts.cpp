@@ -26,8 +26,7 @@ bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept {
 }
 
 // Another thread may have bound it meanwhile (EINVAL).
-bool HavePort(const Socket& socket) noexcept {
-    if (socket.Has(Flag::Bound)) return true;
+bool TakePort(const Socket& socket) noexcept {
     KernelAddress any = {};
     any.any.sa_family = FamilyOf(socket).kernel;
     if (!BindDatagram(socket, any) && errno != EINVAL) return false;

@@ -10,7 +10,10 @@ namespace Posix {
 // one. Returns false with errno if the kernel refuses.
 bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept;
 
-// Gives a socket that sends a port. Returns false with errno if there is none.
-bool HavePort(const Socket& socket) noexcept;
+// Gives a socket that sends and has no port one. Returns false with errno if there is none.
+bool TakePort(const Socket& socket) noexcept;
+inline bool HavePort(const Socket& socket) noexcept {
+    return socket.Has(Flag::Bound) || TakePort(socket);
+}
 
 }  // namespace Posix

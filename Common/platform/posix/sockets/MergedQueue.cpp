@@ -113,7 +113,7 @@ int FirstOfQueues(const Socket& socket) noexcept {
     return pollSet < 0 ? socket.descriptor : FirstIn(pollSet, socket);
 }
 
-ssize_t ReceiveFirst(const Socket& socket, msghdr& message, int flags) {
+ssize_t ReceiveFirstOfQueues(const Socket& socket, msghdr& message, int flags) {
     const int pollSet = PollSetOf(socket);
     if (pollSet < 0) return ::recvmsg(socket.descriptor, &message, flags);
     return ::recvmsg(FirstIn(pollSet, socket), &message, flags | MSG_DONTWAIT);

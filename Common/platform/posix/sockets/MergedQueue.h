@@ -23,6 +23,10 @@ inline int FirstToRead(const Socket& socket) noexcept {
 
 // Calls recvmsg on that descriptor. Only blocks if the socket has a single queue; otherwise it
 // fails with EAGAIN, and the caller waits for the descriptor to watch.
-ssize_t ReceiveFirst(const Socket& socket, msghdr& message, int flags);
+ssize_t ReceiveFirstOfQueues(const Socket& socket, msghdr& message, int flags);
+inline ssize_t ReceiveFirst(const Socket& socket, msghdr& message, int flags) {
+    return socket.Has(Flag::Reception) ? ReceiveFirstOfQueues(socket, message, flags)
+                                       : ::recvmsg(socket.descriptor, &message, flags);
+}
 
 }  // namespace Posix

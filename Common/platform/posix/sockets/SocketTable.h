@@ -171,14 +171,18 @@ public:
 inline Socket SocketAt(int descriptor) noexcept {
     if (!socketTable[descriptor].Has(Flag::Live)) return {};
     Socket socket(descriptor);
-    return socket.entry->IsInside(Flag::Live) ? std::move(socket) : Socket();
+    if (!socket.entry->IsInside(Flag::Live)) return {};
+    return socket;
 }
 
 // Returns none, with the reason as the last error, if the handle is not an open socket.
 inline Socket FindSocket(Winsock::Handle handle) noexcept {
-    Socket socket = handle < SocketTableSize ? SocketAt(static_cast<int>(handle)) : Socket();
-    if (!socket) FailWithoutSocket();
-    return socket;
+    if (handle < SocketTableSize) [[likely]] {
+        if (Socket socket = SocketAt(static_cast<int>(handle))) [[likely]]
+            return socket;
+    }
+    FailWithoutSocket();
+    return {};
 }
 
 // The result of a call that may have waited, or 10004 if the socket was closed meanwhile. A

@@ -17,9 +17,11 @@ public:
     FixedList(const FixedList&) = delete;
     FixedList& operator=(const FixedList&) = delete;
 
-    void Add(Element&& element) noexcept {
-        std::construct_at(end(), std::move(element));
+    // Returns the element in the list.
+    Element& Add(Element&& element) noexcept {
+        Element& added = *std::construct_at(end(), std::move(element));
         ++count_;
+        return added;
     }
 
     std::size_t Count() const noexcept { return count_; }

@@ -41,12 +41,10 @@ bool IsReadyAlready(const Socket& socket, Interest interest) {
     }
 }
 
-// Returns the descriptor that poll is to wait for, or -1 if the socket is ready already.
+// Returns the descriptor that poll is to wait for if the socket is not ready already.
 int DescriptorFor(const Socket& socket, Interest interest) {
-    // Nearly always a stream, of which only the kernel knows more.
-    if (!socket.Has(Flag::Datagram | Flag::ConnectFailed)) return socket.descriptor;
-    if (IsReadyAlready(socket, interest)) return -1;
-    return interest == Interest::Read ? DescriptorToWatch(socket) : socket.descriptor;
+    const bool queue = interest == Interest::Read && socket.Has(Flag::Datagram);
+    return queue ? DescriptorToWatch(socket) : socket.descriptor;
 }
 
 // POLLERR of a datagram socket means an ICMP error or a local one. An ICMP error makes the socket
@@ -61,6 +59,9 @@ bool IsReadyDatagram(const Socket& socket, Interest interest, short events) {
 // listening. A connect call that was left unfinished and then failed is only in the set for
 // exceptions.
 bool IsReadyStream(const Socket& socket, Interest interest) {
+    // Nearly always a plain connection.
+    if (socket.Has(Flag::DirectReceive)) [[likely]]
+        return interest != Interest::Except;
     const bool connected = IsConnected(socket);
     if (interest == Interest::Except) return socket.Has(Flag::ConnectFailed);
     return connected || socket.Has(Flag::Listening);
@@ -73,16 +74,18 @@ struct Entry {
     bool ready = false;
 };
 
-// The descriptors that a set of handles has named so far.
-class DescriptorSet {
+// Finds the handles of a set that are named again.
+class NamedHandles {
 public:
-    // Returns false if the descriptor is there already.
-    bool Add(int descriptor) noexcept {
-        auto slot = static_cast<std::size_t>(descriptor) % Slots;
+    explicit NamedHandles(const Winsock::HandleSet& set) noexcept : set_(set) {}
+
+    // Takes a handle and its index. Returns false if the set has named it before.
+    bool Add(Winsock::Handle handle, unsigned int index) noexcept {
+        std::size_t slot = handle % Slots;
         for (; slots_[slot] != 0; slot = (slot + 1) % Slots) {
-            if (slots_[slot] == descriptor + 1) return false;
+            if (set_.handles[slots_[slot] - 1] == handle) return false;
         }
-        slots_[slot] = descriptor + 1;
+        slots_[slot] = static_cast<unsigned char>(index + 1);
         return true;
     }
 
@@ -90,7 +93,8 @@ private:
     // Twice as many as a set has handles, so that a free one is near.
     static constexpr std::size_t Slots = std::size_t{2} * Winsock::HandleSet::Room;
 
-    int slots_[Slots] = {};  // 1 more than the descriptor; 0 in a free slot
+    const Winsock::HandleSet& set_;
+    unsigned char slots_[Slots] = {};  // 1 more than the handle's index; 0 in a free slot
 };
 
 class Selection {
@@ -109,6 +113,7 @@ private:
     static constexpr std::size_t Room = std::size_t{3} * Winsock::HandleSet::Room;
 
     void Watch(Socket socket, Interest interest);
+    void WatchOtherwise(Entry& entry, pollfd& wait);
     long long NextLook(long long until) const;
     bool IsAnyClosed() const;
     bool Judge();
@@ -126,21 +131,29 @@ bool Selection::Add(const Winsock::HandleSet* set, Interest interest) {
         Fail(WinsockError::Invalid);
         return false;
     }
-    DescriptorSet named;
+    NamedHandles named(*set);
     for (unsigned int index = 0; index < set->count; ++index) {
-        Socket socket = FindSocket(set->handles[index]);
+        const Winsock::Handle handle = set->handles[index];
+        Socket socket = FindSocket(handle);
         if (!socket) return false;
-        if (named.Add(socket.descriptor)) Watch(std::move(socket), interest);
+        if (named.Add(handle, index)) Watch(std::move(socket), interest);
     }
     return true;
 }
 
 void Selection::Watch(Socket socket, Interest interest) {
-    const int awaited = DescriptorFor(socket, interest);
-    const bool ready = awaited < 0;
-    waits_[entries_.Count()] = {awaited, EventOf(interest), 0};
-    entries_.Add({std::move(socket), interest, ready});
-    if (ready) ++ready_;
+    pollfd& wait = waits_[entries_.Count()];
+    wait = {socket.descriptor, EventOf(interest), 0};
+    Entry& entry = entries_.Add({std::move(socket), interest, false});
+    // Nearly always a stream, of which only the kernel knows more.
+    if (entry.socket.Has(Flag::Datagram | Flag::ConnectFailed)) [[unlikely]]
+        WatchOtherwise(entry, wait);
+}
+
+void Selection::WatchOtherwise(Entry& entry, pollfd& wait) {
+    entry.ready = IsReadyAlready(entry.socket, entry.interest);
+    if (entry.ready) ++ready_;
+    wait.fd = entry.ready ? -1 : DescriptorFor(entry.socket, entry.interest);
 }
 
 // The wait goes on if the kernel has woken it for something that Winsock ignores.
