@@ -82,6 +82,7 @@ Place Conversations::FindFailed(const Record& record, const FailureRecord& failu
 // A failure whose text does not tell the ends is that of the log's only connection.
 Place Conversations::FindOnly() noexcept {
     if (logs_[log_].openStreams != 1) return {};
+    // NOLINTNEXTLINE(modernize-loop-convert): the one that was heard of last comes first.
     for (auto entry = open_.rbegin(); entry != open_.rend(); ++entry) {
         for (const std::size_t side : {0U, 1U}) {
             if (entry->isOpen[side] && entry->sides[side].log == log_) return {&*entry, side};

@@ -12,11 +12,11 @@ constexpr int NoByte = -1;
 constexpr auto DigitValues = [] {
     std::array<signed char, 256> values{};
     values.fill(NoByte);
-    for (int digit = 0; digit < 10; ++digit)
-        values[static_cast<std::size_t>('0' + digit)] = static_cast<signed char>(digit);
-    for (int digit = 10; digit < 16; ++digit) {
-        values[static_cast<std::size_t>('A' + digit - 10)] = static_cast<signed char>(digit);
-        values[static_cast<std::size_t>('a' + digit - 10)] = static_cast<signed char>(digit);
+    for (std::size_t digit = 0; digit < 10; ++digit)
+        values['0' + digit] = static_cast<signed char>(digit);
+    for (std::size_t digit = 10; digit < 16; ++digit) {
+        values['A' + digit - 10] = static_cast<signed char>(digit);
+        values['a' + digit - 10] = static_cast<signed char>(digit);
     }
     return values;
 }();
