@@ -78,6 +78,9 @@ void SocketEntry::CloseOnceLeft() noexcept {
 }
 
 int SocketEntry::CloseIfLeft(int result) noexcept {
+    // A signal's handler forked within this call: the child forgot it and goes on with it.
+    std::int32_t forgotten = -1;
+    if (Atomic(calls_).compare_exchange_strong(forgotten, 0)) return result;
     std::int32_t none = Closing;
     if (!Atomic(calls_).compare_exchange_strong(none, 0)) return result;
     const int descriptor = static_cast<int>(this - socketTable);
