@@ -95,7 +95,8 @@ TestAResetIsPassedOn() {
   read -r -N 8 -u 3 -t 30 answer
   expect_equal "$answer" greeting
   kill -STOP "$target"
-  until grep -q '^State:.*stopped' "/proc/$target/status"; do :; done
+  # All its threads: one that is still on its way would read what comes.
+  while grep -h '^State:' "/proc/$target"/task/*/status | grep -qv stopped; do :; done
   printf unread >&3
   # What was sent here has left the relay when it is counted there.
   until [ "$(relayed_bytes)" = 00000006 ]; do :; done

@@ -1,5 +1,8 @@
 #include "Json.h"
 
+#include <array>
+#include <cstdio>
+
 #include "Text.h"
 
 namespace VelSockTools {
@@ -34,6 +37,12 @@ std::string JsonTexts(const std::vector<std::string>& texts) {
 void JsonObject::Add(const std::string& key, const std::string& value) {
     if (!members_.empty()) members_ += ',';
     members_.append(JsonText(key)).append(":").append(value);
+}
+
+void JsonObject::AddDecimal(const std::string& key, double number) {
+    std::array<char, 400> text = {};  // the longest number has 309 digits before the point
+    std::snprintf(text.data(), text.size(), "%.6f", number);
+    Add(key, text.data());
 }
 
 void JsonObject::AddAll(const JsonObject& other) {

@@ -19,6 +19,8 @@ public:
     void Add(const std::string& key, const std::string& value);
     void AddText(const std::string& key, const std::string& text) { Add(key, JsonText(text)); }
     void AddNumber(const std::string& key, long long number) { Add(key, std::to_string(number)); }
+    // With six decimals.
+    void AddDecimal(const std::string& key, double number);
     void AddAll(const JsonObject& other);
 
     std::string Text() const;

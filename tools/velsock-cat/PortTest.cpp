@@ -89,7 +89,7 @@ private:
         object.Add("open", result.failure ? "false" : "true");
         if (!result.failure) {
             object.AddText("address", result.address);
-            object.Add("secondsToConnect", std::to_string(result.connecting.count()));
+            object.AddDecimal("secondsToConnect", result.connecting.count());
             return object.Line();
         }
         object.AddText("text", result.failure->what());

@@ -19,12 +19,6 @@ std::string TimeText(Seconds time) {
     return text.data();
 }
 
-std::string NumberText(double number) {
-    std::array<char, 32> text = {};
-    std::snprintf(text.data(), text.size(), "%.6f", number);
-    return text.data();
-}
-
 double RateOf(const Totals& totals) {
     const double seconds = totals.lasted.count();
     return seconds > 0 ? static_cast<double>(totals.sent + totals.received) / seconds : 0;
@@ -115,15 +109,15 @@ VelSockTools::Event Traffic::EventOf(const Totals& totals) const {
     if (number_ != 0) members.AddNumber("connection", number_);
     members.Add("sent", std::to_string(totals.sent));
     members.Add("received", std::to_string(totals.received));
-    members.Add("seconds", NumberText(totals.lasted.count()));
-    members.Add("bytesPerSecond", NumberText(RateOf(totals)));
+    members.AddDecimal("seconds", totals.lasted.count());
+    members.AddDecimal("bytesPerSecond", RateOf(totals));
     if (totals.connecting) {
         text += "; connected in " + TimeText(*totals.connecting);
-        members.Add("secondsToConnect", NumberText(totals.connecting->count()));
+        members.AddDecimal("secondsToConnect", totals.connecting->count());
     }
     if (totals.firstByte) {
         text += "; first byte after " + TimeText(*totals.firstByte);
-        members.Add("secondsToFirstByte", NumberText(totals.firstByte->count()));
+        members.AddDecimal("secondsToFirstByte", totals.firstByte->count());
     }
     return {"ended", text, members};
 }

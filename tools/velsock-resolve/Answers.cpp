@@ -90,7 +90,7 @@ private:
     }
 
     static std::string LineOf(JsonObject& object, Seconds time) {
-        object.Add("seconds", std::to_string(time.count()));
+        object.AddDecimal("seconds", time.count());
         return object.Line();
     }
 

@@ -118,7 +118,6 @@ constexpr FailingFunction Table[] = {
     {"ioctl", SystemCall::Ioctl, Ioctl},
     {"listen", SystemCall::Listen, Listen},
     {"lseek", SystemCall::Lseek, Lseek},
-    {"nanosleep", SystemCall::Nanosleep, Sleep},
     {"open", SystemCall::Open, Open},
     {"openat", SystemCall::Openat, Open},
     {"poll", SystemCall::Poll, Poll},

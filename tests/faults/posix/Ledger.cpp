@@ -5,14 +5,22 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Faults {
 
 namespace {
 
-long ThreadCount() {
+long ListedThreads() {
     struct stat status = {};
     return ::stat("/proc/self/task", &status) == 0 ? static_cast<long>(status.st_nlink) - 2 : -1;
+}
+
+// The system lists a thread for a moment after it has been joined.
+long ThreadCount() {
+    for (int wait = 0; wait < 2000 && ListedThreads() > 1; ++wait)
+        ::usleep(1000);
+    return ListedThreads();
 }
 
 // The C library gives out the lowest key that is free.

@@ -41,10 +41,6 @@ int epoll_wait(int set, epoll_event* events, int room, int time) {
                                                            time);
 }
 
-int nanosleep(const timespec* time, timespec* left) {
-    return Intercept<"nanosleep", decltype(::nanosleep)>(SystemCall::Nanosleep, time, left);
-}
-
 int clock_nanosleep(clockid_t clock, int flags, const timespec* time, timespec* left) {
     return Intercept<"clock_nanosleep", decltype(::clock_nanosleep)>(SystemCall::ClockNanosleep,
                                                                      clock, flags, time, left);

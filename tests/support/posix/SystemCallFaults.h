@@ -68,7 +68,6 @@ enum class SystemCall {
     Ioctl,
     Listen,
     Lseek,
-    Nanosleep,
     Open,
     Openat,
     Poll,
