@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 
 #include "faults/posix/ErrorNumbers.h"
 
@@ -19,6 +20,12 @@ using SystemCalls::Word;
 
 // A number that no call gives.
 constexpr int Spoiled = 4242;
+
+// Nobody has the time for a wait of whole seconds in which nothing happens. It ends at a given
+// time; one that gives way to another thread has a length, and is needed.
+bool SleepsLong(const Call& call) noexcept {
+    return call.Which() == SystemCall::ClockNanosleep && call.Argument(1) == TIMER_ABSTIME;
+}
 
 // A call that goes on after such a failure would go on for ever, so it lasts only so many times.
 constexpr unsigned int MostRepetitions = 30;
@@ -180,9 +187,7 @@ Word Injector::Act(Call& call) noexcept {
         const bool odd = fault_.kind == Fault::Kind::OddSuccess;
         return odd ? AnswerOddly(call) : Fail(call, fault_.error);
     }
-    // Nobody has the time for a wait of whole seconds in which nothing happens.
-    const bool sleeps = call.Which() == SystemCall::ClockNanosleep;
-    const Word result = sleeps ? 0 : call.Make();
+    const Word result = SleepsLong(call) ? 0 : call.Make();
     const int error = errno;
     CheckInheritance(call, result);
     // What reports by null and errno reports its end by null alone.
