@@ -13,7 +13,7 @@ namespace {
 // Memory for a state, without an object in it: SocketAPI constructs and destroys that.
 struct FreeStateMemory {
     void operator()(SocketLayerState* memory) const noexcept {
-        ::operator delete(memory, sizeof(SocketLayerState));
+        std::allocator<SocketLayerState>().deallocate(memory, 1);
     }
 };
 using StateMemory = std::unique_ptr<SocketLayerState, FreeStateMemory>;
