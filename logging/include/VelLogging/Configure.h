@@ -15,6 +15,7 @@ namespace VelLogging {
 // A text that cannot be followed. what() shows the text, the place, and what could stand there.
 class ConfigurationError : public std::runtime_error {
 public:
+    // Usually thrown by Configure alone.
     ConfigurationError(const std::string& what, std::size_t position)
         : std::runtime_error(what), position_(position) {}
 
@@ -29,9 +30,13 @@ private:
 // it live as long as sockets are used. The routers stay as they were switched.
 class Logging {
 public:
+    // Sets the sink, which the object owns from now on. The ring is a part of it, or null.
     Logging(std::unique_ptr<Sink> sink, const RingSink* ring) noexcept;
+    // The other one has nothing to end any more.
     Logging(Logging&&) noexcept;
+    // Ends what it has set up before.
     Logging& operator=(Logging&&) noexcept;
+    // Unsets the sink if it is set, and ends it.
     ~Logging();
 
     // For logrotate: its files are opened again. Not for signal handlers.

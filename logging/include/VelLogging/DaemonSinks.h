@@ -28,6 +28,7 @@ bool HasDaemons() noexcept;
 // LongestLine is cut between two characters.
 class SyslogSink final : public Sink {
 public:
+    // In bytes.
     static constexpr std::size_t LongestLine = 8000;
     // Numbers of facilities.
     static constexpr int FacilityUser = 1;
@@ -67,6 +68,7 @@ private:
 // elsewhere the constructor throws std::runtime_error.
 class DebuggerSink final : public Sink {
 public:
+    // Throws std::runtime_error where there is no debugger to be written to.
     explicit DebuggerSink(Format format = Format::Plain);
     void Write(const VelLog::LogRecord& record) override;
 

@@ -23,8 +23,10 @@ enum class Format {
 
 // Who has written a record.
 struct Writer {
+    // As the system numbers it.
     unsigned long long process;
-    unsigned long long thread;  // as the system numbers it
+    // As the system numbers it.
+    unsigned long long thread;
 };
 
 // The calling thread; while a queue hands a record on, the thread that has written that.

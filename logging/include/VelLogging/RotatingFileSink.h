@@ -9,8 +9,11 @@
 
 namespace VelLogging {
 
+// Which file, and how it is written.
 struct FileOptions {
-    std::string path;  // UTF-8
+    // UTF-8.
+    std::string path;
+    // The form of its lines.
     Format format = Format::Plain;
     // A line that would make the file longer goes to a new one; 0 for no limit. A line that is
     // longer by itself has a file of its own.

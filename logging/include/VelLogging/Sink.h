@@ -23,6 +23,7 @@ public:
     virtual void Reopen() noexcept {}
 
 protected:
+    // For a record that is lost, or a part of it.
     void CountLost() noexcept { ++lost_; }
 
 private:

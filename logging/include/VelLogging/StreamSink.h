@@ -11,6 +11,7 @@ namespace VelLogging {
 // raises no signal.
 class StandardErrorSink final : public Sink {
 public:
+    // Opens nothing.
     explicit StandardErrorSink(Format format = Format::Plain) noexcept : format_(format) {}
     void Write(const VelLog::LogRecord& record) override;
 

@@ -12,6 +12,7 @@ namespace VelLogging {
 // nothing; that is counted as lost.
 class TeeSink final : public Sink {
 public:
+    // Owns the sinks from now on; none of them is null.
     explicit TeeSink(std::vector<std::unique_ptr<Sink>> sinks) noexcept;
 
     void Write(const VelLog::LogRecord& record) override;
