@@ -35,8 +35,10 @@ private:
     std::unique_ptr<Sink> MakeOrFail(const SinkPlan& plan) {
         try {
             return WithQueue(plan, MakeBare(plan));
+        } catch (const ConfigurationError&) {
+            throw;
         } catch (const std::runtime_error& failure) {
-            Fail(plan.text, plan.position, failure.what());
+            throw SinkError(FailureText(plan.text, plan.position, failure.what()), plan.position);
         }
     }
 
@@ -62,8 +64,8 @@ private:
     }
 
     std::unique_ptr<Sink> MakeRing(const SinkPlan& plan) {
-        if (ring_ != nullptr) throw std::runtime_error("there is another ring already");
-        if (plan.size > MostBytes) throw std::runtime_error("a ring has at most 1G");
+        if (ring_ != nullptr) Fail(plan.text, plan.position, "there is another ring already");
+        if (plan.size > MostBytes) Fail(plan.text, plan.position, "a ring has at most 1G");
         auto ring = std::make_unique<RingSink>(static_cast<std::size_t>(plan.size),
                                                plan.format.value_or(Format::Text));
         ring_ = ring.get();

@@ -66,8 +66,8 @@ void AppendLogfmt(std::string& text, const VelLog::LogRecord& record, Writer wri
 }
 
 void AppendJson(std::string& text, const VelLog::LogRecord& record, Writer writer) {
-    text += "{\"time\":\"" + TimeText(record.microsecondsSince1970);
-    text += "\",\"pid\":" + std::to_string(writer.process);
+    text += R"({"time":")" + TimeText(record.microsecondsSince1970);
+    text += R"(","pid":)" + std::to_string(writer.process);
     text += ",\"tid\":" + std::to_string(writer.thread);
     if (record.connection != 0) text += ",\"connection\":" + std::to_string(record.connection);
     text += ",\"router\":";

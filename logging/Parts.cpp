@@ -63,7 +63,10 @@ Halves HalvesAt(char separator, const Part& whole) {
 
 // Goes back to the last "*" and lets it stand for one character more, as often as need be.
 bool IsLike(std::string_view text, std::string_view pattern) noexcept {
-    std::size_t inText = 0, inPattern = 0, star = std::string_view::npos, underStar = 0;
+    std::size_t inText = 0;
+    std::size_t inPattern = 0;
+    std::size_t star = std::string_view::npos;
+    std::size_t underStar = 0;
     while (inText < text.size()) {
         if (inPattern < pattern.size() && pattern[inPattern] == '*') {
             star = inPattern++;

@@ -69,7 +69,7 @@ std::string NamesOf(const Row (&rows)[Count]) {
 
 template <class Row, std::size_t Count>
 const Row* Find(const Row (&rows)[Count], const std::string& name) {
-    const auto row =
+    const Row* const row =
         std::find_if(rows, rows + Count, [&](const Row& other) { return other.name == name; });
     return row != rows + Count ? row : nullptr;
 }
@@ -101,7 +101,7 @@ private:
         if (!names.isFound || !halves.isFound) FailAtUnknown(part);
         if (halves.second.text != "on" && halves.second.text != "off")
             Fail(text_, halves.second.position,
-                 Quoted(halves.second.text) + " is neither \"on\" nor \"off\"");
+                 Quoted(halves.second.text) + R"( is neither "on" nor "off")");
         const std::size_t before = plan_.switches.size();
         for (const Pair& pair : Pairs) {
             if (IsLike(pair.router, names.first.text) && IsLike(pair.category, names.second.text))
@@ -212,10 +212,13 @@ private:
 
 }  // namespace
 
+std::string FailureText(std::string_view text, std::size_t position, const std::string& why) {
+    return "log configuration \"" + std::string(text) + "\", character " +
+           std::to_string(position) + ": " + why;
+}
+
 void Fail(std::string_view text, std::size_t position, const std::string& why) {
-    throw ConfigurationError("log configuration \"" + std::string(text) + "\", character " +
-                                 std::to_string(position) + ": " + why,
-                             position);
+    throw ConfigurationError(FailureText(text, position, why), position);
 }
 
 void AddTo(Plan& plan, std::string_view text) {

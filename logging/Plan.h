@@ -34,7 +34,10 @@ struct Plan {
     std::vector<SinkPlan> sinks;
 };
 
-// Throws what says that the text cannot be followed.
+// What says that the text cannot be followed, and why.
+std::string FailureText(std::string_view text, std::size_t position, const std::string& why);
+
+// Throws ConfigurationError with that.
 [[noreturn]] void Fail(std::string_view text, std::size_t position, const std::string& why);
 
 // Adds what the text asks for, which must live as long as the plan.

@@ -140,6 +140,18 @@ TEST_F(ConfigureText, MistakesAreToldWithPlaceAndWhatThereIs) {
     }
 }
 
+TEST_F(ConfigureText, ASinkThatTheSystemRefusesIsToldApart) {
+    const Support::TemporaryFolder folder;
+    const std::string path = (folder.Path() / "none" / "log").string();
+    EXPECT_THROW(Configure("file:" + path), VelLogging::SinkError);
+    try {
+        Configure("ring,ring");
+        ADD_FAILURE();
+    } catch (const ConfigurationError& failure) {
+        EXPECT_EQ(dynamic_cast<const VelLogging::SinkError*>(&failure), nullptr);
+    }
+}
+
 TEST_F(ConfigureText, AMistakeChangesNothing) {
     const Support::TemporaryFolder folder;
     const std::string path = (folder.Path() / "log").string();

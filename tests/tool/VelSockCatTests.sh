@@ -360,5 +360,17 @@ TestTraceGoesToTheLogFileInstead() {
   expect_match "$(cat log)" ' Network/Packet Trace: Sent 4 bytes, '
 }
 
+TestATextSaysWhatIsLoggedAndWhere() {
+  start_listening --receive-only </dev/null
+  run "$family" --send-only --log 'Network/Packet*=on, file:log;format=json' connect "$host" "$port" < <(printf text)
+  await_peer
+  expect_equal "$(stat -c %s err)" 0
+  expect_equal "$(wc -l <log)" 1
+  expect_match "$(cat log)" '^\{"time":".*,"connection":1,"router":"Network","category":"Packet Trace","text":"Sent 4 bytes, .*"\}$'
+  run "$family" --log "file:$folder/none/log" connect 127.0.0.1 1 </dev/null
+  expect_equal "$status" 6
+  expect_match "$(cat err)" "cannot open the log file $folder/none/log: "
+}
+
 set_up
 "$test"

@@ -228,6 +228,12 @@ TestTheEndOfAnInputThatIsNotReadIsWrongUsage() {
 
 TestALogFileWithoutTraceIsWrongUsage() { expect_usage_error --log-file log connect 127.0.0.1 80; }
 
+TestALogTextThatCannotBeFollowedIsWrongUsage() {
+  expect_usage_error --log Network/Nothing=on connect 127.0.0.1 80
+  expect_match "$(cat err)" 'log configuration "Network/Nothing=on", character '
+  expect_usage_error --log stderr --trace error connect 127.0.0.1 80
+}
+
 TestAnEmptyHostIsWrongUsage() {
   expect_usage_error connect '' 80
   expect_usage_error listen '' 80

@@ -373,6 +373,14 @@ TestTheDoctorNamesSettingsAndWhereTheyAre() {
   expect_finding "ok     settings: $registry_root; HKLM/system/CurrentControlSet/Services/Tcpip/Parameters/Interfaces/Wire/NameServer: 10\.0\.0\.7"
 }
 
+TestATextSaysWhatIsLoggedAndWhere() {
+  use_known_hosts
+  run --log 'Network/Error=on, file:log' forward no-such-host.invalid
+  expect_equal "$status" 2
+  expect_match "$(cat log)" ' Network/Error: '
+  expect_usage_error --log nowhere forward localhost
+}
+
 TestTheDoctorAnswersInJson() {
   use_known_hosts
   run --json doctor

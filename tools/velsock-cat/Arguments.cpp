@@ -84,6 +84,9 @@ private:
                 Refuse("'" + name + "' does not go with " + row.name);
             }
         }
+        if (arguments_.log && (arguments_.logFile || !arguments_.categories.empty())) {
+            Refuse("'--log' does not go with '--trace' and '--log-file'");
+        }
         if (arguments_.logFile && arguments_.categories.empty()) {
             Refuse("'--log-file' needs '--trace'");
         }

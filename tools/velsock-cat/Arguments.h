@@ -57,6 +57,7 @@ struct Arguments {
     std::optional<unsigned int> datagramCount;
     std::vector<std::string> categories;  // of the log, by the library's names
     std::optional<std::string> logFile;
+    std::optional<std::string> log;              // the text of --log
     std::optional<unsigned int> receiveTimeout;  // milliseconds
     std::optional<unsigned int> sendTimeout;     // milliseconds
     std::optional<unsigned int> connectTimeout;  // milliseconds

@@ -32,7 +32,7 @@ const char* HelpText() noexcept {
   -x, --hex          dump the bytes of both directions; --stats  show totals
   --json             tell what happens as JSON objects, one a line
   --trace LIST       show records: any of connection,packet,verbose,error
-  --log-file PATH    append them to PATH instead of showing them
+  --log-file PATH    append them to PATH; --log TEXT  the text says what, where
   -v, --verbose      show each address that is tried, and more of failures
   -h, --help, --version
 

@@ -132,7 +132,7 @@ constexpr unsigned int All = Transfers | SetOf(Command::Ports);
 
 using Text = const std::string&;
 
-constexpr std::array<Option, 27> Options{{
+constexpr std::array<Option, 28> Options{{
     {"--classic", "", All, false,
      [](Arguments& arguments, Text) { TakeFamily(arguments, SocketFamily::Classic); }},
     {"--xt", "", All, false,
@@ -193,6 +193,7 @@ constexpr std::array<Option, 27> Options{{
      [](Arguments& arguments, Text value) { arguments.categories = ParseCategories(value); }},
     {"--log-file", "", All, true,
      [](Arguments& arguments, Text value) { arguments.logFile = value; }},
+    {"--log", "", All, true, [](Arguments& arguments, Text value) { arguments.log = value; }},
 }};
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <VelLog/StandardErrorSink.h>
 
 #include "Failure.h"
+#include "LogOption.h"
 
 namespace VelSockCat {
 
@@ -25,7 +26,16 @@ std::unique_ptr<VelLog::LogSink> OpenSink(const Arguments& arguments) {
 
 }  // namespace
 
-Tracing::Tracing(const Arguments& arguments) : sink_(OpenSink(arguments)) {
+Tracing::Tracing(const Arguments& arguments) {
+    if (arguments.log) {
+        logging_ = VelSockTools::StartLogging("velsock-cat", *arguments.log);
+    } else {
+        SwitchOn(arguments);
+    }
+}
+
+void Tracing::SwitchOn(const Arguments& arguments) {
+    sink_ = OpenSink(arguments);
     VelLog::SetSink(sink_.get());
     for (const std::string& category : arguments.categories) {
         VelLog::SetRouterEnabled(VelLog::ROUTER_NETWORK, category.c_str(), true);
@@ -33,7 +43,7 @@ Tracing::Tracing(const Arguments& arguments) : sink_(OpenSink(arguments)) {
 }
 
 Tracing::~Tracing() {
-    VelLog::SetSink(nullptr);
+    if (sink_ != nullptr) VelLog::SetSink(nullptr);
 }
 
 }  // namespace VelSockCat

@@ -48,6 +48,8 @@ private:
             arguments_.json = true;
         } else if (option == "--short") {
             arguments_.answersAlone = true;
+        } else if (option == "--log") {
+            arguments_.log = line_.Value();
         } else if (option == "--verbose" || option == "-v") {
             arguments_.verbose = true;
         } else if (option == "--ipv4" || option == "-4") {

@@ -21,6 +21,7 @@ struct Arguments {
     bool json = false;
     bool verbose = false;
     bool answersAlone = false;
+    std::optional<std::string> log;                        // the text of --log
     std::optional<VelNet::SocketXt::ADDR_FAMILY> version;  // IPv4 if omitted
 
     // Of several questions each answer tells which it belongs to.

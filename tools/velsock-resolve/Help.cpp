@@ -24,6 +24,7 @@ Options:
   --cache     forward and reverse: ask once for each name or address and
               remember the answer; of a name's addresses, the first alone
   --json      one JSON object for each question, failures included
+  --log TEXT  log as the text says: Network/*=on, file:PATH;format=json
   --short     the answers alone, without their questions
   -v, --verbose
               show the library's text of a failure too

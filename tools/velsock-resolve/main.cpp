@@ -2,6 +2,7 @@
 
 #include <VelNet/SocketInitialization.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "Events.h"
 #include "Failure.h"
 #include "Help.h"
+#include "LogOption.h"
 #include "Program.h"
 #include "StandardStreams.h"
 
@@ -29,6 +31,8 @@ ExitCode Run(const std::vector<std::string>& words) {
     if (arguments.command == Command::Help) return Print(HelpText());
     if (arguments.command == Command::Version) return Print(VersionText());
     if (arguments.verbose) VelSockTools::BeVerbose();
+    std::optional<VelLogging::Logging> logging;
+    if (arguments.log) logging = VelSockTools::StartLogging("velsock-resolve", *arguments.log);
     const VelNet::SocketInitialization sockets;
     return arguments.command == Command::Doctor ? Examine(arguments.json) : AskAndAnswer(arguments);
 }

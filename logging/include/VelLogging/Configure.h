@@ -26,6 +26,12 @@ private:
     std::size_t position_;
 };
 
+// A sink of the text that the system refuses: a file that cannot be opened, for instance.
+class SinkError : public ConfigurationError {
+public:
+    using ConfigurationError::ConfigurationError;
+};
+
 // The logging that a text has set up. At the end of its scope it unsets its sink and ends it: let
 // it live as long as sockets are used. The routers stay as they were switched.
 class Logging {
@@ -73,7 +79,8 @@ private:
 // the host has set before is replaced. If a text cannot be followed, or a sink cannot be made,
 // nothing is changed except that files may have been created.
 //
-// Throws: ConfigurationError
+// Throws: ConfigurationError   the text cannot be followed
+//         SinkError            a sink cannot be made
 //         std::bad_alloc
 [[nodiscard]] Logging Configure(std::string_view text, std::string_view more = {});
 

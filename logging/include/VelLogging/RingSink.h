@@ -15,7 +15,7 @@ namespace VelLogging {
 class RingSink final : public Sink {
 public:
     // Of at least 2 bytes. Throws std::bad_alloc.
-    explicit RingSink(std::size_t bytes = 64 * 1024, Format format = Format::Text);
+    explicit RingSink(std::size_t bytes = std::size_t{64} * 1024, Format format = Format::Text);
 
     // A line that is longer than the ring leaves its end.
     void Write(const VelLog::LogRecord& record) override;
