@@ -35,7 +35,8 @@ bool IsPassingFailure(int error) noexcept {
            error == EALREADY;
 }
 
-// The descriptor is gone even if closing fails, and an interrupted connect goes on.
+// The descriptor is gone even if closing fails, an interrupted connect goes on, and a connection
+// that was reset had been established.
 bool IsDoneAllTheSame(const Call& call, int error) noexcept {
     switch (call.Which()) {
         case SystemCall::Close:
@@ -43,7 +44,7 @@ bool IsDoneAllTheSame(const Call& call, int error) noexcept {
         case SystemCall::Fclose:
             return true;
         case SystemCall::Connect:
-            return error == EINTR || error == EINPROGRESS;
+            return error == EINTR || error == EINPROGRESS || error == ECONNRESET;
         default:
             return false;
     }

@@ -98,6 +98,7 @@ std::string Refusals() {
 std::string Timeouts() {
     const VelNet::SocketInitialization layer;
     const Ends ends = Connected();
+    const ClosedAfterAWhile bounded(*ends.client);
     ends.client->SetReceiveTimeout(1);
     ends.client->SetSendTimeout(1);
     char byte = 0;

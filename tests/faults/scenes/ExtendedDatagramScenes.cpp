@@ -50,6 +50,7 @@ std::string Exchange(SocketXt::ADDR_FAMILY family, const char* loopback) {
     ReturnString port;
     text += OutcomeOf(VelNet::SOCKET_ERR_MSGSIZE,
                       [&] { (void)other->RecvFrom(room, sizeof room, host, port); });
+    const ClosedAfterAWhile bounded(*other);
     other->SetReceiveTimeout(1);
     text += OutcomeOf(VelNet::SOCKET_ERR_TIMEDOUT,
                       [&] { (void)other->RecvFrom(room, sizeof room, host, port); });

@@ -14,6 +14,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace Faults {
@@ -62,6 +63,15 @@ Ends Connected();
 // Sends the bytes, in as many calls as it takes; receives so many.
 void SendWhole(VelNet::Socket& socket, const std::string& bytes);
 std::string ReceiveWhole(VelNet::Socket& socket, std::size_t count);
+
+// Closes a socket that waits for its timeout in vain, since the system refused to set it.
+class ClosedAfterAWhile {
+public:
+    explicit ClosedAfterAWhile(VelNet::Socket& socket);
+
+private:
+    std::jthread thread_;
+};
 
 void Require(bool condition, const char* what);
 

@@ -1,6 +1,10 @@
 #include "faults/scenes/Scene.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <iterator>
+#include <mutex>
+#include <stop_token>
 #include <utility>
 
 namespace Faults {
@@ -76,6 +80,21 @@ std::string ReceiveWhole(VelNet::Socket& socket, std::size_t count) {
     }
     return bytes;
 }
+
+ClosedAfterAWhile::ClosedAfterAWhile(VelNet::Socket& socket)
+    : thread_([&socket](const std::stop_token& stop) {
+          std::mutex lock;
+          std::unique_lock<std::mutex> guard(lock);
+          std::condition_variable_any stopped;
+          if (stopped.wait_for(guard, stop, std::chrono::seconds(2),
+                               [&] { return stop.stop_requested(); }))
+              return;
+          try {
+              socket.Close();
+          } catch (const VelNet::Exception&) {
+              return;  // closed before
+          }
+      }) {}
 
 void Require(bool condition, const char* what) {
     if (!condition) throw Broken(what);
