@@ -11,6 +11,6 @@ namespace VelSockCat {
 
 // Throws Failure with WrongUsage.
 void TakeOperands(Arguments& arguments, const CommandRow& row,
-                  const std::vector<std::string>& operands);
+                  const std::vector<std::string>& words);
 
 }  // namespace VelSockCat
