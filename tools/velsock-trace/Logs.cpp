@@ -53,7 +53,7 @@ bool Logs::Fill(Source& source) {
     return false;
 }
 
-std::optional<Line> Logs::TakeLine(Source& source) {
+std::optional<Line> Logs::TakeLine(Source& source) const {
     if (auto line = source.splitter.Next()) return line;
     if (isFollowed_) return {};
     return source.splitter.Rest();

@@ -53,7 +53,7 @@ public:
 
 private:
     struct Source {
-        Source(const std::string& path, std::size_t log, bool isFollowed);
+        Source(const std::string& pathOfFile, std::size_t index, bool isFollowed);
 
         std::string path;
         std::size_t log;
@@ -66,7 +66,7 @@ private:
     };
 
     bool Fill(Source& source);
-    std::optional<Line> TakeLine(Source& source);
+    std::optional<Line> TakeLine(Source& source) const;
     bool Keep(Source& source, const Line& line);
     void Note(Fault& fault, const Source& source, std::string_view line);
 
