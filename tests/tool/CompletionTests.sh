@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # What bash completes for the tools, and their manual pages, held against what they explain themselves.
 #
-#   CompletionTests.sh VELSOCK_CAT VELSOCK_RESOLVE TEST
+#   CompletionTests.sh VELSOCK_CAT VELSOCK_RESOLVE VELSOCK_TRACE TEST
 set -euo pipefail
 
 program=$(realpath "$1")
 velsock_cat=$program
 velsock_resolve=$(realpath "$2")
-test=$3
+velsock_trace=$(realpath "$3")
+test=$4
 completions=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../../tools/completion")
 # shellcheck source=Tool.sh
 source "$(dirname "${BASH_SOURCE[0]}")/Tool.sh"
@@ -15,6 +16,8 @@ source "$(dirname "${BASH_SOURCE[0]}")/Tool.sh"
 source "$completions/velsock-cat"
 # shellcheck source=../../tools/completion/velsock-resolve
 source "$completions/velsock-resolve"
+# shellcheck source=../../tools/completion/velsock-trace
+source "$completions/velsock-trace"
 
 # complete_with FUNCTION WORD...: what stands for the last word.
 complete_with() {
@@ -45,12 +48,14 @@ TestCommandsAreCompleted() {
   expect_completion 'udp-send udp-listen' _velsock_cat velsock-cat --json udp-
   expect_completion 'forward' _velsock_resolve velsock-resolve f
   expect_completion doctor _velsock_resolve velsock-resolve --json doc
+  expect_completion 'list' _velsock_trace velsock-trace l
 }
 
 TestOptionsAreCompleted() {
   expect_completion '--send-only --send-timeout' _velsock_cat velsock-cat --send
   expect_completion '--connect-timeout' _velsock_cat velsock-cat connect host 80 --con
   expect_completion --json _velsock_resolve velsock-resolve forward --j
+  expect_completion --pcapng _velsock_trace velsock-trace show 1 log --pc
 }
 
 TestValuesAreCompleted() {
@@ -58,11 +63,14 @@ TestValuesAreCompleted() {
   : >log.txt
   expect_completion log.txt _velsock_cat velsock-cat --log-file lo
   expect_completion '' _velsock_cat velsock-cat -w ''
+  expect_completion 'stream' _velsock_trace velsock-trace list --kind s
+  expect_completion log.txt _velsock_trace velsock-trace show 1 lo
 }
 
 TestCompletionKnowsWhatTheToolsExplain() {
   expect_explained _velsock_cat "$velsock_cat"
   expect_explained _velsock_resolve "$velsock_resolve"
+  expect_explained _velsock_trace "$velsock_trace"
 }
 
 # expect_in_manual TOOL: every long option of the help.
@@ -77,6 +85,7 @@ expect_in_manual() {
 TestManualsKnowWhatTheToolsExplain() {
   expect_in_manual "$velsock_cat"
   expect_in_manual "$velsock_resolve"
+  expect_in_manual "$velsock_trace"
 }
 
 "$test"
