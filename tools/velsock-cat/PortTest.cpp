@@ -41,7 +41,7 @@ public:
                 Start(static_cast<unsigned short>(port));
         while (!running_.empty())
             TellNext();
-        if (openPorts_ == 0) throw Failure(*first_);
+        if (openPorts_ == 0) throw Failure{*first_};
         return ExitCode::InOrder;
     }
 

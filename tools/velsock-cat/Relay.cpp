@@ -45,7 +45,7 @@ public:
             std::async(std::launch::async, [this] { Pass(target_, client_, &Traffic::Received); });
         Pass(client_, target_, &Traffic::Sent);
         back.get();
-        if (failure_) throw Failure(*failure_);
+        if (failure_) throw Failure{*failure_};
     }
 
 private:
