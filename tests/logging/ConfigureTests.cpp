@@ -98,14 +98,13 @@ struct Mistake {
     const char* why;
 };
 
-constexpr char Pairs[] =
-    "Network/Error, Network/Connection Trace, Network/Packet Trace, Network/Verbose Packet Trace";
+constexpr char NoRouter[] =
+    "there is no router \"Network/Eror\"; there are Network/Error, Network/Connection Trace, "
+    "Network/Packet Trace, Network/Verbose Packet Trace";
 
 TEST_F(ConfigureText, MistakesAreToldWithPlaceAndWhatThereIs) {
-    const std::string noRouter =
-        std::string("there is no router \"Network/Eror\"; there are ") + Pairs;
     const Mistake mistakes[] = {
-        {"ring, Network/Eror=on", 7, noRouter.c_str()},
+        {"ring, Network/Eror=on", 7, NoRouter},
         {"Network/Error=yes", 15, "\"yes\" is neither \"on\" nor \"off\""},
         {"Network/Error", 1,
          "\"Network/Error\" is neither ROUTER/CATEGORY=on or off nor a sink; sinks are stderr, "
