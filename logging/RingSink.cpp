@@ -24,48 +24,56 @@ void RingSink::Write(const VelLog::LogRecord& record) {
     written_.store(end, std::memory_order_seq_cst);
 }
 
-// Passes the bytes on in blocks, the oldest first. What is overwritten before it has been read is
-// left out up to the end of its line.
-template <class Take>
-bool RingSink::Read(Take take) const {
+// What a ring holds of so many bytes begins there.
+unsigned long long RingSink::OldestOf(unsigned long long bytes) const noexcept {
+    return bytes > size_ ? bytes - size_ : 0;
+}
+
+char RingSink::ByteAt(unsigned long long position) const noexcept {
+    return bytes_[position % size_].load(std::memory_order_acquire);
+}
+
+std::string RingSink::Lines() const {
+    const unsigned long long end = written_.load();
+    const unsigned long long begin = OldestOf(end);
+    std::string lines;
+    lines.reserve(static_cast<std::size_t>(end - begin));
+    for (unsigned long long position = begin; position < end; ++position)
+        lines += ByteAt(position);
+    // What has been overwritten meanwhile is not to be trusted, nor is the rest of its line.
+    const unsigned long long valid = std::clamp(OldestOf(begun_.load()), begin, end);
+    if (valid == 0) return lines;
+    const std::size_t endOfCutLine = lines.find('\n', static_cast<std::size_t>(valid - begin));
+    return endOfCutLine == std::string::npos ? std::string() : lines.substr(endOfCutLine + 1);
+}
+
+bool RingSink::Dump(int descriptor) const noexcept {
     constexpr std::size_t BlockSize = 256;
     char block[BlockSize];
     const unsigned long long end = written_.load();
-    unsigned long long position = end > size_ ? end - size_ : 0;
-    bool isWithinLine = position > 0;
+    unsigned long long position = OldestOf(end);
+    bool lacksBeginning = position > 0;  // the line at this position
+    bool lacksEnd = false;               // the line written last
     while (position < end) {
         const auto count =
             static_cast<std::size_t>(std::min<unsigned long long>(BlockSize, end - position));
         for (std::size_t index = 0; index < count; ++index)
-            block[index] = bytes_[(position + index) % size_].load(std::memory_order_acquire);
-        const unsigned long long begun = begun_.load();
-        const unsigned long long valid = begun > size_ ? begun - size_ : 0;
+            block[index] = ByteAt(position + index);
+        const unsigned long long valid = OldestOf(begun_.load());
         std::size_t first = 0;
         if (valid > position) {
-            isWithinLine = true;
+            lacksBeginning = true;
             first = static_cast<std::size_t>(std::min<unsigned long long>(count, valid - position));
+            if (lacksEnd && !System::WriteFromHandler(descriptor, "\n", 1)) return false;
+            lacksEnd = false;
         }
-        while (isWithinLine && first < count)
-            isWithinLine = block[first++] != '\n';
-        if (!take(block + first, count - first)) return false;
+        while (lacksBeginning && first < count)
+            lacksBeginning = block[first++] != '\n';
+        if (!System::WriteFromHandler(descriptor, block + first, count - first)) return false;
+        if (first < count) lacksEnd = block[count - 1] != '\n';
         position += count;
     }
     return true;
-}
-
-std::string RingSink::Lines() const {
-    std::string lines;
-    Read([&](const char* bytes, std::size_t count) {
-        lines.append(bytes, count);
-        return true;
-    });
-    return lines;
-}
-
-bool RingSink::Dump(int descriptor) const noexcept {
-    return Read([descriptor](const char* bytes, std::size_t count) {
-        return System::WriteFromHandler(descriptor, bytes, count);
-    });
 }
 
 }  // namespace VelLogging

@@ -26,12 +26,13 @@ public:
 
     // The same to a descriptor (a file of the C library on Windows). May be called by a signal
     // handler: takes no lock, allocates nothing, and changes no error number. If other threads go
-    // on writing meanwhile, what they overwrite is left out. Returns whether all was written.
+    // on writing meanwhile, what they overwrite is left out, if need be the end of a line. Returns
+    // whether all was written.
     bool Dump(int descriptor) const noexcept;
 
 private:
-    template <class Take>
-    bool Read(Take take) const;
+    unsigned long long OldestOf(unsigned long long bytes) const noexcept;
+    char ByteAt(unsigned long long position) const noexcept;
 
     using Byte = std::atomic<char>;
 
