@@ -37,9 +37,11 @@ public:
     }
     ~WriteSignalGuard() {
         const timespec atOnce = {};
+        const int error = errno;
         while (::sigtimedwait(&raised_, nullptr, &atOnce) > 0 || errno == EINTR) {
         }
         ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+        errno = error;
     }
     WriteSignalGuard(const WriteSignalGuard&) = delete;
     WriteSignalGuard& operator=(const WriteSignalGuard&) = delete;

@@ -37,6 +37,20 @@ connect_plainly() {
   exec 3<>"/dev/tcp/$host/$port"
 }
 
+# expect_echoes_on_two_connections TEXT...: both are served at once, by turns.
+expect_echoes_on_two_connections() {
+  exec 3<>"/dev/tcp/$host/$port" 4<>"/dev/tcp/$host/$port"
+  local text
+  for text in "$@"; do
+    echo "$text" >&4
+    echo "$text" >&3
+    read -r -u 3 -t 30 answer
+    expect_equal "$answer" "$text"
+    read -r -u 4 -t 30 answer
+    expect_equal "$answer" "$text"
+  done
+}
+
 make_file() {
   head -c 3000001 /dev/urandom >file
 }

@@ -72,16 +72,7 @@ TestEitherVersionReachesTheOther() {
 TestManyConnectionsPassAtOnce() {
   start_target --keep echo 0 </dev/null
   start_relay --keep
-  exec 3<>"/dev/tcp/$host/$port" 4<>"/dev/tcp/$host/$port"
-  local text
-  for text in one two; do
-    echo "$text" >&4
-    echo "$text" >&3
-    read -r -u 3 -t 30 answer
-    expect_equal "$answer" "$text"
-    read -r -u 4 -t 30 answer
-    expect_equal "$answer" "$text"
-  done
+  expect_echoes_on_two_connections one two
 }
 
 # A process that is killed with bytes unread resets its connections.

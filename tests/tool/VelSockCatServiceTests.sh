@@ -32,16 +32,7 @@ TestWithoutKeepOneConnectionIsServed() {
 
 TestManyAreServedAtOnce() {
   start_serving --keep echo
-  exec 3<>"/dev/tcp/$host/$port" 4<>"/dev/tcp/$host/$port"
-  local text
-  for text in one two three; do
-    echo "$text" >&4
-    echo "$text" >&3
-    read -r -u 3 -t 30 answer
-    expect_equal "$answer" "$text"
-    read -r -u 4 -t 30 answer
-    expect_equal "$answer" "$text"
-  done
+  expect_echoes_on_two_connections one two three
 }
 
 TestAConnectionThatIsLostLeavesTheOthers() {
