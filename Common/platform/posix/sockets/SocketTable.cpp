@@ -31,19 +31,21 @@ void RaiseEntriesInUse(int count) noexcept {
 }
 
 // Wakes the calls that wait on the socket (shutdown) until all have left. Repeats that, since a
-// call may begin to wait just after it was woken. Begins with SHUT_RD: if that is enough, the peer
-// sees no more than a plain close. Gives up after a second, since closesocket may run in a signal
-// handler that has interrupted the very call.
+// call may begin to wait just after it was woken. Begins with SHUT_RD, for as long as a receiver
+// may take to leave on a busy host: if that is enough, the peer sees no more than the close, which
+// may be a reset. Gives up after a second, since closesocket may run in a signal handler that has
+// interrupted the very call.
 void EndCalls(const SocketEntry& entry, int descriptor) noexcept {
     if (!entry.HasCalls()) return;
     const CancellationGuard whole;
     constexpr long long Patience = 1'000'000'000;
+    constexpr long long ReceiversLeave = 20'000'000;
     constexpr timespec ToLeave = {.tv_sec = 0, .tv_nsec = 100'000};
-    int direction = SHUT_RD;
-    for (long long end = 0; entry.HasCalls(); direction = SHUT_RDWR) {
-        if (end == 0) end = MonotonicTime() + Patience;
-        if (MonotonicTime() > end) return;
-        ::shutdown(descriptor, direction);
+    const long long begin = MonotonicTime();
+    while (entry.HasCalls()) {
+        const long long passed = MonotonicTime() - begin;
+        if (passed > Patience) return;
+        ::shutdown(descriptor, passed < ReceiversLeave ? SHUT_RD : SHUT_RDWR);
         ::clock_nanosleep(CLOCK_MONOTONIC, 0, &ToLeave, nullptr);
     }
 }
