@@ -8,6 +8,14 @@ namespace VelLogging {
 
 static_assert(std::atomic<unsigned long long>::is_always_lock_free);
 
+namespace {
+
+std::size_t AtMost(std::size_t limit, unsigned long long count) noexcept {
+    return static_cast<std::size_t>(std::min<unsigned long long>(limit, count));
+}
+
+}  // namespace
+
 RingSink::RingSink(std::size_t bytes, Format format)
     : format_(format),
       size_(std::max<std::size_t>(bytes, 2)),
@@ -37,13 +45,13 @@ std::string RingSink::Lines() const {
     const unsigned long long end = written_.load();
     const unsigned long long begin = OldestOf(end);
     std::string lines;
-    lines.reserve(static_cast<std::size_t>(end - begin));
+    lines.reserve(AtMost(size_, end - begin));
     for (unsigned long long position = begin; position < end; ++position)
         lines += ByteAt(position);
     // What has been overwritten meanwhile is not to be trusted, nor is the rest of its line.
     const unsigned long long valid = std::clamp(OldestOf(begun_.load()), begin, end);
     if (valid == 0) return lines;
-    const std::size_t endOfCutLine = lines.find('\n', static_cast<std::size_t>(valid - begin));
+    const std::size_t endOfCutLine = lines.find('\n', AtMost(size_, valid - begin));
     return endOfCutLine == std::string::npos ? std::string() : lines.substr(endOfCutLine + 1);
 }
 
@@ -55,15 +63,14 @@ bool RingSink::Dump(int descriptor) const noexcept {
     bool lacksBeginning = position > 0;  // the line at this position
     bool lacksEnd = false;               // the line written last
     while (position < end) {
-        const auto count =
-            static_cast<std::size_t>(std::min<unsigned long long>(BlockSize, end - position));
+        const std::size_t count = AtMost(BlockSize, end - position);
         for (std::size_t index = 0; index < count; ++index)
             block[index] = ByteAt(position + index);
         const unsigned long long valid = OldestOf(begun_.load());
         std::size_t first = 0;
         if (valid > position) {
             lacksBeginning = true;
-            first = static_cast<std::size_t>(std::min<unsigned long long>(count, valid - position));
+            first = AtMost(count, valid - position);
             if (lacksEnd && !System::WriteFromHandler(descriptor, "\n", 1)) return false;
             lacksEnd = false;
         }
