@@ -6,6 +6,8 @@ from words import change_one_character, is_named_constant, is_text, other_charac
 
 NUMBERS = (TypeKind.INT, TypeKind.UINT, TypeKind.LONG, TypeKind.ULONG, TypeKind.LONGLONG, TypeKind.ULONGLONG,
            TypeKind.SHORT, TypeKind.USHORT, TypeKind.UCHAR, TypeKind.SCHAR, TypeKind.CHAR_S, TypeKind.CHAR32)
+# Their text is the compiler's, and must be a literal.
+TEXTS_OF_ATTRIBUTES = ("visibility", "tls_model", "deprecated")
 
 
 class LiteralFinder:
@@ -77,7 +79,7 @@ class LiteralFinder:
             return True
         if token > 0 and self.source.spelling[token - 1] in ("operator", "sizeof", "extern"):
             return True
-        if self.source.spelling[token - 1] == "(" and self.source.spelling[token - 2] in ("visibility", "tls_model"):
+        if self.source.spelling[token - 1] == "(" and self.source.spelling[token - 2] in TEXTS_OF_ATTRIBUTES:
             return True
         return any(begin <= start < end for begin, end in self.left_alone)
 
