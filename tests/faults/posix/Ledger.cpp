@@ -2,49 +2,10 @@
 
 #include <VelNet/Exception.h>
 #include <VelNet/Socket.h>
-#include <fcntl.h>
-#include <pthread.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace Faults {
 
 namespace {
-
-long ListedThreads() {
-    struct stat status = {};
-    return ::stat("/proc/self/task", &status) == 0 ? static_cast<long>(status.st_nlink) - 2 : -1;
-}
-
-// The system lists a thread for a moment after it has been joined.
-long ThreadCount() {
-    for (int wait = 0; wait < 2000 && ListedThreads() > 1; ++wait)
-        ::usleep(1000);
-    return ListedThreads();
-}
-
-// The C library gives out the lowest key that is free.
-unsigned int NextKey() {
-    pthread_key_t key = 0;
-    if (::pthread_key_create(&key, nullptr) != 0) return ~0U;
-    ::pthread_key_delete(key);
-    return key;
-}
-
-unsigned long long BlockedSignals() {
-    sigset_t blocked;
-    ::pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-    unsigned long long bits = 0;
-    for (int signal = 1; signal < 64; ++signal)
-        if (::sigismember(&blocked, signal) == 1) bits |= 1ULL << static_cast<unsigned>(signal);
-    return bits;
-}
-
-bool IsCancellable() {
-    int state = 0;
-    ::pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &state);
-    return state == PTHREAD_CANCEL_ENABLE;
-}
 
 // Counted start-ups show in that sockets can be made.
 bool IsLayerDown() {
@@ -61,28 +22,14 @@ bool IsLayerDown() {
 Ledger Ledger::Now() {
     Ledger now;
     now.isLayerDown_ = IsLayerDown();
-    for (int descriptor = 0; descriptor < MostDescriptors; ++descriptor)
-        now.open_[descriptor] = ::fcntl(descriptor, F_GETFD) >= 0;
-    now.threads_ = ThreadCount();
-    now.nextKey_ = NextKey();
-    now.blockedSignals_ = BlockedSignals();
-    now.isCancellable_ = IsCancellable();
+    now.process_ = Support::ProcessState::Now();
     now.heap_ = CurrentHeapUse();
     return now;
 }
 
 std::string Ledger::DifferenceTo(const Ledger& later, bool withKeys) const {
-    std::string text;
-    for (int descriptor = 0; descriptor < MostDescriptors; ++descriptor) {
-        if (open_[descriptor] != later.open_[descriptor])
-            text += " descriptor " + std::to_string(descriptor);
-    }
-    if (threads_ != later.threads_) text += " threads";
-    if (withKeys && nextKey_ != later.nextKey_) text += " thread keys";
-    if (blockedSignals_ != later.blockedSignals_) text += " signal mask";
-    if (isCancellable_ != later.isCancellable_) text += " cancellation";
-    if (isLayerDown_ != later.isLayerDown_) text += " start-ups";
-    return text;
+    return process_.DifferenceTo(later.process_, withKeys) +
+           (isLayerDown_ != later.isLayerDown_ ? " start-ups" : "");
 }
 
 }  // namespace Faults

@@ -1,11 +1,10 @@
-// What a process has of the system's things, to be compared before and after.
+// What a process has of the system's things and of memory, to be compared before and after.
 #pragma once
 
-#include <csignal>
 #include <string>
-#include <vector>
 
 #include "faults/posix/Memory.h"
+#include "support/posix/ProcessState.h"
 
 namespace Faults {
 
@@ -19,13 +18,7 @@ public:
     HeapUse Heap() const noexcept { return heap_; }
 
 private:
-    static constexpr int MostDescriptors = 64;
-
-    bool open_[MostDescriptors] = {};
-    long threads_ = 0;
-    unsigned int nextKey_ = 0;
-    unsigned long long blockedSignals_ = 0;
-    bool isCancellable_ = true;
+    Support::ProcessState process_;
     bool isLayerDown_ = true;
     HeapUse heap_ = {};
 };

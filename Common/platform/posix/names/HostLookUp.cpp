@@ -5,6 +5,7 @@
 #include "names/ResolverErrors.h"
 #include "sockets/KernelAddress.h"
 #include "sockets/StartUp.h"
+#include "system/Descriptors.h"
 #include "system/HostName.h"
 
 #include <arpa/inet.h>
@@ -34,6 +35,7 @@ Winsock::HostEntry* FailLookUp(WinsockError error) {
 // system's error number.
 template <typename Query>
 Winsock::HostEntry* LookUp(Query query) {
+    const CancellationGuard whole;
     for (std::size_t room = FirstRoom; room <= MostRoom; room *= 2) {
         HostEntryStorage* block = HostEntryOfThread(room);
         if (block == nullptr) break;

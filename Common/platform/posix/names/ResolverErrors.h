@@ -2,6 +2,7 @@
 #pragma once
 
 #include "errors/WinsockError.h"
+#include "system/Descriptors.h"
 
 #include <netdb.h>
 
@@ -13,9 +14,11 @@ namespace Posix {
 // None for 0.
 WinsockError WinsockFromNameError(int error) noexcept;
 
-// Repeats the call while signals interrupt it; returns a Winsock error or None.
+// Repeats the call while signals interrupt it; returns a Winsock error or None. The system's
+// resolver would leave descriptors of a thread open that is cancelled in it.
 template <typename Question>
 WinsockError Ask(Question question) {
+    const CancellationGuard whole;
     int error = 0;
     do {
         errno = 0;
