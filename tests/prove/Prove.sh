@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Runs all stages of the proof, or those that are named, one after the other, and prints each one's last line again at
-# the end: its totals. A stage is a script beside this one: NAME.sh PROJECT_FOLDER BUILD_FOLDER.
+# the end: its totals.
 # usage: Prove.sh PROJECT_FOLDER BUILD_FOLDER [STAGE...]
 set -euo pipefail
 
 project=$1 builds=$2
 shift 2
-[ "$#" != 0 ] || set -- faults fuzz soak peers
+# shellcheck disable=SC2046  # names
+[ "$#" != 0 ] || set -- $("$project/tests/prove/Stages.sh")
 
 folder=$builds/prove
 mkdir -p "$folder"
