@@ -75,6 +75,8 @@ std::vector<LoggedMessage> LoggedMessages();
 std::vector<LoggedMessage> LoggedMessages(const std::string& category);
 // The texts alone.
 std::vector<std::u16string> LoggedTexts(const std::string& category);
+// The transcript keeps its lines.
+void ForgetLoggedMessages();
 
 // How often the formatter was asked for since the test began.
 int FormatterRequests();

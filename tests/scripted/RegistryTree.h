@@ -23,4 +23,7 @@ private:
     int hive_;
 };
 
+// Of the whole tree; keys, none of which may be open, are numbered from 1 again.
+void ForgetRegistry();
+
 }  // namespace Scripted

@@ -70,7 +70,7 @@ struct Answer {
     enum class Kind { Usual, Result, Failure, Exception };
 
     Kind kind = Kind::Usual;
-    long long result = 0;
+    long long result = 0;  // of a failure: 0 for what the call returns then
     int error = 0;
     std::exception_ptr exception = nullptr;
     std::string bytes = {};

@@ -131,7 +131,7 @@ const Answer& Call::Play() {
 }
 
 long long Call::Finish(long long usual, long long failure) {
-    if (IsFailure()) return Fail(answer_.error, failure);
+    if (IsFailure()) return Fail(answer_.error, answer_.result != 0 ? answer_.result : failure);
     Succeed();
     return IsUsual() ? usual : answer_.result;
 }

@@ -65,10 +65,7 @@ struct State {
 
 State state;
 
-const bool forgotten = Scripted::AtReset([] {
-    const auto lock = Scripted::LockState();
-    state = {};
-});
+const bool forgotten = Scripted::AtReset(Scripted::ForgetRegistry);
 
 std::string LedgerEntry(const Key& key) {
     return "registry key " + std::to_string(key.number);
@@ -158,6 +155,12 @@ Registry::Node& NodeAt(int hive, const std::string& path) {
 }
 
 }  // namespace
+
+void ForgetRegistry() {
+    const Allocations::Uncounted uncounted;
+    const auto lock = LockState();
+    Registry::state = {};
+}
 
 RegistryTree& RegistryTree::Key(const std::string& path) {
     const Allocations::Uncounted uncounted;

@@ -147,6 +147,11 @@ std::vector<std::u16string> LoggedTexts(const std::string& category) {
     return texts;
 }
 
+void ForgetLoggedMessages() {
+    const auto lock = LockState();
+    state.messages.clear();
+}
+
 int FormatterRequests() {
     return formatterRequests;
 }

@@ -8,6 +8,7 @@
 namespace SocketTests {
 
 auto PrivateFieldsOf(const SocketImpl& socket);
+auto PrivateFieldsOf(SocketImpl& socket);
 template struct Exposed<SocketImpl, &SocketImpl::handle_, &SocketImpl::state_, &SocketImpl::local_,
                         &SocketImpl::remote_>;
 
@@ -50,6 +51,12 @@ std::string ArgumentText(const LoggedArgument& argument) {
 SocketFields FieldsOf(const SocketImpl& socket) {
     const auto [handle, state, local, remote] = PrivateFieldsOf(socket);
     return {handle, state, EndpointText(local), EndpointText(remote)};
+}
+
+void StoreEndpoints(SocketImpl& socket) {
+    const auto [handle, state, local, remote] = PrivateFieldsOf(socket);
+    local = SocketAddress(OctetsOf(LocalHost), LocalPort);
+    remote = SocketAddress(OctetsOf(RemoteHost), RemotePort);
 }
 
 std::vector<const void*> FieldAddressesOf(const SocketImpl& socket) {

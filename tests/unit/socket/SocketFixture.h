@@ -64,6 +64,9 @@ struct SocketFields {
 SocketFields FieldsOf(const SocketImpl& socket);
 void PrintTo(const SocketFields& fields, std::ostream* stream);
 
+// Gives the socket the endpoints above, whatever its state.
+void StoreEndpoints(SocketImpl& socket);
+
 // Where the fields stand in the object, in the order above.
 std::vector<const void*> FieldAddressesOf(const SocketImpl& socket);
 
