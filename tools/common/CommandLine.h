@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace VelSockTools {
@@ -28,6 +29,21 @@ public:
     // Returns nothing at the end. Throws Failure with WrongUsage if the option before it has a
     // value attached that nobody took.
     std::optional<Item> Next();
+
+    // Hands the names of the options that are left to the function, which may take their values,
+    // and returns the operands. Throws what Next throws.
+    template <class TakeOption>
+    std::vector<std::string> TakeAll(const TakeOption& takeOption) {
+        std::vector<std::string> operands;
+        while (auto item = Next()) {
+            if (item->isOption) {
+                takeOption(item->text);
+            } else {
+                operands.push_back(std::move(item->text));
+            }
+        }
+        return operands;
+    }
 
     // Whether a value is attached to the option that Next returned last.
     bool HasValue() const noexcept { return value_.has_value(); }

@@ -35,13 +35,8 @@ public:
     explicit Parser(const std::vector<std::string>& words) : line_("velsock-cat", words) {}
 
     Arguments Parse() {
-        while (const auto item = line_.Next()) {
-            if (item->isOption) {
-                TakeOption(item->text);
-            } else {
-                operands_.push_back(item->text);
-            }
-        }
+        const auto operands = line_.TakeAll([this](const std::string& name) { TakeOption(name); });
+        operands_.insert(operands_.end(), operands.begin(), operands.end());
         if (!isInformation_) TakeCommand();
         return std::move(arguments_);
     }
@@ -61,7 +56,7 @@ private:
         if (standIn_ == &standIn) return;
         if (standIn_ != nullptr) Refuse("only one command can be given");
         standIn_ = &standIn;
-        operands_.insert(operands_.begin(), standIn.command);
+        operands_.emplace_back(standIn.command);
         if (line_.HasValue()) operands_.push_back(line_.Value());
     }
 

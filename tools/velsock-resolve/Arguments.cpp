@@ -17,13 +17,11 @@ public:
     explicit Parser(const std::vector<std::string>& words) : line_("velsock-resolve", words) {}
 
     Arguments Parse() {
-        while (const auto item = line_.Next()) {
-            if (item->isOption) {
-                TakeOption(item->text);
-            } else {
-                TakeOperand(item->text);
-            }
-        }
+        const auto operands =
+            line_.TakeAll([this](const std::string& option) { TakeOption(option); });
+        if (arguments_.command != Command::Answer) return std::move(arguments_);
+        for (const std::string& operand : operands)
+            TakeOperand(operand);
         if (arguments_.command == Command::Answer) CheckQuestion();
         if (arguments_.command == Command::Doctor) CheckDoctor();
         return std::move(arguments_);

@@ -28,13 +28,7 @@ public:
     explicit Parser(const std::vector<std::string>& words) : line_("velsock-trace", words) {}
 
     Arguments Parse() {
-        while (const auto item = line_.Next()) {
-            if (item->isOption) {
-                TakeOption(item->text);
-            } else {
-                operands_.push_back(item->text);
-            }
-        }
+        operands_ = line_.TakeAll([this](const std::string& name) { TakeOption(name); });
         if (arguments_.command == Command::List) TakeOperands();
         return std::move(arguments_);
     }
