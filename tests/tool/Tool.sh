@@ -6,12 +6,16 @@
 # CTest counts a test that ends so as not run.
 not_run=77
 
+# Not empty if the programs are those for Windows, under Wine.
+on_windows=${VELSOCK_TEST_ON_WINDOWS-}
+
 folder=$(mktemp -d)
 cd "$folder" || exit
 
 peer=""
 tidy_up() {
   [ -z "$peer" ] || kill "$peer" 2>/dev/null || true
+  [ ! -d "$folder/wine" ] || timeout --kill-after=5 20 wineserver -k || true
   rm -rf "$folder"
 }
 trap tidy_up EXIT
@@ -29,10 +33,21 @@ expect_match() {
   [[ $1 =~ $2 ]] || fail "expected a match of '$2' but saw '$1'"
 }
 
+# read_messages FILE: what a program has said on standard error. Windows ends the lines of text streams with a carriage
+# return too, but not the log's; here they are as everywhere.
+read_messages() {
+  [ -n "$on_windows" ] || return 0
+  local record='^[-0-9]+T[0-9:.]+Z Network/'
+  ! grep -vE "$record" "$1" | grep -v $'\r$' || fail "a line ends without a carriage return"
+  ! grep -E "$record" "$1" | grep $'\r$' || fail "a record ends with a carriage return"
+  sed -i 's/\r$//' "$1"
+}
+
 # Runs the program in the foreground; its code, outputs and failure line are left in status, out and err.
 run() {
   status=0
   "$program" "$@" >out 2>err || status=$?
+  read_messages err
 }
 
 expect_usage_error() {
@@ -41,6 +56,22 @@ expect_usage_error() {
   expect_equal "$(wc -l <err)" 1
   expect_equal "$(stat -c %s out)" 0
   expect_match "$(cat err)" "^$(basename "$program"): .*; see $(basename "$program") --help\$"
+}
+
+# read_said SECONDS: the next line that the peer says, into line.
+read_said() {
+  read -r -t "$1" line <&"$says" || return 1
+  [ -z "$on_windows" ] || line=${line%$'\r'}
+}
+
+# expect_reason SAID WHAT REASON: the program says what it could not do, and the system's reason, which is Windows' own
+# there.
+expect_reason() {
+  if [ -n "$on_windows" ]; then
+    expect_match "$1" "^$2: [A-Z][a-z ]+$"
+  else
+    expect_equal "$1" "$2: $3"
+  fi
 }
 
 # launch COMMAND...: the program in the background, its standard output in peer.out. Sets peer, and host and
@@ -52,7 +83,7 @@ launch() {
   peer=$!
   exec {says}<says.pipe
   local line
-  read -r line <&"$says" || return 1
+  read_said 55 || return 1
   expect_match "$line" '^listening on .* port [1-9][0-9]*$'
   port=${line##* }
   host=${line#listening on }
@@ -63,6 +94,7 @@ launch() {
 await_peer() {
   peer_status=0
   cat <&"$says" >peer.err
+  read_messages peer.err
   wait "$peer" || peer_status=$?
   peer=""
 }
@@ -102,6 +134,19 @@ enter_own_network() {
   mount --bind nsswitch.conf /etc/nsswitch.conf
   set_host_name "${1##* }"
   ip_command link set lo up
+  [ -z "$on_windows" ] || start_wine_here
+}
+
+# Wine creates sockets in its server, which so must be one of this network. It has the settings of the other, and its
+# programs.
+start_wine_here() {
+  mkdir wine
+  cp -a "$WINEPREFIX"/*.reg "$WINEPREFIX/.update-timestamp" "$WINEPREFIX/dosdevices" wine
+  ln -s "$WINEPREFIX/drive_c" wine/drive_c
+  export WINEPREFIX=$folder/wine
+  timeout --kill-after=5 20 wineserver -p
+  # Wine's services keep the standard streams of the first program, and live on.
+  "$program" --version </dev/null >/dev/null 2>&1
 }
 
 # A network that is not the loopback interface, for what needs one.

@@ -209,13 +209,13 @@ TestAFullOutputEndsWith6() {
   send < <(printf text)
   await_peer
   expect_equal "$peer_status" 6
-  expect_equal "$(cat peer.err)" "velsock-cat: Cannot write standard output: No space left on device"
+  expect_reason "$(cat peer.err)" "velsock-cat: Cannot write standard output" "No space left on device"
 }
 
 TestAnUnreadableInputEndsWith6() {
   run "$family" udp-send localhost 9 <"$folder"
   expect_equal "$status" 6
-  expect_equal "$(cat err)" "velsock-cat: Cannot read standard input: Is a directory"
+  expect_reason "$(cat err)" "velsock-cat: Cannot read standard input" "Is a directory"
 }
 
 set_up

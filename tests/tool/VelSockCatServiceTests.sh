@@ -42,7 +42,7 @@ TestAConnectionThatIsLostLeavesTheOthers() {
   wait_until_received 3
   # Closing with bytes unread resets the connection.
   exec 3>&-
-  read -r -t 30 line <&"$says"
+  read_said 30
   expect_match "$line" '^velsock-cat: cannot receive from the peer: .*\(100(53|54) SOCKET_ERR_'
   echo kept >&4
   read -r -u 4 -t 30 answer

@@ -87,7 +87,7 @@ TestDatagramsAreJsonEvents() {
   "$velsock_cat" -4 --json --from --count 1 udp-listen 0 >peer.out 2>says.pipe &
   peer=$!
   exec {says}<says.pipe
-  read -r line <&"$says"
+  read_said 55
   expect_match "$line" "^\{$json_time,\"event\":\"listening\",\"host\":\"127\.0\.0\.1\",\"port\":([0-9]+)\}$"
   run -4 udp-send 127.0.0.1 "${BASH_REMATCH[1]}" < <(printf 12345)
   await_peer

@@ -208,6 +208,20 @@ TestAFileGoesFromTheServerToTheClient() {
   cmp file out
 }
 
+# A text stream would end at the first of these bytes, or have more or fewer of the others.
+TestNoByteMeansAnything() {
+  printf '\x1a\n\r\n\r\x1a\0\n\r\r\n\xff\x04\x1a' >file
+  start_listening --send-only <file
+  run "$family" --receive-only connect "$host" "$port" </dev/null
+  await_peer
+  expect_equal "$status $peer_status" "0 0"
+  cmp file out
+  start_listening --receive-only </dev/null
+  run "$family" --send-only connect "$host" "$port" < <(cat file)
+  await_peer
+  cmp file peer.out
+}
+
 # Of a name's addresses, each family takes the one that fits.
 # The name is to have an address of the server's version, whatever the machine's hosts are.
 TestAClientFindsTheServerByName() {
@@ -294,8 +308,9 @@ TestAFullOutputEndsWith6() {
   start_listening --send-only < <(echo text)
   status=0
   "$velsock_cat" "$family" --receive-only connect "$host" "$port" </dev/null >/dev/full 2>err || status=$?
+  read_messages err
   expect_equal "$status" 6
-  expect_equal "$(cat err)" "velsock-cat: Cannot write standard output: No space left on device"
+  expect_reason "$(cat err)" "velsock-cat: Cannot write standard output" "No space left on device"
 }
 
 TestABrokenOutputPipeEndsWith6() {
@@ -307,23 +322,25 @@ TestABrokenOutputPipeEndsWith6() {
   exec 5<&-
   status=0
   "$velsock_cat" "$family" --receive-only connect "$host" "$port" </dev/null >&6 2>err || status=$?
+  read_messages err
   expect_equal "$status" 6
-  expect_equal "$(cat err)" "velsock-cat: Cannot write standard output: Broken pipe"
+  expect_reason "$(cat err)" "velsock-cat: Cannot write standard output" "Broken pipe"
 }
 
 TestAClosedOutputEndsWith6AndNeverReachesThePeer() {
   start_listening --send-only < <(echo text)
   status=0
   "$velsock_cat" "$family" --receive-only connect "$host" "$port" </dev/null >&- 2>err || status=$?
+  read_messages err
   expect_equal "$status" 6
-  expect_equal "$(cat err)" "velsock-cat: Cannot write standard output: Bad file descriptor"
+  expect_reason "$(cat err)" "velsock-cat: Cannot write standard output" "Bad file descriptor"
 }
 
 TestAnUnreadableInputEndsWith6() {
   start_listening --receive-only </dev/null
   run "$family" --send-only connect "$host" "$port" <"$folder"
   expect_equal "$status" 6
-  expect_equal "$(cat err)" "velsock-cat: Cannot read standard input: Is a directory"
+  expect_reason "$(cat err)" "velsock-cat: Cannot read standard input" "Is a directory"
 }
 
 TestAnUnreadableInputEndsTheExchangeWhileThePeerIsSilent() {

@@ -280,14 +280,15 @@ TestTheCacheRemembersNamesOfAddresses() {
 TestAFullOutputEndsWith6() {
   status=0
   "$program" dotted 1.2.3.4 >/dev/full 2>err || status=$?
+  read_messages err
   expect_equal "$status" 6
-  expect_equal "$(cat err)" "velsock-resolve: Cannot write standard output: No space left on device"
+  expect_reason "$(cat err)" "velsock-resolve: Cannot write standard output" "No space left on device"
 }
 
 TestAnUnreadableInputEndsWith6() {
   run dotted <"$folder"
   expect_equal "$status" 6
-  expect_equal "$(cat err)" "velsock-resolve: Cannot read standard input: Is a directory"
+  expect_reason "$(cat err)" "velsock-resolve: Cannot read standard input" "Is a directory"
 }
 
 TestOfSeveralQuestionsEachAnswerTellsItsOwn() {

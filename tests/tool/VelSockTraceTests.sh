@@ -109,7 +109,8 @@ TestWrongUsageEndsWith1() {
 
 TestAFileThatCannotBeReadEndsWith6() {
   run list missing.log
-  expect_equal "$status $(cat err)" "6 velsock-trace: cannot read missing.log: No such file or directory"
+  expect_equal "$status" 6
+  expect_reason "$(cat err)" "velsock-trace: cannot read missing.log" "No such file or directory"
   run list .
   expect_equal "$status" 6
 }
@@ -256,6 +257,20 @@ TestACaptureHasWhatBothEndsSent() {
     "10.0.0.1 40000 1795352460.000250000 10.0.0.2 8007 1795352460.000250000 "
   expect_equal "$(analyse 'tcp.flags.fin == 1' ip.src frame.time_epoch | tr '\t\n' '  ')" \
     "10.0.0.1 1795352464.000250000 10.0.0.2 1795352465.000250000 "
+}
+
+# A text stream would have more bytes. Each block has its length as its second number.
+TestACaptureIsMadeOfWholeBlocks() {
+  make_logs
+  run --pcapng capture list client.log server.log
+  expect_equal "$status $(cat out err)" "0 "
+  expect_equal "$(head -c 4 capture | od -An -tx1)" " 0a 0d 0d 0a"
+  local place=0 size
+  size=$(stat -c %s capture)
+  while [ "$place" -lt "$size" ]; do
+    place=$((place + $(od -An -tu4 -j $((place + 4)) -N 4 capture)))
+  done
+  expect_equal "$place" "$size"
 }
 
 TestACaptureOfIpv6IsSound() {

@@ -36,15 +36,16 @@ void PrepareStandardStreams() {
         ForgetWhenClosed(stream);
 }
 
-// A pipe reports how many bytes are waiting, and fails if there is no writer any more: then a read
-// returns at once. A console is signalled when there is input, a file always.
+// A pipe reports how many bytes are waiting, and that there is no writer any more: then a read
+// returns at once. One that reports nothing, as a pipe of the system below Wine, may let a read
+// wait for ever. A console is signalled when there is input, a file always.
 bool InputIsReady() {
     const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
     if (::GetFileType(input) != FILE_TYPE_PIPE)
         return ::WaitForSingleObject(input, 0) == WAIT_OBJECT_0;
     DWORD waiting = 0;
-    const bool open = ::PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr) != 0;
-    return !open || waiting > 0;
+    if (::PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr) != 0) return waiting > 0;
+    return ::GetLastError() == ERROR_BROKEN_PIPE;
 }
 
 std::size_t ReadInput(char* buffer, std::size_t size) {
