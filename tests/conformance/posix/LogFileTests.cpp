@@ -160,6 +160,7 @@ TEST_F(LogFile, ThatIsAPipeWithAReaderWaitsForItsRoom) {
 struct CancelledRecord {
     const char* path;
     bool written;
+    bool endsWithinLine;
 
     // A thread's function.
     static void* Run(void* argument) {
@@ -175,18 +176,20 @@ struct CancelledRecord {
         unsigned int error = 0;
         const System::LogFile file = System::OpenLogFile(path, error);
         written = System::WriteLogFile(file, "record", 6) == 6;
+        endsWithinLine = System::EndsWithinLine(file);
         System::CloseLogFile(file);
     }
 };
 
 TEST_F(LogFile, AThreadThatIsBeingCancelledWritesItsRecordStill) {
-    CancelledRecord scene = {.path = path_.c_str(), .written = false};
+    CancelledRecord scene = {.path = path_.c_str(), .written = false, .endsWithinLine = false};
     pthread_t thread = {};
     ASSERT_EQ(::pthread_create(&thread, nullptr, CancelledRecord::Run, &scene), 0);
     void* end = nullptr;
     ASSERT_EQ(::pthread_join(thread, &end), 0);
     EXPECT_EQ(end, PTHREAD_CANCELED);
     EXPECT_TRUE(scene.written);
+    EXPECT_TRUE(scene.endsWithinLine);
     EXPECT_EQ(Contents(), "record");
 }
 

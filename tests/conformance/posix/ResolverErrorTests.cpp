@@ -107,7 +107,76 @@ TEST_F(ResolverError, OfNumbersIsNone) {
     char service[100];
     EXPECT_TRUE(Returns(0, TextsOf(host, service, Winsock::NumericHost | Winsock::NumericService)));
     EXPECT_STREQ(host, "127.0.0.1");
-    EXPECT_EQ(AddressesOf(Resolved("10.1.2.3", "80")), Texts{"10.1.2.3 80"});
+    for (const char* const number : {"0.0.0.0", "9.9.9.9", "1.10.100.199", "90.249.254.255"})
+        EXPECT_EQ(AddressesOf(Resolved(number, "80")), Texts{std::string(number) + " 80"});
+    EXPECT_EQ(AddressesOf(Resolved("::ffff:9.9.9.9", "80")), Texts{"0:0:0:0:0:ffff:909:909%0 80"});
+    for (const char* const port : {"9", "09", "90", "65535", "00000"})
+        EXPECT_EQ(AddressesOf(Resolved("10.1.2.3", port)),
+                  Texts{"10.1.2.3 " + std::to_string(std::stoi(port))});
+    EXPECT_EQ(AddressesOf(Resolved("10.1.2.3", "")), Texts{"10.1.2.3 0"});
+}
+
+// Every other text is the resolver's to read, whatever it makes of it.
+TEST_F(ResolverError, OfWhatIsNoNumberIsTold) {
+    const FailingCall lists(SystemCall::Getaddrinfo, EAI_FAIL);
+    for (const char* const host :
+         {"1", "1.2.3", "1.2.3.4.5", "01.2.3.4", "1.2.3.04", "00.0.0.0", "256.1.1.1", "1.2.3.256",
+          "1.2.3.0255", "1..2.3", ".1.2.3", "1.2.3.", "1.2.3.4 ", "1.2.3.4\xC3\xA9", "1.2.3.a",
+          "::g", "::1%0"}) {
+        List list;
+        EXPECT_TRUE(Returns(11003, Resolve(host, "80", list))) << host;
+    }
+    for (const char* const port : {"000080", "80 ", "+80", "8x", "80\xC3", "\xC3\xA9"}) {
+        List list;
+        EXPECT_TRUE(Returns(11003, Resolve("10.1.2.3", port, list))) << port;
+    }
+}
+
+// A resolver that answers this, and leaves that number of an error behind.
+Hook Answering(int result, int error) {
+    return [=](const Call&) {
+        errno = error;
+        return Word{result};
+    };
+}
+
+// Without a limit a wrong look at the number would ask for ever.
+constexpr Occasion NotForEver = {.count = 100};
+
+TEST_F(ResolverError, IsNotWhatAnErrorNumberSaysThatMeansNothing) {
+    for (const Row& row : {Row{EAI_AGAIN, 11002}, Row{EAI_OVERFLOW, 122}, Row{EAI_FAIL, 11003}}) {
+        const HookedCall answers(SystemCall::Getaddrinfo, Answering(row.system, EINTR), NotForEver);
+        List list;
+        EXPECT_TRUE(Returns(row.winsock, Resolve("some.example", "80", list))) << row.system;
+        EXPECT_EQ(answers.Seen(), 1U);
+    }
+}
+
+// What was there before the resolver was asked says nothing, of a failure or of an unknown name.
+TEST_F(ResolverError, IsNotTheErrorNumberFromBefore) {
+    for (const Row& row : {Row{EAI_SYSTEM, 11003}, Row{EAI_NONAME, 11001}}) {
+        const HookedCall answers(
+            SystemCall::Getaddrinfo, [&row](const Call&) { return Word{row.system}; }, NotForEver);
+        for (const int earlier : {EINTR, EMFILE, EPERM}) {
+            List list;
+            errno = earlier;
+            EXPECT_TRUE(Returns(row.winsock, Resolve("some.example", "80", list))) << earlier;
+        }
+        EXPECT_EQ(answers.Seen(), 3U);
+    }
+}
+
+// An answer without an error and without a host: the error number tells why.
+TEST_F(ResolverError, OfAHostWithoutANumberIsTheSystems) {
+    for (const Row& row :
+         {Row{EMFILE, 11003}, Row{EIO, 11003}, Row{ENOENT, 11001}, Row{0, 11001}}) {
+        const HookedCall answers(SystemCall::Gethostbyname, [&row](const Call& call) {
+            *call.Pointer<hostent*>(5) = nullptr;
+            *call.Pointer<int>(6) = NETDB_SUCCESS;
+            return Word{row.system};
+        });
+        EXPECT_TRUE(FailsWith(row.winsock, Winsock::gethostbyname("some.example"))) << row.system;
+    }
 }
 
 TEST_F(ResolverError, ThatKnowsNoNameLeavesTheHostANumber) {

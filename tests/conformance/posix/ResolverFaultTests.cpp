@@ -1,4 +1,5 @@
 // A resolver that fails has not said that a name is unknown: nothing stands in for the answer.
+#include <ifaddrs.h>
 #include <netdb.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -86,6 +87,56 @@ TEST(ResolverFault, IsNotAnUnknownNameWhereItsTableCannotBeRead) {
         ASSERT_EQ(::mount(memory.c_str(), "/etc/hosts", nullptr, MS_BIND, nullptr), 0);
         ExpectFailure(11003, 11003);
     });
+}
+
+// Nobody knows the name, or an address of it, but this computer does.
+TEST(ResolverFault, IsNoneWhereTheOwnNamesAreUnknown) {
+    const auto expectKnown = [](int listError, int hostError) {
+        const FailingCall lists(SystemCall::Getaddrinfo, listError, {.count = 1});
+        EXPECT_EQ(AddressesOf(Resolved("lonely", "80")).back(), "127.0.0.1 80") << listError;
+        const FailingCall again(SystemCall::Getaddrinfo, listError, {.count = 1});
+        EXPECT_EQ(AddressesOf(Resolved("localhost", "80")).back(), "127.0.0.1 80") << listError;
+        const FailingCall hosts(SystemCall::Gethostbyname, hostError);
+        EXPECT_NE(Winsock::gethostbyname("lonely"), nullptr) << hostError;
+        EXPECT_NE(Winsock::gethostbyname("localhost"), nullptr) << hostError;
+    };
+    WithNames(
+        "127.0.0.1 localhost\n",
+        [&] {
+            expectKnown(EAI_NONAME, HOST_NOT_FOUND);
+            expectKnown(EAI_NODATA, NO_DATA);
+        },
+        "lonely");
+}
+
+TEST(ResolverFaultInAListOfInterfaces, IsNotAnErrorNumberFromBefore) {
+    WithNames(
+        "",
+        [] {
+            const HookedCall listed(SystemCall::Getifaddrs, [](const Call& call) {
+                const Word result = call.Make();
+                errno = EMFILE;
+                return result;
+            });
+            EXPECT_EQ(AddressesOf(Resolved("lonely", "80")).back(), "127.0.0.1 80");
+            EXPECT_NE(Winsock::gethostbyname("lonely"), nullptr);
+        },
+        "lonely");
+}
+
+// As tunnels may be.
+TEST(ResolverFaultInAListOfInterfaces, IsNotAnInterfaceWithoutAnAddress) {
+    WithNames(
+        "",
+        [] {
+            const HookedCall listed(SystemCall::Getifaddrs, [](const Call& call) {
+                const Word result = call.Make();
+                (*call.Pointer<ifaddrs*>(0))->ifa_addr = nullptr;
+                return result;
+            });
+            EXPECT_EQ(AddressesOf(Resolved("lonely", "80")).back(), "127.0.0.1 80");
+        },
+        "lonely");
 }
 
 TEST(ResolverFaultInAListOfInterfaces, IsNotAComputerWithoutAny) {

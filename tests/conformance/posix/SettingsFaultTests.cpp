@@ -91,6 +91,47 @@ TEST_F(SettingsFault, OfReadingTheResolversFileIsAnError) {
     }
 }
 
+TEST_F(SettingsFault, OfAValueIsAnErrorUnlessThatSaysThatNoneIsThere) {
+    tree_.Write("HKLM/K/Value", "text");
+    const Key key = Open(u"K");
+    for (const int error : {EPERM, EACCES, EMFILE, EIO}) {
+        const FailingCall fails(SystemCall::Read, error, {.count = 100});
+        EXPECT_EQ(Read(key, u"Value"), u"none");
+        EXPECT_EQ(error_, static_cast<unsigned int>(error));
+    }
+    for (const int error : {EPERM, EACCES, EIO}) {
+        const FailingCall beneath(SystemCall::Syscall, error);
+        const FailingCall plain(SystemCall::Openat, error);
+        EXPECT_EQ(Read(key, u"Value"), u"none");
+        EXPECT_EQ(error_, static_cast<unsigned int>(error));
+    }
+    EXPECT_EQ(Read(key, std::u16string(300, u'n')), u"none");
+    EXPECT_EQ(error_, 0U);
+}
+
+// Whatever is no file is none, and an error number that was there before says nothing of it.
+TEST_F(SettingsFault, FromBeforeIsNone) {
+    tree_.Write("HKLM/K/Value", "text");
+    tree_.Write("HKLM/K/Sub/Value", "text");
+    const Key key = Open(u"K");
+    for (const int earlier : {EIO, EMFILE, EINTR}) {
+        errno = earlier;
+        EXPECT_EQ(Read(key, u"Sub"), u"none");
+        EXPECT_EQ(error_, 0U) << earlier;
+        errno = earlier;
+        EXPECT_EQ(Read(key, u"Value"), u"[text]");
+        EXPECT_EQ(error_, 0U) << earlier;
+    }
+}
+
+// Whether the tree has the parameters is asked once more before the resolver's are taken.
+TEST_F(SettingsFault, OfTheTreesParametersIsNotMadeUpForByTheResolvers) {
+    files_.Write("domain example.org\n");
+    const FailingCall fails(SystemCall::Open, EIO, {.first = 2, .count = 1});
+    EXPECT_EQ(Open(Interfaces), nullptr);
+    EXPECT_EQ(error_, static_cast<unsigned int>(EIO));
+}
+
 TEST_F(SettingsFault, OfASignalIsNone) {
     files_.Write("domain example.org\n");
     tree_.Write("HKLM/K/Value", "text");

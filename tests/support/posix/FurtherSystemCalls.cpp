@@ -5,12 +5,9 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <pthread.h>
-#include <resolv.h>
-#include <signal.h>
 #include <sys/epoll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/statfs.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -60,10 +57,6 @@ ssize_t getline(char** line, size_t* room, std::FILE* file) {
     return Intercept<"getline", decltype(::getline)>(SystemCall::Getline, line, room, file);
 }
 
-int fstatfs(int descriptor, struct statfs* status) noexcept {
-    return Intercept<"fstatfs", decltype(::fstatfs)>(SystemCall::Fstatfs, descriptor, status);
-}
-
 off_t lseek(int descriptor, off_t offset, int whence) noexcept {
     return Intercept<"lseek", decltype(::lseek)>(SystemCall::Lseek, descriptor, offset, whence);
 }
@@ -71,11 +64,6 @@ off_t lseek(int descriptor, off_t offset, int whence) noexcept {
 ssize_t pread(int descriptor, void* bytes, size_t room, off_t offset) {
     return Intercept<"pread", decltype(::pread)>(SystemCall::Pread, descriptor, bytes, room,
                                                  offset);
-}
-
-ssize_t readlinkat(int folder, const char* path, char* text, size_t room) noexcept {
-    return Intercept<"readlinkat", decltype(::readlinkat)>(SystemCall::Readlinkat, folder, path,
-                                                           text, room);
 }
 
 int getrlimit(__rlimit_resource_t which, rlimit* limit) noexcept {
@@ -94,17 +82,6 @@ int getsourcefilter(int descriptor, uint32_t interface, const sockaddr* group, s
         SystemCall::Getsourcefilter, descriptor, interface, group, length, mode, count, sources);
 }
 
-// <resolv.h> calls it res_ninit.
-int __res_ninit(res_state state) noexcept {
-    return Intercept<"__res_ninit", decltype(::__res_ninit)>(SystemCall::ResNinit, state);
-}
-
-int res_nquerydomain(res_state state, const char* name, const char* domain, int kind, int type,
-                     unsigned char* answer, int room) noexcept {
-    return Intercept<"res_nquerydomain", decltype(::res_nquerydomain)>(
-        SystemCall::ResNquerydomain, state, name, domain, kind, type, answer, room);
-}
-
 // Threads, processes and signals
 
 int pthread_key_create(pthread_key_t* key, void (*end)(void*)) noexcept {
@@ -115,11 +92,6 @@ int pthread_key_create(pthread_key_t* key, void (*end)(void*)) noexcept {
 int pthread_setspecific(pthread_key_t key, const void* value) noexcept {
     return Intercept<"pthread_setspecific", decltype(::pthread_setspecific)>(
         SystemCall::PthreadSetspecific, key, value);
-}
-
-int sigtimedwait(const sigset_t* signals, siginfo_t* which, const timespec* time) {
-    return Intercept<"sigtimedwait", decltype(::sigtimedwait)>(SystemCall::Sigtimedwait, signals,
-                                                               which, time);
 }
 
 // What pthread_atfork, which is linked into the module, calls.

@@ -7,11 +7,14 @@
 #include <ifaddrs.h>
 #include <netdb.h>
 #include <poll.h>
+#include <resolv.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -144,6 +147,15 @@ int fstatat(int folder, const char* path, struct stat* status, int flags) noexce
                                                      flags);
 }
 
+int fstatfs(int descriptor, struct statfs* status) noexcept {
+    return Intercept<"fstatfs", decltype(::fstatfs)>(SystemCall::Fstatfs, descriptor, status);
+}
+
+ssize_t readlinkat(int folder, const char* path, char* text, size_t room) noexcept {
+    return Intercept<"readlinkat", decltype(::readlinkat)>(SystemCall::Readlinkat, folder, path,
+                                                           text, room);
+}
+
 DIR* fdopendir(int descriptor) {
     return Intercept<"fdopendir", decltype(::fdopendir)>(SystemCall::Fdopendir, descriptor);
 }
@@ -233,12 +245,28 @@ int getifaddrs(ifaddrs** list) noexcept {
     return Intercept<"getifaddrs", decltype(::getifaddrs)>(SystemCall::Getifaddrs, list);
 }
 
+// <resolv.h> calls it res_ninit.
+int __res_ninit(res_state state) noexcept {
+    return Intercept<"__res_ninit", decltype(::__res_ninit)>(SystemCall::ResNinit, state);
+}
+
+int res_nquerydomain(res_state state, const char* name, const char* domain, int kind, int type,
+                     unsigned char* answer, int room) noexcept {
+    return Intercept<"res_nquerydomain", decltype(::res_nquerydomain)>(
+        SystemCall::ResNquerydomain, state, name, domain, kind, type, answer, room);
+}
+
 char* getenv(const char* name) noexcept {
     return Intercept<"getenv", decltype(::getenv)>(SystemCall::Getenv, name);
 }
 
 char* secure_getenv(const char* name) noexcept {
     return Intercept<"secure_getenv", decltype(::secure_getenv)>(SystemCall::Getenv, name);
+}
+
+int sigtimedwait(const sigset_t* signals, siginfo_t* which, const timespec* time) {
+    return Intercept<"sigtimedwait", decltype(::sigtimedwait)>(SystemCall::Sigtimedwait, signals,
+                                                               which, time);
 }
 
 // The names that fortified code calls, which abort if more is asked for than the buffer holds. Its

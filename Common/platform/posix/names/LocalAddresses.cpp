@@ -64,7 +64,7 @@ bool IsNumeric(const char* name) noexcept {
 bool IsLocalHostName(const char* name) noexcept {
     if (IsLocalhost(name) || IsNumeric(name)) return false;
     HostNameText own;
-    if (IsError(HostName(own))) return false;
+    HostName(own);  // empty if there is none, which no name equals
     const std::string_view whole = own.text;
     const std::string_view label = whole.substr(0, whole.find('.'));
     return SameName(name, whole) || (!label.empty() && SameName(name, label));

@@ -15,14 +15,13 @@ constexpr std::string_view Way[] = {"System",     "CurrentControlSet", "Services
 constexpr std::size_t ParametersDepth = 5;
 constexpr std::size_t InterfacesDepth = 6;
 
-// Follows the path from a depth on that way. Returns the depth it leads to, or none if it leaves
-// the way.
-std::optional<std::size_t> Descend(std::size_t depth, Name path) {
+// Follows the path from a depth on that way. Returns the depth it leads to, or 0 if it leaves the
+// way: even an empty path is a step.
+std::size_t Descend(std::size_t depth, Name path) {
     const auto step = [&depth](Name part) {
         return depth < std::size(Way) && IsNamed(part, Way[depth++]);
     };
-    if (TakeParts(path, step)) return depth;
-    return {};
+    return TakeParts(path, step) ? depth : 0;
 }
 
 std::string Joined(const std::vector<std::string>& words) {
@@ -41,8 +40,8 @@ public:
 
     std::unique_ptr<Key> Open(Name path, unsigned int& error) const override {
         error = 0;
-        const std::optional<std::size_t> depth = Descend(depth_, path);
-        return depth ? std::make_unique<ResolverKey>(*depth, settings_) : nullptr;
+        const std::size_t depth = Descend(depth_, path);
+        return depth > 0 ? std::make_unique<ResolverKey>(depth, settings_) : nullptr;
     }
 
     bool Read(Name name, System::WideUnits* text, unsigned int& error) const override {
@@ -76,8 +75,7 @@ private:
 }  // namespace
 
 std::optional<Name> ResolverParametersPath(Name path) {
-    const std::optional<std::size_t> depth = Descend(0, path);
-    if (!depth || *depth < ParametersDepth) return {};
+    if (Descend(0, path) < ParametersDepth) return {};
     std::size_t partsLeft = ParametersDepth;
     Name parameters = path;
     TakeParts(path, [&](Name part) {
@@ -88,11 +86,10 @@ std::optional<Name> ResolverParametersPath(Name path) {
 }
 
 std::unique_ptr<Registry::Key> OpenResolverKey(Name path, unsigned int& error) {
-    const std::optional<std::size_t> depth = Descend(0, path);
     ResolverSettings settings;
     error = ReadResolverSettings(settings);
-    if (!depth || error != 0) return nullptr;
-    return std::make_unique<ResolverKey>(*depth, std::move(settings));
+    if (error != 0) return nullptr;
+    return std::make_unique<ResolverKey>(Descend(0, path), std::move(settings));
 }
 
 }  // namespace Posix

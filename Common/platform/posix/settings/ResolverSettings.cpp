@@ -98,9 +98,8 @@ unsigned int ReadFile(const char* path, ResolverSettings& settings) {
 }  // namespace
 
 unsigned int ReadResolverSettings(ResolverSettings& settings) {
-    settings = {};
     const unsigned int error = ReadFile(ResolverFile(), settings);
-    if (error != 0 || !NamesLocalServerOnly(settings)) return error;
+    if (!NamesLocalServerOnly(settings)) return error;
     return ReadFile(LocalServersResolverFile(), settings);
 }
 

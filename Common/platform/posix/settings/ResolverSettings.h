@@ -12,8 +12,8 @@ struct ResolverSettings {
     std::size_t serverCount = 0;           // those of both families
 };
 
-// Reads the current settings; a host without the file has none. Returns the system's error number,
-// or 0.
+// Reads the current settings into empty ones; a host without the file has none. Returns the
+// system's error number, or 0.
 unsigned int ReadResolverSettings(ResolverSettings& settings);
 
 }  // namespace Posix

@@ -56,7 +56,8 @@ public:
 
     // Returns false with errno on failure.
     bool TakeTrustedLink() noexcept {
-        link_ = Descriptor(Open(O_PATH | O_NOFOLLOW | O_CLOEXEC, 0));
+        if (folder_) link_ = Descriptor(Open(O_PATH | O_NOFOLLOW | O_CLOEXEC, 0));
+        if (!link_) return false;
         struct stat link = {};
         struct stat folder = {};
         if (::fstat(link_.Number(), &link) < 0) return false;
@@ -96,8 +97,7 @@ int OpenBehindLinks(const char* path, int flags, mode_t mode) noexcept {
         const int opened = place.Open(flags | O_NOFOLLOW, mode);
         if (opened >= 0 || errno != ELOOP) return opened;
     }
-    errno = ELOOP;
-    return -1;
+    return -1;  // with ELOOP, as after the last link
 }
 
 }  // namespace
