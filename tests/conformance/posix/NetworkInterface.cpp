@@ -26,7 +26,8 @@ struct Ipv6Request {
 
 NetworkInterface::NetworkInterface(const char* name) {
     std::strcpy(request_.ifr_name, name);
-    made_ = ::ioctl(ipv4_, SIOCBRADDBR, name) == 0 && GiveNoAddress() && Raise();
+    made_ = ::ioctl(ipv4_, SIOCBRADDBR, name) == 0 && Set("addr_gen_mode", 1) &&
+            Set("accept_dad", 0) && Raise();
 }
 
 NetworkInterface::~NetworkInterface() {
@@ -55,11 +56,11 @@ void NetworkInterface::TakeDown() {
     EXPECT_EQ(::ioctl(ipv4_, SIOCSIFFLAGS, &request_), 0);
 }
 
-bool NetworkInterface::GiveNoAddress() const {
+bool NetworkInterface::Set(const char* setting, int value) const {
     const std::string folder = "/proc/sys/net/ipv6/conf/";
-    std::ofstream mode(folder + request_.ifr_name + "/addr_gen_mode");
-    mode << 1 << std::flush;
-    return mode.good();
+    std::ofstream file(folder + request_.ifr_name + "/" + setting);
+    file << value << std::flush;
+    return file.good();
 }
 
 bool NetworkInterface::Raise() {

@@ -22,7 +22,7 @@ public:
     void TakeDown();
 
 private:
-    bool GiveNoAddress() const;
+    bool Set(const char* setting, int value) const;
     bool Raise();
 
     int ipv4_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
