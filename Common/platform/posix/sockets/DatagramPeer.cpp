@@ -54,7 +54,8 @@ bool KeepBinding(const Socket& socket, const KernelAddress& former) {
     if (!LocalAddress(socket, local)) return false;
     const std::uint16_t port = PortOf(former);
     const bool anyAddress = IsWildcard(local);
-    if (PortOf(local) != port) return BindTo(socket, anyAddress ? WithPort(local, port) : former);
+    if (PortOf(local) != port)
+        return BindDatagramAgain(socket, anyAddress ? WithPort(local, port) : former);
     return anyAddress || KeepLink(socket, former, local);
 }
 

@@ -8,21 +8,26 @@ namespace Posix {
 
 namespace {
 
-// With SO_REUSEADDR on, the kernel might choose a port that others share.
-bool BindWithoutSharing(const Socket& socket, const KernelAddress& address) noexcept {
-    if (!SetPortSharing(socket, false)) return false;
+bool BindSharing(const Socket& socket, const KernelAddress& address, bool share) noexcept {
+    if (!SetPortSharing(socket, share)) return false;
     const bool bound = BindTo(socket, address);
     const int error = errno;
-    SetPortSharing(socket, true);
+    SetPortSharing(socket, socket.Has(Flag::Reuse));
     errno = error;
     return bound;
 }
 
 }  // namespace
 
+// With SO_REUSEADDR on, the kernel might choose a port that others share.
 bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept {
     const bool mayShare = socket.Has(Flag::Reuse) && PortOf(address) == 0;
-    return mayShare ? BindWithoutSharing(socket, address) : BindTo(socket, address);
+    return mayShare ? BindSharing(socket, address, false) : BindTo(socket, address);
+}
+
+bool BindDatagramAgain(const Socket& socket, const KernelAddress& address) noexcept {
+    return socket.Has(Flag::Reception) ? BindSharing(socket, address, true)
+                                       : BindTo(socket, address);
 }
 
 // Another thread may have bound it meanwhile (EINVAL).

@@ -10,6 +10,9 @@ namespace Posix {
 // one. Returns false with errno if the kernel refuses.
 bool BindDatagram(const Socket& socket, const KernelAddress& address) noexcept;
 
+// Binds a socket to the port that it has just lost, which its auxiliary sockets may still have.
+bool BindDatagramAgain(const Socket& socket, const KernelAddress& address) noexcept;
+
 // Gives a socket that sends and has no port one. Returns false with errno if there is none.
 bool TakePort(const Socket& socket) noexcept;
 inline bool HavePort(const Socket& socket) noexcept {
