@@ -53,6 +53,8 @@ TEST_F(Binding, RefusesAnAddressThatIsNotLocal) {
 TEST_F(Binding, HappensOnce) {
     EXPECT_TRUE(FailsWith(10022, Bind(NewBoundStream(), Loopback(0))));
     EXPECT_TRUE(FailsWith(10022, Bind(NewBoundDatagram(), Loopback(0))));
+    for (const OwnedSocket& socket : {NewBoundStream(), NewListener(), NewBoundDatagram()})
+        EXPECT_TRUE(FailsWith(10022, Bind(socket, LocalAddress(socket))));
     EXPECT_TRUE(FailsWith(10022, Bind(NewConnectedPair().client, Loopback(0))));
     EXPECT_TRUE(FailsWith(10022, Bind(NewConnectedPair().server, Loopback(0))));
     const OwnedSocket datagram = NewDatagram();

@@ -9,6 +9,7 @@
 
 #include "NetworkInterface.h"
 #include "OwnNetwork.h"
+#include "TakenAddress.h"
 #include "conformance/DatagramScene.h"
 #include "conformance/Scene.h"
 
@@ -54,12 +55,14 @@ void SendFrom(const OwnedSocket& sender, const std::string& text, unsigned int i
     EXPECT_TRUE(Succeeds(SendTo(sender, text, Ipv6(group, port)), static_cast<int>(text.size())));
 }
 
-// Two interfaces, and a socket that is bound to an address of the first.
+// Two interfaces that take in what is sent to the group, since somebody is a member on both, and a
+// socket that is bound to an address of the first.
 struct Wires {
     NetworkInterface wire{"wire"};
     NetworkInterface other{"other"};
     OwnedSocket socket;
     OwnedSocket peer;
+    OwnedSocket member = NewDatagram(Winsock::FamilyIpv6);
     unsigned int port = 0;
 
     Wires() {
@@ -70,6 +73,8 @@ struct Wires {
         socket = NewIpv6Receiver(Ipv6(Address, 0));
         peer = NewIpv6Receiver(Ipv6(PeersAddress, 0));
         port = Ipv6Port(socket);
+        for (const NetworkInterface* interface : {&wire, &other})
+            EXPECT_EQ(SetMembership(member, Join, GroupOn(interface->Index())), 0);
     }
     void Send(const std::string& text, const NetworkInterface& interface,
               const char* group = GroupAddress) const {
@@ -144,6 +149,22 @@ TEST_F(BoundGroupIpv6, MayBeJoinedOnTheSystemsChoiceOfInterface) {
         wires.ExpectNothingElse();
         ASSERT_TRUE(Succeeds(SetMembership(wires.socket, Leave, GroupOn(0))));
         EXPECT_TRUE(FailsWith(10022, SetMembership(wires.socket, Leave, GroupOn(0))));
+    });
+}
+
+// Whoever has bound the group's address and does not share it.
+TEST_F(BoundGroupIpv6, FailsToBeJoinedWhereItsPortIsTaken) {
+    InOwnNetwork([] {
+        const Wires wires;
+        const Winsock::MembershipIpv6 group = GroupOn(wires.wire.Index());
+        {
+            const TakenAddress taken(Ipv6(GroupAddress, wires.port));
+            EXPECT_TRUE(FailsWith(10048, SetMembership(wires.socket, Join, group)));
+        }
+        EXPECT_TRUE(FailsWith(10022, SetMembership(wires.socket, Leave, group)));
+        ASSERT_TRUE(Succeeds(SetMembership(wires.socket, Join, group)));
+        wires.Send("to all", wires.wire);
+        EXPECT_EQ(Receive(wires.socket), "to all");
     });
 }
 

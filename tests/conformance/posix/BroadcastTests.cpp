@@ -12,6 +12,7 @@
 #include <string>
 
 #include "OwnNetwork.h"
+#include "TakenAddress.h"
 #include "conformance/DatagramScene.h"
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
@@ -138,6 +139,20 @@ TEST_F(BroadcastOwnAddress, FailsToBeBoundWhereTheSystemRefusesAnOption) {
             }
             ASSERT_TRUE(Succeeds(Bind(receiver, Address(0))));
             ExpectBroadcasts(receiver);
+        }
+    });
+}
+
+// Another program may have it, and keeps it.
+TEST_F(BroadcastOwnAddress, IsBoundThoughTheBroadcastAddressIsTaken) {
+    OnAnInterface([] {
+        for (const Winsock::AddressIpv4& broadcast :
+             {Ipv4(192, 0, 2, 255, 0), Ipv4(255, 255, 255, 255, 0)}) {
+            const TakenAddress taken(broadcast);
+            const OwnedSocket receiver = NewReceiver();
+            ASSERT_TRUE(Succeeds(Bind(receiver, Address(taken.Port()))));
+            EXPECT_EQ(SendTo(NewSender(), "to one", LocalAddress(receiver)), 6);
+            EXPECT_EQ(Receive(receiver), "to one");
         }
     });
 }
