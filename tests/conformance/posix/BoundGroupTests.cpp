@@ -167,6 +167,29 @@ int JoinWithoutMemory(const OwnedSocket& socket, unsigned int successes) {
     return SetMembership(socket, Join, Group);
 }
 
+int ConnectWithoutMemory(const OwnedSocket& socket, const Winsock::AddressIpv4& peer,
+                         unsigned int successes) {
+    const Support::FailingAllocations failing(successes);
+    return Connect(socket, peer);
+}
+
+TEST_F(BoundGroup, FailsToFollowAPeerWithoutMemoryAndFollowsLater) {
+    const OwnedSocket socket = NewDatagram();
+    const Winsock::AddressIpv4 peer = LocalAddress(sender_);
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReceiveTimeout, 20'000)));
+    ASSERT_TRUE(Succeeds(Bind(socket, Ipv4(0, 0, 0, 0, 0))));
+    ASSERT_TRUE(Succeeds(SetMembership(socket, Join, Group)));
+    unsigned int allocations = 0;
+    while (ConnectWithoutMemory(socket, peer, allocations) != 0) {
+        ASSERT_EQ(Winsock::WSAGetLastError(), 10055);
+        ASSERT_LT(++allocations, 10U);
+    }
+    EXPECT_GT(allocations, 0U);
+    port_ = LocalPort(socket);
+    SendToGroup("to all");
+    EXPECT_EQ(Receive(socket), "to all");
+}
+
 TEST_F(BoundGroup, FailsToBeJoinedWithoutMemoryAndIsJoinedLater) {
     unsigned int allocations = 0;
     while (JoinWithoutMemory(receiver_, allocations) != 0) {

@@ -36,9 +36,10 @@ bool Ask(unsigned long request, void* argument) {
     return ::ioctl(static_cast<int>(NewDatagram().Get()), request, argument) == 0;
 }
 
-bool SetAddress(unsigned long request, const Winsock::AddressIpv4& address) {
+bool SetAddress(unsigned long request, const Winsock::AddressIpv4& address,
+                const char* interface = Interface) {
     ifreq argument = {};
-    std::strcpy(argument.ifr_name, Interface);
+    std::strcpy(argument.ifr_name, interface);
     std::memcpy(&argument.ifr_addr, &address, sizeof address);
     return Ask(request, &argument);
 }
@@ -140,6 +141,53 @@ TEST_F(BroadcastOwnAddress, FailsToBeBoundWhereTheSystemRefusesAnOption) {
             ASSERT_TRUE(Succeeds(Bind(receiver, Address(0))));
             ExpectBroadcasts(receiver);
         }
+    });
+}
+
+// How many sockets of the system it takes to be bound to the address and to hear its broadcasts.
+unsigned int SocketsToBind(const Winsock::AddressIpv4& address) {
+    const OwnedSocket receiver = NewReceiver();
+    const CountedCall others(SystemCall::Socket);
+    EXPECT_TRUE(Succeeds(Bind(receiver, address)));
+    const unsigned int count = others.Seen() + 1;
+    const OwnedSocket sender = NewDatagram();
+    EXPECT_EQ(SendTo(sender, "to one", LocalAddress(receiver)), 6);
+    EXPECT_EQ(Receive(receiver), "to one");
+    return count;
+}
+
+TEST_F(BroadcastOwnAddress, TakesASocketMoreForEachBroadcastAddressThatThereIs) {
+    OnAnInterface([] {
+        EXPECT_EQ(SocketsToBind(Address(0)), 3U);
+        // Networks of one address, of two, and of all.
+        for (const int last : {0xFF, 0xFE}) {
+            ASSERT_TRUE(SetAddress(SIOCSIFNETMASK,
+                                   Ipv4(255, 255, 255, static_cast<unsigned char>(last), 0)));
+            EXPECT_EQ(SocketsToBind(Address(0)), 2U) << last;
+        }
+        ASSERT_TRUE(SetAddress(SIOCSIFNETMASK, Ipv4(0, 0, 0, 0, 0)));
+        EXPECT_EQ(SocketsToBind(Address(0)), 2U);
+    });
+}
+
+TEST_F(BroadcastOwnAddress, TakesOneSocketOnAnInterfaceWithoutBroadcasts) {
+    InOwnNetwork([] {
+        ASSERT_TRUE(SetAddress(SIOCSIFADDR, Address(0), "lo"));
+        EXPECT_EQ(SocketsToBind(Address(0)), 1U);
+    });
+}
+
+// An interface may go while it is asked.
+TEST_F(BroadcastOwnAddress, IsBoundThoughTheSystemDoesNotTellOfItsInterface) {
+    OnAnInterface([] {
+        for (const int request : {SIOCGIFCONF, SIOCGIFFLAGS, SIOCGIFINDEX}) {
+            const FailingCall fails(SystemCall::Ioctl, ENODEV, {.option = request});
+            EXPECT_EQ(SocketsToBind(Address(0)), 1U) << request;
+        }
+        const FailingCall fails(SystemCall::Ioctl, ENODEV, {.option = SIOCGIFNETMASK});
+        EXPECT_EQ(SocketsToBind(Address(0)), 2U);
+        const FailingCall later(SystemCall::Ioctl, ENODEV, {.first = 2, .option = SIOCGIFCONF});
+        EXPECT_EQ(SocketsToBind(Address(0)), 1U);
     });
 }
 

