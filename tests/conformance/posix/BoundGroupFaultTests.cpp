@@ -140,6 +140,18 @@ TEST_F(BoundGroupFault, InConnectingLeavesAMemberWithoutAPeer) {
     EXPECT_GT(step, FewestSteps);
 }
 
+TEST_F(BoundGroupFault, InLeavingLeavesAMember) {
+    TakeReceiver(NewDatagram());
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    {
+        const FailingCall fails(SystemCall::Setsockopt, ENOMEM, {.option = IP_DROP_MEMBERSHIP});
+        EXPECT_TRUE(FailsWith(10055, SetMembership(receiver_, Leave, Group)));
+    }
+    ASSERT_TRUE(Succeeds(Bind(receiver_, Loopback(0))));
+    port_ = LocalPort(receiver_);
+    ExpectGroup();
+}
+
 TEST_F(BoundGroupFault, InBindingIsTold) {
     unsigned int step = First;
     for (bool failed = true; failed; ++step) {

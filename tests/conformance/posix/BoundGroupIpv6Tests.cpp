@@ -152,6 +152,16 @@ TEST_F(BoundGroupIpv6, MayBeJoinedOnTheSystemsChoiceOfInterface) {
     });
 }
 
+TEST_F(BoundGroupIpv6, IsNotHeardBySomebodyElseOnAllAddresses) {
+    InOwnNetwork([] {
+        const Wires wires;
+        const OwnedSocket stranger = NewIpv6Receiver(Ipv6("::", 0));
+        SendFrom(wires.peer, "to all", wires.wire.Index(), Ipv6Port(stranger));
+        EXPECT_EQ(SendTo(wires.peer, "to one", Ipv6(Address, Ipv6Port(stranger))), 6);
+        EXPECT_EQ(Receive(stranger), "to one");
+    });
+}
+
 // Whoever has bound the group's address and does not share it.
 TEST_F(BoundGroupIpv6, FailsToBeJoinedWhereItsPortIsTaken) {
     InOwnNetwork([] {

@@ -170,6 +170,21 @@ TEST_F(BroadcastOwnAddress, TakesASocketMoreForEachBroadcastAddressThatThereIs) 
     });
 }
 
+TEST_F(BroadcastOwnAddress, MayBeOfAnyNetwork) {
+    OnAnInterface([] {
+        ASSERT_TRUE(SetAddress(SIOCSIFADDR, Ipv4(10, 0, 0, 1, 0)));
+        EXPECT_EQ(SocketsToBind(Ipv4(10, 0, 0, 1, 0)), 3U);
+    });
+}
+
+TEST_F(BroadcastOwnAddress, IsNotLookedForWhereThereAreNoBroadcasts) {
+    const CountedCall questions(SystemCall::Ioctl);
+    EXPECT_TRUE(Succeeds(Bind(NewDatagram(), Loopback(0))));
+    EXPECT_TRUE(Succeeds(Bind(NewDatagram(), Ipv4(0, 0, 0, 0, 0))));
+    EXPECT_TRUE(Succeeds(Bind(NewDatagram(Winsock::FamilyIpv6), LoopbackIpv6(0))));
+    EXPECT_EQ(questions.Seen(), 0U);
+}
+
 TEST_F(BroadcastOwnAddress, TakesOneSocketOnAnInterfaceWithoutBroadcasts) {
     InOwnNetwork([] {
         ASSERT_TRUE(SetAddress(SIOCSIFADDR, Address(0), "lo"));

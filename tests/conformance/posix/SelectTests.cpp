@@ -1,6 +1,7 @@
 // Waits for many sockets, as far as they depend on signals, descriptors and what the system keeps.
 #include <net/if.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -13,6 +14,7 @@
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
 #include "conformance/SelectScene.h"
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 namespace {
@@ -164,6 +166,36 @@ TEST_F(SelectOutcome, ThatATransferHasMetIsStillInTheLastSet) {
     AwaitEnd(socket.Get());
     ASSERT_TRUE(FailsWith(10057, TryReceive(socket)));
     EXPECT_EQ(ReadyFor(socket), "e");
+}
+
+TEST_F(SelectOutcome, OfAFailedConnectIsForgottenWithTheNextOne) {
+    const OwnedSocket bound = NewBoundStream();
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    SetNonBlocking(socket);
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(bound))));
+    EXPECT_EQ(ReadyFor(socket, Minute), "e");
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(listener))));
+    EXPECT_EQ(ReadyFor(socket, Minute), "w");
+}
+
+// Two that connect to each other at the same moment.
+TEST_F(SelectOutcome, OfAConnectThatThePeersHasMetIsNoneBeforeItIsAcknowledged) {
+    using namespace SystemCalls;
+    const FullListener listener;
+    const OwnedSocket socket = NewStream();
+    SetNonBlocking(socket);
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, Loopback(listener.Port()))));
+    const HookedCall state(SystemCall::Getsockopt,
+                           [](const Call& call) {
+                               const Word result = call.Make();
+                               call.Pointer<tcp_info>(3)->tcpi_state = TCP_SYN_RECV;
+                               return result;
+                           },
+                           {.level = IPPROTO_TCP, .option = TCP_INFO});
+    EXPECT_TRUE(FailsWith(10057, Send(socket, "x")));
+    EXPECT_EQ(ReadyFor(socket), "");
+    EXPECT_GE(state.Seen(), 1U);
 }
 
 // The system goes on telling of the end, but no longer why.

@@ -181,6 +181,15 @@ TEST_F(TransferFaultOfStreams, OfASignalLeavesALimitOfSecondsAsItIs) {
               Milliseconds(2'050));
 }
 
+TEST_F(TransferFaultOfStreams, OfNothingAtAllIsNone) {
+    const Pair pair = NewConnectedPair();
+    EXPECT_TRUE(Succeeds(Send(pair.client, "")));
+    ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionSendTimeout, 20'000)));
+    EXPECT_TRUE(Succeeds(Send(pair.client, "")));
+    const FailingCall signal(SystemCall::Send, EINTR, {.count = 1});
+    EXPECT_TRUE(Succeeds(Send(pair.client, "")));
+}
+
 using TransferFaultOfDatagrams = Started;
 
 struct Datagrams {
