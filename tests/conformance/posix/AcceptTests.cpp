@@ -77,6 +77,13 @@ TEST_F(AcceptingTimeout, ThatWasSetBeforehandTakesNoFurtherCall) {
     EXPECT_TRUE(FailsWith(10060, TryReceive(socket)));
 }
 
+TEST_F(AcceptingTimeout, ThatWasSetMeanwhileIsNobodysIfNobodyComes) {
+    const OwnedSocket listener = NewListener();
+    SetNonBlocking(listener);
+    ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 10)));
+    EXPECT_TRUE(FailsWith(10035, Winsock::accept(listener.Get(), nullptr, nullptr)));
+}
+
 TEST_F(AcceptingTimeout, ThatCannotBeTakenOverIsAFailureThatLeavesNothingBehind) {
     const OwnedSocket listener = NewListener();
     ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 10)));

@@ -55,6 +55,16 @@ TEST_F(BindingWithAnUnknownName, IsAFailureThatLeavesTheRoomAlone) {
     }
 }
 
+TEST_F(BindingWithAnUnknownName, IsNotWrittenToNull) {
+    const OwnedSocket bound = NewBoundStream();
+    const Pair pair = NewConnectedPair();
+    int length = sizeof(Winsock::AddressStorage);
+    EXPECT_TRUE(FailsWith(10014, Winsock::getsockname(bound.Get(), nullptr, &length)));
+    EXPECT_TRUE(FailsWith(10014, Winsock::getpeername(pair.client.Get(), nullptr, &length)));
+    Winsock::AddressIpv4 address = {};
+    EXPECT_TRUE(FailsWith(10014, Winsock::getpeername(pair.client.Get(), &address, nullptr)));
+}
+
 OwnedSocket NewReusing(OwnedSocket socket = NewStream()) {
     EXPECT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
     return socket;
@@ -258,6 +268,40 @@ TEST_F(BindingAndTheLastCleanUp, LeavesTheClientsPortsFree) {
     server.Close();
     ASSERT_TRUE(FindsPortTaken(PortOf(address)));
     EXPECT_TRUE(Succeeds(Bind(NewStream(), address)));
+}
+
+using BindingAndClosing = Started;
+
+// Only a client's port is kept by its ended connection.
+TEST_F(BindingAndClosing, TakesNoOptionWhereNoConnectionKeepsThePort) {
+    Pair pair = NewConnectedPair();
+    Pair reset = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(Send(reset.client, "unread"), 6));
+    AwaitReadable(reset.server.Get());
+    reset.server.Close();
+    ASSERT_TRUE(FailsWith(10054, RepeatWhile(0, [&] { return TryReceive(reset.client); })));
+    OwnedSocket datagram = NewDatagram();
+    ASSERT_TRUE(Succeeds(Connect(datagram, Loopback(9))));
+    OwnedSocket bound = NewBoundStream();
+    OwnedSocket listener = NewListener();
+    const CountedCall options(SystemCall::Setsockopt);
+    for (OwnedSocket* socket : {&pair.server, &reset.client, &datagram, &bound, &listener})
+        socket->Close();
+    EXPECT_EQ(options.Seen(), 0U);
+    pair.client.Close();
+    EXPECT_EQ(options.Seen(), 1U);
+}
+
+TEST_F(BindingReuseFault, IsNothingThatAConnectionKnowsOf) {
+    const OwnedSocket listener = BoundAndReusing();
+    ASSERT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
+    const OwnedSocket client = NewReusing();
+    ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
+    const OwnedSocket server = Accept(listener);
+    EXPECT_TRUE(Succeeds(Send(client, "there"), 5));
+    EXPECT_EQ(Receive(server), "there");
+    EXPECT_TRUE(Succeeds(Send(server, "back"), 4));
+    EXPECT_EQ(Receive(client), "back");
 }
 
 }  // namespace

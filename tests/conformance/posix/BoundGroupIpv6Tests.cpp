@@ -3,8 +3,8 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <cerrno>
 #include <cstring>
-#include <functional>
 #include <string>
 
 #include "NetworkInterface.h"
@@ -12,6 +12,7 @@
 #include "TakenAddress.h"
 #include "conformance/DatagramScene.h"
 #include "conformance/Scene.h"
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 namespace {
@@ -173,6 +174,18 @@ TEST_F(BoundGroupIpv6, FailsToBeJoinedWhereItsPortIsTaken) {
         }
         EXPECT_TRUE(FailsWith(10022, SetMembership(wires.socket, Leave, group)));
         ASSERT_TRUE(Succeeds(SetMembership(wires.socket, Join, group)));
+        wires.Send("to all", wires.wire);
+        EXPECT_EQ(Receive(wires.socket), "to all");
+    });
+}
+
+TEST_F(BoundGroupIpv6, IsHeardThoughTheSystemDoesNotTellOfItsInterfaces) {
+    InOwnNetwork([] {
+        const Wires wires;
+        {
+            const SystemCalls::FailingCall fails(SystemCalls::SystemCall::IfNameindex, ENOBUFS);
+            ASSERT_TRUE(Succeeds(SetMembership(wires.socket, Join, GroupOn(wires.wire.Index()))));
+        }
         wires.Send("to all", wires.wire);
         EXPECT_EQ(Receive(wires.socket), "to all");
     });

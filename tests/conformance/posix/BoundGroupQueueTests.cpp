@@ -1,4 +1,5 @@
 // The datagrams of groups and those of the own address come as if from one queue.
+#include <cerrno>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -6,6 +7,7 @@
 #include "BoundGroupScene.h"
 #include "conformance/Provocation.h"
 #include "conformance/SelectScene.h"
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 namespace {
@@ -152,6 +154,33 @@ TEST_F(BoundGroupQueue, TellsOfAReportAmongDatagrams) {
     }
     EXPECT_EQ(resets, 1);
     EXPECT_EQ(received.size(), 6U);
+}
+
+TEST_F(BoundGroupQueue, TellsOfAReportBeforeTheDatagrams) {
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    OwnedSocket gone = NewBoundDatagram();
+    const Winsock::AddressIpv4 nobody = LocalAddress(gone);
+    gone.Close();
+    SendToGroup("one");
+    EXPECT_EQ(SendTo(receiver_, "anybody?", nobody), 8);
+    AwaitEnd(receiver_.Get());
+    EXPECT_TRUE(FailsWith(10054, TryReceive(receiver_)));
+    EXPECT_EQ(Receive(receiver_), "one");
+}
+
+// A report that comes while the queues are compared.
+TEST_F(BoundGroupQueue, LosesNoReportThatALookMeets) {
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    SendToGroup("one");
+    SendToAddress("two");
+    std::string received;
+    {
+        const SystemCalls::FailingCall meets(SystemCalls::SystemCall::Recvmsg, ECONNREFUSED,
+                                             {.count = 1});
+        received = Receive(receiver_);
+    }
+    EXPECT_TRUE(FailsWith(10054, TryReceive(receiver_)));
+    EXPECT_EQ((received + Receive(receiver_)).size(), 6U);
 }
 
 }  // namespace

@@ -192,9 +192,11 @@ TEST_F(DatagramPeerFaultStrangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
     for (const OwnedSocket* sender : {&peer, &stranger, &peer})
         ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
     for (const SystemCall call : {SystemCall::Getpeername, SystemCall::Recvfrom}) {
-        const FailingCall fails(call, ENOMEM);
-        ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
-        EXPECT_EQ(fails.Seen(), 1U);
+        for (const int error : {ENOMEM, EIO}) {
+            const FailingCall fails(call, error);
+            ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
+            EXPECT_EQ(fails.Seen(), 1U);
+        }
     }
     SetNonBlocking(socket);
     EXPECT_EQ(Receive(socket), "x");

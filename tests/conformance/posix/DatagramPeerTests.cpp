@@ -53,6 +53,16 @@ TEST_F(DatagramPeerQueue, KeepsWhatThePeerSentBeforeItWasOne) {
     EXPECT_TRUE(FailsWith(10035, TryReceive(crowd.socket)));
 }
 
+TEST_F(DatagramPeerQueue, IsClearedOfAnyNumberOfStrangers) {
+    const Crowd crowd;
+    for (int count = 0; count < 50; ++count)
+        crowd.Hear(crowd.stranger, "strange");
+    crowd.Hear(crowd.peer, "one");
+    ASSERT_TRUE(Succeeds(Connect(crowd.socket, LocalAddress(crowd.peer))));
+    EXPECT_EQ(BytesAvailable(crowd.socket), 3U);
+    EXPECT_EQ(Receive(crowd.socket), "one");
+}
+
 TEST_F(DatagramPeerQueue, IsClearedOfThePeersNamesakes) {
     const Crowd crowd;
     const OwnedSocket samePort = NewDatagram();

@@ -117,6 +117,18 @@ TEST_F(FailedConnectReset, IsAResetOfTheConnection) {
     EXPECT_TRUE(FailsWith(10056, Connect(socket, LocalAddress(listener))));
 }
 
+TEST_F(FailedConnectReset, IsAnAbortIfThePeerHadEndedBefore) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    {
+        const FailingCall resets(SystemCall::Connect, EPIPE, {.count = 1});
+        EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener))));
+    }
+    EXPECT_TRUE(FailsWith(10053, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10053, Send(socket, "x")));
+    EXPECT_TRUE(FailsWith(10056, Connect(socket, LocalAddress(listener))));
+}
+
 using FailedConnectWait = Started;
 
 TEST_F(FailedConnectWait, LeavesTheConnectCallUnfinished) {

@@ -14,6 +14,7 @@
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
 #include "conformance/SelectScene.h"
+#include "support/WaitingCall.h"
 #include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
@@ -250,6 +251,12 @@ void ExpectNothingToRead() {
               Milliseconds(50));
     EXPECT_TRUE(Succeeds(SendTo(sender, "small", LocalAddress(receiver)), 5));
     EXPECT_EQ(Receive(receiver), "small");
+    // What comes later is read all the same.
+    EXPECT_TRUE(FailsWith(10040, SendTo(sender, std::string(2000, 'x'), LocalAddress(receiver))));
+    ASSERT_LT(::sendto(Number(sender), "x", 1, 0, nullptr, 0), 0);
+    Support::WaitingCall<bool> waiting([&] { return IsReadable(sender); });
+    EXPECT_TRUE(Succeeds(SendTo(receiver, "at last", LocalAddress(sender)), 7));
+    EXPECT_TRUE(waiting.Finish());
 }
 
 TEST_F(SelectOutcome, OfADatagramThatCouldNotBeSentIsNothingToRead) {

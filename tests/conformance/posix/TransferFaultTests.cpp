@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 #include "conformance/DatagramScene.h"
@@ -198,6 +199,47 @@ struct Datagrams {
 
     int SendOne() const { return SendTo(sender, "abc", LocalAddress(receiver)); }
 };
+
+// Without room there is nothing that a null buffer could be asked for.
+TEST_F(TransferFaultOfDatagrams, OfANullBufferIsItsLength) {
+    const Datagrams datagrams;
+    const Winsock::AddressIpv4 address = LocalAddress(datagrams.receiver);
+    const auto send = [&](int length) {
+        return Winsock::sendto(datagrams.sender.Get(), nullptr, length, 0, &address, 16);
+    };
+    const auto receive = [&](int length) {
+        return Winsock::recv(datagrams.receiver.Get(), nullptr, length, 0);
+    };
+    for (const int length : {1, 2, 65507}) {
+        EXPECT_TRUE(FailsWith(10014, send(length)));
+        EXPECT_TRUE(FailsWith(10014, receive(length)));
+    }
+    EXPECT_TRUE(Succeeds(send(0)));
+    EXPECT_TRUE(Succeeds(receive(0)));
+    EXPECT_TRUE(Succeeds(datagrams.SendOne(), 3));
+    EXPECT_TRUE(FailsWith(10014, receive(1)));
+    EXPECT_TRUE(FailsWith(10040, receive(0)));
+}
+
+// What has come stands, though the socket is closed before the call has ended.
+TEST_F(TransferFaultOfDatagrams, OfASocketThatIsClosedMeanwhileIsNoneOfWhatHasCome) {
+    Datagrams datagrams;
+    ASSERT_TRUE(Succeeds(datagrams.SendOne(), 3));
+    const Winsock::Handle handle = datagrams.receiver.Take();
+    std::thread closer;
+    char buffer[3];
+    {
+        const HookedCall receives(SystemCall::Recvmsg, [&](const Call& call) {
+            const Word result = call.Make();
+            closer = std::thread([handle] { Winsock::closesocket(handle); });
+            while (Winsock::listen(handle, 1) != 0 && Winsock::WSAGetLastError() != 10038)
+                std::this_thread::yield();
+            return result;
+        });
+        EXPECT_TRUE(Succeeds(Winsock::recvfrom(handle, buffer, 3, 0, nullptr, nullptr), 3));
+    }
+    closer.join();
+}
 
 TEST_F(TransferFaultOfDatagrams, OfThisMachineIsTold) {
     const Datagrams datagrams;

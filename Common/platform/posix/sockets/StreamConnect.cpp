@@ -62,9 +62,9 @@ int AwaitOutcome(const Socket& socket) {
 }
 
 // Binds a stream without a peer to its former name again, or to another port if that one is taken.
-// Returns whether it has a port then; EINVAL means that it is still bound.
+// Returns whether it has a port then that it had lost.
 bool HasPort(const Socket& socket, const KernelAddress& local) {
-    if (BindTo(socket, local) || errno == EINVAL) return true;
+    if (BindTo(socket, local)) return true;
     return errno == EADDRINUSE && BindTo(socket, WithPort(local, 0));
 }
 
