@@ -99,6 +99,11 @@ TEST_F(SettingsFault, OfAValueIsAnErrorUnlessThatSaysThatNoneIsThere) {
         EXPECT_EQ(Read(key, u"Value"), u"none");
         EXPECT_EQ(error_, static_cast<unsigned int>(error));
     }
+    for (const int error : {EACCES, EIO, ESTALE}) {
+        const FailingCall beneath(SystemCall::Syscall, error);
+        EXPECT_EQ(Read(key, u"Value"), u"none");
+        EXPECT_EQ(error_, static_cast<unsigned int>(error));
+    }
     for (const int error : {EPERM, EACCES, EIO}) {
         const FailingCall beneath(SystemCall::Syscall, error);
         const FailingCall plain(SystemCall::Openat, error);

@@ -30,8 +30,10 @@ template <typename Test>
 std::vector<std::string> SelectEntries(const TreePlace& folder, Test test, unsigned int& error) {
     std::vector<std::string> names;
     const Listing listing = folder.OpenListing();
-    error = listing ? 0 : ErrorUnlessMissing();
-    if (!listing) return names;
+    if (!listing) {
+        error = ErrorUnlessMissing();
+        return names;
+    }
     errno = 0;
     while (const dirent* entry = ::readdir(listing.get())) {
         if (IsVisible(entry->d_name) && test(*entry)) names.emplace_back(entry->d_name);

@@ -22,8 +22,8 @@ constexpr int MostLinks = 40;
 
 // Returns the last component of a path.
 const char* NameIn(const char* path) noexcept {
-    const std::size_t separator = std::string_view(path).rfind('/');
-    return separator != std::string_view::npos ? path + separator + 1 : path;
+    const char* const separator = std::strrchr(path, '/');
+    return separator != nullptr ? separator + 1 : path;
 }
 
 // Opens the folder that contains the path's last component.
