@@ -182,25 +182,35 @@ TEST(AddressListFilesOfAName, WithoutMemoryIsAnError) {
 // Many: as many as an answer of the network may bring, of which the list keeps an index.
 constexpr int ManyAddresses = 40;
 
-// Each of the addresses twice, the second time after all others.
-std::string ManyHosts() {
+// So many addresses twice each, the second time after all others.
+std::string HostsWithTwice(int addresses) {
     std::string hosts;
-    for (int line = 0; line < 2 * ManyAddresses; ++line)
-        hosts += "10.0.0." + std::to_string(line % ManyAddresses + 1) + " many.example\n";
+    for (int line = 0; line < 2 * addresses; ++line)
+        hosts += "10.0.0." + std::to_string(line % addresses + 1) + " many.example\n";
     return hosts;
 }
 
-TEST(AddressListFilesOfAName, HoldsEachOfManyAddressesOnce) {
+void ExpectEachOnce(int addresses) {
     Texts expected;
-    for (int number = 1; number <= ManyAddresses; ++number)
+    for (int number = 1; number <= addresses; ++number)
         expected.push_back("10.0.0." + std::to_string(number) + " 80");
     std::sort(expected.begin(), expected.end());
-    WithNames(ManyHosts(), [&] {
-        Texts found = AddressesOf(Resolved("many.example", "80"));
-        std::sort(found.begin(), found.end());
-        EXPECT_EQ(found, expected);
+    Texts found = AddressesOf(Resolved("many.example", "80"));
+    std::sort(found.begin(), found.end());
+    EXPECT_EQ(found, expected);
+}
+
+TEST(AddressListFilesOfAName, HoldsEachOfManyAddressesOnce) {
+    WithNames(HostsWithTwice(ManyAddresses), [] {
+        ExpectEachOnce(ManyAddresses);
         EXPECT_GT(FailEachAllocation("many.example", "80"), 0U + ManyAddresses);
     });
+}
+
+// The index is made when the list has grown to sixteen.
+TEST(AddressListFilesOfAName, HoldsEachOnceHoweverManyCameBeforeTheFirstAgain) {
+    for (int addresses = 14; addresses < 19; ++addresses)
+        WithNames(HostsWithTwice(addresses), [addresses] { ExpectEachOnce(addresses); });
 }
 
 TEST(AddressListFilesNameOfAnAddress, IsTheHostsName) {
