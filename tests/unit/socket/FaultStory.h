@@ -60,7 +60,8 @@ struct Trial {
 struct FaultTable {
     std::map<std::string, std::function<Trial()>> operations;
     std::span<const FaultStory> stories;
-    bool portsAreTexts = false;  // in the records
+    bool portsAreTexts = false;      // in the records
+    std::string withoutMemory = {};  // how an operation may also end without memory
 };
 
 // Runs each story with each of its numbers, with all routers on and off; with one number also with
@@ -72,6 +73,12 @@ void ExpectEachStory(const FaultTable& table);
 // Every call that can fail in any story fails in one, at each position, with every number; and each
 // operation has a story in which nothing fails.
 void ExpectEveryCallFails(const FaultTable& table);
+
+// Runs each story again and again: with each call that may be the last of a cancelled thread
+// throwing in turn, which passes and is followed by nothing but the clean-up; and with each
+// allocation failing in turn, which is told as std::bad_alloc or not at all. Afterwards nothing is
+// left open.
+void ExpectNothingIsLost(const FaultTable& table);
 
 // The numbers of the table of errors, and 16 that it does not know.
 std::vector<int> FaultNumbers();

@@ -57,8 +57,7 @@ void ReadTail(FaultStep& step, std::string tail) {
         ReadFailure(step, *failure);
     } else if (tail == "throws") {
         step.isFailure = true;
-        step.answer = {.kind = Answer::Kind::Exception,
-                       .exception = std::make_exception_ptr(ThrownInside)};
+        step.answer = ThrownAnswer();
     } else {
         ADD_FAILURE() << "not understood: " << tail;
     }
@@ -135,6 +134,10 @@ void ReadLine(FaultScript& script, const std::string& line) {
 }
 
 }  // namespace
+
+Answer ThrownAnswer() {
+    return {.kind = Answer::Kind::Exception, .exception = std::make_exception_ptr(ThrownInside)};
+}
 
 std::string Trimmed(const std::string& text) {
     const std::size_t start = text.find_first_not_of(" \n");

@@ -33,6 +33,9 @@ struct FaultScript {
 
 FaultScript ReadStory(const FaultStory& story);
 
+// Of a call that throws an int.
+Answer ThrownAnswer();
+
 // What the system is to answer, from what stands behind the arrow.
 Answer ReadAnswer(const std::string& call, const std::string& text);
 

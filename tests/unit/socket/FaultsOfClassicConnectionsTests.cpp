@@ -275,5 +275,9 @@ TEST_F(FaultsOfClassicConnections, AreToldOfEveryCall) {
     ExpectEveryCallFails(Table);
 }
 
+TEST_F(FaultsOfClassicConnections, LoseNothing) {
+    ExpectNothingIsLost(Table);
+}
+
 }  // namespace
 }  // namespace SocketTests

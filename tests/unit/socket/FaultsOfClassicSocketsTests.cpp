@@ -279,5 +279,9 @@ TEST_F(FaultsOfClassicSockets, AreToldOfEveryCall) {
     ExpectEveryCallFails(Table);
 }
 
+TEST_F(FaultsOfClassicSockets, LoseNothing) {
+    ExpectNothingIsLost(Table);
+}
+
 }  // namespace
 }  // namespace SocketTests

@@ -379,5 +379,9 @@ TEST_F(FaultsOfDomains, AreToldOfEveryCall) {
     ExpectEveryCallFails(Table);
 }
 
+TEST_F(FaultsOfDomains, LoseNothing) {
+    ExpectNothingIsLost(Table);
+}
+
 }  // namespace
 }  // namespace SocketTests

@@ -147,5 +147,9 @@ TEST_F(FaultsOfIpVersions, AreToldOfEveryCall) {
     ExpectEveryCallFails(Table);
 }
 
+TEST_F(FaultsOfIpVersions, LoseNothing) {
+    ExpectNothingIsLost(Table);
+}
+
 }  // namespace
 }  // namespace SocketTests

@@ -375,5 +375,9 @@ TEST_F(FaultsOfNameServers, AreToldOfEveryCall) {
     ExpectEveryCallFails(Table);
 }
 
+TEST_F(FaultsOfNameServers, LoseNothing) {
+    ExpectNothingIsLost(Table);
+}
+
 }  // namespace
 }  // namespace SocketTests

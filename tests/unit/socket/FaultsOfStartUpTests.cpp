@@ -302,7 +302,9 @@ const FaultTable Table = {{
                               {"stop", With(1, Stop)},
                               {"stop one of two", With(2, Stop)},
                           },
-                          Stories};
+                          Stories,
+                          false,
+                          "returns"};  // without a layer
 
 class FaultsOfStartUp : public FoundationTests::StartUpTest {};
 
@@ -312,6 +314,10 @@ TEST_F(FaultsOfStartUp, GoAsTold) {
 
 TEST_F(FaultsOfStartUp, AreToldOfEveryCall) {
     ExpectEveryCallFails(Table);
+}
+
+TEST_F(FaultsOfStartUp, LoseNothing) {
+    ExpectNothingIsLost(Table);
 }
 
 }  // namespace
