@@ -47,6 +47,14 @@ constexpr Milliseconds TooLong{5000};
 
 using TransferFaultOfStreams = Started;
 
+TEST_F(TransferFaultOfStreams, ASignalAfterTheTimeoutOfAnEmptyReceiveIsNoEnd) {
+    const Pair pair = NewConnectedPair();
+    ASSERT_TRUE(Succeeds(SetOption(pair.server, Winsock::OptionReceiveTimeout, 10)));
+    const FailingCall interrupted(SystemCall::Poll, EINTR);
+    EXPECT_TRUE(FailsWith(10060, Winsock::recv(pair.server.Get(), nullptr, 0, 0)));
+    EXPECT_EQ(interrupted.Seen(), 1U);
+}
+
 TEST_F(TransferFaultOfStreams, OfThisMachineIsToldAndIsNotTheEnd) {
     const Pair pair = NewConnectedPair();
     for (const Row& row : OfThisMachine) {

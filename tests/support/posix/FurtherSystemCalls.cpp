@@ -3,7 +3,6 @@
 #include <dirent.h>
 #include <net/if.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/resource.h>
@@ -19,10 +18,6 @@ using SystemCalls::Intercept;
 using SystemCalls::SystemCall;
 
 // Waiting
-
-int poll(pollfd* waits, nfds_t count, int time) {
-    return Intercept<"poll", decltype(::poll)>(SystemCall::Poll, waits, count, time);
-}
 
 int epoll_create1(int flags) noexcept {
     return Intercept<"epoll_create1", decltype(::epoll_create1)>(SystemCall::EpollCreate1, flags);

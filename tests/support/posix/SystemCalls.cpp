@@ -88,6 +88,10 @@ int setsockopt(int descriptor, int level, int option, const void* value,
                                                            level, option, value, length);
 }
 
+int poll(pollfd* waits, nfds_t count, int time) {
+    return Intercept<"poll", decltype(::poll)>(SystemCall::Poll, waits, count, time);
+}
+
 int ppoll(pollfd* waits, nfds_t count, const timespec* time, const sigset_t* mask) {
     return Intercept<"ppoll", decltype(::ppoll)>(SystemCall::Ppoll, waits, count, time, mask);
 }

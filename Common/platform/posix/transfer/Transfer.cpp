@@ -52,10 +52,10 @@ int SendStream(const Socket& socket, const char* buffer, int length) {
 }
 
 // The kernel waits for bytes even if length is 0, and returns the same whether some came or the
-// time elapsed.
+// time elapsed. A poll that finds nothing fails if a signal has just come.
 bool WaitedInVain(const Socket& socket, int length) {
     pollfd wait = {socket.descriptor, POLLIN, 0};
-    return length == 0 && socket.Has(Flag::ReceiveTimeout) && ::poll(&wait, 1, 0) == 0;
+    return length == 0 && socket.Has(Flag::ReceiveTimeout) && ::poll(&wait, 1, 0) <= 0;
 }
 
 int ReceiveStream(const Socket& socket, char* buffer, int length) {
