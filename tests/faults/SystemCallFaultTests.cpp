@@ -20,20 +20,8 @@ protected:
     }
 };
 
-// Scenes wait for most of their time, so that parts of them may well run at once.
 class SystemCallFaultsPart : public SystemCallFaults,
-                             public testing::WithParamInterface<std::size_t> {
-protected:
-    static constexpr std::size_t Parts = 4;
-
-    static std::vector<Scene> ScenesOf(std::size_t part) {
-        const std::vector<Scene> all = Scenes();
-        std::vector<Scene> scenes;
-        for (std::size_t each = part; each < all.size(); each += Parts)
-            scenes.push_back(all[each]);
-        return scenes;
-    }
-};
+                             public testing::WithParamInterface<std::size_t> {};
 
 TEST_P(SystemCallFaultsPart, LosesNothing) {
     const Totals totals = PlayWithFaults(ScenesOf(GetParam()), Stage::SystemCalls, {});
@@ -44,7 +32,7 @@ TEST_P(SystemCallFaultsPart, LosesNothing) {
     EXPECT_GT(totals.exceptions, 100U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Quick, SystemCallFaultsPart, testing::Range<std::size_t>(0, 4));
+INSTANTIATE_TEST_SUITE_P(Quick, SystemCallFaultsPart, testing::Range<std::size_t>(0, SceneParts));
 
 TEST_F(SystemCallFaults, EveryFunctionIsCalledBySomeScene) {
     std::set<std::string> called;

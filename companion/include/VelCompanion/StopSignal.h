@@ -36,7 +36,8 @@ public:
     StopSignal& operator=(const StopSignal&) = delete;
 
     // Makes the signal's entry in every collection ready for good, closes the sockets of all
-    // ClosedByStop, and does nothing the second time.
+    // ClosedByStop, and does nothing the second time. A thread that the system may cancel has to
+    // put that off meanwhile.
     void Stop() noexcept {
         const std::lock_guard<std::mutex> lock(mutex_);
         if (isStopped_.exchange(true)) return;

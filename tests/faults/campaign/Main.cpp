@@ -1,9 +1,12 @@
 // Plays every scene with every fault, and prints what became of it: fault_campaign
-// [--quick] [--stage system-calls|allocations] [--scene NAME].
+// [--quick] [--stage system-calls|allocations|cancellations|forks|descriptors|signals]... [--scene
+// NAME].
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <string_view>
+#include <vector>
 
 #include "faults/posix/Campaign.h"
 #include "faults/posix/ErrorNumbers.h"
@@ -14,7 +17,7 @@ using namespace Faults;
 
 struct Request {
     Effort effort = {.all = true};
-    const char* stage = nullptr;
+    std::vector<std::string_view> stages;  // none: all
     const char* scene = nullptr;
 };
 
@@ -22,12 +25,16 @@ bool IsMeant(const char* asked, const char* name) {
     return asked == nullptr || std::strcmp(asked, name) == 0;
 }
 
+bool IsMeant(const std::vector<std::string_view>& asked, const char* name) {
+    return asked.empty() || std::find(asked.begin(), asked.end(), name) != asked.end();
+}
+
 Request Read(char** words) {
     Request request;
     for (; *words != nullptr; ++words) {
         const std::string_view word = *words;
         if (word == "--quick") request.effort.all = false;
-        if (word == "--stage" && words[1] != nullptr) request.stage = *++words;
+        if (word == "--stage" && words[1] != nullptr) request.stages.emplace_back(*++words);
         if (word == "--scene" && words[1] != nullptr) request.scene = *++words;
     }
     return request;
@@ -41,14 +48,29 @@ Totals PlayAndTell(const Scene& scene, Stage stage, const Effort& effort) {
     return totals;
 }
 
-std::size_t Play(const Request& request, Stage stage, const char* name, const char* what) {
-    if (!IsMeant(request.stage, name)) return 0;
+struct NamedStage {
+    Stage stage;
+    const char* name;
+    const char* what;
+};
+
+constexpr NamedStage Stages[] = {
+    {Stage::SystemCalls, "system-calls", "system-call faults"},
+    {Stage::Allocations, "allocations", "allocation faults"},
+    {Stage::Cancellations, "cancellations", "cancelled threads"},
+    {Stage::Forks, "forks", "forks"},
+    {Stage::Descriptors, "descriptors", "closed streams, high numbers and exhaustion"},
+    {Stage::Signals, "signals", "signals"},
+};
+
+std::size_t Play(const Request& request, const NamedStage& stage) {
+    if (!IsMeant(request.stages, stage.name)) return 0;
     Totals totals;
     for (const Scene& scene : Scenes()) {
         if (IsMeant(request.scene, scene.name))
-            totals.Add(PlayAndTell(scene, stage, request.effort));
+            totals.Add(PlayAndTell(scene, stage.stage, request.effort));
     }
-    std::printf("%s\n", LineOf(totals, what).c_str());
+    std::printf("%s\n", LineOf(totals, stage.what).c_str());
     return totals.failures.size();
 }
 
@@ -60,9 +82,9 @@ int main(int, char** words) try {
         return 2;
     }
     const Request request = Read(words + 1);
-    const std::size_t failures =
-        Play(request, Stage::SystemCalls, "system-calls", "system-call faults") +
-        Play(request, Stage::Allocations, "allocations", "allocation faults");
+    std::size_t failures = 0;
+    for (const NamedStage& stage : Stages)
+        failures += Play(request, stage);
     return failures == 0 ? 0 : 1;
 } catch (const std::exception& failure) {
     std::fprintf(stderr, "fault_campaign: %s\n", failure.what());

@@ -14,6 +14,7 @@
 #include <new>
 #include <system_error>
 
+#include "faults/posix/Cases.h"
 #include "faults/posix/ErrorNumbers.h"
 #include "faults/posix/Player.h"
 
@@ -26,12 +27,10 @@ constexpr std::size_t FailureRoom = 1000;
 
 // What a child tells its parent.
 struct Report {
-    unsigned int coldCalls[CallKinds];
-    unsigned int calls[CallKinds];
-    unsigned int allocations[2];  // as Allocator has them
-    std::size_t at;               // the case that is being played
-    unsigned int struck;
-    unsigned int endings[3];  // as Ending has them
+    Counts counts;
+    std::size_t at;           // the case that is being played
+    unsigned int endings[4];  // as Ending has them
+    unsigned long long signals;
     char failure[FailureRoom];
 };
 
@@ -96,68 +95,25 @@ void CountCalls(const Injector& injector, unsigned int* counts) {
 void Survey(const Scene& scene, bool withRecords, Report& report) try {
     Player player(scene, withRecords, Planted::Nothing);
     const Outcome first = player.Play({});
-    CountCalls(player.Faulty(), report.coldCalls);
+    CountCalls(player.Faulty(), report.counts.coldCalls);
     player.WarmUp();
     static_cast<void>(player.Play({}));
-    CountCalls(player.Faulty(), report.calls);
+    CountCalls(player.Faulty(), report.counts.calls);
+    report.counts.allCalls = player.Faulty().AllCalls();
+    report.counts.points = player.Faulty().Points();
+    report.counts.descriptorsEnd = player.Faulty().DescriptorsEnd();
     for (const Allocator allocator : {Allocator::Module, Allocator::SystemLibrary})
-        report.allocations[static_cast<int>(allocator)] = AllocationsOf(allocator);
+        report.counts.allocations[static_cast<int>(allocator)] = AllocationsOf(allocator);
     if (player.Faulty().WasInheritable()) Note(report, "a descriptor is inheritable");
 } catch (const std::exception& failure) {
     Note(report, failure.what());
 }
 
-// The quick cut tries two numbers, the full one all, and each with and without an end.
-void AddFailures(SystemCalls::SystemCall which, unsigned int nth, bool cold, bool all,
-                 std::vector<Fault>& faults) {
-    const auto errors = RowOf(which).errors;
-    const std::size_t step = all || errors.size() < 2 ? 1 : errors.size() - 1;
-    Fault fault = {Fault::Kind::Failure, which, nth, 0, false, cold};
-    for (std::size_t index = 0; index < errors.size(); index += step) {
-        fault.error = errors[index];
-        for (const bool lasting : {false, true}) {
-            fault.lasting = lasting;
-            if (all || !lasting) faults.push_back(fault);
-        }
-    }
-}
-
-std::vector<Fault> SystemCallFaults(const Report& report, bool all) {
-    std::vector<Fault> faults;
-    for (const FailingFunction& function : FailingFunctions()) {
-        const auto kind = static_cast<std::size_t>(function.which);
-        const bool isOtherCold =
-            all ? report.coldCalls[kind] > report.calls[kind] : report.calls[kind] == 0;
-        for (unsigned int nth = 1; nth <= report.calls[kind]; ++nth) {
-            AddFailures(function.which, nth, false, all, faults);
-            if (HasOddSuccess(function.which))
-                faults.push_back({Fault::Kind::OddSuccess, function.which, nth});
-        }
-        for (unsigned int nth = 1; isOtherCold && nth <= report.coldCalls[kind]; ++nth)
-            AddFailures(function.which, nth, true, all, faults);
-    }
-    return faults;
-}
-
-std::vector<Fault> AllocationFaults(const Report& report, bool all) {
-    std::vector<Fault> faults;
-    for (const Allocator allocator : {Allocator::Module, Allocator::SystemLibrary}) {
-        const bool module = allocator == Allocator::Module;
-        const auto kind = module ? Fault::Kind::ModuleMemory : Fault::Kind::LibraryMemory;
-        const unsigned int count = report.allocations[static_cast<int>(allocator)];
-        for (unsigned int nth = 1; nth <= count; ++nth) {
-            for (const bool lasting : {false, true}) {
-                if (!all && (lasting || !module)) continue;
-                faults.push_back({.kind = kind, .first = nth, .lasting = lasting});
-            }
-        }
-    }
-    return faults;
-}
-
 // Returns whether the process may play another case.
 bool PlayOne(Player& player, const Fault& fault, Report& report) {
+    const unsigned long long before = Support::SignalStorm::Delivered();
     const Outcome outcome = player.PlayCase(fault);
+    report.signals += Support::SignalStorm::Delivered() - before;
     if (outcome.ending == Ending::Wrong) return Note(report, outcome.text), false;
     ++report.endings[static_cast<int>(outcome.ending)];
     return true;
@@ -180,8 +136,7 @@ public:
     Totals Play(Stage stage) {
         const std::string end = EndOfChild([this] { Survey(scene_, withRecords_, *report_); });
         if (!end.empty() || report_->failure[0] != 0) return Fail(end + report_->failure), totals_;
-        faults_ = stage == Stage::SystemCalls ? SystemCallFaults(*report_, effort_.all)
-                                              : AllocationFaults(*report_, effort_.all);
+        faults_ = FaultsOf(stage, report_->counts, effort_.all);
         totals_.cases = static_cast<unsigned int>(faults_.size());
         while (report_->at < faults_.size())
             PlayInChild();
@@ -213,6 +168,8 @@ private:
         totals_.completed = report_->endings[static_cast<int>(Ending::Completed)];
         totals_.exceptions = report_->endings[static_cast<int>(Ending::Exception)];
         totals_.outOfMemory = report_->endings[static_cast<int>(Ending::OutOfMemory)];
+        totals_.cancelled = report_->endings[static_cast<int>(Ending::Cancelled)];
+        totals_.signals = report_->signals;
     }
 
     const Scene& scene_;
@@ -255,10 +212,11 @@ void FreePortsEarly() {
 
 void Totals::Add(const Totals& more) {
     cases += more.cases;
-    struck += more.struck;
     completed += more.completed;
     exceptions += more.exceptions;
     outOfMemory += more.outOfMemory;
+    cancelled += more.cancelled;
+    signals += more.signals;
     failures.insert(failures.end(), more.failures.begin(), more.failures.end());
 }
 
@@ -283,7 +241,7 @@ std::vector<std::string> FunctionsOf(const Scene& scene) {
     std::vector<std::string> symbols;
     for (const FailingFunction& function : FailingFunctions()) {
         const auto kind = static_cast<std::size_t>(function.which);
-        if (report->coldCalls[kind] + report->calls[kind] > 0)
+        if (report->counts.coldCalls[kind] + report->counts.calls[kind] > 0)
             symbols.emplace_back(function.symbol);
     }
     return symbols;
@@ -294,6 +252,7 @@ bool PrepareSurroundings() {
     static const Machine::OwnNetwork network;
     static Machine::Settings settings;
     if (!network.IsUp() || !settings.AreWritable()) return false;
+    if (!AllowCrowds()) return false;
     FreePortsEarly();
     WriteSettings(settings);
     WriteSystemTables();
@@ -301,10 +260,13 @@ bool PrepareSurroundings() {
 }
 
 std::string LineOf(const Totals& totals, const char* what) {
-    return std::to_string(totals.cases) + " cases of " + what + ": " +
-           std::to_string(totals.completed) + " completed, " + std::to_string(totals.exceptions) +
-           " threw an exception, " + std::to_string(totals.outOfMemory) + " had no memory, " +
-           std::to_string(totals.failures.size()) + " failed";
+    std::string text = std::to_string(totals.cases) + " cases of " + what + ": " +
+                       std::to_string(totals.completed) + " completed, " +
+                       std::to_string(totals.exceptions) + " threw an exception, " +
+                       std::to_string(totals.outOfMemory) + " had no memory, ";
+    if (totals.cancelled > 0) text += std::to_string(totals.cancelled) + " were cancelled, ";
+    if (totals.signals > 0) text += "got " + std::to_string(totals.signals) + " signals, ";
+    return text + std::to_string(totals.failures.size()) + " failed";
 }
 
 }  // namespace Faults

@@ -12,7 +12,7 @@
 
 namespace Faults {
 
-enum class Ending { Completed, Exception, OutOfMemory, Wrong };
+enum class Ending { Completed, Exception, OutOfMemory, Cancelled, Wrong };
 
 struct Outcome {
     Ending ending;
@@ -40,7 +40,17 @@ private:
         unsigned int count = 0;
     };
 
+    // How the process of a fork ends that has seen something wrong.
+    static constexpr int LeftOverInFork = 1;
+    static constexpr int FailsInFork = 2;
+    static constexpr int OtherTextInFork = 3;
+
     Outcome PlayInSurroundings();
+    Outcome PlayInThread();
+    static void* RunThread(void* play);
+    int LiveInFork();
+    std::string EndOfFork() const;
+    std::string WrongOf(const Fault& fault, const Outcome& outcome) const;
     std::string Judge(const Fault& fault, bool isRetry);
     bool IsHeapRight(const HeapUse& growth) const noexcept;
     void Plant();
@@ -54,6 +64,7 @@ private:
     HeapUse usualGrowth_ = {};
     Ledger before_;
     bool isSinkForeign_ = false;
+    bool isStreamTaken_ = false;
 };
 
 }  // namespace Faults

@@ -3,7 +3,6 @@
 
 #include <future>
 #include <new>
-#include <thread>
 
 #include "faults/scenes/Scene.h"
 
@@ -118,7 +117,7 @@ std::string ClosedWhileWaiting() {
     const Ends ends = Connected();
     std::string outcome;
     std::promise<unsigned long> begun;
-    std::thread receiver([&] {
+    Support::HelperThread receiver([&] {
         begun.set_value(Support::CurrentThread());
         char byte = 0;
         try {
@@ -131,7 +130,7 @@ std::string ClosedWhileWaiting() {
     });
     Support::AwaitWaiting(begun.get_future().get());
     ends.server->Close();
-    receiver.join();
+    receiver.Join();
     return outcome;
 }
 

@@ -49,7 +49,10 @@ std::string Stopping() {
     signal.AddTo(*collection);
     const SocketPtr listener = Listener();
     const VelCompanion::ClosedByStop closed(signal, *listener);
-    signal.Stop();
+    {
+        const Support::Uncancelled whole;
+        signal.Stop();
+    }
     const auto ready = VelCompanion::Select(*collection, 1);
     return Line(listener->IsValid()) + Line(signal.IsStopped());
 }

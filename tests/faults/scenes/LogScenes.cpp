@@ -114,7 +114,7 @@ std::string Refusals() {
 
 std::vector<Scene> LogScenes() {
     return {{"log to a file", ToFile},
-            {"log through links", ThroughLinks},
+            {.name = "log through links", .play = ThroughLinks, .needsStandardError = true},
             {"log to standard error", ToStandardError},
             {"log to an own sink", ToOwnSink},
             {"log refused", Refusals}};

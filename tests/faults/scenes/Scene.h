@@ -10,11 +10,11 @@
 #include <VelNet/Exception.h>
 #include <VelNet/Socket.h>
 #include <VelNet/SocketXt.h>
+#include <support/posix/ClosedAfter.h>
 
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace Faults {
@@ -30,6 +30,7 @@ struct Scene {
     std::string (*play)();
     // What one run leaves allocated, as documented: one list for each of these calls.
     unsigned int keptLists = 0;
+    bool needsStandardError = false;
 };
 
 std::vector<Scene> LayerScenes();
@@ -45,6 +46,9 @@ std::vector<Scene> CompanionScenes();
 
 // All of them.
 std::vector<Scene> Scenes();
+// They wait for most of their time, so that parts of them may well run at once.
+inline constexpr std::size_t SceneParts = 4;
+std::vector<Scene> ScenesOf(std::size_t part);
 
 using SocketPtr = VelBase::ReturnPtrI<VelNet::Socket>;
 using XtPtr = VelBase::ReturnPtrI<VelNet::SocketXt>;
@@ -70,7 +74,7 @@ public:
     explicit ClosedAfterAWhile(VelNet::Socket& socket);
 
 private:
-    std::jthread thread_;
+    Support::ClosedAfter closed_;
 };
 
 void Require(bool condition, const char* what);

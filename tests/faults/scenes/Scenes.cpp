@@ -1,10 +1,7 @@
 #include "faults/scenes/Scene.h"
 
 #include <chrono>
-#include <condition_variable>
 #include <iterator>
-#include <mutex>
-#include <stop_token>
 #include <utility>
 
 namespace Faults {
@@ -30,6 +27,14 @@ std::vector<Scene> Scenes() {
         std::move(scenes.begin(), scenes.end(), std::back_inserter(all));
     }
     return all;
+}
+
+std::vector<Scene> ScenesOf(std::size_t part) {
+    const std::vector<Scene> all = Scenes();
+    std::vector<Scene> scenes;
+    for (std::size_t each = part; each < all.size(); each += SceneParts)
+        scenes.push_back(all[each]);
+    return scenes;
 }
 
 VelNet::Octets Loopback() {
@@ -82,19 +87,7 @@ std::string ReceiveWhole(VelNet::Socket& socket, std::size_t count) {
 }
 
 ClosedAfterAWhile::ClosedAfterAWhile(VelNet::Socket& socket)
-    : thread_([&socket](const std::stop_token& stop) {
-          std::mutex lock;
-          std::unique_lock<std::mutex> guard(lock);
-          std::condition_variable_any stopped;
-          if (stopped.wait_for(guard, stop, std::chrono::seconds(2),
-                               [&] { return stop.stop_requested(); }))
-              return;
-          try {
-              socket.Close();
-          } catch (const VelNet::Exception&) {
-              return;  // closed before
-          }
-      }) {}
+    : closed_(socket, std::chrono::seconds(2)) {}
 
 void Require(bool condition, const char* what) {
     if (!condition) throw Broken(what);

@@ -48,10 +48,14 @@ bool IsCancellable() {
 
 }  // namespace
 
+int ProcessState::DescriptorAt(int place) noexcept {
+    return place < OfEach ? place : HighDescriptors + place - OfEach;
+}
+
 ProcessState ProcessState::Now() {
     ProcessState now;
-    for (int descriptor = 0; descriptor < MostDescriptors; ++descriptor)
-        now.open_[descriptor] = ::fcntl(descriptor, F_GETFD) >= 0;
+    for (int place = 0; place < 2 * OfEach; ++place)
+        now.open_[place] = ::fcntl(DescriptorAt(place), F_GETFD) >= 0;
     now.threads_ = ThreadCount();
     now.nextKey_ = NextKey();
     now.blockedSignals_ = BlockedSignals();
@@ -61,9 +65,9 @@ ProcessState ProcessState::Now() {
 
 std::string ProcessState::DifferenceTo(const ProcessState& later, bool withKeys) const {
     std::string text;
-    for (int descriptor = 0; descriptor < MostDescriptors; ++descriptor) {
-        if (open_[descriptor] != later.open_[descriptor])
-            text += " descriptor " + std::to_string(descriptor);
+    for (int place = 0; place < 2 * OfEach; ++place) {
+        if (open_[place] != later.open_[place])
+            text += " descriptor " + std::to_string(DescriptorAt(place));
     }
     if (threads_ != later.threads_) text += " threads";
     if (withKeys && nextKey_ != later.nextKey_) text += " thread keys";

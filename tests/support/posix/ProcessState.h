@@ -7,6 +7,10 @@ namespace Support {
 
 class ProcessState {
 public:
+    // The descriptors that are looked at are the lowest ones, and those from here on: above
+    // FD_SETSIZE, by far.
+    static constexpr int HighDescriptors = 5'000;
+
     static ProcessState Now();
 
     // What differs: names, each after a blank; empty if nothing does. A module makes its thread key
@@ -14,9 +18,10 @@ public:
     std::string DifferenceTo(const ProcessState& later, bool withKeys) const;
 
 private:
-    static constexpr int MostDescriptors = 64;
+    static constexpr int OfEach = 64;
+    static int DescriptorAt(int place) noexcept;
 
-    bool open_[MostDescriptors] = {};
+    bool open_[2 * OfEach] = {};
     long threads_ = 0;
     unsigned int nextKey_ = 0;
     unsigned long long blockedSignals_ = 0;
