@@ -6,4 +6,4 @@ set -euo pipefail
 
 cmake --preset release -B "$2/release" >/dev/null
 cmake --build "$2/release" --parallel "$(nproc)" --target fault_campaign >/dev/null
-"$2/release/bin/fault_campaign"
+"$2/release/bin/fault_campaign" --stage system-calls --stage allocations
