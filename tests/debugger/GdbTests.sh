@@ -7,6 +7,8 @@ set -euo pipefail
 export LC_ALL=C.UTF-8
 
 printers=$(dirname "$(realpath "${BASH_SOURCE[0]}")")/../../packaging/gdb/libvelsock-gdb.py
+tests=$(dirname "$(realpath "${BASH_SOURCE[0]}")")
+natvis=$tests/../../packaging/windows/VelSock.natvis
 whole=$1
 alone=$2
 command -v gdb >/dev/null || {
@@ -76,6 +78,31 @@ TestWithoutTheLibrarysDebugInformationTheRestIsShown() {
   expect_shown "$alone" nobody empty
   expect_shown "$alone" socket 'owner of VelNet::Socket at 0x[0-9a-f]+'
   expect_shown "$alone" failure "unknown without the library's debug symbols"
+}
+
+# Needs no program that runs, but one that has all of the library's debug information.
+expect_natvis() {
+  NATVIS=$1 gdb --batch --nx -iex 'set auto-load no' -x "$tests/NatvisTests.py" "$whole" >said 2>&1
+}
+
+TestWhatVisualStudioIsToldExists() {
+  expect_natvis "$natvis" || {
+    cat said
+    exit 1
+  }
+  grep -q 'members exist' said
+  local fault
+  for fault in 's/local_/lokal_/' 's/record_->port/record_->gate/' 's/"VelNet::Octets"/"VelNet::Octet"/' 's/<.Type>//'; do
+    sed "$fault" "$natvis" >faulty.natvis
+    ! cmp -s "$natvis" faulty.natvis || {
+      echo "$fault changes nothing"
+      exit 1
+    }
+    ! expect_natvis faulty.natvis || {
+      echo "nobody notices $fault: $(cat said)"
+      exit 1
+    }
+  done
 }
 
 "$3"
