@@ -15,6 +15,11 @@ Part Trimmed(std::string_view text, std::size_t position) {
     return {std::string(text.substr(first, last - first + 1)), position + first};
 }
 
+// Whether the same character follows.
+bool IsDoubled(std::string_view text, std::size_t index) noexcept {
+    return index + 1 < text.size() && text[index + 1] == text[index];
+}
+
 int ShiftOf(char unit) noexcept {
     switch (unit) {
         case 'K':
@@ -34,23 +39,30 @@ int ShiftOf(char unit) noexcept {
 }  // namespace
 
 std::vector<Part> SplitAt(char separator, const Part& whole) {
+    const std::string_view text = whole.text;
     std::vector<Part> parts;
-    std::string text;
     std::size_t begin = 0;
-    for (std::size_t index = 0; index < whole.text.size(); ++index) {
-        const char character = whole.text[index];
-        if (character != separator) {
-            text += character;
-        } else if (index + 1 < whole.text.size() && whole.text[index + 1] == separator) {
-            text += whole.text[index++];
-        } else {
-            parts.push_back(Trimmed(text, whole.position + begin));
-            text.clear();
-            begin = index + 1;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        if (text[index] != separator) continue;
+        if (IsDoubled(text, index)) {
+            ++index;
+            continue;
         }
+        parts.push_back(Trimmed(text.substr(begin, index - begin), whole.position + begin));
+        begin = index + 1;
     }
-    parts.push_back(Trimmed(text, whole.position + begin));
+    parts.push_back(Trimmed(text.substr(begin), whole.position + begin));
     return parts;
+}
+
+std::string Meant(std::string_view text) {
+    std::string meant;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        meant += text[index];
+        const bool separates = text[index] == ',' || text[index] == ';';
+        if (separates && IsDoubled(text, index)) ++index;
+    }
+    return meant;
 }
 
 Halves HalvesAt(char separator, const Part& whole) {

@@ -14,8 +14,11 @@ struct Part {
 };
 
 // The parts between separators, without the blanks around them. A separator that is written twice
-// is a character of its part.
+// is a character of its part, and stays doubled, so that each character keeps its position.
 std::vector<Part> SplitAt(char separator, const Part& whole);
+
+// The text of a target or value: without the second one of each two commas or semicolons.
+std::string Meant(std::string_view text);
 
 // The part before the first separator, and what is behind it, without blanks; the second is empty,
 // and `isFound` false, if there is none.

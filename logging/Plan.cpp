@@ -90,8 +90,10 @@ private:
     void ReadPart(const Part& part) {
         if (part.text.empty())
             Fail(text_, part.position, "there is nothing before the comma or end");
-        const std::size_t end = part.text.find_first_of(":; \t=/");
-        if (const Kind* kind = Find(Kinds, part.text.substr(0, end))) return ReadSink(*kind, part);
+        const std::vector<Part> pieces = SplitAt(';', part);
+        const Halves head = HalvesAt(':', pieces[0]);
+        if (const Kind* kind = Find(Kinds, head.first.text))
+            return ReadSink(*kind, part.position, head.second.text, pieces);
         ReadSwitch(part);
     }
 
@@ -119,15 +121,14 @@ private:
                  NamesOf(Kinds));
     }
 
-    void ReadSink(const Kind& kind, const Part& part) {
-        const std::vector<Part> pieces = SplitAt(';', part);
-        const Halves head = HalvesAt(':', pieces[0]);
-        if (head.first.text != kind.name) FailAtUnknown(part);
+    // The options are the pieces behind the first.
+    void ReadSink(const Kind& kind, std::size_t position, const std::string& target,
+                  const std::vector<Part>& pieces) {
         SinkPlan sink;
         sink.kind = kind.name;
-        sink.target = head.second.text;
+        sink.target = Meant(target);
         sink.text = text_;
-        sink.position = part.position;
+        sink.position = position;
         CheckTarget(sink);
         for (std::size_t index = 1; index < pieces.size(); ++index)
             ReadOption(sink, kind, pieces[index]);
@@ -170,7 +171,7 @@ private:
         if (name == "size") sink.size = NumberOf(value);
         if (name == "keep") sink.keep = CountOf(value);
         if (name == "queue") sink.queue = CountOf(value);
-        if (name == "tag") sink.tag = value.text;
+        if (name == "tag") sink.tag = Meant(value.text);
         if (name == "facility") sink.facility = FacilityOf(value);
     }
 

@@ -40,6 +40,17 @@ std::string CText(std::string_view bytes) {
     return std::string(bytes.substr(0, bytes.find('\0')));
 }
 
+std::string Hexadecimal(std::string_view bytes) {
+    std::string text;
+    for (const char byte : bytes) {
+        char digits[9];
+        std::snprintf(digits, sizeof digits, "%02X",
+                      static_cast<unsigned int>(static_cast<signed char>(byte)));
+        text += digits;
+    }
+    return text;
+}
+
 void Fail(std::string_view what, const std::string& expected, const std::string& actual) {
     std::fprintf(stderr, "%.*s\n  expected: %s\n  actual:   %s\n", static_cast<int>(what.size()),
                  what.data(), expected.c_str(), actual.c_str());

@@ -37,6 +37,9 @@ private:
 // Up to the first zero, as a reader of the C string sees it.
 std::string CText(std::string_view bytes);
 
+// Bytes as verbose records have them: as the C library formats signed ones.
+std::string Hexadecimal(std::string_view bytes);
+
 // Ends the process; the fuzzer keeps the input then.
 [[noreturn]] void Fail(std::string_view what, const std::string& expected,
                        const std::string& actual);

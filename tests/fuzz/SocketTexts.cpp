@@ -17,17 +17,6 @@ std::string EndpointsText(const Endpoint& local, const Endpoint& remote) {
            "), Remote address: " + remote.host + " (" + std::to_string(remote.port) + ")";
 }
 
-std::string Hexadecimal(std::string_view bytes) {
-    std::string text;
-    for (const char byte : bytes) {
-        char digits[9];
-        std::snprintf(digits, sizeof digits, "%02X",
-                      static_cast<unsigned int>(static_cast<signed char>(byte)));
-        text += digits;
-    }
-    return text;
-}
-
 }  // namespace
 
 int TakeErrorNumber(Input& input) {

@@ -124,6 +124,9 @@ TEST_F(ConfigureText, MistakesAreToldWithPlaceAndWhatThereIs) {
         {"file:x;keep=-1", 13, "\"-1\" is no count from 0 to 1000000"},
         {"syslog;facility=local8", 17,
          "there is no facility \"local8\"; there are user, daemon, local0 to local7"},
+        {"file:a,,b;;c;lock=1", 14,
+         "\"lock=1\" is no option of \"file\"; options are format=, keep=, queue=, size="},
+        {"ring\n;size=1", 7, "\"size=1\" is no option of \"ring\"; options are format=, queue="},
         {"ring,ring", 6, "there is another ring already"},
     };
     for (const Mistake& mistake : mistakes) {
