@@ -77,6 +77,76 @@ constexpr FaultStory Stories[] = {
     opens socket 2001
 )"},
 
+{"Accept in place of another", R"(
+    WSAStartup(0x0101)
+    accept(1001, 128)                           -> 2001 10.0.0.9:4711
+    getnameinfo(10.0.0.9:4711, 128, 1025, 32, 10)   -> peer 99
+    log Connection Trace: Connected, Local address: here.example (4000), Remote address: peer (99)
+    closesocket(1500)
+    log Connection Trace: Disconnected, Local address:  (), Remote address:  ()
+    WSACleanup()
+    returns 2001/connected/:/:/1/6/1
+    holds host=peer port=99 remote=peer:99
+    opens socket 2001
+    closes socket 1500
+)"},
+{"Accept in place of another", R"(
+    WSAStartup(0x0101)
+    accept(1001, 128)                           fails
+    WSAGetLastError()
+    log Error
+    WSACleanup()
+    throws VelNet::SocketXtImpl::Accept , cannot accept on local socket from remote address , ::accept , here.example : 4000 , errno = {n}
+)"},
+{"Accept in place of another", R"(
+    WSAStartup(0x0101)
+    accept(1001, 128)                           -> 2001 10.0.0.9:4711
+    getnameinfo(10.0.0.9:4711, 128, 1025, 32, 10)   fails
+    WSAGetLastError()
+    log Error
+    closesocket(1500)
+    log Connection Trace: Disconnected, Local address:  (), Remote address:  ()
+    WSACleanup()
+    tells VelNet::SocketXtImpl::Accept , cannot get remote host name and port , ::getnameinfo , no-ip : no-port , errno = {n}
+    returns 2001/connected/:/:/1/6/1
+    opens socket 2001
+    closes socket 1500
+)"},
+{"Accept in place of another", R"(
+    WSAStartup(0x0101)
+    accept(1001, 128)                           -> 2001 10.0.0.9:4711
+    getnameinfo(10.0.0.9:4711, 128, 1025, 32, 10)   -> peer 99
+    log Connection Trace: Connected, Local address: here.example (4000), Remote address: peer (99)
+    closesocket(1500)                           fails
+    WSAGetLastError()
+    log Error
+    WSACleanup()
+    tells VelNet::SocketXtImpl::Close , cannot close a socket , ::getaddrinfo ,  , errno = {n}
+    returns 2001/connected/:/:/1/6/1
+    holds host=peer port=99 remote=peer:99
+    opens socket 2001
+    closes socket 1500
+)"},
+{"Accept in place of another", R"(
+    WSAStartup(0x0101)                          fails
+    ErrorDescription({u})
+    raises VelNet::SocketXtImpl::Accept ::WSAStartup failed
+    numbers except 0
+)"},
+{"Accept in place of another", R"(
+    WSAStartup(0x0101)
+    accept(1001, 128)                           -> 2001 10.0.0.9:4711
+    getnameinfo(10.0.0.9:4711, 128, 1025, 32, 10)   -> peer 99
+    log Connection Trace: Connected, Local address: here.example (4000), Remote address: peer (99)
+    closesocket(1500)
+    log Connection Trace: Disconnected, Local address:  (), Remote address:  ()
+    WSACleanup()                                fails
+    returns 2001/connected/:/:/1/6/1
+    holds host=peer port=99 remote=peer:99
+    opens socket 2001
+    closes socket 1500
+)"},
+
 // Options: only -1 is a failure.
 
 {"SetReceiveTimeout", R"(
@@ -198,20 +268,34 @@ struct AcceptScene {
     VelBase::ReturnString host = "earlier-host", port = "earlier-port";
 };
 
-Trial Accepting() {
+std::function<Trial()> AcceptingInto(std::shared_ptr<AcceptScene> (*makeScene)()) {
+    return [=] {
+        const auto scene = makeScene();
+        return Trial{.act =
+                         [=] {
+                             scene->listener->Accept(scene->accepted, scene->host, scene->port);
+                             return SummaryOf(*scene->accepted);
+                         },
+                     .state =
+                         [=] {
+                             Properties properties = PropertiesOf(*scene->listener);
+                             properties["host"] = scene->host.c_str();
+                             properties["port"] = scene->port.c_str();
+                             return properties;
+                         }};
+    };
+}
+
+std::shared_ptr<AcceptScene> EmptyVariable() {
+    return std::make_shared<AcceptScene>();
+}
+
+std::shared_ptr<AcceptScene> VariableInUse() {
     const auto scene = std::make_shared<AcceptScene>();
-    return {.act =
-                [=] {
-                    scene->listener->Accept(scene->accepted, scene->host, scene->port);
-                    return SummaryOf(*scene->accepted);
-                },
-            .state =
-                [=] {
-                    Properties properties = PropertiesOf(*scene->listener);
-                    properties["host"] = scene->host.c_str();
-                    properties["port"] = scene->port.c_str();
-                    return properties;
-                }};
+    scene->accepted = VelBase::ReturnPtrI<SocketXt>(
+        new SocketXtImpl(OpenedHandle(1500), STATE_CONNECTED, Winsock::TypeStream,
+                         Winsock::ProtocolTcp, SocketXt::FAMILY_IPV4));
+    return scene;
 }
 
 // Through the classic socket's face, which has them without a warning.
@@ -227,7 +311,8 @@ std::string UseOctets(SocketXtImpl& xt) {
 
 const FaultTable Table = {
     {
-        {"Accept", Accepting},
+        {"Accept", AcceptingInto(EmptyVariable)},
+        {"Accept in place of another", AcceptingInto(VariableInUse)},
         {"SetReceiveTimeout", OnXt([](auto& socket) { socket.SetReceiveTimeout(0xFFFFFFFF); })},
         {"SetSendTimeout", OnXt([](auto& socket) { socket.SetSendTimeout(5000); })},
         {"SetReuseAddress", OnXt([](auto& socket) { socket.SetReuseAddress(); })},
