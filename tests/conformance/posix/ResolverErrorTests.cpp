@@ -109,6 +109,10 @@ TEST_F(ResolverError, OfNumbersIsNone) {
     EXPECT_STREQ(host, "127.0.0.1");
     for (const char* const number : {"0.0.0.0", "9.9.9.9", "1.10.100.199", "90.249.254.255"})
         EXPECT_EQ(AddressesOf(Resolved(number, "80")), Texts{std::string(number) + " 80"});
+    const Winsock::AddressInfo ipv4 = Hints(2);
+    EXPECT_EQ(AddressesOf(Resolved("9.9.9.9", "80", &ipv4)), Texts{"9.9.9.9 80"});
+    const Winsock::AddressInfo ipv6 = Hints(23);
+    EXPECT_EQ(AddressesOf(Resolved("::9", "80", &ipv6)), Texts{"0:0:0:0:0:0:0:9%0 80"});
     EXPECT_EQ(AddressesOf(Resolved("::ffff:9.9.9.9", "80")), Texts{"0:0:0:0:0:ffff:909:909%0 80"});
     for (const char* const port : {"9", "09", "90", "65535", "00000"})
         EXPECT_EQ(AddressesOf(Resolved("10.1.2.3", port)),
@@ -121,8 +125,8 @@ TEST_F(ResolverError, OfWhatIsNoNumberIsTold) {
     const FailingCall lists(SystemCall::Getaddrinfo, EAI_FAIL);
     for (const char* const host :
          {"1", "1.2.3", "1.2.3.4.5", "01.2.3.4", "1.2.3.04", "00.0.0.0", "256.1.1.1", "1.2.3.256",
-          "1.2.3.0255", "1..2.3", ".1.2.3", "1.2.3.", "1.2.3.4 ", "1.2.3.4\xC3\xA9", "1.2.3.a",
-          "::g", "::1%0"}) {
+          "1.2.3.0255", "4294967297.0.0.1", "1..2.3", ".1.2.3", "1.2.3.", "1.2.3.4 ",
+          "1.2.3.4\xC3\xA9", "1.2.3.a", "::g", "::1%0"}) {
         List list;
         EXPECT_TRUE(Returns(11003, Resolve(host, "80", list))) << host;
     }

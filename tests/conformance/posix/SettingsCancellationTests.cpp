@@ -1,6 +1,7 @@
 // Threads that are cancelled while they read settings.
 #include <pthread.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <functional>
 
@@ -13,8 +14,9 @@ namespace {
 // A thread that is cancelled right before one of its calls on files.
 class CancelledReader {
 public:
-    CancelledReader(std::function<void()> scene, int call)
-        : scene_(std::move(scene)), callsLeft_(call) {}
+    // The error is that of openat2, or 0.
+    CancelledReader(std::function<void()> scene, int call, int error)
+        : scene_(std::move(scene)), callsLeft_(call), error_(error) {}
 
     void Run() {
         pthread_t thread = {};
@@ -36,8 +38,9 @@ private:
     // Not part of the function that the cancellation ends: the address sanitizer would go on
     // guarding that one's variables.
     [[gnu::noinline]] void RunWatched() {
-        const WatchedFileCalls watched([this](FileCall&) {
+        const WatchedFileCalls watched([this](FileCall& call) {
             if (callsLeft_-- == 0) ::pthread_cancel(::pthread_self());
+            if (call.name == "openat2") call.error = error_;
         });
         scene_();
         cameToItsEnd_ = true;
@@ -45,6 +48,7 @@ private:
 
     const std::function<void()> scene_;
     int callsLeft_;
+    const int error_;
     bool cameToItsEnd_ = false;
     bool wasCancelled_ = false;
 };
@@ -58,12 +62,12 @@ class SettingsCancellation : public ResolverKeys {
 protected:
     // The scene, cancelled before each of its calls. All of it comes to its end, and then the
     // thread.
-    static void ExpectWholeScene(const std::function<void()>& scene) {
+    static void ExpectWholeScene(const std::function<void()>& scene, int error = 0) {
         const long before = OpenDescriptors();
         bool cancelled = true;
         int call = 0;
         for (; cancelled && !HasFailure(); ++call) {
-            CancelledReader reader(scene, call);
+            CancelledReader reader(scene, call, error);
             reader.Run();
             EXPECT_TRUE(reader.CameToItsEnd()) << "call " << call;
             EXPECT_EQ(OpenDescriptors(), before) << "call " << call;
@@ -76,7 +80,7 @@ protected:
 TEST_F(SettingsCancellation, AThreadThatIsBeingCancelledReadsAKeyOfTheTree) {
     tree_.Write("HKLM/Software/Product/Version", "6");
     tree_.Write("HKLM/Software/Product/Below/Value", "text");
-    ExpectWholeScene([this] {
+    const auto scene = [this] {
         const Key key = Open(u"SOFTWARE\\PRODUCT");
         ASSERT_NE(key, nullptr);
         EXPECT_EQ(Read(key, u"VERSION"), u"[6]");
@@ -84,7 +88,10 @@ TEST_F(SettingsCancellation, AThreadThatIsBeingCancelledReadsAKeyOfTheTree) {
         EXPECT_EQ(SubKeys(key), std::vector<std::u16string>{u"Below"});
         EXPECT_EQ(Read(OpenBelow(key, u"Below"), u"Value"), u"[text]");
         EXPECT_EQ(Open(u"Missing"), nullptr);
-    });
+    };
+    ExpectWholeScene(scene);
+    // What stands in for the call that a kernel does not know is where a thread may end.
+    ExpectWholeScene(scene, ENOSYS);
 }
 
 TEST_F(SettingsCancellation, AThreadThatIsBeingCancelledReadsTheResolversSettings) {

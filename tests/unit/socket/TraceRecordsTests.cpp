@@ -40,7 +40,7 @@ struct Transfer {
     const char* withData;
 };
 
-constexpr Transfer Transfers[] = {
+const Transfer Transfers[] = {
     {SentFormats, "Sent %1 bytes, Local address: %2 (%3), Remote address: %4 (%5)",
      "Sent %1 bytes, Local address: %2 (%3), Remote address: %4 (%5), data: %6"},
     {ReceivedFormats, "Received %1 bytes, Local address: %2 (%3), Remote address: %4 (%5)",
