@@ -1,18 +1,18 @@
 // The text that configures logging, against a second reading of its grammar: what it asks for, or
 // where it cannot be followed. Here each character keeps its place in the text.
-#include "Plan.h"
-#include "VelLogging/Configure.h"
-#include "VelLogging/DaemonSinks.h"
-
 #include <VelLog/LogControl.h>
+#include <VelLogging/Configure.h>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <limits>
 #include <map>
 #include <optional>
 #include <vector>
 
 #include "fuzz/Fuzzing.h"
+#include "logging/Plan.h"
 
 namespace {
 
@@ -108,15 +108,14 @@ std::optional<Number> NumberOf(std::string text) {
                                                        {'m', 20}, {'G', 30}, {'g', 30}};
     const auto unit = text.empty() ? Units.end() : Units.find(text.back());
     if (unit != Units.end()) text.pop_back();
-    __extension__ unsigned __int128 number = 0;
-    for (const char digit : text) {
-        if (digit < '0' || digit > '9') return {};
-        number = number * 10 + static_cast<unsigned int>(digit - '0');
-        if (number >> 64U != 0) return {};
-    }
-    if (unit != Units.end()) number <<= unit->second;
-    if (number == 0 || number >> 64U != 0) return {};
-    return static_cast<Number>(number);
+    Number number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || last != end || number == 0) return {};
+    if (unit == Units.end()) return number;
+    const Number times = Number{1} << unit->second;
+    if (number > std::numeric_limits<Number>::max() / times) return {};
+    return number * times;
 }
 
 const std::map<std::string, std::vector<std::string>> Options = {
