@@ -2,6 +2,7 @@
 #include <VelBase/WideLiteral.h>
 #include <VelBase/WideText.h>
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -124,13 +125,17 @@ TEST_F(WideTexts, TerminatorCountsTowardsTheLimit) {
 
 TEST_F(WideTexts, LongestPossibleTextLacksMemoryOnly) {
     const std::size_t longest = std::vector<unsigned short>().max_size() - 1;
-    // Some compilers refuse it themselves and ask for no memory.
-    const auto lacksMemory = [](auto operation) {
+    // Some compilers refuse it themselves and ask for no memory. An error's text would ask for
+    // little.
+    const auto lacksMemory = [longest](auto operation) {
+        const Scripted::Allocations::Mark mark;
         const Scripted::Allocations::FailNth failing(1);
         try {
             operation();
         } catch (const std::bad_alloc&) {
-            return true;
+            const std::vector<std::size_t> sizes = mark.Sizes();
+            return std::all_of(sizes.begin(), sizes.end(),
+                               [longest](std::size_t size) { return size > longest; });
         }
         return false;
     };
