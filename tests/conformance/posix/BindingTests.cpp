@@ -63,6 +63,7 @@ TEST_F(BindingWithAnUnknownName, IsNotWrittenToNull) {
     EXPECT_TRUE(FailsWith(10014, Winsock::getpeername(pair.client.Get(), nullptr, &length)));
     Winsock::AddressIpv4 address = {};
     EXPECT_TRUE(FailsWith(10014, Winsock::getpeername(pair.client.Get(), &address, nullptr)));
+    EXPECT_TRUE(FailsWith(10057, Winsock::getpeername(bound.Get(), nullptr, nullptr)));
 }
 
 OwnedSocket NewReusing(OwnedSocket socket = NewStream()) {

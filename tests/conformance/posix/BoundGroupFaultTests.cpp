@@ -1,6 +1,7 @@
 // Groups that the system refuses to a socket that is bound to an address or connected: every call
 // that leads to one fails in turn.
 #include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <cerrno>
 #include <string>
@@ -162,6 +163,20 @@ TEST_F(BoundGroupFault, InBindingIsTold) {
     port_ = LocalPort(receiver_);
     ExpectGroup();
     EXPECT_GT(step, FewestSteps);
+}
+
+// Whoever has the descriptor, too, may have left the group.
+TEST_F(BoundGroupFault, IsNotJoinedAgainForASocketThatHasLostIt) {
+    TakeReceiver(NewDatagram());
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, OtherGroup)));
+    ASSERT_EQ(::setsockopt(static_cast<int>(receiver_.Get()), IPPROTO_IP, IP_DROP_MEMBERSHIP,
+                           &OtherGroup, sizeof OtherGroup),
+              0);
+    ASSERT_TRUE(Succeeds(Bind(receiver_, Loopback(0))));
+    port_ = LocalPort(receiver_);
+    ExpectGroup();
+    EXPECT_TRUE(FailsWith(10022, SetMembership(receiver_, Leave, OtherGroup)));
 }
 
 }  // namespace

@@ -1,6 +1,10 @@
 // The datagrams of groups and those of the own address come as if from one queue.
+#include <sys/socket.h>
+
 #include <cerrno>
 #include <chrono>
+#include <cstring>
+#include <ctime>
 #include <string>
 #include <thread>
 
@@ -181,6 +185,25 @@ TEST_F(BoundGroupQueue, LosesNoReportThatALookMeets) {
     }
     EXPECT_TRUE(FailsWith(10054, TryReceive(receiver_)));
     EXPECT_EQ((received + Receive(receiver_)).size(), 6U);
+}
+
+// The time of arrival decides, to the nanosecond and over the turn of a second.
+TEST_F(BoundGroupQueue, GivesWhatHasArrivedFirst) {
+    using namespace SystemCalls;
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    SendToAddress("later");
+    SendToGroup("first");
+    const auto own = static_cast<Word>(receiver_.Get());
+    const HookedCall stamps(SystemCall::Recvmsg, [own](const Call& call) {
+        const Word result = call.Make();
+        cmsghdr* const part = CMSG_FIRSTHDR(call.Pointer<msghdr>(1));
+        if (part == nullptr) return result;
+        const timespec time = call.Argument(0) == own ? timespec{2, 0} : timespec{1, 999'999'999};
+        std::memcpy(CMSG_DATA(part), &time, sizeof time);
+        return result;
+    });
+    EXPECT_EQ(Receive(receiver_), "first");
+    EXPECT_EQ(Receive(receiver_), "later");
 }
 
 }  // namespace

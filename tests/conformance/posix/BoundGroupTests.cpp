@@ -173,6 +173,17 @@ int ConnectWithoutMemory(const OwnedSocket& socket, const Winsock::AddressIpv4& 
     return Connect(socket, peer);
 }
 
+TEST_F(BoundGroup, FailsToBeJoinedBeforehandWithoutMemoryAndIsJoinedLater) {
+    const OwnedSocket socket = NewDatagram();
+    unsigned int allocations = 0;
+    while (JoinWithoutMemory(socket, allocations) != 0) {
+        ASSERT_EQ(Winsock::WSAGetLastError(), 10055);
+        EXPECT_TRUE(FailsWith(10022, SetMembership(socket, Leave, Group)));
+        ASSERT_LT(++allocations, 10U);
+    }
+    EXPECT_GT(allocations, 0U);
+}
+
 TEST_F(BoundGroup, FailsToFollowAPeerWithoutMemoryAndFollowsLater) {
     const OwnedSocket socket = NewDatagram();
     const Winsock::AddressIpv4 peer = LocalAddress(sender_);

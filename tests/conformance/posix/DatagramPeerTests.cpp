@@ -63,6 +63,19 @@ TEST_F(DatagramPeerQueue, IsClearedOfAnyNumberOfStrangers) {
     EXPECT_EQ(Receive(crowd.socket), "one");
 }
 
+TEST_F(DatagramPeerQueue, IsClearedThoughThatMeetsReports) {
+    const Crowd crowd;
+    crowd.Hear(crowd.stranger, "strange");
+    crowd.Hear(crowd.stranger, "strange");
+    crowd.Hear(crowd.peer, "one");
+    {
+        const SystemCalls::FailingCall meets(SystemCalls::SystemCall::Recv, ECONNREFUSED,
+                                             {.count = 3});
+        ASSERT_TRUE(Succeeds(Connect(crowd.socket, LocalAddress(crowd.peer))));
+    }
+    EXPECT_EQ(Receive(crowd.socket), "one");
+}
+
 TEST_F(DatagramPeerQueue, IsClearedOfThePeersNamesakes) {
     const Crowd crowd;
     const OwnedSocket samePort = NewDatagram();

@@ -104,6 +104,18 @@ TEST_F(FailedConnectOutcomeTaken, ByOneOfManyThreadsIsEverybodys) {
     }
 }
 
+using FailedConnectAtOnce = Started;
+
+TEST_F(FailedConnectAtOnce, OfANonBlockingSocketIsToldAtOnce) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    SetNonBlocking(socket);
+    const FailingCall fails(SystemCall::Connect, ENETUNREACH, {.count = 1});
+    EXPECT_TRUE(FailsWith(10051, Connect(socket, LocalAddress(listener))));
+    EXPECT_TRUE(FailsWith(10035, Connect(socket, LocalAddress(listener))));
+    EXPECT_EQ(ReadyFor(socket, Minute), "w");
+}
+
 using FailedConnectReset = Started;
 
 TEST_F(FailedConnectReset, IsAResetOfTheConnection) {

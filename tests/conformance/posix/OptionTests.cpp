@@ -1,4 +1,7 @@
 // Options that must be refused before the system sees them.
+#include <sys/socket.h>
+#include <sys/time.h>
+
 #include "conformance/Scene.h"
 
 namespace Conformance {
@@ -61,6 +64,35 @@ TEST_F(OptionOfTheSystem, ReuseRefusesANegativeLength) {
         EXPECT_TRUE(
             FailsWith(10014, Winsock::setsockopt(socket.Get(), Winsock::LevelSocket,
                                                  Winsock::OptionReuseAddress, Value, length)));
+    }
+}
+
+TEST_F(OptionOfTheSystem, OfGroupsIsNoneOfATransportWithItsNumber) {
+    const OwnedSocket datagram = NewDatagram();
+    constexpr char request[20] = {};
+    for (const int level : {Winsock::ProtocolTcp, Winsock::ProtocolUdp, Winsock::LevelSocket}) {
+        for (const int option : {Winsock::OptionAddMembership, Winsock::OptionDropMembership}) {
+            EXPECT_TRUE(
+                FailsWith(10042, Winsock::setsockopt(datagram.Get(), level, option, request, 20)))
+                << level;
+        }
+    }
+}
+
+// The system counts in ticks of at most ten milliseconds.
+TEST_F(OptionOfTheSystem, TimeoutIsThatManyMilliseconds) {
+    const OwnedSocket socket = NewStream();
+    for (const long milliseconds : {1L, 999L, 1000L, 1001L, 1999L, 2000L, 60'500L}) {
+        ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionSendTimeout,
+                                       static_cast<unsigned int>(milliseconds))));
+        timeval time = {};
+        socklen_t length = sizeof time;
+        ASSERT_EQ(
+            ::getsockopt(static_cast<int>(socket.Get()), SOL_SOCKET, SO_SNDTIMEO, &time, &length),
+            0);
+        const long told = time.tv_sec * 1000 + time.tv_usec / 1000;
+        EXPECT_GE(told, milliseconds);
+        EXPECT_LE(told, milliseconds + 10);
     }
 }
 

@@ -48,6 +48,9 @@ constexpr Report Reports[] = {
     {"missing parts of IPv6", V6, ICMP6_TIME_EXCEEDED, ICMP6_TIME_EXCEED_REASSEMBLY, EHOSTUNREACH,
      10054},
     {"too long for a link of IPv6", V6, ICMP6_PACKET_TOO_BIG, 0, EMSGSIZE, 0},
+    {"isolated host", V4, ICMP_DEST_UNREACH, ICMP_HOST_ISOLATED, ENONET, 10054},
+    {"forbidden in IPv6", V6, ICMP6_DST_UNREACH, ICMP6_DST_UNREACH_ADMIN, EACCES, 10054},
+    {"what was sent", SO_EE_ORIGIN_TIMESTAMPING, 0, 0, EHOSTUNREACH, 0},
     {"own machine", Own, 0, 0, EMSGSIZE, 0},
     {"own machine, with numbers of nobody", Own, ICMP_TIME_EXCEEDED, ICMP_EXC_TTL, EHOSTUNREACH, 0},
 };
@@ -150,6 +153,16 @@ TEST_F(ReportsOfTheNetwork, AreNotForTheNextSocketOfThatNumber) {
         ASSERT_EQ(socket.Get(), number);
         EXPECT_EQ(ReadyFor(socket), "w");
         EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+    }
+}
+
+// More than can be counted are as many as can.
+TEST_F(ReportsOfTheNetwork, AreNotForgottenForBeingMany) {
+    for (const Report* report : {&Reports[0], &Reports[3]}) {
+        const OwnedSocket socket = NewNonBlocking();
+        const ToldReports reports(std::deque<Report>(65'536, *report));
+        EXPECT_TRUE(FailsWith(report->answer, TryReceive(socket)));
+        EXPECT_TRUE(FailsWith(report->answer, TryReceive(socket)));
     }
 }
 

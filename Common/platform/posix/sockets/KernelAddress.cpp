@@ -18,6 +18,7 @@ static_assert(offsetof(sockaddr_in6, sin6_flowinfo) ==
               offsetof(Winsock::AddressIpv6, flowInformation));
 static_assert(offsetof(sockaddr_in6, sin6_addr) == offsetof(Winsock::AddressIpv6, address));
 static_assert(offsetof(sockaddr_in6, sin6_scope_id) == offsetof(Winsock::AddressIpv6, scope));
+static_assert(offsetof(sockaddr_in, sin_port) == offsetof(sockaddr_in6, sin6_port));
 static_assert(sizeof(sa_family_t) == sizeof(unsigned short));
 
 namespace {
@@ -86,12 +87,11 @@ bool IsWildcard(const KernelAddress& address) noexcept {
 }
 
 std::uint16_t PortOf(const KernelAddress& address) noexcept {
-    return ntohs(address.any.sa_family == AF_INET ? address.ipv4.sin_port : address.ipv6.sin6_port);
+    return ntohs(address.ipv4.sin_port);  // at the same place in both families
 }
 
 KernelAddress WithPort(KernelAddress address, std::uint16_t port) noexcept {
-    auto& field = address.any.sa_family == AF_INET ? address.ipv4.sin_port : address.ipv6.sin6_port;
-    field = htons(port);
+    address.ipv4.sin_port = htons(port);
     return address;
 }
 
