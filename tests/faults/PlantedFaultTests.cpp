@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,10 @@ struct Plant {
     const char* told;
     Stage stage = Stage::Allocations;
 };
+
+void PrintTo(const Plant& plant, std::ostream* stream) {
+    *stream << plant.told << " in stage " << static_cast<int>(plant.stage);
+}
 
 // A small one; forks come before calls that may wait.
 Scene SceneFor(const Plant& plant) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <ostream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -19,6 +20,10 @@ struct Storm {
     unsigned int Totals::*effect;
     unsigned int fewestEffects;
 };
+
+void PrintTo(const Storm& storm, std::ostream* stream) {
+    *stream << storm.what;
+}
 
 constexpr Storm Storms[] = {
     {Stage::Cancellations, "cancelled threads", 150, &Totals::cancelled, 80},

@@ -2,8 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <ostream>
 
 #include "storms/posix/Storms.h"
+
+namespace Support {
+
+static void PrintTo(const SignalStorm::Kind& kind, std::ostream* stream) {
+    *stream << kind.perSecond << " a second" << (kind.restarts ? " that restart" : "");
+}
+
+}  // namespace Support
 
 namespace Storms {
 namespace {
