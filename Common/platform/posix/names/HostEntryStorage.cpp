@@ -20,7 +20,7 @@ constinit StoredKey storedKey = NoKey;
 // If several threads create the key at once, the first one wins.
 bool EnsureKey() noexcept {
     if (storedKey.load(std::memory_order_acquire) != NoKey) return true;
-    pthread_key_t made = 0;
+    auto made = static_cast<pthread_key_t>(NoKey);  // 0 may be the key of somebody else
     if (::pthread_key_create(&made, &std::free) != 0) return false;
     unsigned long expected = NoKey;
     if (!storedKey.compare_exchange_strong(expected, made)) ::pthread_key_delete(made);
