@@ -25,6 +25,11 @@ struct ReportRoom {
                                 CMSG_SPACE(sizeof(sock_extended_err) + sizeof(sockaddr_in6))];
 };
 
+bool IsErrorReport(const cmsghdr& part) noexcept {
+    return (part.cmsg_level == IPPROTO_IP && part.cmsg_type == IP_RECVERR) ||
+           (part.cmsg_level == IPPROTO_IPV6 && part.cmsg_type == IPV6_RECVERR);
+}
+
 bool IsEndOfHops(const sock_extended_err& report) noexcept {
     if (report.ee_origin == SO_EE_ORIGIN_ICMP) {
         return report.ee_type == ICMP_TIME_EXCEEDED && report.ee_code == ICMP_EXC_TTL;
@@ -44,7 +49,7 @@ std::optional<Loss> LossFrom(const sock_extended_err& report) noexcept {
 std::optional<Loss> LossFrom(msghdr& message) noexcept {
     for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr;
          part = CMSG_NXTHDR(&message, part)) {
-        if (part->cmsg_level == SOL_SOCKET) continue;  // the time stamp
+        if (!IsErrorReport(*part)) continue;
         sock_extended_err report = {};
         std::memcpy(&report, CMSG_DATA(part), sizeof report);
         return LossFrom(report);
