@@ -179,7 +179,7 @@ std::string AcceptGreetings(VelNet::Socket& listener, std::size_t times) {
 }
 
 std::string Connections(const Signals& signals, std::size_t bytes) {
-    const std::size_t times = bytes / 10'000;
+    const std::size_t times = bytes / 100'000;
     const SocketPtr listener = StreamSocket();
     listener->Bind(Loopback(), 0);
     listener->Listen();
