@@ -152,11 +152,14 @@ TEST_F(XtCreationStartUp, IsBalancedWhetherTheOperationSucceedsOrFails) {
         for (const bool fails : {false, true}) {
             SCOPED_TRACE(operation.function);
             ClearTranscript();
-            if (fails)
-                for (const char* const call : {"getaddrinfo", "accept", "recvfrom"})
-                    QueueAnswer(call, {.kind = Answer::Kind::Failure, .result = 1, .error = 10050});
-            else
+            if (fails) {
+                QueueAnswer("getaddrinfo",
+                            {.kind = Answer::Kind::Failure, .result = 1, .error = 10050});
+                for (const char* const call : {"accept", "recvfrom"})
+                    QueueAnswer(call, {.kind = Answer::Kind::Failure, .error = 10050});
+            } else {
                 On::Recvfrom().Delivers("abc", "10.0.0.9", 4711);
+            }
             EXPECT_EQ(FailureOf([&] { operation.run(*socket); }) != NoFailure(), fails);
             ForgetAnswers();
             EXPECT_EQ(CountOf("WSAStartup"), 1);
