@@ -63,9 +63,16 @@ end_wine() {
   timeout --kill-after="$mercy" 60 wineserver -k
 }
 
-# Prints how many tests ended with a code that matches.
-count_of() {
-  grep -cE "^$1 " "$outcomes" || true
+# Wine sometimes misses an event: what failed is run once more, alone. Linux gives the same tests one chance.
+run_failed_again() {
+  local again test script sockets
+  mapfile -t again < <(awk '$1 != 0 && $1 != 77 { print $2 }' "$outcomes")
+  sed -i -E '/^(0|77) /!d' "$outcomes"
+  for test in "${again[@]}"; do
+    echo "$test is run again"
+    IFS=. read -r script sockets test <<<"$test"
+    run "$script" "$sockets" "$test"
+  done
 }
 
 rm -rf "$tools"
@@ -80,8 +87,9 @@ timeout --kill-after="$mercy" 60 wineserver -p || true
 "$tools/velsock-cat" --version </dev/null >/dev/null 2>&1
 
 xargs -P "$(nproc)" -L 1 bash -c 'run "$@"' run <"$tools/tests"
-failed=$(count_of '([1-9]|[1-689][0-9]|7[0-689]|[0-9]{3})')
-skipped=$(count_of 77)
+run_failed_again
+failed=$(grep -cvE '^(0|77) ' "$outcomes" || true)
+skipped=$(grep -c '^77 ' "$outcomes" || true)
 echo "<testsuite name=\"tools\" tests=\"$(wc -l <"$outcomes")\" failures=\"$failed\" skipped=\"$skipped\">" \
   >"$build/test-results/tools.xml"
 echo "--- tools under Wine: $(wc -l <"$tools/tests") tests, $failed failed, $skipped not run"
