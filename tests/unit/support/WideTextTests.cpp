@@ -124,10 +124,10 @@ TEST_F(WideTexts, TerminatorCountsTowardsTheLimit) {
 }
 
 TEST_F(WideTexts, LongestPossibleTextLacksMemoryOnly) {
-    const std::size_t longest = std::vector<unsigned short>().max_size() - 1;
+    static const std::size_t longest = std::vector<unsigned short>().max_size() - 1;
     // Some compilers refuse it themselves and ask for no memory. An error's text would ask for
     // little.
-    const auto lacksMemory = [longest](auto operation) {
+    const auto lacksMemory = [](auto operation) {
         const Scripted::Allocations::Mark mark;
         const Scripted::Allocations::FailNth failing(1);
         try {
@@ -135,7 +135,7 @@ TEST_F(WideTexts, LongestPossibleTextLacksMemoryOnly) {
         } catch (const std::bad_alloc&) {
             const std::vector<std::size_t> sizes = mark.Sizes();
             return std::all_of(sizes.begin(), sizes.end(),
-                               [longest](std::size_t size) { return size > longest; });
+                               [](std::size_t size) { return size > longest; });
         }
         return false;
     };
