@@ -146,15 +146,20 @@ private:
             sink.size = NumberOf({sink.target, sink.position});
     }
 
+    // The kind's options are words, each with a blank behind it.
+    static bool HasOption(const Kind& kind, const std::string& name) {
+        const bool isWord = !name.empty() && name.find(' ') == std::string::npos;
+        return isWord &&
+               (std::string(" ") + kind.options).find(' ' + name + ' ') != std::string::npos;
+    }
+
     void ReadOption(SinkPlan& sink, const Kind& kind, const Part& piece) const {
         const Halves option = HalvesAt('=', piece);
-        const std::string options = kind.options;
         const std::string& name = option.first.text;
-        if (name.empty() || !option.isFound ||
-            (' ' + options).find(' ' + name + ' ') == std::string::npos)
+        if (!option.isFound || !HasOption(kind, name))
             Fail(text_, piece.position,
                  Quoted(piece.text) + " is no option of " + Quoted(kind.name) + "; options are " +
-                     WithEquals(options));
+                     WithEquals(kind.options));
         Store(sink, name, option.second);
     }
 

@@ -116,6 +116,8 @@ TEST_F(ConfigureText, MistakesAreToldWithPlaceAndWhatThereIs) {
         {"file", 1, "\"file\" needs a path: file:PATH"},
         {"stderr:x", 1, "\"stderr\" takes nothing behind a colon"},
         {"ring;size=1", 6, "\"size=1\" is no option of \"ring\"; options are format=, queue="},
+        {"ring;format queue=1", 6,
+         "\"format queue=1\" is no option of \"ring\"; options are format=, queue="},
         {"ring;format", 6, "\"format\" is no option of \"ring\"; options are format=, queue="},
         {"ring;format=xml", 13, "there is no format \"xml\"; there are plain, text, logfmt, json"},
         {"file:x;size=0", 13, "\"0\" is no number from 1, with K, M or G behind it or without"},

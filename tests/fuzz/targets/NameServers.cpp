@@ -108,17 +108,27 @@ Lines TokensOf(const std::u16string& text) {
     return tokens;
 }
 
+std::optional<int> UpTo255(const std::string& digits) {
+    if (digits.empty()) return {};
+    int number = 0;
+    for (const char digit : digits) {
+        number = number * 10 + (digit - '0');
+        if (digit == '.' || number > 255) return {};
+    }
+    return number;
+}
+
 // Four numbers of up to 255 in decimal digits, which is what the scripted system takes.
 std::optional<std::string> AsScripted(const std::string& token) {
-    int numbers[4];
-    char behind = 0;
-    if (std::sscanf(token.c_str(), "%3d.%3d.%3d.%3d%c", &numbers[0], &numbers[1], &numbers[2],
-                    &numbers[3], &behind) != 4)
-        return {};
     std::string text;
-    for (const int number : numbers) {
-        if (number > 255) return {};
-        text += (text.empty() ? "" : ".") + std::to_string(number);
+    std::size_t begin = 0;
+    for (int index = 0; index < 4; ++index) {
+        const std::size_t end = index < 3 ? token.find('.', begin) : token.size();
+        if (end == std::string::npos) return {};
+        const std::optional<int> number = UpTo255(token.substr(begin, end - begin));
+        if (!number) return {};
+        text += (text.empty() ? "" : ".") + std::to_string(*number);
+        begin = end + 1;
     }
     if (text == "255.255.255.255") return {};
     return text;
