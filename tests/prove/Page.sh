@@ -24,7 +24,8 @@ output() {
 cat <<TEXT
 # What the long tests showed
 
-Made by \`./run prove --page\` on $(date -u +%F), at $(git -C "$project" describe --always), on $(machine).
+What the stages of \`./run prove\` printed last, put together on $(date -u +%F), on
+$(machine).
 TEXT
 for stage in $("$project/tests/prove/Stages.sh"); do
   # shellcheck disable=SC2016  # the marks of code

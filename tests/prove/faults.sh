@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Every call of the module to the C library fails with every number that the manual has for it, and every allocation,
 # once and from then on, in every scene (tests/faults).
+# Its tests plant a descriptor, a block, a thread key, a start-up, a thread, a sink, an exception and a crash, and see
+# each noticed.
 # usage: faults.sh PROJECT_FOLDER BUILD_FOLDER
 set -euo pipefail
 

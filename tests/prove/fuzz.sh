@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # The fuzzers, ten minutes for all of them: what ./run fuzz does.
+# Inputs that have found something are kept in tests/fuzz/regressions.
 # usage: fuzz.sh PROJECT_FOLDER BUILD_FOLDER
 set -euo pipefail
 

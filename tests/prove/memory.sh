@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The unit tests under valgrind: no access outside of what is allocated, no use of what was never set, no block that
 # nobody owns, no descriptor that is left open.
+# A planted block that nobody owned was noticed.
 # usage: memory.sh PROJECT_FOLDER BUILD_FOLDER
 set -euo pipefail
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Hundreds of connections for ten minutes: what ./run soak does.
+# Its tests plant a block and a descriptor in each round, and see each noticed.
 # usage: soak.sh PROJECT_FOLDER BUILD_FOLDER
 set -euo pipefail
 

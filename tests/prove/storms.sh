@@ -2,6 +2,8 @@
 # The scenes of tests/faults in threads that are cancelled before each of their calls, in processes that fork there,
 # without standard streams, with high numbers of descriptors or too few of them, and under signals; and the storms of
 # tests/storms.
+# Its tests plant a spoiled byte, a wait begun anew after each signal, a forgotten start-up and a forgotten descriptor,
+# and see each noticed.
 # usage: storms.sh PROJECT_FOLDER BUILD_FOLDER
 set -euo pipefail
 
