@@ -42,6 +42,6 @@ int main(int count, char** arguments) {
     std::size_t replayed = 0;
     for (const char* const place : std::span(arguments, static_cast<std::size_t>(count)).subspan(1))
         replayed += ReplayAll(place);
-    std::printf("%zu inputs replayed\n", replayed);
+    std::printf("%zu cases of replayed inputs\n", replayed);
     return replayed > 0 ? 0 : 1;
 }
