@@ -1,5 +1,5 @@
-// What four classic sockets over the scripted platform remember, ask the system and record, as far
-// as it does not depend on the operation.
+// What models of sockets over the scripted platform have in common: what the input injects, and the
+// calls of the system and the records that are to come of it.
 #pragma once
 
 #include <VelNet/Socket.h>
@@ -20,23 +20,24 @@ public:
 
     static constexpr char NoHandle[] = "INVALID";
 
-    struct Slot {
-        VelBase::ReturnPtrI<VelNet::Socket> socket;
-        State state = State::Closed;
-        std::string handle = NoHandle;
-        Endpoint local;
-        Endpoint remote;
+    explicit ScriptedModel(Input input) : input_(input) {}
 
-        // A system that connects a closed socket, as a script may tell, gives it no handle.
-        bool IsValid() const { return state != State::Closed && handle != NoHandle; }
-    };
+    // The calls and the records since the last comparison.
+    void Compare() {
+        // How texts are converted on their way is nobody's affair, nor is giving back no list.
+        Scripted::Lines calls =
+            Scripted::TranscriptWithout({"LogMessage", "WideFromCodePage", "CodePageFromWide"});
+        std::erase(calls, "freeaddrinfo(null)");
+        Expect("the system calls", calls_, calls);
+        calls_.clear();
+        Scripted::ClearTranscript();
+        CompareRecords();
+    }
 
+protected:
     static constexpr std::array Categories = {"Error", "Connection Trace", "Packet Trace",
                                               "Verbose Packet Trace"};
 
-    explicit ScriptedModel(Input input) : input_(input) {}
-
-protected:
     // 0 for an answer that is no failure.
     int TakeFailure() { return input_.Flag() ? TakeErrorNumber(input_) : 0; }
 
@@ -55,89 +56,127 @@ protected:
         return static_cast<unsigned short>(endpoint.port);
     }
 
+    static std::string Quoted(const std::string& text) {
+        return Scripted::QuotedBytes(text.data(), text.size());
+    }
+
     void ExpectCall(const std::string& call, int failure = 0) {
         calls_.push_back(call);
         if (failure != 0) calls_.emplace_back("WSAGetLastError()");
     }
+
+    bool IsOn(const std::string& category) const { return !off_.contains(category); }
     void ExpectLine(const LogLine& line) {
-        if (!off_.contains(line.first)) log_.push_back(line);
+        if (IsOn(line.first)) log_.push_back(line);
     }
+    void ExpectLines(const Log& lines) {
+        for (const LogLine& line : lines)
+            ExpectLine(line);
+    }
+    // What an operation throws, which it has logged.
     Thrown Failing(std::string_view labelAndDescription, int error) {
         const Thrown failure = FailureOf(labelAndDescription, error);
         ExpectLine(ErrorLine(failure));
         return failure;
     }
+
     std::string NextHandle() { return std::to_string(1001 + handles_++); }
+    // Apart from those that the scripted system counts up itself.
+    std::string NextAcceptedHandle() { return std::to_string(5001 + acceptedHandles_++); }
 
-    // Asks no system.
-    static VelNet::Octets OctetsOf(const Endpoint& endpoint) {
-        const std::string bytes = Scripted::AddressBytes(endpoint.host);
-        return {static_cast<unsigned char>(bytes[0]), static_cast<unsigned char>(bytes[1]),
-                static_cast<unsigned char>(bytes[2]), static_cast<unsigned char>(bytes[3])};
-    }
+    // What the system makes of bytes that a socket sends or receives.
+    struct Transfer {
+        int failure = 0;
+        std::string bytes;
+    };
 
-    // Scripts one of the two queries of addresses and stores what it is to tell.
-    Thrown ExpectQuery(const Slot& slot, bool ofPeer, Endpoint& stored) {
-        const std::string name = ofPeer ? "getpeername" : "getsockname";
-        const Endpoint endpoint = TakeEndpoint();
+    // It may take a part of them.
+    Transfer ExpectSend(const std::string& handle, const std::string& bytes) {
         const int failure = TakeFailure();
-        Scripted::AddressAnswers answers =
-            ofPeer ? Scripted::On::Getpeername() : Scripted::On::Getsockname();
-        if (failure != 0) answers.Fails(failure);
-        if (failure == 0) answers.Returns(endpoint.host, PortOf(endpoint));
-        ExpectCall(name + "(" + slot.handle + ", 16)", failure);
-        if (failure != 0)
-            return Failing("VelNet::SocketImpl::Send() - FAIL. The ::" + name + " failed", failure);
-        stored = endpoint;
-        return {};
+        const std::size_t sent = failure != 0 ? 0 : input_.Byte() % (bytes.size() + 1);
+        if (failure != 0) Scripted::On::Send().Fails(failure);
+        if (failure == 0) Scripted::On::Send().Returns(static_cast<int>(sent));
+        ExpectCall(
+            "send(" + handle + ", " + Quoted(bytes) + ", " + std::to_string(bytes.size()) + ", 0)",
+            failure);
+        return {failure, bytes.substr(0, sent)};
+    }
+    static void Send(VelNet::Socket& socket, const std::string& bytes, const Transfer& transfer,
+                     const Thrown& expected) {
+        ExpectOutcome("Send", expected, [&] {
+            Expect("the bytes sent", static_cast<int>(transfer.bytes.size()),
+                   socket.Send(bytes.data(), static_cast<int>(bytes.size())));
+        });
     }
 
-    static void ExpectAddress(const char* what, const Endpoint& expected,
-                              const VelNet::SocketAddress& address) {
-        Expect<std::string>(what, expected.host, address.GetOctets().GetAddressString().c_str());
-        Expect(what, expected.port, static_cast<int>(address.GetPort()));
+    Transfer ExpectRecv(const std::string& handle) {
+        const std::string bytes(input_.Line());
+        const int failure = TakeFailure();
+        if (failure != 0) Scripted::On::Recv().Fails(failure);
+        if (failure == 0) Scripted::On::Recv().Delivers(bytes);
+        ExpectCall("recv(" + handle + ", 2000, 0)", failure);
+        return {failure, bytes};
+    }
+    static void Receive(VelNet::Socket& socket, const Transfer& transfer, const Thrown& expected) {
+        std::string buffer(2000, '?');
+        ExpectOutcome("Receive", expected, [&] {
+            const int count = socket.Receive(buffer.data(), 2000);
+            Expect("the bytes received", transfer.bytes,
+                   buffer.substr(0, static_cast<std::size_t>(count)));
+        });
     }
 
-    void ExpectTransfer(const char* event, const Slot& slot, std::string_view bytes) {
-        for (const LogLine& line : TransferLines(event, bytes, slot.local, slot.remote))
-            ExpectLine(line);
+    void CheckNonBlocking(VelNet::Socket& socket, const std::string& handle) {
+        const int failure = TakeFailure();
+        if (failure != 0) Scripted::On::Ioctlsocket().Fails(failure);
+        ExpectCall("ioctlsocket(" + handle + ", 0x8004667E, 1)");
+        Expect("SetNonBlocking", failure == 0, socket.SetNonBlocking());
     }
 
-    // What closing leaves behind, whatever it is closed by.
-    void ExpectClosed(Slot& slot) {
-        const int scripted = slot.handle == NoHandle ? 0 : TakeFailure();
-        if (scripted != 0) Scripted::On::Closesocket().Fails(scripted);
-        const int failure = slot.handle == NoHandle ? 10038 : scripted;
-        ExpectCall("closesocket(" + slot.handle + ")", failure);
-        if (failure != 0)
-            Failing("VelNet::SocketImpl::Close() - FAIL. Cannot close a socket", failure);
-        ExpectLine(ConnectionLine("Disconnected", slot.local, slot.remote));
-        slot.state = State::Closed;
-        slot.handle = NoHandle;
-        slot.local = slot.remote = Endpoint();
+    void CheckAvailable(const VelNet::Socket& socket, const std::string& handle) {
+        const bool expected = ExpectAvailable(handle);
+        Expect("IsDataAvailable", expected, socket.IsDataAvailable());
     }
 
-    void Compare() {
-        for (const Slot& slot : slots_)
-            if (slot.socket) Expect("IsValid", slot.IsValid(), slot.socket->IsValid());
-        Expect("the system calls", calls_, Scripted::TranscriptWithout({"LogMessage"}));
-        calls_.clear();
-        Scripted::ClearTranscript();
+    void CheckStatus(const VelNet::Socket& socket, const std::string& handle, State state) {
+        int expected = state == State::Listening ? 1 : 0;
+        if (state == State::Connected) expected = ExpectAvailable(handle) ? 2 : 3;
+        Expect("GetStatus", expected, socket.GetStatus());
     }
 
-    void CompareRecords() const {
+    // Whether a socket is to say that it has bytes.
+    bool ExpectAvailable(const std::string& handle) {
+        const int failure = TakeFailure();
+        const unsigned int available = input_.Below(3);
+        if (failure != 0) Scripted::On::Ioctlsocket().Fails(failure);
+        if (failure == 0) Scripted::On::Ioctlsocket().Returns(available);
+        ExpectCall("ioctlsocket(" + handle + ", 0x4004667F)");
+        return failure == 0 && available != 0;
+    }
+
+    void SwitchACategory() {
+        const char* const category = Categories[input_.Below(4)];
+        if (off_.erase(category) == 0) off_.insert(category);
+        Scripted::SetRouterFlag(category, IsOn(category) ? 1 : 0);
+    }
+
+    Input input_;
+
+private:
+    void CompareRecords() {
         Log log;
         for (const Scripted::LoggedMessage& message : Scripted::LoggedMessages())
             log.emplace_back(message.category, message.text);
         Expect("the records", log_, log);
+        log_.clear();
+        Scripted::ForgetLoggedMessages();
     }
 
-    Input input_;
-    std::array<Slot, 4> slots_;
     Scripted::Lines calls_;
     Log log_;
     std::set<std::string> off_;
     int handles_ = 0;
+    int acceptedHandles_ = 0;
 };
 
 }  // namespace Fuzz

@@ -16,6 +16,8 @@ void PlayWithLayer(const std::function<void()>& scene) {
     const VelNet::SocketInitialization layer;
     Scripted::EnableAllRouters();
     Scripted::ClearTranscript();
+    // What a call that succeeds leaves behind: an error number that is read late is wrong.
+    Scripted::DisturbLastErrorWith(Disturbance);
     scene();
 }
 

@@ -1,5 +1,6 @@
 #include "SocketTexts.h"
 
+#include <VelBase/ExceptionImpl.h>
 #include <VelNet/Exception.h>
 
 #include <array>
@@ -12,9 +13,9 @@ namespace Fuzz {
 
 namespace {
 
-std::string EndpointsText(const Endpoint& local, const Endpoint& remote) {
-    return "Local address: " + local.host + " (" + std::to_string(local.port) +
-           "), Remote address: " + remote.host + " (" + std::to_string(remote.port) + ")";
+std::string EndpointsText(const TextEnd& local, const TextEnd& remote) {
+    return "Local address: " + local.host + " (" + local.port +
+           "), Remote address: " + remote.host + " (" + remote.port + ")";
 }
 
 }  // namespace
@@ -40,20 +41,40 @@ Thrown EndOfStream() {
         -1};
 }
 
+// Without a first text the second is left out, too.
+std::string ExtendedHead(const std::string& function, const std::string& description,
+                         const std::string& call, const TextEnd& texts) {
+    const std::string ends = texts.host.empty() ? "" : texts.host + " : " + texts.port;
+    return "VelNet::" + function + " , " + description + " , " + call + " , " + ends + " ";
+}
+
+TextEnd Joined(const TextEnd& local, const TextEnd& remote) {
+    return {local.host + ":" + local.port, remote.host + ":" + remote.port};
+}
+
 LogLine ErrorLine(const Thrown& failure) {
     return {"Error", failure.text};
 }
 
-LogLine ConnectionLine(const std::string& event, const Endpoint& local, const Endpoint& remote) {
+LogLine ConnectionLine(const std::string& event, const TextEnd& local, const TextEnd& remote) {
     return {"Connection Trace", Support::Widen(event + ", " + EndpointsText(local, remote))};
 }
 
-Log TransferLines(const std::string& event, std::string_view bytes, const Endpoint& local,
-                  const Endpoint& remote) {
+LogLine ConnectionLine(const std::string& event, const Endpoint& local, const Endpoint& remote) {
+    return ConnectionLine(event, local.Text(), remote.Text());
+}
+
+Log TransferLines(const std::string& event, std::string_view bytes, const TextEnd& local,
+                  const TextEnd& remote) {
     const std::string plain =
         event + " " + std::to_string(bytes.size()) + " bytes, " + EndpointsText(local, remote);
     return {{"Packet Trace", Support::Widen(plain)},
             {"Verbose Packet Trace", Support::Widen(plain + ", data: " + Hexadecimal(bytes))}};
+}
+
+Log TransferLines(const std::string& event, std::string_view bytes, const Endpoint& local,
+                  const Endpoint& remote) {
+    return TransferLines(event, bytes, local.Text(), remote.Text());
 }
 
 void ExpectOutcome(std::string_view what, const Thrown& expected,
@@ -63,6 +84,8 @@ void ExpectOutcome(std::string_view what, const Thrown& expected,
         operation();
     } catch (const VelNet::Exception& failure) {
         thrown = {Support::Text(failure.GetMessage()), failure.GetErrorCode()};
+    } catch (const VelBase::ExceptionImpl<VelBase::Message>& failure) {
+        thrown = {Support::Text(failure.GetMessage()), failure.GetID()};
     }
     Expect(what, expected.text, thrown.text);
     Expect(what, expected.code, thrown.code);

@@ -1,12 +1,11 @@
-// Four extended sockets that talk to each other over the loopback interface, held against a model
-// of what Winsock answers, of the bytes on their way, of the texts that a socket keeps and of the
-// records. The input is a program. What would wait without end, and what Winsock leaves to chance,
-// is left out.
-#include <VelNet/SocketCollection.h>
-
+// Four extended sockets, IPv4 and IPv6, that talk to each other over the loopback interface, held
+// against a model of what Winsock answers, of the bytes on their way, of the texts that a socket
+// keeps and of the records. The input is a program. What would wait without end, and what Winsock
+// leaves to chance, is left out.
 #include <array>
 
-#include "fuzz/posix/ExtendedModel.h"
+#include "fuzz/Program.h"
+#include "fuzz/posix/ExtendedSlot.h"
 
 namespace {
 
@@ -14,104 +13,76 @@ using namespace Fuzz;
 using VelNet::Socket;
 using VelNet::SocketXt;
 
-constexpr unsigned int LongestWait = 60;  // seconds
+constexpr char RandomPort[] = "Random Port";
 
-class Program {
+class Program : public LoopbackModel {
 public:
-    explicit Program(Input input) : input_(input) {}
+    using LoopbackModel::LoopbackModel;
 
     void Run() {
-        while (!input_.IsEmpty() && steps_++ < 50)
-            Step();
-        for (XtSlot& slot : slots_)
-            Drop(slot);
-        Expect("the records", log_, recorder_.log);
+        using Do = Operation<Program, XtSlot>;
+        static constexpr std::array Operations = {
+            Do{&Program::Create, false}, Do{&Program::Bind},   Do{&Program::Listen},
+            Do{&Program::Connect},       Do{&Program::Accept}, Do{&Program::Send},
+            Do{&Program::Receive},       Do{&Program::SendTo}, Do{&Program::RecvFrom},
+            Do{&Program::Close},         Do{&Program::Drop},   Do{&Program::Inspect},
+            Do{&Program::SetNonBlocking}};
+        Play(*this, input_, slots_, Operations, &Program::Drop);
     }
 
 private:
-    using Operation = void (Program::*)(XtSlot&);
-
-    void Step() {
-        static constexpr std::array Operations = {
-            &Program::Create,   &Program::Bind,  &Program::Listen,  &Program::Connect,
-            &Program::Accept,   &Program::Send,  &Program::Receive, &Program::SendTo,
-            &Program::RecvFrom, &Program::Close, &Program::Drop,    &Program::Inspect};
-        const Operation operation =
-            Operations[input_.Below(static_cast<unsigned int>(Operations.size()))];
-        XtSlot& slot = slots_[input_.Below(4)];
-        if (slot.socket || operation == &Program::Create) (this->*operation)(slot);
-    }
-
     // What the operation throws; error 0 stands for nothing.
-    Thrown Failing(const std::string& operation, const std::string& ends, int error) {
-        if (error == 0) return {};
-        const Thrown failure =
-            FailureOf("VelNet::SocketXtImpl::" + operation + " , " + ends + " ", error);
-        log_.push_back(ErrorLine(failure));
-        return failure;
+    Thrown Failing(const std::string& operation, const std::string& description,
+                   const std::string& call, const TextEnd& texts, int error) {
+        return LoopbackModel::Failing(
+            ExtendedHead("SocketXtImpl::" + operation, description, call, texts), error);
     }
 
-    static std::string LocalText(const XtSlot& slot) {
-        return slot.local.host.empty() ? "" : slot.local.host + " : " + slot.local.port;
-    }
-
-    static std::string BothTexts(const XtSlot& slot) {
-        return slot.local.host + ":" + slot.local.port + " : " + slot.remote.host + ":" +
-               slot.remote.port;
-    }
-
-    static TextEnd ThisComputer(const XtSlot& slot, const char* port) {
-        return {slot.socket->GetSpecialAddress(VelNet::SPECIAL_THIS_MACHINE, SocketXt::FAMILY_IPV4)
-                    .c_str(),
-                port};
-    }
-
-    static void WaitUntilReadable(const XtSlot& slot) {
-        VelNet::SocketCollection* const set = VelNet::CreateSocketCollection();
-        set->Add(slot.socket.Get(), VelNet::EVENT_READ);
-        VelNet::SocketCollection* const ready = set->Select(LongestWait);
-        Expect("whether there is something to read", true, ready != nullptr);
-        ready->Destroy();
-        set->Destroy();
+    static int UnlessClosed(const XtSlot& slot, int error) {
+        return slot.state == State::Closed ? 10038 : error;
     }
 
     void Create(XtSlot& slot) {
         Drop(slot);
-        slot = {};
-        slot.isDatagram = input_.Below(3) == 0;
+        const unsigned int kind = input_.Below(6);
+        slot.isDatagram = kind % 3 == 0;
+        slot.isIpv6 = kind / 3 == 1;
         slot.socket = VelNet::CreateSocketXt(
             slot.isDatagram ? Socket::SOCKET_DATAGRAM : Socket::SOCKET_STREAM,
-            slot.isDatagram ? Socket::PROTOCOL_UDP : Socket::PROTOCOL_TCP, SocketXt::FAMILY_IPV4);
+            slot.isDatagram ? Socket::PROTOCOL_UDP : Socket::PROTOCOL_TCP,
+            slot.isIpv6 ? SocketXt::FAMILY_IPV6 : SocketXt::FAMILY_IPV4);
         slot.socket->SetReceiveTimeout(LongestWait * 1000);
         slot.state = State::Created;
     }
 
     // A datagram socket counts as connected then.
     void Bind(XtSlot& slot) {
-        int error = slot.port.empty() ? 0 : 10022;
-        if (slot.state == State::Closed) error = 10038;
-        const Thrown expected = Failing("Bind , cannot bind socket to local address , ::bind",
-                                        std::string(Host) + " : 0", error);
         const bool byKind = input_.Flag();
+        TryToBind(slot, slot.Host(), byKind, slot.port.empty() ? 0 : 10022);
+        if (slot.state == State::Closed || !slot.port.empty()) return;
+        slot.state = slot.isDatagram ? State::Connected : State::Bound;
+        slot.port = PortOf(*slot.socket);
+        slot.local = {slot.Host(), "0"};
+    }
+
+    void TryToBind(XtSlot& slot, const char* host, bool byKind, int error) {
+        const Thrown expected = Failing("Bind", "cannot bind socket to local address", "::bind",
+                                        {host, "0"}, UnlessClosed(slot, error));
         ExpectOutcome("Bind", expected, [&] {
             if (byKind)
                 slot.socket->Bind(VelNet::SPECIAL_LOOPBACK, "0");
             else
-                slot.socket->Bind(Host, "0");
+                slot.socket->Bind(host, "0");
         });
-        if (error != 0) return;
-        slot.state = slot.isDatagram ? State::Connected : State::Bound;
-        slot.port = PortOf(*slot.socket);
-        slot.local = {Host, "0"};
     }
 
     void Listen(XtSlot& slot) {
         int error = slot.port.empty() ? 10022 : 0;
         if (slot.state == State::Connected) error = 10056;
         if (slot.isDatagram) error = 10045;
-        if (slot.state == State::Closed) error = 10038;
+        error = UnlessClosed(slot, error);
         const Thrown expected =
-            Failing("Listen , cannot listen on socket , ::listen", LocalText(slot), error);
+            Failing("Listen", "cannot listen on socket", "::listen", slot.local, error);
         ExpectOutcome("Listen", expected,
                       [&] { Expect("Listen's result", 0, slot.socket->Listen()); });
         if (error == 0) slot.state = State::Listening;
@@ -119,50 +90,62 @@ private:
 
     void Connect(XtSlot& slot) {
         XtSlot& target = slots_[input_.Below(4)];
-        if (&target == &slot || target.port.empty() || slot.isDatagram) return;
+        if (&target == &slot || target.port.empty()) return;
+        if (slot.isIpv6 != target.isIpv6) return ConnectAbroad(slot, target);
+        if (slot.isDatagram) return ConnectDatagrams(slot, target);
         int error = slot.state == State::Connected ? 10056 : 0;
         if (slot.state == State::Listening) error = 10022;
-        if (slot.state == State::Closed) error = 10038;
-        if (slot.end && (slot.end->isPeerClosed || slot.end->isReset)) return;
-        // A backlog of two holds two; what becomes of a third is the system's affair.
-        const bool hasRoom = target.state == State::Listening && target.clients.size() < 2;
-        if (error == 0 && !hasRoom) return;
-        // Kept even if the call fails.
-        slot.local = ThisComputer(slot, "0");
-        TryToConnect(slot, target, error);
-    }
-
-    void TryToConnect(XtSlot& slot, XtSlot& target, int error) {
-        const Thrown expected =
-            Failing("Connect , cannot connect local socket to a remote address , ::connect",
-                    slot.local.host + ":0 : " + Host + ":" + target.port, error);
-        ExpectOutcome("Connect", expected,
-                      [&] { slot.socket->Connect(Host, target.port.c_str()); });
+        error = UnlessClosed(slot, error);
+        if (slot.end && slot.end->HasLostPeer()) return;
+        if (error == 0 && (slot.isNonBlocking || !HasRoom(target))) return;
+        TryToConnect(slot, target.Host(), target.port, error);
         if (error != 0) return;
-        slot.state = State::Connected;
-        slot.port = PortOf(*slot.socket);
-        slot.remote = {Host, target.port};
-        log_.push_back(Line("Connection Trace", "Connected", slot.local, slot.remote));
-        slot.end = std::make_shared<End>();
-        const auto other = std::make_shared<End>();
-        slot.end->peer = other;
-        other->peer = slot.end;
+        const auto [end, other] = NewStream();
+        slot.end = end;
         target.clients.push_back(other);
         target.clientPorts.push_back(slot.port);
+    }
+
+    void ConnectAbroad(XtSlot& slot, const XtSlot& target) {
+        if (slot.state == State::Created || slot.state == State::Bound)
+            TryToConnect(slot, target.Host(), target.port, slot.ForeignError());
+        if (slot.state == State::Closed) TryToConnect(slot, target.Host(), target.port, 10038);
+    }
+
+    // What has come from elsewhere is kept or not, as the system likes.
+    void ConnectDatagrams(XtSlot& slot, const XtSlot& target) {
+        if (!target.isDatagram || slot.state == State::Closed || !slot.datagrams.empty()) return;
+        TryToConnect(slot, target.Host(), target.port, 0);
+        slot.peerPort = target.port;
+    }
+
+    // The own end's texts are kept even if the call fails.
+    void TryToConnect(XtSlot& slot, const std::string& host, const std::string& port, int error) {
+        slot.local = {ThisComputer(slot), "0"};
+        const Thrown expected =
+            Failing("Connect", "cannot connect local socket to a remote address", "::connect",
+                    Joined(slot.local, {host, port}), error);
+        ExpectOutcome("Connect", expected,
+                      [&] { slot.socket->Connect(host.c_str(), port.c_str()); });
+        if (error != 0) return;
+        slot.state = State::Connected;
+        if (!slot.port.empty()) Expect("the port stays", slot.port, PortOf(*slot.socket));
+        slot.port = PortOf(*slot.socket);
+        slot.remote = {host, port};
+        Record(ConnectionLine("Connected", slot.local, slot.remote));
     }
 
     void Accept(XtSlot& slot) {
         XtSlot& target = slots_[input_.Below(4)];
         if (&target == &slot) return;
-        if (slot.state == State::Listening) {
-            if (!slot.clients.empty()) AcceptClient(slot, target);
-            return;
-        }
-        int error = slot.isDatagram ? 10045 : 10022;
-        if (slot.state == State::Closed) error = 10038;
+        const bool isListening = slot.state == State::Listening;
+        if (isListening && !slot.clients.empty()) return AcceptClient(slot, target);
+        if (isListening && !slot.isNonBlocking) return;
+        int error = isListening ? 10035 : 10022;
+        if (slot.isDatagram) error = 10045;
         const Thrown expected =
-            Failing("Accept , cannot accept on local socket from remote address , ::accept",
-                    LocalText(slot), error);
+            Failing("Accept", "cannot accept on local socket from remote address", "::accept",
+                    slot.local, UnlessClosed(slot, error));
         VelBase::ReturnPtrI<SocketXt> accepted;
         VelBase::ReturnString host("kept");
         VelBase::ReturnString port("kept");
@@ -175,127 +158,174 @@ private:
     // The listener keeps the peer's texts, and the new socket has none.
     void AcceptClient(XtSlot& listener, XtSlot& target) {
         Drop(target);
-        WaitUntilReadable(listener);
+        WaitUntilReadable(*listener.socket);
         VelBase::ReturnString host;
         VelBase::ReturnString port;
-        target = {};
         listener.socket->Accept(target.socket, host, port);
         target.state = State::Connected;
+        target.isIpv6 = listener.isIpv6;
+        target.isNonBlocking = listener.isNonBlocking;
         target.port = listener.port;
         target.end = listener.clients.front();
-        listener.remote = {Host, listener.clientPorts.front()};
+        listener.remote = {listener.Host(), listener.clientPorts.front()};
         listener.clients.pop_front();
         listener.clientPorts.pop_front();
         Expect("the peer's host", listener.remote.host, std::string(host.c_str()));
         Expect("the peer's port", listener.remote.port, std::string(port.c_str()));
-        log_.push_back(Line("Connection Trace", "Connected", listener.local, listener.remote));
+        Record(ConnectionLine("Connected", listener.local, listener.remote));
         target.socket->SetReceiveTimeout(LongestWait * 1000);
     }
 
-    void ExpectTransfer(const std::string& verb, const TextEnd& local, const TextEnd& remote,
-                        std::string_view bytes) {
-        const std::string event = verb + " " + std::to_string(bytes.size()) + " bytes";
-        log_.push_back(Line("Packet Trace", event, local, remote));
-        log_.push_back(
-            Line("Verbose Packet Trace", event, local, remote, ", data: " + Hexadecimal(bytes)));
+    // Where a datagram goes that is sent without an address, if there is somebody who takes it.
+    XtSlot* TakerOf(const XtSlot& slot) {
+        for (XtSlot& other : slots_)
+            if (!slot.peerPort.empty() && other.port == slot.peerPort && other.Takes(slot))
+                return &other;
+        return nullptr;
     }
 
     void Send(XtSlot& slot) {
         const std::string bytes(input_.Line());
-        if (slot.isDatagram && slot.state != State::Closed) return;
-        int error = slot.state == State::Connected ? 0 : 10057;
-        if (slot.state == State::Closed) error = 10038;
-        if (error == 0 && slot.end->isPeerClosed) return;
-        if (error == 0 && slot.end->isReset) {
-            WaitUntilReadable(slot);
+        if (slot.isDatagram && !slot.peerPort.empty()) return SendDatagram(slot, bytes);
+        int error = slot.end ? 0 : 10057;
+        if (slot.end && slot.end->isPeerClosed) return;
+        if (slot.end && slot.end->isReset) {
+            WaitUntilReadable(*slot.socket);
             error = 10054;
         }
-        const Thrown expected =
-            Failing("Send , send on socket failed , ::send", BothTexts(slot), error);
-        if (error == 0) ExpectTransfer("Sent", slot.local, slot.remote, bytes);
+        error = UnlessClosed(slot, error);
+        TryToSend(slot, bytes, error);
+        if (error == 0) slot.end->peer.lock()->waiting += bytes;
+    }
+
+    void SendDatagram(XtSlot& slot, const std::string& bytes) {
+        XtSlot* const taker = TakerOf(slot);
+        if (taker == nullptr) return;
+        TryToSend(slot, bytes, 0);
+        taker->datagrams.push_back({bytes, {slot.Host(), slot.port}});
+    }
+
+    void TryToSend(XtSlot& slot, const std::string& bytes, int error) {
+        const Thrown expected = Failing("Send", "send on socket failed", "::send",
+                                        Joined(slot.local, slot.remote), error);
+        if (error == 0) Record(TransferLines("Sent", bytes, slot.local, slot.remote));
         const auto size = static_cast<int>(bytes.size());
         ExpectOutcome("Send", expected, [&] {
             Expect("the bytes sent", size, slot.socket->Send(bytes.data(), size));
         });
-        if (error == 0) slot.end->peer.lock()->waiting += bytes;
     }
 
     void Receive(XtSlot& slot) {
         const int room = static_cast<int>(1 + input_.Byte());
-        if (slot.isDatagram && slot.state != State::Closed) return;
+        if (!slot.datagrams.empty()) return ReceiveDatagram(slot, room);
         if (slot.end && !slot.end->waiting.empty()) return ReceiveBytes(slot, room);
         if (slot.end && slot.end->isPeerClosed && !slot.end->isReset) return ReceiveEnd(slot);
         int error = slot.end ? 10035 : 10057;
+        if (slot.isDatagram) error = slot.port.empty() ? 10022 : 10035;
         if (slot.end && slot.end->isReset) error = 10054;
-        if (slot.state == State::Closed) error = 10038;
-        if (error == 10035) return;
-        if (error == 10054) WaitUntilReadable(slot);
-        FailToReceive(
-            slot, Failing("Receive , recieve on socket failed , ::recv", BothTexts(slot), error));
+        error = UnlessClosed(slot, error);
+        if (error == 10035 && !slot.isNonBlocking) return;
+        if (error == 10054) WaitUntilReadable(*slot.socket);
+        FailToReceive(slot, error);
     }
 
-    static void FailToReceive(XtSlot& slot, const Thrown& expected) {
+    void FailToReceive(XtSlot& slot, int error, int room = 1) {
+        const Thrown expected = Failing("Receive", "recieve on socket failed", "::recv",
+                                        Joined(slot.local, slot.remote), error);
+        std::string buffer(static_cast<std::size_t>(room), '?');
+        ExpectOutcome("Receive", expected,
+                      [&] { static_cast<void>(slot.socket->Receive(buffer.data(), room)); });
+    }
+
+    // An empty datagram is taken for one, too. The host is shown with a colon.
+    void ReceiveEnd(XtSlot& slot) {
+        WaitUntilReadable(*slot.socket);
+        const Thrown expected = Failing(
+            "Receive", "::recv could not be completed because the connection has been closed",
+            "::recv", {slot.local.host + ":", slot.local.port}, -1);
         char byte = '?';
         ExpectOutcome("Receive", expected,
                       [&] { static_cast<void>(slot.socket->Receive(&byte, 1)); });
     }
 
-    // The host with a colon, then the port.
-    void ReceiveEnd(XtSlot& slot) {
-        WaitUntilReadable(slot);
-        FailToReceive(
-            slot, Failing("Receive , ::recv could not be completed because the connection has been "
-                          "closed , ::recv",
-                          slot.local.host + ": : " + slot.local.port, 0xFFFF));
-    }
-
     // How much of it comes at once is the system's affair.
     void ReceiveBytes(XtSlot& slot, int room) {
-        WaitUntilReadable(slot);
+        WaitUntilReadable(*slot.socket);
         std::string buffer(static_cast<std::size_t>(room), '?');
         buffer.resize(static_cast<std::size_t>(slot.socket->Receive(buffer.data(), room)));
         Expect("the bytes received", slot.end->waiting.substr(0, buffer.size()), buffer);
         slot.end->waiting.erase(0, buffer.size());
-        ExpectTransfer("Received", slot.local, slot.remote, buffer);
+        Record(TransferLines("Received", buffer, slot.local, slot.remote));
     }
 
-    // A record has neither of the socket's own texts.
+    static Datagram TakeFirst(XtSlot& slot) {
+        WaitUntilReadable(*slot.socket);
+        const Datagram datagram = slot.datagrams.front();
+        slot.datagrams.pop_front();
+        return datagram;
+    }
+
+    void ReceiveDatagram(XtSlot& slot, int room) {
+        if (slot.datagrams.front().bytes.empty()) {
+            ReceiveEnd(slot);
+            return slot.datagrams.pop_front();
+        }
+        const std::string bytes = TakeFirst(slot).bytes;
+        if (bytes.size() > static_cast<std::size_t>(room)) return FailToReceive(slot, 10040, room);
+        std::string buffer(static_cast<std::size_t>(room), '?');
+        buffer.resize(static_cast<std::size_t>(slot.socket->Receive(buffer.data(), room)));
+        Expect("the datagram received", bytes, buffer);
+        Record(TransferLines("Received", bytes, slot.local, slot.remote));
+    }
+
     void SendTo(XtSlot& slot) {
         XtSlot& target = slots_[input_.Below(4)];
         const std::string bytes(input_.Line());
-        if (!slot.isDatagram || !target.isDatagram || target.port.empty()) return;
-        const int error = slot.state == State::Closed ? 10038 : 0;
-        const Thrown expected =
-            Failing("SendTo , cannot sendto using connectionless socket , ::sendto",
-                    Host + (" : " + target.port), error);
-        if (error == 0)
-            ExpectTransfer("Sendto", ThisComputer(slot, "Random Port"), {Host, target.port}, bytes);
-        const auto size = static_cast<int>(bytes.size());
-        ExpectOutcome("SendTo", expected, [&] {
-            Expect("the bytes sent", size,
-                   slot.socket->SendTo(bytes.data(), size, Host, target.port.c_str()));
-        });
-        if (error != 0) return;
+        if (slot.state == State::Closed) return TryToSendTo(slot, target, bytes, 10038);
+        if (!slot.isDatagram && !slot.end) return TryToSendTo(slot, target, bytes, 10057);
+        if (!slot.isDatagram || !slot.peerPort.empty() || target.port.empty()) return;
+        if (slot.isIpv6 != target.isIpv6)
+            return TryToSendTo(slot, target, bytes, slot.ForeignError());
+        if (!target.Takes(slot)) return;
+        TryToSendTo(slot, target, bytes, 0);
         slot.port = PortOf(*slot.socket);
-        target.datagrams.push_back({bytes, slot.port});
+        target.datagrams.push_back({bytes, {slot.Host(), slot.port}});
+    }
+
+    // A record has neither of the socket's own texts.
+    void TryToSendTo(XtSlot& slot, const XtSlot& target, const std::string& bytes, int error) {
+        const TextEnd to = {target.Host(), target.port.empty() ? "9" : target.port};
+        const Thrown expected =
+            Failing("SendTo", "cannot sendto using connectionless socket", "::sendto", to, error);
+        if (error == 0)
+            Record(TransferLines("Sendto", bytes, {ThisComputer(slot), RandomPort}, to));
+        const auto size = static_cast<int>(bytes.size());
+        const bool byKind = input_.Flag() && slot.isIpv6 == target.isIpv6;
+        ExpectOutcome("SendTo", expected, [&] {
+            const int sent =
+                byKind ? slot.socket->SendTo(bytes.data(), size, VelNet::SPECIAL_LOOPBACK,
+                                             to.port.c_str())
+                       : slot.socket->SendTo(bytes.data(), size, to.host.c_str(), to.port.c_str());
+            Expect("the bytes sent", size, sent);
+        });
     }
 
     void RecvFrom(XtSlot& slot) {
         const int room = static_cast<int>(1 + input_.Byte());
-        if (slot.state != State::Closed && slot.datagrams.empty()) return;
-        int error = slot.state == State::Closed ? 10038 : 0;
+        if (!slot.isDatagram && slot.end) return;
+        int error = slot.isDatagram ? 10022 : 10057;
+        if (!slot.port.empty() && slot.isDatagram) error = 10035;
+        error = UnlessClosed(slot, error);
+        if (slot.datagrams.empty() && error == 10035 && !slot.isNonBlocking) return;
         Datagram datagram;
-        if (error == 0) {
-            WaitUntilReadable(slot);
-            datagram = slot.datagrams.front();
-            slot.datagrams.pop_front();
-            if (datagram.bytes.size() > static_cast<std::size_t>(room)) error = 10040;
+        if (!slot.datagrams.empty()) {
+            datagram = TakeFirst(slot);
+            error = datagram.bytes.size() > static_cast<std::size_t>(room) ? 10040 : 0;
         }
-        const Thrown expected =
-            Failing("RecvFrom , cannot recvfrom using connectionless socket , ::recvfrom",
-                    "no-ip : no-port", error);
+        const Thrown expected = Failing("RecvFrom", "cannot recvfrom using connectionless socket",
+                                        "::recvfrom", {"no-ip", "no-port"}, error);
         if (error == 0)
-            ExpectTransfer("Recvfrom", slot.local, {Host, datagram.senderPort}, datagram.bytes);
+            Record(TransferLines("Recvfrom", datagram.bytes, slot.local, datagram.sender));
         ExpectOutcome("RecvFrom", expected, [&] { TakeDatagram(slot, room, datagram); });
     }
 
@@ -305,15 +335,16 @@ private:
         std::string buffer(static_cast<std::size_t>(room), '?');
         const int count = slot.socket->RecvFrom(buffer.data(), room, host, port);
         Expect("the datagram", expected.bytes, buffer.substr(0, static_cast<std::size_t>(count)));
-        Expect("the sender's host", std::string(Host), std::string(host.c_str()));
-        Expect("the sender's port", expected.senderPort, std::string(port.c_str()));
+        Expect("the sender's host", expected.sender.host, std::string(host.c_str()));
+        Expect("the sender's port", expected.sender.port, std::string(port.c_str()));
     }
 
     void Inspect(XtSlot& slot) {
         Expect("IsValid", slot.state != State::Closed, slot.socket->IsValid());
-        Expect("GetAddressFamily", SocketXt::FAMILY_IPV4, slot.socket->GetAddressFamily());
+        Expect("GetAddressFamily", slot.isIpv6 ? SocketXt::FAMILY_IPV6 : SocketXt::FAMILY_IPV4,
+               slot.socket->GetAddressFamily());
         const bool hasBytes = slot.end && !slot.end->waiting.empty();
-        if (hasBytes || !slot.datagrams.empty()) WaitUntilReadable(slot);
+        if (hasBytes || !slot.datagrams.empty()) WaitUntilReadable(*slot.socket);
         // What counts of several datagrams, one of them empty, is the system's affair.
         const bool isEmpty = !slot.datagrams.empty() && slot.datagrams.front().bytes.empty();
         if (isEmpty && slot.datagrams.size() > 1) return;
@@ -323,48 +354,39 @@ private:
         Expect("GetStatus", status, slot.socket->GetStatus());
     }
 
-    // The other end learns of an end with bytes that nobody received as of a reset.
-    static void Part(const End& end, bool isPending) {
-        const std::shared_ptr<End> peer = end.peer.lock();
-        if (!peer) return;
-        const bool resets = !end.waiting.empty() || isPending;
-        (resets ? peer->isReset : peer->isPeerClosed) = true;
+    void SetNonBlocking(XtSlot& slot) {
+        const bool isOpen = slot.state != State::Closed;
+        Expect("SetNonBlocking", isOpen, slot.socket->SetNonBlocking());
+        slot.isNonBlocking = isOpen;
     }
 
     // What the model knows of a socket that goes away. It keeps its texts.
     void ExpectClosed(XtSlot& slot) {
-        log_.push_back(Line("Connection Trace", "Disconnected", slot.local, slot.remote));
-        if (slot.end && !slot.end->waiting.empty()) WaitUntilReadable(slot);
-        if (slot.end) Part(*slot.end, false);
-        if (!slot.clients.empty()) WaitUntilReadable(slot);
-        for (const auto& client : slot.clients)
-            Part(*client, true);
-        slot.state = State::Closed;
-        slot.port.clear();
-        slot.end.reset();
-        slot.clients.clear();
-        slot.clientPorts.clear();
-        slot.datagrams.clear();
+        Record(ConnectionLine("Disconnected", slot.local, slot.remote));
+        PartFromAll(slot);
+        XtSlot closed;
+        closed.socket = std::move(slot.socket);
+        closed.isDatagram = slot.isDatagram;
+        closed.isIpv6 = slot.isIpv6;
+        closed.local = slot.local;
+        closed.remote = slot.remote;
+        slot = std::move(closed);
     }
 
     void Close(XtSlot& slot) {
         const bool isOpen = slot.state != State::Closed;
-        const Thrown expected = Failing("Close , cannot close a socket , ::getaddrinfo",
-                                        LocalText(slot), isOpen ? 0 : 10038);
+        const Thrown expected = Failing("Close", "cannot close a socket", "::getaddrinfo",
+                                        slot.local, isOpen ? 0 : 10038);
         if (isOpen) ExpectClosed(slot);
         ExpectOutcome("Close", expected, [&] { slot.socket->Close(); });
     }
 
     void Drop(XtSlot& slot) {
         if (slot.socket && slot.state != State::Closed) ExpectClosed(slot);
-        slot.socket = {};
+        slot = {};
     }
 
-    Input input_;
-    Recorder recorder_;
     std::array<XtSlot, 4> slots_;
-    Log log_;
-    int steps_ = 0;
 };
 
 }  // namespace

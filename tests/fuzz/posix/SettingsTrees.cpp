@@ -50,14 +50,6 @@ struct Entry {
     std::map<std::string, Entry> entries;
 };
 
-std::u16string Decoded(std::string_view text) {
-    std::u16string units;
-    while (!text.empty())
-        for (const unsigned short unit : Model::Utf16Of(Model::TakeFromUtf8(text)))
-            units += static_cast<char16_t>(unit);
-    return units;
-}
-
 std::string WithoutCase(std::string text) {
     for (char& character : text)
         if (character >= 'A' && character <= 'Z') character = static_cast<char>(character + 32);
@@ -94,7 +86,7 @@ std::vector<std::u16string> FoldersIn(const Entry& folder) {
     for (const auto& [name, entry] : folder.entries) {
         const Entry* const found = Followed(folder, entry);
         if (name.front() != '.' && found != nullptr && found->kind == Kind::Folder)
-            names.push_back(Decoded(name));
+            names.push_back(Model::Utf16FromUtf8(name));
     }
     return names;
 }
@@ -166,8 +158,8 @@ private:
             if (folder != nullptr) folder = Find(*folder, name, Kind::Folder);
         }
         unsigned int error = 99;
-        const Key key(
-            Registry::OpenKey(Registry::LocalMachine, Support::Wide(Decoded(path)).data(), error));
+        const Key key(Registry::OpenKey(Registry::LocalMachine,
+                                        Support::Wide(Model::Utf16FromUtf8(path)).data(), error));
         Expect("the error of opening " + path, 0U, error);
         Expect("whether there is the key " + path, folder != nullptr, key != nullptr);
         if (folder != nullptr) AskKey(*folder, *key);
@@ -189,20 +181,21 @@ private:
         const Entry* const file = Find(folder, name, Kind::File);
         System::WideUnits units;
         unsigned int error = 99;
-        const bool exists =
-            Registry::ReadValue(key, Support::Wide(Decoded(name)).data(), &units, error);
+        const bool exists = Registry::ReadValue(
+            key, Support::Wide(Model::Utf16FromUtf8(name)).data(), &units, error);
         Expect("the error of reading", 0U, error);
         Expect("whether there is the value " + name, file != nullptr, exists);
         if (file == nullptr) return;
         std::string text = file->text;
         if (text.ends_with('\n')) text.pop_back();
-        Expect("its text", Decoded(text), std::u16string(units.begin(), units.end()));
+        Expect("its text", Model::Utf16FromUtf8(text), std::u16string(units.begin(), units.end()));
     }
 
     void AskSubKey(const Entry& folder, Registry::Key& key) {
         const std::string name = TakeName();
         unsigned int error = 99;
-        const Key below(Registry::OpenSubKey(key, Support::Wide(Decoded(name)).data(), error));
+        const Key below(
+            Registry::OpenSubKey(key, Support::Wide(Model::Utf16FromUtf8(name)).data(), error));
         Expect("the error of opening a sub-key", 0U, error);
         Expect("whether there is the sub-key " + name, Find(folder, name, Kind::Folder) != nullptr,
                below != nullptr);

@@ -1,11 +1,10 @@
 // Four classic sockets that talk to each other over the loopback interface, held against a model of
 // what Winsock answers, of the bytes on their way and of the records. The input is a program. What
 // would wait without end, and what Winsock leaves to chance, is left out.
-#include <VelNet/SocketCollection.h>
-
 #include <array>
 
 #include "fuzz/LoopbackModel.h"
+#include "fuzz/Program.h"
 
 namespace {
 
@@ -13,54 +12,39 @@ using namespace Fuzz;
 using VelNet::Octets;
 using VelNet::Socket;
 
-constexpr unsigned int LongestWait = 60;  // seconds
+// A socket, and what is known of it.
+struct Slot {
+    VelBase::ReturnPtrI<Socket> socket;
+    State state = State::Closed;
+    bool isDatagram = false;
+    bool isNonBlocking = false;
+    int port = 0;                              // 0 while it is not bound
+    Endpoint local, remote;                    // as stored
+    std::shared_ptr<End> end;                  // of a connected stream
+    std::deque<std::shared_ptr<End>> clients;  // pending
+    std::deque<int> clientPorts;
+    std::deque<std::string> datagrams;
+    int peerPort = 0;
+};
 
-class Program {
+class Program : public LoopbackModel {
 public:
-    explicit Program(Input input) : input_(input) {}
+    using LoopbackModel::LoopbackModel;
 
     void Run() {
-        while (!input_.IsEmpty() && steps_++ < 50)
-            Step();
-        for (Slot& slot : slots_)
-            Drop(slot);
-        Expect("the records", log_, recorder_.log);
+        using Do = Operation<Program, Slot>;
+        static constexpr std::array Operations = {
+            Do{&Program::Create, false}, Do{&Program::Bind},           Do{&Program::Listen},
+            Do{&Program::Connect},       Do{&Program::Accept},         Do{&Program::Send},
+            Do{&Program::Receive},       Do{&Program::Close},          Do{&Program::Drop},
+            Do{&Program::Inspect},       Do{&Program::SetNonBlocking}, Do{&Program::BindTaken}};
+        Play(*this, input_, slots_, Operations, &Program::Drop);
     }
 
 private:
-    using Operation = void (Program::*)(Slot&);
-
-    void Step() {
-        static constexpr std::array Operations = {
-            &Program::Create, &Program::Bind,    &Program::Listen,         &Program::Connect,
-            &Program::Accept, &Program::Send,    &Program::Receive,        &Program::Close,
-            &Program::Drop,   &Program::Inspect, &Program::SetNonBlocking, &Program::BindTaken};
-        const Operation operation =
-            Operations[input_.Below(static_cast<unsigned int>(Operations.size()))];
-        Slot& slot = slots_[input_.Below(4)];
-        if (slot.socket || operation == &Program::Create) (this->*operation)(slot);
-    }
-
     static Octets Loopback() { return {127, 0, 0, 1}; }
     static Endpoint At(int port) { return {.host = "127.0.0.1", .port = port}; }
     static int LocalPortOf(const Slot& slot) { return slot.socket->GetLocalAddress().GetPort(); }
-
-    // What the operation throws; error 0 stands for nothing.
-    Thrown Failing(const std::string& labelAndDescription, int error) {
-        if (error == 0) return {};
-        const Thrown failure = FailureOf(labelAndDescription, error);
-        log_.push_back(ErrorLine(failure));
-        return failure;
-    }
-
-    static void WaitUntilReadable(const Slot& slot) {
-        VelNet::SocketCollection* const set = VelNet::CreateSocketCollection();
-        set->Add(slot.socket.Get(), VelNet::EVENT_READ);
-        VelNet::SocketCollection* const ready = set->Select(LongestWait);
-        Expect("whether there is something to read", true, ready != nullptr);
-        ready->Destroy();
-        set->Destroy();
-    }
 
     void Create(Slot& slot) {
         Drop(slot);
@@ -111,11 +95,6 @@ private:
         if (error == 0) slot.state = State::Listening;
     }
 
-    // A backlog of two holds two; what becomes of a third is the system's affair.
-    static bool HasRoom(const Slot& target) {
-        return target.state == State::Listening && target.clients.size() < 2;
-    }
-
     void Connect(Slot& slot) {
         Slot& target = slots_[input_.Below(4)];
         if (&target == &slot || target.port == 0) return;
@@ -123,7 +102,7 @@ private:
         int error = slot.state == State::Connected ? 10056 : 0;
         if (slot.state == State::Listening) error = 10022;
         if (slot.state == State::Closed) error = 10038;
-        if (slot.end && (slot.end->isPeerClosed || slot.end->isReset)) return;
+        if (slot.end && slot.end->HasLostPeer()) return;
         if (error == 0 && (slot.isNonBlocking || target.isDatagram || !HasRoom(target))) return;
         TryToConnect(slot, target, error);
         if (error == 0) JoinClient(slot, target);
@@ -143,14 +122,12 @@ private:
         slot.port = LocalPortOf(slot);
         slot.local = At(slot.port);
         slot.remote = At(target.port);
-        log_.push_back(ConnectionLine("Connected", slot.local, slot.remote));
+        Record(ConnectionLine("Connected", slot.local, slot.remote));
     }
 
     static void JoinClient(Slot& slot, Slot& target) {
-        slot.end = std::make_shared<End>();
-        const auto other = std::make_shared<End>();
-        slot.end->peer = other;
-        other->peer = slot.end;
+        const auto [end, other] = NewStream();
+        slot.end = end;
         target.clients.push_back(other);
         target.clientPorts.push_back(slot.port);
     }
@@ -184,7 +161,7 @@ private:
 
     void AcceptClient(Slot& listener, Slot& target) {
         Drop(target);
-        WaitUntilReadable(listener);
+        WaitUntilReadable(*listener.socket);
         VelNet::SocketAddress remote;
         target = {};
         target.socket = listener.socket->Accept(remote);
@@ -197,13 +174,8 @@ private:
         listener.clients.pop_front();
         listener.clientPorts.pop_front();
         Expect("the peer's port", target.remote.port, static_cast<int>(remote.GetPort()));
-        log_.push_back(ConnectionLine("Connected", target.local, target.remote));
+        Record(ConnectionLine("Connected", target.local, target.remote));
         target.socket->SetReceiveTimeout(LongestWait * 1000);
-    }
-
-    void ExpectTransfer(const char* event, const Slot& slot, std::string_view bytes) {
-        for (const LogLine& line : TransferLines(event, bytes, slot.local, slot.remote))
-            log_.push_back(line);
     }
 
     // Where a datagram of the slot's goes, if there is somebody who takes it.
@@ -223,7 +195,7 @@ private:
         std::string* target = nullptr;
         if (error == 0 && !slot.isDatagram) {
             if (slot.end->isPeerClosed) return;
-            if (slot.end->isReset) WaitUntilReadable(slot);
+            if (slot.end->isReset) WaitUntilReadable(*slot.socket);
             if (slot.end->isReset)
                 error = 10054;
             else
@@ -240,7 +212,7 @@ private:
         const auto size = static_cast<int>(bytes.size());
         const Thrown expected =
             Failing("VelNet::SocketImpl::Send() - FAIL. The ::send failed", error);
-        if (error == 0) ExpectTransfer("Sent", slot, bytes);
+        if (error == 0) Record(TransferLines("Sent", bytes, slot.local, slot.remote));
         ExpectOutcome("Send", expected, [&] {
             Expect("the bytes sent", size, slot.socket->Send(bytes.data(), size));
         });
@@ -256,7 +228,7 @@ private:
         if (slot.end && slot.end->isReset) error = 10054;
         if (slot.state == State::Closed) error = 10038;
         if (error == 10035 && !slot.isNonBlocking) return;
-        if (error == 10054) WaitUntilReadable(slot);
+        if (error == 10054) WaitUntilReadable(*slot.socket);
         FailToReceive(slot, room,
                       Failing("VelNet::SocketImpl::Receive() - FAIL. The ::recv failed", error));
     }
@@ -268,8 +240,8 @@ private:
     }
 
     void ReceiveEnd(Slot& slot) {
-        WaitUntilReadable(slot);
-        log_.push_back(ErrorLine(EndOfStream()));
+        WaitUntilReadable(*slot.socket);
+        Record(ErrorLine(EndOfStream()));
         FailToReceive(slot, 10, EndOfStream());
     }
 
@@ -281,32 +253,32 @@ private:
 
     // How much of it comes at once is the system's affair.
     void ReceiveBytes(Slot& slot, int room) {
-        WaitUntilReadable(slot);
+        WaitUntilReadable(*slot.socket);
         const std::string bytes = Received(slot, room);
         Expect("the bytes received", slot.end->waiting.substr(0, bytes.size()), bytes);
         slot.end->waiting.erase(0, bytes.size());
-        ExpectTransfer("Received", slot, bytes);
+        Record(TransferLines("Received", bytes, slot.local, slot.remote));
     }
 
     void ReceiveDatagram(Slot& slot, int room) {
-        WaitUntilReadable(slot);
+        WaitUntilReadable(*slot.socket);
         const std::string bytes = slot.datagrams.front();
         slot.datagrams.pop_front();
         const bool tooLong = bytes.size() > static_cast<std::size_t>(room);
-        if (bytes.empty()) log_.push_back(ErrorLine(EndOfStream()));
+        if (bytes.empty()) Record(ErrorLine(EndOfStream()));
         if (bytes.empty()) return FailToReceive(slot, room, EndOfStream());
         if (tooLong)
             return FailToReceive(
                 slot, room,
                 Failing("VelNet::SocketImpl::Receive() - FAIL. The ::recv failed", 10040));
         Expect("the datagram received", bytes, Received(slot, room));
-        ExpectTransfer("Received", slot, bytes);
+        Record(TransferLines("Received", bytes, slot.local, slot.remote));
     }
 
     void Inspect(Slot& slot) {
         Expect("IsValid", slot.state != State::Closed, slot.socket->IsValid());
         const bool waiting = slot.end ? !slot.end->waiting.empty() : !slot.datagrams.empty();
-        if (waiting) WaitUntilReadable(slot);
+        if (waiting) WaitUntilReadable(*slot.socket);
         // An empty datagram is no byte.
         const bool empty = !slot.datagrams.empty() && slot.datagrams.front().empty();
         int status = slot.state == State::Listening ? 1 : 0;
@@ -328,7 +300,7 @@ private:
         ExpectOutcome("GetLocalAddress",
                       Failing("VelNet::SocketImpl::Send() - FAIL. The ::getsockname failed", error),
                       [&] { Expect("the local port", slot.port, LocalPortOf(slot)); });
-        if (slot.end && (slot.end->isPeerClosed || slot.end->isReset)) return;
+        if (slot.end && slot.end->HasLostPeer()) return;
         if (slot.state == State::Connected)
             error = 0;
         else if (slot.state != State::Closed)
@@ -347,26 +319,12 @@ private:
         slot.isNonBlocking = open;
     }
 
-    // The other end learns of an end with bytes that nobody received as of a reset.
-    static void Part(End& end, bool isPending) {
-        const std::shared_ptr<End> peer = end.peer.lock();
-        if (!peer) return;
-        if (!end.waiting.empty() || isPending)
-            peer->isReset = true;
-        else
-            peer->isPeerClosed = true;
-    }
-
     // What the model knows of a socket that goes away.
     void ExpectClosed(Slot& slot) {
         if (slot.state == State::Closed)
             Failing("VelNet::SocketImpl::Close() - FAIL. Cannot close a socket", 10038);
-        log_.push_back(ConnectionLine("Disconnected", slot.local, slot.remote));
-        if (slot.end && !slot.end->waiting.empty()) WaitUntilReadable(slot);
-        if (slot.end) Part(*slot.end, false);
-        if (!slot.clients.empty()) WaitUntilReadable(slot);
-        for (const auto& client : slot.clients)
-            Part(*client, true);
+        Record(ConnectionLine("Disconnected", slot.local, slot.remote));
+        PartFromAll(slot);
         Slot closed;
         closed.socket = std::move(slot.socket);
         closed.isDatagram = slot.isDatagram;
@@ -383,11 +341,7 @@ private:
         slot.socket = {};
     }
 
-    Input input_;
-    Recorder recorder_;
     std::array<Slot, 4> slots_;
-    Log log_;
-    int steps_ = 0;
 };
 
 }  // namespace

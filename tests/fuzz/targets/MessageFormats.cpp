@@ -12,14 +12,6 @@
 
 namespace {
 
-std::u16string Decoded(std::string_view text) {
-    std::u16string units;
-    while (!text.empty())
-        for (const unsigned short unit : Model::Utf16Of(Model::TakeFromUtf8(text)))
-            units += static_cast<char16_t>(unit);
-    return units;
-}
-
 // Arguments as the formatter gets them, which does not copy their texts, and as readers see them.
 struct Arguments {
     VelResource::MessageFormatter formatter;
@@ -36,11 +28,11 @@ void AddNumber(Arguments& arguments, int number) {
 void AddNarrow(Arguments& arguments, std::string_view line) {
     arguments.narrow.push_back(Fuzz::CText(line));
     arguments.formatter.AddNarrowText(arguments.narrow.back().c_str());
-    arguments.texts.push_back(Decoded(arguments.narrow.back()));
+    arguments.texts.push_back(Model::Utf16FromUtf8(arguments.narrow.back()));
 }
 
 void AddWide(Arguments& arguments, std::string_view line) {
-    const std::u16string text = Decoded(Fuzz::CText(line));
+    const std::u16string text = Model::Utf16FromUtf8(Fuzz::CText(line));
     arguments.wide.push_back(Support::Wide(text));
     arguments.formatter.AddWideText(arguments.wide.back().data());
     arguments.texts.push_back(text);
@@ -67,11 +59,11 @@ std::u16string Formatted(const std::string& format, const std::vector<std::u16st
             literal += format[index];
             continue;
         }
-        message += Decoded(literal) + texts[argument];
+        message += Model::Utf16FromUtf8(literal) + texts[argument];
         literal.clear();
         ++index;
     }
-    return message + Decoded(literal);
+    return message + Model::Utf16FromUtf8(literal);
 }
 
 }  // namespace

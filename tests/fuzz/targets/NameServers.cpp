@@ -30,20 +30,12 @@ struct Settings {
     std::vector<Values> interfaces;
 };
 
-std::u16string Decoded(std::string_view text) {
-    std::u16string units;
-    while (!text.empty())
-        for (const unsigned short unit : Model::Utf16Of(Model::TakeFromUtf8(text)))
-            units += static_cast<char16_t>(unit);
-    return units;
-}
-
 // A line that begins with a minus stands for no value.
 Values TakeValues(Fuzz::Input& input) {
     Values values;
     for (auto& value : values) {
         const std::string line = Fuzz::CText(input.Line());
-        if (!line.starts_with('-')) value = Decoded(line);
+        if (!line.starts_with('-')) value = Model::Utf16FromUtf8(line);
     }
     return values;
 }

@@ -4,7 +4,8 @@
 
 #include <array>
 
-#include "fuzz/ScriptedModel.h"
+#include "fuzz/ClassicModel.h"
+#include "fuzz/Program.h"
 #include "fuzz/ScriptedScene.h"
 
 namespace {
@@ -13,56 +14,39 @@ using namespace Fuzz;
 using namespace Scripted;
 using VelNet::Octets;
 using State = ScriptedModel::State;
-using Slot = ScriptedModel::Slot;
+using Slot = ClassicModel::Slot;
 
-class Program : ScriptedModel {
+class Program : public ClassicModel {
 public:
-    using ScriptedModel::ScriptedModel;
+    using ClassicModel::ClassicModel;
 
     void Run() {
-        while (!input_.IsEmpty() && steps_++ < 60) {
-            Step();
-            Compare();
-        }
-        for (Slot& slot : slots_)
-            Drop(slot);
-        Compare();
-        CompareRecords();
+        using Do = Operation<Program, Slot>;
+        static constexpr std::array Operations = {Do{&Program::Create, false},
+                                                  Do{&Program::Create, false},
+                                                  Do{&Program::Bind},
+                                                  Do{&Program::Listen},
+                                                  Do{&Program::Connect},
+                                                  Do{&Program::Connect},
+                                                  Do{&Program::Accept},
+                                                  Do{&Program::Send},
+                                                  Do{&Program::Receive},
+                                                  Do{&Program::Close},
+                                                  Do{&Program::Drop},
+                                                  Do{&Program::SetReceiveTimeout},
+                                                  Do{&Program::SetSendTimeout},
+                                                  Do{&Program::SetReuse},
+                                                  Do{&Program::SetNonBlocking},
+                                                  Do{&Program::IsDataAvailable},
+                                                  Do{&Program::GetStatus},
+                                                  Do{&Program::GetLocalAddress},
+                                                  Do{&Program::GetRemoteAddress},
+                                                  Do{&Program::SwitchRouter, false},
+                                                  Do{&Program::CompareHandles}};
+        Play(*this, input_, slots_, Operations, &Program::Drop);
     }
 
 private:
-    using Operation = void (Program::*)(Slot&);
-
-    void Step() {
-        static constexpr std::array Operations = {&Program::Create,
-                                                  &Program::Create,
-                                                  &Program::Bind,
-                                                  &Program::Listen,
-                                                  &Program::Connect,
-                                                  &Program::Connect,
-                                                  &Program::Accept,
-                                                  &Program::Send,
-                                                  &Program::Receive,
-                                                  &Program::Close,
-                                                  &Program::Drop,
-                                                  &Program::SetReceiveTimeout,
-                                                  &Program::SetSendTimeout,
-                                                  &Program::SetReuse,
-                                                  &Program::SetNonBlocking,
-                                                  &Program::IsDataAvailable,
-                                                  &Program::GetStatus,
-                                                  &Program::GetLocalAddress,
-                                                  &Program::GetRemoteAddress,
-                                                  &Program::SwitchRouter,
-                                                  &Program::CompareHandles};
-        const Operation operation =
-            Operations[input_.Below(static_cast<unsigned int>(Operations.size()))];
-        Slot& slot = slots_[input_.Below(4)];
-        const bool needsSocket = operation != &Program::Create &&
-                                 operation != &Program::SwitchRouter && operation != &Program::Drop;
-        if (slot.socket || !needsSocket) (this->*operation)(slot);
-    }
-
     void Create(Slot& slot) {
         Drop(slot);
         const int failure = TakeFailure();
@@ -147,8 +131,7 @@ private:
         const Endpoint peer = TakeEndpoint();
         Slot accepted;
         accepted.state = State::Connected;
-        // Apart from those that the scripted system counts up itself.
-        accepted.handle = std::to_string(5001 + acceptedHandles_++);
+        accepted.handle = NextAcceptedHandle();
         On::Accept().Returns(std::stoull(accepted.handle), peer.host, PortOf(peer));
         ExpectCall("accept(" + slot.handle + ", 16)");
         const Thrown expected = ExpectQuery(slot, false, accepted.local);
@@ -180,36 +163,19 @@ private:
 
     void Send(Slot& slot) {
         const std::string bytes(input_.Line());
-        const auto size = static_cast<int>(bytes.size());
-        const int failure = TakeFailure();
-        const int sent = failure != 0 ? 0 : static_cast<int>(input_.Byte()) % (size + 1);
-        if (failure != 0) On::Send().Fails(failure);
-        if (failure == 0) On::Send().Returns(sent);
-        ExpectCall("send(" + slot.handle + ", " + QuotedBytes(bytes.data(), bytes.size()) + ", " +
-                       std::to_string(size) + ", 0)",
-                   failure);
+        const Transfer transfer = ExpectSend(slot.handle, bytes);
         Thrown expected;
-        if (failure != 0 && failure != 10035)
-            expected = Failing("VelNet::SocketImpl::Send() - FAIL. The ::send failed", failure);
-        if (failure == 0)
-            ExpectTransfer("Sent", slot, bytes.substr(0, static_cast<std::size_t>(sent)));
-        Fuzz::ExpectOutcome("Send", expected, [&] {
-            Expect("the bytes sent", sent, slot.socket->Send(bytes.data(), size));
-        });
+        if (transfer.failure != 0 && transfer.failure != 10035)
+            expected =
+                Failing("VelNet::SocketImpl::Send() - FAIL. The ::send failed", transfer.failure);
+        if (transfer.failure == 0) ExpectTransfer("Sent", slot, transfer.bytes);
+        ScriptedModel::Send(*slot.socket, bytes, transfer, expected);
     }
 
     void Receive(Slot& slot) {
-        const std::string bytes(input_.Line());
-        const int failure = TakeFailure();
-        if (failure != 0) On::Recv().Fails(failure);
-        if (failure == 0) On::Recv().Delivers(bytes);
-        ExpectCall("recv(" + slot.handle + ", 2000, 0)", failure);
-        const Thrown expected = ExpectReceived(slot, bytes, failure);
-        std::string buffer(2000, '?');
-        Fuzz::ExpectOutcome("Receive", expected, [&] {
-            const int count = slot.socket->Receive(buffer.data(), 2000);
-            Expect("the bytes received", bytes, buffer.substr(0, static_cast<std::size_t>(count)));
-        });
+        const Transfer transfer = ExpectRecv(slot.handle);
+        const Thrown expected = ExpectReceived(slot, transfer.bytes, transfer.failure);
+        ScriptedModel::Receive(*slot.socket, transfer, expected);
     }
 
     Thrown ExpectReceived(const Slot& slot, const std::string& bytes, int failure) {
@@ -261,30 +227,9 @@ private:
                   [&] { slot.socket->SetReuseAddress(); });
     }
 
-    void SetNonBlocking(Slot& slot) {
-        const int failure = TakeFailure();
-        if (failure != 0) On::Ioctlsocket().Fails(failure);
-        ExpectCall("ioctlsocket(" + slot.handle + ", 0x8004667E, 1)");
-        Expect("SetNonBlocking", failure == 0, slot.socket->SetNonBlocking());
-    }
-
-    bool ExpectAvailable(const Slot& slot) {
-        const int failure = TakeFailure();
-        const unsigned int available = input_.Below(3);
-        if (failure != 0) On::Ioctlsocket().Fails(failure);
-        if (failure == 0) On::Ioctlsocket().Returns(available);
-        ExpectCall("ioctlsocket(" + slot.handle + ", 0x4004667F)");
-        return failure == 0 && available != 0;
-    }
-    void IsDataAvailable(Slot& slot) {
-        const bool expected = ExpectAvailable(slot);
-        Expect("IsDataAvailable", expected, slot.socket->IsDataAvailable());
-    }
-    void GetStatus(Slot& slot) {
-        int expected = slot.state == State::Listening ? 1 : 0;
-        if (slot.state == State::Connected) expected = ExpectAvailable(slot) ? 2 : 3;
-        Expect("GetStatus", expected, slot.socket->GetStatus());
-    }
+    void SetNonBlocking(Slot& slot) { CheckNonBlocking(*slot.socket, slot.handle); }
+    void IsDataAvailable(Slot& slot) { CheckAvailable(*slot.socket, slot.handle); }
+    void GetStatus(Slot& slot) { CheckStatus(*slot.socket, slot.handle, slot.state); }
 
     void GetLocalAddress(Slot& slot) { Query(slot, false); }
     void GetRemoteAddress(Slot& slot) { Query(slot, true); }
@@ -298,11 +243,7 @@ private:
         });
     }
 
-    void SwitchRouter(Slot&) {
-        const char* const category = Categories[input_.Below(4)];
-        if (off_.erase(category) == 0) off_.insert(category);
-        SetRouterFlag(category, off_.contains(category) ? 0 : 1);
-    }
+    void SwitchRouter(Slot&) { SwitchACategory(); }
 
     void CompareHandles(Slot& slot) {
         for (const Slot& other : slots_)
@@ -310,9 +251,6 @@ private:
                 Expect("IsSameSocket", slot.handle == other.handle,
                        slot.socket->IsSameSocket(*other.socket.Get()));
     }
-
-    int acceptedHandles_ = 0;
-    int steps_ = 0;
 };
 
 }  // namespace

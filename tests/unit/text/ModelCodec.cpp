@@ -94,4 +94,12 @@ std::vector<unsigned short> Utf16Of(char32_t codePoint) {
             static_cast<unsigned short>(0xDC00 + offset % 0x400)};
 }
 
+std::u16string Utf16FromUtf8(std::string_view text) {
+    std::u16string units;
+    while (!text.empty())
+        for (const unsigned short unit : Utf16Of(TakeFromUtf8(text)))
+            units += static_cast<char16_t>(unit);
+    return units;
+}
+
 }  // namespace Model

@@ -16,4 +16,6 @@ char32_t TakeFromUtf16(std::span<const unsigned short>& units);
 std::string Utf8Of(char32_t codePoint);
 std::vector<unsigned short> Utf16Of(char32_t codePoint);
 
+std::u16string Utf16FromUtf8(std::string_view text);
+
 }  // namespace Model
