@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs fuzz targets one after the other and prints a line for each: inputs tried, edges of the code that they reached,
-# inputs that reached something new, and findings; then the sums. Fails if there are findings, whose inputs stay in the
-# work folder.
+# inputs tried since the last of these edges was new, inputs that reached something new (an edge, or a known one more
+# often or with other values), and findings; then the sums. Fails if there are findings, whose inputs stay in the work
+# folder.
 # usage: Fuzz.sh run   PROGRAMS WORK SECONDS [TARGET...]   SECONDS are shared by the targets
 #        Fuzz.sh merge PROGRAMS WORK [TARGET...]           puts the smallest set that reaches as much into the tree
 set -euo pipefail
@@ -31,6 +32,16 @@ last() {
   { grep -oE "$1[: ]+[0-9]+" "$2" || echo 0; } | tail -1 | grep -oE '[0-9]+$'
 }
 
+# since_last_edge LOG RUNS: how many of the runs were made after the fuzzer told of another edge for the last time. It
+# tells of its corpus first, as of one step.
+since_last_edge() {
+  awk -v runs="$2" '
+    /^#[0-9]+/ {
+      for (i = 2; i < NF; i++) if ($i == "cov:" && $(i + 1) > edges) { edges = $(i + 1); at = substr($1, 2) }
+    }
+    END { print runs > at ? runs - at : 0 }' "$1"
+}
+
 run_target() {
   local target=$1 found=$work/$1 log=$work/$1.log place inputs=() status=0
   mkdir -p "$found/corpus" "$found/findings"
@@ -42,8 +53,8 @@ run_target() {
   local runs findings
   runs=$(last stat::number_of_executed_units "$log")
   findings=$(find "$found/findings" -type f | wc -l)
-  printf '%-16s %10s runs, %6s edges, %5s new inputs, %d findings\n' "$target" \
-    "$runs" "$(last cov "$log")" "$(last stat::new_units_added "$log")" "$findings"
+  printf '%-16s %8s runs, %5s edges, %8s runs since the last of them, %5s new inputs, %d findings\n' "$target" \
+    "$runs" "$(last cov "$log")" "$(since_last_edge "$log" "$runs")" "$(last stat::new_units_added "$log")" "$findings"
   all_runs=$((all_runs + runs))
   all_findings=$((all_findings + findings))
   [ "$status" = 0 ] || tail -n 40 "$log"
@@ -54,7 +65,7 @@ merge_target() {
   local target=$1 merged=$work/$1/merged
   rm -rf "$merged"
   mkdir -p "$merged" "$here/corpus/$target"
-  "$programs/fuzz_$target" "${options[@]}" -use_value_profile=0 -merge=1 "$merged" "$here/corpus/$target" \
+  "$programs/fuzz_$target" "${options[@]}" -use_value_profile=0 -set_cover_merge=1 "$merged" "$here/corpus/$target" \
     "$work/$target/corpus" >"$work/$target.log" 2>&1
   # What has a name of its own was written by hand: a limit that no edge of the code tells.
   find "$here/corpus/$target" -type f -name "$(printf '?%.0s' {1..40})" -delete
