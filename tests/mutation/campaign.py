@@ -165,12 +165,12 @@ class Campaign:
         return set(re.findall(r"\w+", (self.root / place[1]).read_text().splitlines()[int(place[2]) - 1]))
 
     def write_instrumented(self, tree, mutants, variables):
-        by_file = {}
+        by_file, uses = {}, schemata.uses_of_enumerators(mutants)
         for mutant in mutants:
             by_file.setdefault(mutant.file, []).append(mutant)
         for file, its in by_file.items():
             source = (self.root / file).read_bytes()
-            text = schemata.instrument(file, source, its, variables, HERE / "posix/mutation.h")
+            text = schemata.instrument(file, source, its, variables, HERE / "posix/mutation.h", uses[file])
             if (tree / file).read_text() != text:
                 (tree / file).write_text(text)
 

@@ -17,9 +17,9 @@ WALL_FACTOR, WALL_EXTRA = 3, 10
 # What a test may take without a mutant, in seconds.
 PATIENCE = 300
 MEMORY = 4 << 30
-# So many are asked first, of the tests that have caught others of the file, and of those that reach the fewest
-# mutants and so know this one best.
-FIRST_ASKED = 12
+# So many are asked first, and so many then: of the tests that have caught others of the file, and of those that have
+# the most to do with the file. A program runs what it is asked for in an order of its own.
+FIRST_ASKED, THEN_ASKED = 12, 60
 # A test that takes longer than so many seconds comes last.
 SLOW = 2
 LONGEST_FILTER = 100_000
@@ -92,6 +92,7 @@ class Judge:
         self.runners = runners
         self.reach = campaign.load("reach.json", {})
         self.catches = collections.Counter()   # by file and test
+        self.shares = {}                       # likewise: how much of what a test reaches is of that file
 
     def folder(self, worker):
         folder = self.campaign.work / f"run-{worker}"
@@ -132,6 +133,7 @@ class Judge:
 
     def judge(self, mutants):
         """Writes a result for each mutant as it comes."""
+        self.measure_shares()
         reaching = {}
         for program, known in self.reach.items():
             for test, what in known["tests"].items():
@@ -140,6 +142,17 @@ class Judge:
         write_results(self.campaign, in_parallel(lambda mutant, worker: self.judge_one(mutant, reaching, worker),
                                                  mutants, self.runners), len(mutants))
 
+    def measure_shares(self):
+        """What every test reaches, since it runs at the start of the program, says nothing of a test."""
+        file_of = {mutant.number: mutant.file for mutant in self.campaign.mutants()}
+        for known in self.reach.values():
+            reached = {test: set(what["reaches"]) for test, what in known["tests"].items()}
+            always = set.intersection(*reached.values()) if reached else set()
+            for test, numbers in reached.items():
+                count = collections.Counter(file_of[number] for number in numbers - always)
+                for file, its in count.items():
+                    self.shares[file, test] = its / len(numbers)
+
     def judge_one(self, mutant, reaching, worker):
         floor = self.campaign.floor_of(mutant.file)
         ran = 0
@@ -147,8 +160,9 @@ class Judge:
             known = self.reach[program]["tests"]
             tests = sorted(reaching.get((program, mutant.number), []),
                            key=lambda test: (known[test]["seconds"] > SLOW, -self.catches[mutant.file, test],
-                                             len(known[test]["reaches"]), known[test]["seconds"]))
-            for some in filter(None, (tests[:FIRST_ASKED], tests[FIRST_ASKED:])):
+                                             -self.shares.get((mutant.file, test), 0), known[test]["seconds"]))
+            then = FIRST_ASKED + THEN_ASKED
+            for some in filter(None, (tests[:FIRST_ASKED], tests[FIRST_ASKED:then], tests[then:])):
                 usual = sum(known[test]["seconds"] for test in some)
                 status, test, _ = run_tests(self.campaign.program(program), some, {"MUTANT": str(mutant.number)},
                                             CPU_EXTRA + CPU_FACTOR * usual, WALL_EXTRA + WALL_FACTOR * usual,

@@ -1,8 +1,11 @@
 """Writes sources that hold all their mutants at once, one of which can be chosen at run time."""
 
 import bisect
+import collections
 import dataclasses
 import re
+
+from source import CONSTANT
 
 # What is mutated at run time is no constant any more. Mutants that only a static assertion can catch need a
 # build of their own.
@@ -25,11 +28,12 @@ class Node:
 
 
 class Writer:
-    def __init__(self, name, source, mutants, variable_numbers, header):
+    def __init__(self, name, source, mutants, variable_numbers, header, uses):
         self.name = name
+        self.uses = uses
         self.source = source
         self.header = header
-        self.mutants = [mutant for mutant in mutants if not mutant.needs_build]
+        self.mutants = [mutant for mutant in mutants if not mutant.needs_build and not mutant.enumerator]
         self.variable_numbers = variable_numbers
         self.line_starts = [0] + [match.end() for match in re.finditer(b"\n", source)]
         self.marker = name
@@ -52,6 +56,8 @@ class Writer:
             if mutant.variable is not None:
                 start, end, _ = mutant.variable
                 nodes.setdefault((start, end, "variable"), Node(start, end, "variable", mutant=mutant))
+        for start, end, number, text in self.uses:
+            nodes[start, end, "expression"].variants.append((number, text))
         return nodes.values()
 
     def insert(self, parent, node):
@@ -130,8 +136,25 @@ def number_variables(mutants):
     return {place: number for number, place in enumerate(sorted(places))}
 
 
-def instrument(name, source, mutants, variable_numbers, header):
-    return Writer(name, source, mutants, variable_numbers, header).write()
+def uses_of_enumerators(mutants):
+    """Where the mutants of enumerators' numbers are chosen: {file: [(start, end, number, text)]}. These are the places
+    where another enumerator is tried. What cannot be chosen at each of them needs a build of its own."""
+    places, uses = collections.defaultdict(list), collections.defaultdict(list)
+    for mutant in mutants:
+        if mutant.operator == "enumerator":
+            places["::".join(mutant.original.split("::")[-2:])].append(mutant)
+    for mutant in mutants:
+        its = places[mutant.enumerator] if mutant.enumerator else []
+        if mutant.enumerator and (not its or any(place.needs_build for place in its)):
+            mutant.needs_build = CONSTANT
+        for place in its if not mutant.needs_build else []:
+            text = f"static_cast<decltype({place.original})>({mutant.replacement})"
+            uses[place.file].append((*place.edits[0][:2], mutant.number, text))
+    return uses
+
+
+def instrument(name, source, mutants, variable_numbers, header, uses=()):
+    return Writer(name, source, mutants, variable_numbers, header, uses).write()
 
 
 def apply(mutant, source):

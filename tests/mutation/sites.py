@@ -6,7 +6,7 @@ from clang.cindex import CursorKind, Index
 
 from conditions import ConditionFinder
 from literals import NUMBERS, LiteralFinder
-from source import Mutant, Source
+from source import CONSTANT, Mutant, Source
 from statements import FUNCTIONS, StatementFinder
 from words import EQUALITY_OF_NUMBERS, REPLACEMENTS, as_bool, plain_type
 
@@ -81,8 +81,7 @@ class Finder(ConditionFinder, LiteralFinder, StatementFinder):
     def add(self, start, operator, original, replacement, edits, form, guard=None):
         variable = None
         constexpr = False
-        needs_build = ""
-        function = ""
+        needs_build = enumerator = function = ""
         for above in reversed(self.stack):
             if above.kind in FUNCTIONS:
                 function = above.spelling if above.kind != CursorKind.LAMBDA_EXPR else function
@@ -92,14 +91,16 @@ class Finder(ConditionFinder, LiteralFinder, StatementFinder):
                     needs_build = "runs at compile time only"
                 if function:
                     break
-            if above.kind == CursorKind.ENUM_CONSTANT_DECL or self.is_in_bound(start, above):
-                needs_build = "is a constant of the language"
+            if above.kind == CursorKind.ENUM_CONSTANT_DECL and above.semantic_parent.is_scoped_enum():
+                enumerator = f"{above.semantic_parent.spelling}::{above.spelling}"
+            elif above.kind == CursorKind.ENUM_CONSTANT_DECL or self.is_in_bound(start, above):
+                needs_build = CONSTANT
             if above.kind in (CursorKind.VAR_DECL, CursorKind.FIELD_DECL) and variable is None:
                 if "constexpr" in self.head_of(above):
                     variable = [above.extent.start.offset, above.extent.end.offset, above.spelling]
         self.mutants.append(Mutant(self.name, self.source.line(start), function, operator, original, replacement,
                                    edits, form, variable, constexpr, guard, self.source.column(start),
-                                   needs_build=needs_build))
+                                   enumerator, needs_build=needs_build))
 
     def is_in_bound(self, offset, variable):
         """Whether the place stands in the bound of an array."""

@@ -6,6 +6,9 @@ import pathlib
 
 from clang.cindex import TokenKind
 
+# Why a mutant cannot be chosen at run time.
+CONSTANT = "is a constant of the language"
+
 
 @dataclasses.dataclass
 class Mutant:
@@ -26,6 +29,8 @@ class Mutant:
     # Of a dropped guard: its type, its name, and where its arguments start and end.
     guard: list = None
     column: int = 0
+    # Of an enumerator's number: the enumerator, as it is written where it is used.
+    enumerator: str = ""
     number: int = -1
     # Why it cannot be built in beside others, if so: it needs a build of its own.
     needs_build: str = ""
