@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include "ClosedStandardStreams.h"
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
 #include "support/posix/SystemCallFaults.h"
@@ -97,6 +98,37 @@ TEST_F(AcceptingTimeout, ThatCannotBeTakenOverIsAFailureThatLeavesNothingBehind)
             EXPECT_EQ(NewStream().Get(), nextNumber);
         }
     }
+}
+
+using AcceptRefused = Started;
+
+TEST_F(AcceptRefused, ForWantOfAListenerBeforeTheAddressIsLookedAt) {
+    const OwnedSocket socket = NewBoundStream();
+    Winsock::AddressIpv4 address = {};
+    int tooShort = 1;
+    EXPECT_TRUE(FailsWith(10022, Winsock::accept(socket.Get(), &address, &tooShort)));
+    EXPECT_TRUE(FailsWith(10022, Winsock::accept(socket.Get(), &address, nullptr)));
+}
+
+// Whatever an earlier call has left in errno.
+TEST_F(AcceptRefused, ByNobodyIsAConnectionWithTheNumberOfAStandardStream) {
+    const OwnedSocket listener = NewListener();
+    SetNonBlocking(listener);
+    const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
+    Winsock::Handle accepted = Winsock::InvalidSocket;
+    unsigned int attempts = 0;
+    {
+        const ClosedStandardStreams closed;
+        const HookedCall accepts(SystemCall::Accept4, [](const Call& call) {
+            const Word result = call.Make();
+            errno = result == 0 ? EINTR : errno;
+            return result;
+        });
+        accepted = Winsock::accept(listener.Get(), nullptr, nullptr);
+        attempts = accepts.Seen();
+    }
+    EXPECT_TRUE(IsOpen(OwnedSocket(accepted).Get()));
+    EXPECT_EQ(attempts, 1U);
 }
 
 }  // namespace

@@ -139,6 +139,29 @@ TEST_F(BoundGroupIpv6, IsHeardOnceOnEachInterfaceOnWhichItWasJoined) {
     });
 }
 
+TEST_F(BoundGroupIpv6, IsHeardOnTheInterfaceOnWhichItWasJoinedAfterAnother) {
+    InOwnNetwork([] {
+        const Wires wires;
+        for (const NetworkInterface* interface : {&wires.other, &wires.wire})
+            ASSERT_TRUE(Succeeds(SetMembership(wires.socket, Join, GroupOn(interface->Index()))));
+        wires.Send("here", wires.wire);
+        EXPECT_EQ(Receive(wires.socket), "here");
+        wires.Send("there", wires.other);
+        EXPECT_EQ(Receive(wires.socket), "there");
+        wires.ExpectNothingElse();
+    });
+}
+
+TEST_F(BoundGroupIpv6, IsLookedForOnEachInterfaceOnce) {
+    InOwnNetwork([] {
+        const Wires wires;
+        const SystemCalls::FailingCall unknown(SystemCalls::SystemCall::Getsourcefilter,
+                                               EADDRNOTAVAIL);
+        ASSERT_TRUE(Succeeds(SetMembership(wires.socket, Join, GroupOn(wires.wire.Index()))));
+        EXPECT_EQ(unknown.Seen(), 3U);
+    });
+}
+
 TEST_F(BoundGroupIpv6, MayBeJoinedOnTheSystemsChoiceOfInterface) {
     InOwnNetwork([] {
         const Wires wires;
@@ -185,6 +208,7 @@ TEST_F(BoundGroupIpv6, IsHeardThoughTheSystemDoesNotTellOfItsInterfaces) {
         {
             const SystemCalls::FailingCall fails(SystemCalls::SystemCall::IfNameindex, ENOBUFS);
             ASSERT_TRUE(Succeeds(SetMembership(wires.socket, Join, GroupOn(wires.wire.Index()))));
+            EXPECT_EQ(fails.Seen(), 1U);
         }
         wires.Send("to all", wires.wire);
         EXPECT_EQ(Receive(wires.socket), "to all");

@@ -1,4 +1,5 @@
 // The datagrams of groups and those of the own address come as if from one queue.
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -204,6 +205,63 @@ TEST_F(BoundGroupQueue, GivesWhatHasArrivedFirst) {
     });
     EXPECT_EQ(Receive(receiver_), "first");
     EXPECT_EQ(Receive(receiver_), "later");
+}
+
+// Before the system has begun to stamp what arrives.
+TEST_F(BoundGroupQueue, GivesWhatHasNoTimeOfArrivalFirst) {
+    using namespace SystemCalls;
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    const auto own = static_cast<Word>(receiver_.Get());
+    for (const bool ownFirst : {true, false}) {
+        SendToAddress("own");
+        SendToGroup("group's");
+        const HookedCall stamps(SystemCall::Recvmsg, [&](const Call& call) {
+            const Word result = call.Make();
+            if ((call.Argument(0) == own) == ownFirst) call.Pointer<msghdr>(1)->msg_controllen = 0;
+            return result;
+        });
+        EXPECT_EQ(Receive(receiver_), ownFirst ? "own" : "group's");
+        EXPECT_EQ(Receive(receiver_), ownFirst ? "group's" : "own");
+    }
+}
+
+TEST_F(BoundGroupQueue, IsComparedOnlyWhereSeveralHaveSomething) {
+    using namespace SystemCalls;
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    SendToGroup("one");
+    const CountedCall looks(SystemCall::Recvmsg);
+    EXPECT_EQ(Receive(receiver_), "one");
+    EXPECT_EQ(looks.Seen(), 1U);
+}
+
+TEST_F(BoundGroupQueue, IsNotWaitedForWhileItIsCompared) {
+    using namespace SystemCalls;
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    SendToAddress("taken by another thread");
+    SendToGroup("left");
+    const auto own = static_cast<Word>(receiver_.Get());
+    const HookedCall takes(SystemCall::Recvmsg, [own](const Call& call) {
+        char byte = 0;
+        if (call.Argument(0) == own) ::recv(static_cast<int>(own), &byte, 1, MSG_DONTWAIT);
+        return call.Make();
+    });
+    EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(receiver_), "left"); }), Milliseconds(15'000));
+}
+
+// Nothing may be there any more when the wait is over.
+TEST_F(BoundGroupQueue, IsNotReadableForAFalseAlarm) {
+    using namespace SystemCalls;
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    Winsock::HandleSet read = SetOf({receiver_.Get()});
+    const Winsock::TimeValue time = {0, 20'000};
+    const HookedCall alarms(SystemCall::Ppoll,
+                            [](const Call& call) {
+                                call.Pointer<pollfd>(0)->revents = POLLIN;
+                                return Word{1};
+                            },
+                            {.count = 1});
+    EXPECT_TRUE(Succeeds(Winsock::select(0, &read, nullptr, nullptr, &time), 0));
+    EXPECT_GE(alarms.Seen(), 2U);
 }
 
 }  // namespace

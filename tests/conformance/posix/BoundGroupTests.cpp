@@ -1,7 +1,12 @@
 // Who is a member of a group, and what else a socket keeps, that is bound to an address.
+#include <netinet/in.h>
+
+#include <cerrno>
+
 #include "BoundGroupScene.h"
 #include "conformance/Provocation.h"
 #include "support/FailingAllocations.h"
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 namespace {
@@ -182,6 +187,61 @@ TEST_F(BoundGroup, FailsToBeJoinedBeforehandWithoutMemoryAndIsJoinedLater) {
         ASSERT_LT(++allocations, 10U);
     }
     EXPECT_GT(allocations, 0U);
+}
+
+// Others may have its port at other addresses.
+TEST_F(BoundGroup, IsHeardFromThePeersHostOnly) {
+    const OwnedSocket stranger = NewDatagram();
+    ASSERT_TRUE(Succeeds(Bind(stranger, Ipv4(127, 0, 0, 2, LocalPort(sender_)))));
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    ASSERT_TRUE(Succeeds(Connect(receiver_, LocalAddress(sender_))));
+    SendToGroup(stranger, "strange");
+    SendToGroup("from the peer");
+    EXPECT_EQ(Receive(receiver_), "from the peer");
+    EXPECT_EQ(BytesAvailable(receiver_), 0U);
+}
+
+// Whether it is heard already can be unknown; then joining tells.
+TEST_F(BoundGroup, IsJoinedThoughTheSystemDoesNotTellWhetherItIs) {
+    const OwnedSocket socket = NewDatagram();
+    ASSERT_TRUE(Succeeds(Bind(socket, Ipv4(0, 0, 0, 0, 0))));
+    ASSERT_TRUE(Succeeds(SetMembership(socket, Join, OtherGroup)));
+    ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(sender_))));
+    ASSERT_TRUE(Succeeds(Connect(socket, Ipv4(0, 0, 0, 0, 0))));
+    for (const int error : {ENOMEM, ENOBUFS}) {
+        const SystemCalls::FailingCall unknown(SystemCalls::SystemCall::Setsockopt, error,
+                                               {.count = 1, .option = IP_ADD_MEMBERSHIP});
+        EXPECT_TRUE(Succeeds(SetMembership(socket, Join, Group)));
+        EXPECT_TRUE(Succeeds(SetMembership(socket, Leave, Group)));
+    }
+}
+
+int BindWithoutMemory(const OwnedSocket& socket, unsigned int successes) {
+    const Support::FailingAllocations failing(successes);
+    return Bind(socket, Loopback(0));
+}
+
+TEST_F(BoundGroup, FailsToBeKeptByABindWithoutMemoryAndIsKeptLater) {
+    receiver_ = NewDatagram();
+    ASSERT_TRUE(Succeeds(SetOption(receiver_, Winsock::OptionReceiveTimeout, 20'000)));
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    unsigned int allocations = 0;
+    while (BindWithoutMemory(receiver_, allocations) != 0) {
+        ASSERT_EQ(Winsock::WSAGetLastError(), 10055);
+        ASSERT_LT(++allocations, 10U);
+    }
+    EXPECT_GT(allocations, 0U);
+    port_ = LocalPort(receiver_);
+    SendToGroup("to all");
+    EXPECT_EQ(Receive(receiver_), "to all");
+}
+
+// Only IPv6 knows a group's interface by its number.
+TEST_F(BoundGroup, IsJoinedWithoutAQuestionForItsInterface) {
+    const SystemCalls::CountedCall lists(SystemCalls::SystemCall::IfNameindex);
+    const SystemCalls::CountedCall questions(SystemCalls::SystemCall::Getsourcefilter);
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    EXPECT_EQ(lists.Seen() + questions.Seen(), 0U);
 }
 
 TEST_F(BoundGroup, FailsToFollowAPeerWithoutMemoryAndFollowsLater) {

@@ -186,22 +186,38 @@ TEST_F(DatagramPeerFaultStrangers, AreNotLookedForAnyMoreOnceTheQueueWasEmpty) {
 
 // As long as the system does not tell who is next, nobody is let go.
 TEST_F(DatagramPeerFaultStrangers, AreLookedForAgainWhenTheSystemCouldNotTell) {
-    const OwnedSocket socket = NewReceiver();
     const OwnedSocket peer = NewReceiver();
     const OwnedSocket stranger = NewReceiver();
-    for (const OwnedSocket* sender : {&peer, &stranger, &peer})
-        ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
     for (const SystemCall call : {SystemCall::Getpeername, SystemCall::Recvfrom}) {
         for (const int error : {ENOMEM, EIO}) {
-            const FailingCall fails(call, error);
-            ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
-            EXPECT_EQ(fails.Seen(), 1U);
+            const OwnedSocket socket = NewReceiver();
+            for (const OwnedSocket* sender : {&peer, &stranger, &peer})
+                ASSERT_TRUE(Succeeds(SendTo(*sender, "x", LocalAddress(socket)), 1));
+            {
+                const FailingCall fails(call, error);
+                ASSERT_TRUE(Succeeds(Connect(socket, LocalAddress(peer))));
+                EXPECT_EQ(fails.Seen(), 1U);
+            }
+            SetNonBlocking(socket);
+            EXPECT_EQ(Receive(socket), "x");
+            EXPECT_EQ(Receive(socket), "x");
+            EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
         }
     }
-    SetNonBlocking(socket);
-    EXPECT_EQ(Receive(socket), "x");
-    EXPECT_EQ(Receive(socket), "x");
-    EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+}
+
+TEST_F(DatagramPeerFaultStrangers, WhoseDatagramAnotherThreadHasTakenAreNotWaitedFor) {
+    const OwnedSocket socket = NewReceiver();
+    const OwnedSocket peer = NewReceiver();
+    ASSERT_TRUE(Succeeds(SendTo(NewBoundDatagram(), "x", LocalAddress(socket)), 1));
+    const HookedCall takes(SystemCall::Recv, [](const Call& call) {
+        char byte = 0;
+        ::recv(static_cast<int>(call.Argument(0)), &byte, 1, MSG_DONTWAIT);
+        return call.Make();
+    });
+    EXPECT_LT(TimeOf([&] { EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(peer)))); }),
+              Milliseconds(15'000));
+    EXPECT_EQ(takes.Seen(), 1U);
 }
 
 using DatagramPeerFaultChosenPort = Started;
@@ -228,6 +244,30 @@ TEST_F(DatagramPeerFaultChosenPort, ThatTheSocketHasGotMeanwhileIsAsGood) {
     EXPECT_TRUE(Succeeds(SendTo(sender, "x", LocalAddress(receiver)), 1));
     EXPECT_EQ(Receive(receiver), "x");
     EXPECT_EQ(binds.Seen(), 1U);
+}
+
+TEST_F(DatagramPeerFaultChosenPort, IsRefusedForTheReasonOfTheBind) {
+    const OwnedSocket socket = NewDatagram();
+    ASSERT_TRUE(Succeeds(SetOption(socket, Winsock::OptionReuseAddress, 1)));
+    const FailingCall binds(SystemCall::Bind, EADDRINUSE);
+    const FailingCall later(SystemCall::Setsockopt, ENOMEM, {.first = 2, .option = SO_REUSEADDR});
+    EXPECT_TRUE(FailsWith(10048, Bind(socket, Loopback(0))));
+    EXPECT_EQ(later.Seen(), 2U);
+}
+
+TEST_F(DatagramPeerFaultChosenPort, IsKeptWithoutSharingWhenThePeerIsTakenAway) {
+    const OwnedSocket socket = NewDatagram();
+    ASSERT_TRUE(Succeeds(Connect(socket, Loopback(9))));
+    const CountedCall shares(SystemCall::Setsockopt);
+    ASSERT_TRUE(Succeeds(Connect(socket, Ipv4(0, 0, 0, 0, 0))));
+    EXPECT_EQ(shares.Seen(), 0U);
+}
+
+TEST_F(DatagramPeerFaultChosenPort, IsNotAskedForOnceThereIsOne) {
+    const OwnedSocket socket = NewBoundDatagram();
+    const CountedCall binds(SystemCall::Bind);
+    EXPECT_TRUE(Succeeds(SendTo(socket, "x", Loopback(9)), 1));
+    EXPECT_EQ(binds.Seen(), 0U);
 }
 
 }  // namespace

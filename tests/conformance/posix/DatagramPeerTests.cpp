@@ -244,6 +244,30 @@ TEST_F(DatagramPeerSource, ThatBindWasGivenStays) {
     });
 }
 
+TEST_F(DatagramPeerSource, ThatBindWasGivenStaysInIpv6) {
+    InOwnNetwork([] {
+        ASSERT_TRUE(AddAddress(GlobalBytes));
+        for (const unsigned int port : {0U, 4711U})
+            ExpectToStay(Ipv6(GlobalBytes, port), Ipv6(GlobalBytes, 9), Ipv6({}, 0));
+    });
+}
+
+TEST_F(DatagramPeerSource, OfAllAddressesIsTiedToNoLinkWhenThePeerIsTakenAway) {
+    InOwnNetwork([] {
+        ASSERT_TRUE(AddAddress(LinkBytes));
+        const OwnedSocket socket = NewDatagram(Winsock::FamilyIpv6);
+        ASSERT_TRUE(Succeeds(Bind(socket, Ipv6({}, 4711))));
+        ASSERT_TRUE(Succeeds(Connect(socket, Ipv6(LinkBytes, 9))));
+        ASSERT_TRUE(Succeeds(Connect(socket, Ipv6({}, 0))));
+        int link = -1;
+        socklen_t length = sizeof link;
+        ASSERT_EQ(::getsockopt(static_cast<int>(socket.Get()), SOL_SOCKET, SO_BINDTOIFINDEX, &link,
+                               &length),
+                  0);
+        EXPECT_EQ(link, 0);
+    });
+}
+
 TEST_F(DatagramPeerSource, ThatBindWasGivenStaysOnItsLink) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(LinkBytes));

@@ -139,6 +139,17 @@ TEST_F(GroupInterface, OfZeroesIsTheOneThatTheSystemChooses) {
     EXPECT_EQ(result, SceneResult::Passed);
 }
 
+using GroupOfAStream = Started;
+
+TEST_F(GroupOfAStream, IsNoneWhateverTheRequestIs) {
+    constexpr Winsock::MembershipIpv4 group = {{239, 1, 2, 3}, {127, 0, 0, 1}};
+    const OwnedSocket stream = NewStream();
+    for (const int option : {Join, Leave}) {
+        for (const int length : {1, 8})
+            EXPECT_TRUE(FailsWith(10022, SetMembership(stream, option, group, length)));
+    }
+}
+
 // The system sends nothing to IPv6 groups over the loopback interface, so this asks it who is in.
 bool LoopbackIsInIpv6Group() {
     std::ifstream memberships("/proc/net/igmp6");

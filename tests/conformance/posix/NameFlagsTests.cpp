@@ -52,6 +52,17 @@ TEST_F(NameFlags, ComeBehindAnAddressThatCanBeRead) {
                                                     service_, 100, 1)));
 }
 
+// The family is looked at first, and takes two bytes.
+TEST_F(NameFlags, ComeBehindAnAddressThatIsLongEnoughForItsFamily) {
+    const auto ask = [this](unsigned short family, int length) {
+        return Winsock::getnameinfo(&family, length, host_, 100, service_, 100, 1);
+    };
+    EXPECT_TRUE(Returns(10047, ask(4711, 2)));
+    EXPECT_TRUE(Returns(10014, ask(4711, 1)));
+    EXPECT_TRUE(Returns(10014, ask(2, 2)));
+    EXPECT_TRUE(Returns(10014, ask(2, 1)));
+}
+
 using NameFlagsOfProtocols = Started;
 
 // A protocol's number without a type asks for the services of that type.

@@ -3,6 +3,7 @@
 #include <sys/time.h>
 
 #include "conformance/Scene.h"
+#include "support/posix/SystemCallFaults.h"
 
 namespace Conformance {
 namespace {
@@ -45,6 +46,23 @@ TEST_F(OptionOfTheSystem, OfGroupsIsRefusedUnderItsOwnNumber) {
     for (const int option : {20, 21}) {
         EXPECT_TRUE(FailsWith(10042, Winsock::setsockopt(ipv6.Get(), 41, option, request, 20)));
     }
+}
+
+TEST_F(OptionOfTheSystem, OfGroupsIsNoneAtOtherLevels) {
+    const OwnedSocket stream = NewStream();
+    constexpr char request[20] = {};
+    for (const int level : {Winsock::LevelSocket, Winsock::ProtocolTcp, Winsock::ProtocolUdp}) {
+        for (const int option : {Winsock::OptionAddMembership, Winsock::OptionDropMembership}) {
+            EXPECT_TRUE(
+                FailsWith(10042, Winsock::setsockopt(stream.Get(), level, option, request, 20)));
+        }
+    }
+}
+
+TEST_F(OptionOfTheSystem, OfALevelBeyondThoseThatThereAreIsRefusedForIt) {
+    const OwnedSocket socket = NewStream();
+    for (const int level : {0x10000, 0x7FFFFFFF})
+        EXPECT_TRUE(FailsWith(10022, Winsock::setsockopt(socket.Get(), level, 1, Value, 4)));
 }
 
 TEST_F(OptionOfTheSystem, BroadcastRefusesANegativeLengthAndTakesAnyOther) {
@@ -93,6 +111,35 @@ TEST_F(OptionOfTheSystem, TimeoutIsThatManyMilliseconds) {
         const long told = time.tv_sec * 1000 + time.tv_usec / 1000;
         EXPECT_GE(told, milliseconds);
         EXPECT_LE(told, milliseconds + 10);
+    }
+}
+
+struct TimeoutRow {
+    unsigned int milliseconds;
+    timeval time;
+};
+
+// Of which the longest is none.
+constexpr TimeoutRow Timeouts[] = {{0, {0, 0}},          {999, {0, 999'000}},
+                                   {1'000, {1, 0}},      {2'001, {2, 1'000}},
+                                   {0xFFFFFFFF, {0, 0}}, {0xFFFFFFFE, {4'294'967, 294'000}}};
+
+using OptionTimeoutOfTheSystem = Started;
+
+TEST_F(OptionTimeoutOfTheSystem, HasSecondsAndWhatIsLeft) {
+    const OwnedSocket socket = NewStream();
+    timeval told = {};
+    const SystemCalls::HookedCall sets(SystemCalls::SystemCall::Setsockopt,
+                                       [&told](const SystemCalls::Call& call) {
+                                           told = *call.Pointer<const timeval>(3);
+                                           return call.Make();
+                                       });
+    for (const int option : {Winsock::OptionReceiveTimeout, Winsock::OptionSendTimeout}) {
+        for (const auto& [milliseconds, time] : Timeouts) {
+            EXPECT_TRUE(Succeeds(SetOption(socket, option, milliseconds))) << milliseconds;
+            EXPECT_EQ(told.tv_sec, time.tv_sec) << milliseconds;
+            EXPECT_EQ(told.tv_usec, time.tv_usec) << milliseconds;
+        }
     }
 }
 

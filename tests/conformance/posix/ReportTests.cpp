@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "conformance/DatagramScene.h"
+#include "conformance/Provocation.h"
 #include "conformance/SelectScene.h"
 #include "support/posix/SystemCallFaults.h"
 
@@ -20,6 +21,8 @@ namespace {
 
 using namespace SystemCalls;
 
+constexpr int None = -4711;
+
 struct Report {
     const char* name;
     int origin;
@@ -27,6 +30,9 @@ struct Report {
     int code;
     int error;
     int answer;  // to a receive call, or 0
+    // What it comes in, unless that is the part for reports of its family.
+    int level = None;
+    int part = None;
 
     friend void PrintTo(const Report& report, std::ostream* stream) { *stream << report.name; }
 };
@@ -51,6 +57,11 @@ constexpr Report Reports[] = {
     {"isolated host", V4, ICMP_DEST_UNREACH, ICMP_HOST_ISOLATED, ENONET, 10054},
     {"forbidden in IPv6", V6, ICMP6_DST_UNREACH, ICMP6_DST_UNREACH_ADMIN, EACCES, 10054},
     {"what was sent", SO_EE_ORIGIN_TIMESTAMPING, 0, 0, EHOSTUNREACH, 0},
+    {"end of hops with a code of nobody", V4, ICMP_TIME_EXCEEDED, 77, EHOSTUNREACH, 10054},
+    {"wrong parameter", V4, ICMP_PARAMETERPROB, ICMP_EXC_TTL, EHOSTUNREACH, 10054},
+    {"wrong parameter of IPv6", V6, ICMP6_PARAM_PROB, 0, EPROTO, 10054},
+    {"no route of IPv6", V6, ICMP6_DST_UNREACH, ICMP6_DST_UNREACH_NOROUTE, ENETUNREACH, 10054},
+    {"what is not too long for IPv6", V6, ICMP6_PACKET_TOO_BIG, 0, EHOSTUNREACH, 10054},
     {"own machine", Own, 0, 0, EMSGSIZE, 0},
     {"own machine, with numbers of nobody", Own, ICMP_TIME_EXCEEDED, ICMP_EXC_TTL, EHOSTUNREACH, 0},
 };
@@ -63,6 +74,8 @@ void Write(const Report& report, msghdr& message) {
     cmsghdr* const part = CMSG_FIRSTHDR(&message);
     part->cmsg_level = report.origin == V6 ? IPPROTO_IPV6 : IPPROTO_IP;
     part->cmsg_type = report.origin == V6 ? IPV6_RECVERR : IP_RECVERR;
+    if (report.level != None) part->cmsg_level = report.level;
+    if (report.part != None) part->cmsg_type = report.part;
     part->cmsg_len = CMSG_LEN(sizeof(sock_extended_err));
     sock_extended_err error = {};
     error.ee_errno = static_cast<std::uint32_t>(report.error);
@@ -115,6 +128,57 @@ TEST_P(ReportOfTheNetwork, HasTheAnswerOfItsKind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ReportOfTheNetwork, testing::ValuesIn(Reports));
+
+using ReportPart = Started;
+
+// Parts beside those of reports, by their numbers.
+TEST_F(ReportPart, OfAnotherLevelOrTypeTellsOfNoLoss) {
+    constexpr std::pair<int, int> others[] = {
+        {IPPROTO_IP, IP_RECVERR - 1},     {IPPROTO_IP, IP_RECVERR + 1},
+        {IPPROTO_IP - 1, IP_RECVERR},     {IPPROTO_IP + 1, IP_RECVERR},
+        {IPPROTO_IPV6, IPV6_RECVERR - 1}, {IPPROTO_IPV6, IPV6_RECVERR + 1},
+        {IPPROTO_IPV6 - 1, IPV6_RECVERR}, {IPPROTO_IPV6 + 1, IPV6_RECVERR},
+        {IPPROTO_IPV6, IP_RECVERR},       {IPPROTO_IP, IPV6_RECVERR},
+    };
+    const OwnedSocket socket = NewNonBlocking();
+    for (const auto& [level, type] : others) {
+        Report report = Reports[0];
+        report.level = level;
+        report.part = type;
+        const ToldReports reports({report});
+        EXPECT_TRUE(FailsWith(10035, TryReceive(socket))) << level << ", " << type;
+    }
+}
+
+using ReportAnnounced = Started;
+
+OwnedSocket WithAnAnnouncedReport() {
+    OwnedSocket gone = NewBoundDatagram();
+    const Winsock::AddressIpv4 nobody = LocalAddress(gone);
+    gone.Close();
+    OwnedSocket socket = NewNonBlocking();
+    EXPECT_EQ(SendTo(socket, "anybody?", nobody), 8);
+    AwaitEnd(socket.Get());
+    return socket;
+}
+
+// The queue may have been full when it came.
+TEST_F(ReportAnnounced, CountsAsOneThoughTheQueueDoesNotHaveIt) {
+    const OwnedSocket socket = WithAnAnnouncedReport();
+    const FailingCall nothing(SystemCall::Recvmsg, EAGAIN);
+    EXPECT_EQ(ReadyFor(socket), "rw");
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+}
+
+TEST_F(ReportAnnounced, IsNotAskedForAgainOnceTheQueueHasToldIt) {
+    const OwnedSocket socket = WithAnAnnouncedReport();
+    const CountedCall questions(SystemCall::Getsockopt, {.option = SO_ERROR});
+    EXPECT_TRUE(IsReadable(socket, AtOnce));
+    EXPECT_EQ(questions.Seen(), 0U);
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+}
 
 using ReportsOfTheNetwork = Started;
 

@@ -116,6 +116,7 @@ TEST_F(SocketFaultInBind, LeavesTheSocketUnbound) {
     {
         const FailingCall fails(SystemCall::Bind, ENOMEM);
         EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(0))));
+        EXPECT_EQ(fails.Seen(), 1U);
     }
     EXPECT_TRUE(FailsWith(10022, Winsock::listen(socket.Get(), 1)));
     EXPECT_TRUE(Succeeds(Bind(socket, Loopback(0))));
@@ -125,6 +126,7 @@ TEST_F(SocketFaultInBind, OfASecondTryIsTheOneThatIsTold) {
     const OwnedSocket socket = NewStream();
     const FailingCall later(SystemCall::Bind, ENOMEM, {.first = 2});
     const FailingCall first(SystemCall::Bind, EADDRINUSE, {.count = 1});
+    const FailingCall reuse(SystemCall::Setsockopt, EPERM, {.first = 2});
     EXPECT_TRUE(FailsWith(10055, Bind(socket, Loopback(0))));
 }
 
@@ -155,6 +157,15 @@ TEST_F(SocketFaultInName, OfAPeerThatIsGoneIsNoPeer) {
     ExpectFailureThatLeavesTheRoomAlone(10057, Winsock::getpeername, pair.client);
 }
 
+TEST_F(SocketFaultInName, OfAPeerThatIsNotThereYetIsTold) {
+    const FullListener listener;
+    const OwnedSocket socket = NewStream();
+    SetNonBlocking(socket);
+    ASSERT_TRUE(FailsWith(10035, Connect(socket, Loopback(listener.Port()))));
+    const FailingCall fails(SystemCall::Getsockopt, ENOTCONN, {.option = SO_PEERNAME});
+    ExpectFailureThatLeavesTheRoomAlone(10057, Winsock::getpeername, socket);
+}
+
 using SocketFaultInListen = Started;
 
 TEST_F(SocketFaultInListen, LeavesNoListener) {
@@ -166,6 +177,24 @@ TEST_F(SocketFaultInListen, LeavesNoListener) {
     EXPECT_TRUE(FailsWith(10022, Winsock::accept(socket.Get(), nullptr, nullptr)));
     EXPECT_TRUE(FindsPortTakenThoughReusing(LocalPort(socket)));
     EXPECT_TRUE(Succeeds(Winsock::listen(socket.Get(), 1)));
+}
+
+bool MayReuse(const OwnedSocket& socket) {
+    int reuse = 0;
+    socklen_t length = sizeof reuse;
+    EXPECT_EQ(::getsockopt(Number(socket), SOL_SOCKET, SO_REUSEADDR, &reuse, &length), 0);
+    return reuse != 0;
+}
+
+// The connections that it accepts have the option from it.
+TEST_F(SocketFaultInListen, LeavesAListenerItsPortBesideEndedConnections) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket none = NewBoundStream();
+    const FailingCall fails(SystemCall::Listen, ENOMEM);
+    EXPECT_TRUE(FailsWith(10055, Winsock::listen(listener.Get(), 1)));
+    EXPECT_TRUE(FailsWith(10055, Winsock::listen(none.Get(), 1)));
+    EXPECT_TRUE(MayReuse(listener));
+    EXPECT_FALSE(MayReuse(none));
 }
 
 using SocketFaultInAccept = Started;
@@ -239,6 +268,16 @@ TEST_F(SocketFaultInClose, IsNoneAndIsNotRepeated) {
         EXPECT_FALSE(IsOpenDescriptor(descriptor));
         EXPECT_TRUE(FailsWith(10038, Winsock::closesocket(socket.Take())));
         EXPECT_EQ(closes.Seen(), 1U);
+    }
+}
+
+TEST_F(SocketFaultInClose, LetsThePortBeBoundAgainWhateverTimeoutsThereWere) {
+    for (const unsigned int timeout : {0U, 1000U}) {
+        Pair pair = NewConnectedPair();
+        ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, timeout)));
+        const CountedCall reuse(SystemCall::Setsockopt, {.option = SO_REUSEADDR});
+        EXPECT_TRUE(Succeeds(Winsock::closesocket(pair.client.Take())));
+        EXPECT_EQ(reuse.Seen(), 1U);
     }
 }
 

@@ -1,12 +1,8 @@
 // The rest of the C library's functions that the module calls and that can fail, for the program
 // that makes each of them fail. See SystemCalls.cpp.
 #include <dirent.h>
-#include <net/if.h>
-#include <netinet/in.h>
 #include <pthread.h>
-#include <sys/epoll.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -18,20 +14,6 @@ using SystemCalls::Intercept;
 using SystemCalls::SystemCall;
 
 // Waiting
-
-int epoll_create1(int flags) noexcept {
-    return Intercept<"epoll_create1", decltype(::epoll_create1)>(SystemCall::EpollCreate1, flags);
-}
-
-int epoll_ctl(int set, int operation, int descriptor, epoll_event* event) noexcept {
-    return Intercept<"epoll_ctl", decltype(::epoll_ctl)>(SystemCall::EpollCtl, set, operation,
-                                                         descriptor, event);
-}
-
-int epoll_wait(int set, epoll_event* events, int room, int time) {
-    return Intercept<"epoll_wait", decltype(::epoll_wait)>(SystemCall::EpollWait, set, events, room,
-                                                           time);
-}
 
 int clock_nanosleep(clockid_t clock, int flags, const timespec* time, timespec* left) {
     return Intercept<"clock_nanosleep", decltype(::clock_nanosleep)>(SystemCall::ClockNanosleep,
@@ -63,18 +45,6 @@ ssize_t pread(int descriptor, void* bytes, size_t room, off_t offset) {
 
 int getrlimit(__rlimit_resource_t which, rlimit* limit) noexcept {
     return Intercept<"getrlimit", decltype(::getrlimit)>(SystemCall::Getrlimit, which, limit);
-}
-
-// Names and interfaces
-
-struct if_nameindex* if_nameindex() noexcept {
-    return Intercept<"if_nameindex", decltype(::if_nameindex)>(SystemCall::IfNameindex);
-}
-
-int getsourcefilter(int descriptor, uint32_t interface, const sockaddr* group, socklen_t length,
-                    uint32_t* mode, uint32_t* count, sockaddr_storage* sources) noexcept {
-    return Intercept<"getsourcefilter", decltype(::getsourcefilter)>(
-        SystemCall::Getsourcefilter, descriptor, interface, group, length, mode, count, sources);
 }
 
 // Threads, processes and signals

@@ -20,7 +20,7 @@
 // call of the module. So a scope is best drawn close around the call that is tested. Calls that the
 // C library makes inside, and those made while a hook runs, are never seen.
 //
-// A call that is missing takes a row here, a definition in SystemCalls.cpp, or in
+// A call that is missing takes a row here, a definition in SystemCalls.cpp or NameCalls.cpp, or in
 // FurtherSystemCalls.cpp if only the tests in tests/faults need it, and, if it tells failures
 // otherwise than by -1 and errno, a line in Call::Fail.
 #pragma once

@@ -4,10 +4,8 @@
 // functions' own names into inline ones.
 #include <dirent.h>
 #include <fcntl.h>
-#include <ifaddrs.h>
-#include <netdb.h>
 #include <poll.h>
-#include <resolv.h>
+#include <sys/epoll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -17,7 +15,6 @@
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 
 #include "support/posix/Interception.h"
 
@@ -94,6 +91,20 @@ int poll(pollfd* waits, nfds_t count, int time) {
 
 int ppoll(pollfd* waits, nfds_t count, const timespec* time, const sigset_t* mask) {
     return Intercept<"ppoll", decltype(::ppoll)>(SystemCall::Ppoll, waits, count, time, mask);
+}
+
+int epoll_create1(int flags) noexcept {
+    return Intercept<"epoll_create1", decltype(::epoll_create1)>(SystemCall::EpollCreate1, flags);
+}
+
+int epoll_ctl(int set, int operation, int descriptor, epoll_event* event) noexcept {
+    return Intercept<"epoll_ctl", decltype(::epoll_ctl)>(SystemCall::EpollCtl, set, operation,
+                                                         descriptor, event);
+}
+
+int epoll_wait(int set, epoll_event* events, int room, int time) {
+    return Intercept<"epoll_wait", decltype(::epoll_wait)>(SystemCall::EpollWait, set, events, room,
+                                                           time);
 }
 
 // Transfers
@@ -216,57 +227,7 @@ long syscall(long number, ...) noexcept {
                                                      third, fourth, fifth, sixth);
 }
 
-// Names and the environment
-
-int gethostname(char* name, size_t room) noexcept {
-    return Intercept<"gethostname", decltype(::gethostname)>(SystemCall::Gethostname, name, room);
-}
-
-int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** list) {
-    return Intercept<"getaddrinfo", decltype(::getaddrinfo)>(SystemCall::Getaddrinfo, host, service,
-                                                             hints, list);
-}
-
-int getnameinfo(const sockaddr* address, socklen_t length, char* host, socklen_t hostRoom,
-                char* service, socklen_t serviceRoom, int flags) {
-    return Intercept<"getnameinfo", decltype(::getnameinfo)>(
-        SystemCall::Getnameinfo, address, length, host, hostRoom, service, serviceRoom, flags);
-}
-
-int gethostbyname2_r(const char* name, int family, hostent* entry, char* room, size_t roomLength,
-                     hostent** found, int* error) {
-    return Intercept<"gethostbyname2_r", decltype(::gethostbyname2_r)>(
-        SystemCall::Gethostbyname, name, family, entry, room, roomLength, found, error);
-}
-
-int gethostbyaddr_r(const void* address, socklen_t length, int family, hostent* entry, char* room,
-                    size_t roomLength, hostent** found, int* error) {
-    return Intercept<"gethostbyaddr_r", decltype(::gethostbyaddr_r)>(
-        SystemCall::Gethostbyaddr, address, length, family, entry, room, roomLength, found, error);
-}
-
-int getifaddrs(ifaddrs** list) noexcept {
-    return Intercept<"getifaddrs", decltype(::getifaddrs)>(SystemCall::Getifaddrs, list);
-}
-
-// <resolv.h> calls it res_ninit.
-int __res_ninit(res_state state) noexcept {
-    return Intercept<"__res_ninit", decltype(::__res_ninit)>(SystemCall::ResNinit, state);
-}
-
-int res_nquerydomain(res_state state, const char* name, const char* domain, int kind, int type,
-                     unsigned char* answer, int room) noexcept {
-    return Intercept<"res_nquerydomain", decltype(::res_nquerydomain)>(
-        SystemCall::ResNquerydomain, state, name, domain, kind, type, answer, room);
-}
-
-char* getenv(const char* name) noexcept {
-    return Intercept<"getenv", decltype(::getenv)>(SystemCall::Getenv, name);
-}
-
-char* secure_getenv(const char* name) noexcept {
-    return Intercept<"secure_getenv", decltype(::secure_getenv)>(SystemCall::Getenv, name);
-}
+// Signals
 
 int sigtimedwait(const sigset_t* signals, siginfo_t* which, const timespec* time) {
     return Intercept<"sigtimedwait", decltype(::sigtimedwait)>(SystemCall::Sigtimedwait, signals,
@@ -297,11 +258,6 @@ int __ppoll_chk(pollfd* waits, nfds_t count, const timespec* time, const sigset_
                 size_t room) {
     return Intercept<"__ppoll_chk", decltype(__ppoll_chk)>(SystemCall::Ppoll, waits, count, time,
                                                            mask, room);
-}
-
-int __gethostname_chk(char* name, size_t length, size_t room) noexcept {
-    return Intercept<"__gethostname_chk", decltype(__gethostname_chk)>(SystemCall::Gethostname,
-                                                                       name, length, room);
 }
 
 int __open_2(const char* path, int flags) {
