@@ -22,9 +22,9 @@ public:
     using ScriptedModel::ScriptedModel;
 
     void Compare() {
-        for (const Slot& slot : slots_)
-            if (slot.socket) Expect("IsValid", slot.IsValid(), slot.socket->IsValid());
         ScriptedModel::Compare();
+        for (const Slot& slot : slots_)
+            if (slot.socket) CompareSocket(slot);
     }
 
 protected:
@@ -76,6 +76,12 @@ protected:
     }
 
     std::array<Slot, 4> slots_;
+
+private:
+    static void CompareSocket(const Slot& slot) {
+        Expect("IsValid", slot.IsValid(), slot.socket->IsValid());
+        CompareState(*slot.socket, slot.state);
+    }
 };
 
 }  // namespace Fuzz

@@ -38,9 +38,9 @@ public:
     using ScriptedModel::ScriptedModel;
 
     void Compare() {
+        ScriptedModel::Compare();
         for (const Slot& slot : slots_)
             if (slot.socket) CompareSocket(slot);
-        ScriptedModel::Compare();
     }
 
     // Their lists are nobody's any more.
@@ -89,10 +89,17 @@ protected:
         return kind == VelNet::SPECIAL_THIS_MACHINE ? ThisComputer : "";
     }
 
-    // Of ASCII alone: how others are converted is another target's affair.
+    // Most are like no other, so that no two can be mistaken for each other; some are the input's.
     std::string TakeText() {
+        const unsigned int kind = input_.Below(8);
+        if (kind == 7) return {};
+        return kind == 6 ? TakeAscii() : "text-" + std::to_string(++texts_);
+    }
+
+    // How others are converted is another target's affair. A port has room for so much.
+    std::string TakeAscii() {
         std::string text;
-        for (const char byte : input_.Line())
+        for (const char byte : input_.Line().substr(0, VelNet::SocketXt::MAXPORT - 1))
             if ((byte & 0x7F) != 0) text += static_cast<char>(byte & 0x7F);
         return text;
     }
@@ -245,6 +252,7 @@ private:
         Expect("IsValid", slot.IsOpen(), slot.socket->IsValid());
         Expect("GetHandle", slot.Number(), slot.socket->GetHandle());
         Expect("GetAddressFamily", slot.family, slot.socket->GetAddressFamily());
+        CompareState(*slot.socket, slot.state);
     }
 
     void ExpectAttempt(const Attempt& attempt, const Scripted::ListedAddress& entry,
@@ -257,6 +265,7 @@ private:
     }
 
     int lostLists_ = 0;
+    int texts_ = 0;
 };
 
 }  // namespace Fuzz

@@ -35,6 +35,8 @@ struct XtSlot {
     // An IPv4 address is too short for an IPv6 socket.
     int ForeignError() const { return isIpv6 ? 10014 : 10047; }
 
+    int UnlessClosed(int error) const { return state == State::Closed ? 10038 : error; }
+
     bool Takes(const XtSlot& sender) const {
         return isDatagram && isIpv6 == sender.isIpv6 && !port.empty() &&
                (peerPort.empty() || peerPort == sender.port);

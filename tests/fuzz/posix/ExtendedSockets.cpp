@@ -13,11 +13,15 @@ using namespace Fuzz;
 using VelNet::Socket;
 using VelNet::SocketXt;
 
-constexpr char RandomPort[] = "Random Port";
-
 class Program : public LoopbackModel {
 public:
     using LoopbackModel::LoopbackModel;
+
+    void Compare() {
+        for (XtSlot& slot : slots_)
+            if (slot.socket) Inspect(slot);
+        LoopbackModel::Compare();
+    }
 
     void Run() {
         using Do = Operation<Program, XtSlot>;
@@ -36,10 +40,6 @@ private:
                    const std::string& call, const TextEnd& texts, int error) {
         return LoopbackModel::Failing(
             ExtendedHead("SocketXtImpl::" + operation, description, call, texts), error);
-    }
-
-    static int UnlessClosed(const XtSlot& slot, int error) {
-        return slot.state == State::Closed ? 10038 : error;
     }
 
     void Create(XtSlot& slot) {
@@ -67,7 +67,7 @@ private:
 
     void TryToBind(XtSlot& slot, const char* host, bool byKind, int error) {
         const Thrown expected = Failing("Bind", "cannot bind socket to local address", "::bind",
-                                        {host, "0"}, UnlessClosed(slot, error));
+                                        {host, "0"}, slot.UnlessClosed(error));
         ExpectOutcome("Bind", expected, [&] {
             if (byKind)
                 slot.socket->Bind(VelNet::SPECIAL_LOOPBACK, "0");
@@ -80,7 +80,7 @@ private:
         int error = slot.port.empty() ? 10022 : 0;
         if (slot.state == State::Connected) error = 10056;
         if (slot.isDatagram) error = 10045;
-        error = UnlessClosed(slot, error);
+        error = slot.UnlessClosed(error);
         const Thrown expected =
             Failing("Listen", "cannot listen on socket", "::listen", slot.local, error);
         ExpectOutcome("Listen", expected,
@@ -95,7 +95,7 @@ private:
         if (slot.isDatagram) return ConnectDatagrams(slot, target);
         int error = slot.state == State::Connected ? 10056 : 0;
         if (slot.state == State::Listening) error = 10022;
-        error = UnlessClosed(slot, error);
+        error = slot.UnlessClosed(error);
         if (slot.end && slot.end->HasLostPeer()) return;
         if (error == 0 && (slot.isNonBlocking || !HasRoom(target))) return;
         TryToConnect(slot, target.Host(), target.port, error);
@@ -145,7 +145,7 @@ private:
         if (slot.isDatagram) error = 10045;
         const Thrown expected =
             Failing("Accept", "cannot accept on local socket from remote address", "::accept",
-                    slot.local, UnlessClosed(slot, error));
+                    slot.local, slot.UnlessClosed(error));
         VelBase::ReturnPtrI<SocketXt> accepted;
         VelBase::ReturnString host("kept");
         VelBase::ReturnString port("kept");
@@ -193,7 +193,7 @@ private:
             WaitUntilReadable(*slot.socket);
             error = 10054;
         }
-        error = UnlessClosed(slot, error);
+        error = slot.UnlessClosed(error);
         TryToSend(slot, bytes, error);
         if (error == 0) slot.end->peer.lock()->waiting += bytes;
     }
@@ -223,7 +223,7 @@ private:
         int error = slot.end ? 10035 : 10057;
         if (slot.isDatagram) error = slot.port.empty() ? 10022 : 10035;
         if (slot.end && slot.end->isReset) error = 10054;
-        error = UnlessClosed(slot, error);
+        error = slot.UnlessClosed(error);
         if (error == 10035 && !slot.isNonBlocking) return;
         if (error == 10054) WaitUntilReadable(*slot.socket);
         FailToReceive(slot, error);
@@ -298,7 +298,7 @@ private:
         const Thrown expected =
             Failing("SendTo", "cannot sendto using connectionless socket", "::sendto", to, error);
         if (error == 0)
-            Record(TransferLines("Sendto", bytes, {ThisComputer(slot), RandomPort}, to));
+            Record(TransferLines("Sendto", bytes, {ThisComputer(slot), "Random Port"}, to));
         const auto size = static_cast<int>(bytes.size());
         const bool byKind = input_.Flag() && slot.isIpv6 == target.isIpv6;
         ExpectOutcome("SendTo", expected, [&] {
@@ -315,7 +315,7 @@ private:
         if (!slot.isDatagram && slot.end) return;
         int error = slot.isDatagram ? 10022 : 10057;
         if (!slot.port.empty() && slot.isDatagram) error = 10035;
-        error = UnlessClosed(slot, error);
+        error = slot.UnlessClosed(error);
         if (slot.datagrams.empty() && error == 10035 && !slot.isNonBlocking) return;
         Datagram datagram;
         if (!slot.datagrams.empty()) {
