@@ -39,7 +39,7 @@ since_last_edge() {
     /^#[0-9]+/ {
       for (i = 2; i < NF; i++) if ($i == "cov:" && $(i + 1) > edges) { edges = $(i + 1); at = substr($1, 2) }
     }
-    END { print runs > at ? runs - at : 0 }' "$1"
+    END { print (runs > at ? runs - at : 0) }' "$1"
 }
 
 run_target() {
