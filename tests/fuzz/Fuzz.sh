@@ -37,7 +37,7 @@ last() {
 since_last_edge() {
   awk -v runs="$2" '
     /^#[0-9]+/ {
-      for (i = 2; i < NF; i++) if ($i == "cov:" && $(i + 1) > edges) { edges = $(i + 1); at = substr($1, 2) }
+      for (i = 2; i < NF; i++) if ($i == "cov:" && $(i + 1) > edges) { edges = $(i + 1); at = substr($1, 2) + 0 }
     }
     END { print (runs > at ? runs - at : 0) }' "$1"
 }
