@@ -1,5 +1,6 @@
 // Requests to cancel a thread that are held back.
 #include <Platform/System.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <net/if.h>
 #include <pthread.h>
@@ -131,6 +132,34 @@ TEST_F(CancellationDuring, AClosingThatEndsACallWaitsForItsEnd) {
     });
     ExpectToEnd([&] { EXPECT_TRUE(Succeeds(Winsock::closesocket(handle))); });
     EXPECT_EQ(receiving.Finish(), Winsock::SocketError);
+}
+
+using CancellationInside = Started;
+
+// The thread ends in the call, which then uses the socket no more.
+TEST_F(CancellationInside, AReceiveLeavesTheSocketToBeClosed) {
+    for (const unsigned int timeout : {0U, 60'000U}) {
+        Pair pair = NewConnectedPair();
+        ASSERT_TRUE(Succeeds(SetOption(pair.client, Winsock::OptionReceiveTimeout, timeout)));
+        const Winsock::Handle handle = pair.client.Take();
+        pthread_t thread = {};
+        ASSERT_EQ(::pthread_create(
+                      &thread, nullptr,
+                      [](void* argument) -> void* {
+                          char byte = 0;
+                          Winsock::recv(*static_cast<const Winsock::Handle*>(argument), &byte, 1,
+                                        0);
+                          return nullptr;
+                      },
+                      const_cast<Winsock::Handle*>(&handle)),
+                  0);
+        ::pthread_cancel(thread);
+        void* end = nullptr;
+        ASSERT_EQ(::pthread_join(thread, &end), 0);
+        EXPECT_EQ(end, PTHREAD_CANCELED);
+        EXPECT_TRUE(Succeeds(Winsock::closesocket(handle)));
+        EXPECT_LT(::fcntl(static_cast<int>(handle), F_GETFD), 0);
+    }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // Failures of transfers that may be a connection's end, and what is remembered of them.
+#include <linux/tcp.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -200,6 +200,31 @@ TEST_P(ConnectionFault, OfASendIsJudgedWhileAnotherThreadReceives) {
 }
 
 // The kernels before 4.18 do not.
+// Both halves were ended in good order, so that a send has come too late. Without the kernel's word
+// for the acknowledgement that is not known.
+TEST_P(ConnectionFault, OfAKernelThatTellsNoAcknowledgementLeavesAnOrderUnproved) {
+    Support::EndSending(socket.Get());
+    EXPECT_EQ(peer.Receive(1), "");
+    peer.EndSending();
+    AwaitEnd(socket.Get());
+    {
+        const HookedCall sentTwice(SystemCall::Getsockopt,
+                                   [](const Call& call) {
+                                       const Word result = call.Make();
+                                       auto& information = *call.Pointer<tcp_info>(3);
+                                       information.tcpi_bytes_sent += 5;
+                                       information.tcpi_bytes_retrans += 5;
+                                       return result;
+                                   },
+                                   {.level = IPPROTO_TCP, .option = TCP_INFO});
+        EXPECT_TRUE(FailsWith(10058, Send(socket, "x")));
+    }
+    const FailingCall untold(SystemCall::Getsockopt, ENOBUFS,
+                             {.first = 2, .level = IPPROTO_TCP, .option = TCP_INFO});
+    EXPECT_TRUE(FailsWith(10053, Send(socket, "x")));
+    EXPECT_EQ(untold.Seen(), 2U);
+}
+
 TEST_P(ConnectionFault, OfAKernelThatTellsNoQueueLeavesAnEndUnproved) {
     peer.Close();
     AwaitReadable(socket.Get());

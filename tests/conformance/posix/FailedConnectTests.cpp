@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "conformance/Provocation.h"
@@ -185,6 +186,35 @@ TEST_F(FailedConnectTakenPort, IsReplacedByAnotherSoThatTheNameIsTrue) {
     EXPECT_NE(LocalPort(socket), port);
     ASSERT_TRUE(Succeeds(Winsock::listen(socket.Get(), 5)));
     EXPECT_TRUE(Succeeds(Connect(NewStream(), LocalAddress(socket))));
+}
+
+// Only a port that is taken has others in its place.
+TEST_F(FailedConnectTakenPort, IsNotReplacedForAnotherReason) {
+    const OwnedSocket nobody = NewBoundStream();
+    for (const int error : {ENOMEM, ENOBUFS}) {
+        const OwnedSocket socket = NewStream();
+        const FailingCall fails(SystemCall::Bind, error);
+        EXPECT_TRUE(FailsWith(10061, Connect(socket, LocalAddress(nobody))));
+        EXPECT_EQ(fails.Seen(), 1U);
+    }
+}
+
+using FailedConnectObstacle = Started;
+
+// A socket of datagrams looks for it, and no program that is started meanwhile gets that.
+TEST_F(FailedConnectObstacle, IsLookedForWithASocketOfItsOwn) {
+    constexpr std::pair<int, int> rows[] = {{EADDRNOTAVAIL, 10048}, {EACCES, 10065}};
+    for (const auto& [error, winsock] : rows) {
+        const OwnedSocket socket = NewStream();
+        const FailingCall fails(SystemCall::Connect, error, {.count = 1});
+        const HookedCall makes(SystemCall::Socket, [](const Call& call) {
+            EXPECT_EQ(call.Argument(1), Word{SOCK_DGRAM | SOCK_CLOEXEC});
+            EXPECT_EQ(call.Argument(2), Word{0});
+            return call.Make();
+        });
+        EXPECT_TRUE(FailsWith(winsock, Connect(socket, Loopback(9)))) << error;
+        EXPECT_EQ(makes.Seen(), 1U);
+    }
 }
 
 using FailedConnectUsedUpPorts = Started;

@@ -1,6 +1,8 @@
 // Connects and waits that the system fails or interrupts.
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -26,7 +28,7 @@ constexpr Row OfConnects[] = {
     {EACCES, 10013},       {EPERM, 10013},     {EFAULT, 10014},       {EADDRINUSE, 10048},
     {EAFNOSUPPORT, 10047}, {ENETDOWN, 10050},  {ENETUNREACH, 10051},  {ENOBUFS, 10055},
     {ENOMEM, 10055},       {ETIMEDOUT, 10060}, {ECONNREFUSED, 10061}, {EHOSTDOWN, 10064},
-    {EHOSTUNREACH, 10065}, {EBADF, 10038},
+    {EHOSTUNREACH, 10065}, {EBADF, 10038},     {ESTALE, 10070},       {EDQUOT, 10069},
 };
 
 using WaitFaultInConnect = Started;
@@ -131,6 +133,80 @@ TEST_F(WaitFaultInSelect, OfSignalsWithoutEndEndsInTime) {
               }),
               Milliseconds(40));
     EXPECT_EQ(read.count, 0U);
+}
+
+using WaitFaultAlready = Started;
+
+OwnedSocket WithALossToTell() {
+    OwnedSocket gone = NewBoundDatagram();
+    const Winsock::AddressIpv4 nobody = LocalAddress(gone);
+    gone.Close();
+    OwnedSocket socket = NewBoundDatagram();
+    SetNonBlocking(socket);
+    EXPECT_EQ(SendTo(socket, "anybody?", nobody), 8);
+    AwaitEnd(socket.Get());
+    EXPECT_TRUE(IsReadable(socket, AtOnce));
+    return socket;
+}
+
+// The system knows nothing any more of what has been counted.
+TEST_F(WaitFaultAlready, OfWhatIsReadyThereIsNone) {
+    const OwnedSocket socket = WithALossToTell();
+    HandleSet read = SetOf({socket.Get()});
+    const HookedCall waits(SystemCall::Ppoll, [](const Call& call) {
+        EXPECT_LT(call.Pointer<pollfd>(0)->fd, 0);
+        return call.Make();
+    });
+    EXPECT_LT(TimeOf([&] {
+                  EXPECT_TRUE(Succeeds(Winsock::select(0, &read, nullptr, nullptr, &Minute), 1));
+              }),
+              Milliseconds(20'000));
+    EXPECT_EQ(waits.Seen(), 1U);
+}
+
+TEST_F(WaitFaultAlready, OfWhatCanBeReadIsNoReportLookedFor) {
+    const OwnedSocket socket = NewBoundDatagram();
+    ASSERT_TRUE(Succeeds(SendTo(socket, "x", LocalAddress(socket)), 1));
+    const CountedCall looks(SystemCall::Recvmsg);
+    EXPECT_EQ(ReadyFor(socket, Minute), "rw");
+    EXPECT_EQ(looks.Seen(), 0U);
+}
+
+// What the system says of a stream without a connection lasts.
+TEST_F(WaitFaultAlready, OfWhatWillNotChangeThereIsNoSecond) {
+    const OwnedSocket socket = NewStream();
+    unsigned int waits = 0;
+    const HookedCall counts(SystemCall::Ppoll, [&waits](const Call& call) {
+        if (++waits > 1) {
+            EXPECT_LT(call.Pointer<pollfd>(0)->fd, 0);
+        }
+        return call.Make();
+    });
+    EXPECT_EQ(ReadyFor(socket, {0, 50'000}), "");
+    EXPECT_GE(waits, 2U);
+}
+
+TEST_F(WaitFaultAlready, OfWhatMayChangeOneIsEnough) {
+    const OwnedSocket socket = NewBoundDatagram();
+    HandleSet read = SetOf({socket.Get()});
+    const Winsock::TimeValue time = {0, 50'000};
+    const CountedCall waits(SystemCall::Ppoll);
+    EXPECT_TRUE(Succeeds(Winsock::select(0, &read, nullptr, nullptr, &time), 0));
+    EXPECT_LE(waits.Seen(), 2U);
+}
+
+// By whoever else has the number.
+TEST_F(WaitFaultAlready, OfADescriptorThatIsClosedIsToldAsNoSocket) {
+    const OwnedSocket socket = NewBoundDatagram();
+    const OwnedSocket other = NewBoundDatagram();
+    const int number = static_cast<int>(socket.Get());
+    const int kept = ::fcntl(number, F_DUPFD_CLOEXEC, 0);
+    ::close(number);
+    HandleSet read = SetOf({other.Get(), socket.Get()});
+    EXPECT_TRUE(FailsWith(10038, Winsock::select(0, &read, nullptr, nullptr, &Minute)));
+    EXPECT_EQ(read.count, 2U);
+    ::dup3(kept, number, O_CLOEXEC);
+    ::close(kept);
 }
 
 }  // namespace
