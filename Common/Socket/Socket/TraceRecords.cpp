@@ -37,7 +37,7 @@ void WriteRecordWithData(VelLog::Router& router, LogFormat format, const char* d
 }
 
 // The last two digits of each byte. From 0x80 on, digits of the sign extension precede them.
-constexpr auto MakeByteDigits() {
+consteval auto MakeByteDigits() {
     std::array<std::array<char, 2>, 256> digits{};
     for (unsigned int byte = 0; byte < digits.size(); ++byte)
         digits[byte] = {Text::HexDigit(byte >> 4), Text::HexDigit(byte)};

@@ -95,7 +95,7 @@ constexpr ErrorPair Errors[] = {
 };
 
 // No system number may be listed twice, with two meanings.
-constexpr bool EachSystemErrorOnce() {
+consteval bool EachSystemErrorOnce() {
     for (const auto* pair = std::begin(Errors); pair != std::end(Errors); ++pair) {
         const auto same = [pair](const ErrorPair& other) { return other.system == pair->system; };
         if (std::any_of(std::next(pair), std::end(Errors), same)) return false;

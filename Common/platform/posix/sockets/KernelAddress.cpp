@@ -96,7 +96,6 @@ KernelAddress WithPort(KernelAddress address, std::uint16_t port) noexcept {
 }
 
 bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept {
-    if (left.any.sa_family != right.any.sa_family) return false;
     if (left.any.sa_family == AF_INET) {
         return left.ipv4.sin_addr.s_addr == right.ipv4.sin_addr.s_addr;
     }

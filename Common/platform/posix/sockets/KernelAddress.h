@@ -47,6 +47,7 @@ KernelAddress CopyAddress(const sockaddr* source) noexcept;
 bool IsWildcard(const KernelAddress& address) noexcept;
 std::uint16_t PortOf(const KernelAddress& address) noexcept;
 KernelAddress WithPort(KernelAddress address, std::uint16_t port) noexcept;
+// Of two addresses of one family.
 bool SameHost(const KernelAddress& left, const KernelAddress& right) noexcept;
 
 // The addresses of the socket's two endpoints; return false with errno if the kernel does not
