@@ -1,14 +1,19 @@
-// An implementation of Socket that is not the library's.
+// Implementations of Socket and SocketXt that are not the library's.
 #pragma once
 
-#include <VelNet/Socket.h>
+#include <VelNet/SocketXt.h>
 #include <VelSynch/ReferenceCountedImpl.h>
 
 namespace Support {
 
 // Answers the one question that its status hangs on, and knows itself.
-class ForeignSocket : public VelNet::Socket, public VelSynch::ReferenceCountedImpl<int> {
+template <class Interface>
+class Foreign : public Interface, public VelSynch::ReferenceCountedImpl<int> {
 public:
+    using Interface::Accept;
+    using Interface::Bind;
+    using Interface::Connect;
+
     bool IsSameSocket(const VelNet::Socket& other) const override { return this == &other; }
     bool SetNonBlocking() override { return false; }
     bool IsValid() const override { return true; }
@@ -32,6 +37,34 @@ public:
 
     bool dataAvailable = false;
     mutable int questions = 0;
+};
+
+using ForeignSocket = Foreign<VelNet::Socket>;
+
+class ForeignSocketXt : public Foreign<VelNet::SocketXt> {
+public:
+    using Foreign::Accept;
+    using Foreign::Bind;
+    using Foreign::Connect;
+    using OwnedText = VelBase::ReturnString;
+    using Owned = VelBase::ReturnPtrI<VelNet::SocketXt>;
+
+    void Bind(VelNet::SpecialAddressKind, const char*) override {}
+    void Bind(const char*, const char*) override {}
+    Owned& Accept(Owned& socket, OwnedText&, OwnedText&) override { return socket; }
+    void Connect(VelNet::SpecialAddressKind, const char*) override {}
+    void Connect(const char*, const char*) override {}
+    ADDR_FAMILY GetAddressFamily() const override { return FAMILY_UNKNOWN; }
+    void SetSocketForBroadcast() override {}
+    void SetSocketForMulticast(VelNet::SpecialAddressKind, int) override {}
+    void SetSocketForMulticast(const char*, int) override {}
+    int SendTo(const char*, int, VelNet::SpecialAddressKind, const char*) override { return 0; }
+    int SendTo(const char*, int, const char*, const char*) override { return 0; }
+    int RecvFrom(char*, int, OwnedText&, OwnedText&) override { return 0; }
+    VelNet::SOCKET_HANDLE GetHandle() const override { return 0; }
+    OwnedText GetSpecialAddress(VelNet::SpecialAddressKind, ADDR_FAMILY) const override {
+        return {};
+    }
 };
 
 }  // namespace Support

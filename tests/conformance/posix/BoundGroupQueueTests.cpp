@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -83,6 +84,39 @@ TEST_F(BoundGroupQueue, GivesWhatCameBeforeItWasLeft) {
     SendToAddress("to one");
     EXPECT_EQ(Receive(receiver_), "before");
     EXPECT_EQ(Receive(receiver_), "to one");
+}
+
+// Another thread takes a datagram between the look at it and the receive call.
+TEST_F(BoundGroupQueue, IsReadThoughItsFirstHasBeenTaken) {
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    SendToGroup("to all");
+    SendToAddress("to one");
+    const SystemCalls::FailingCall taken(SystemCalls::SystemCall::Recvmsg, EAGAIN, {.count = 1});
+    EXPECT_EQ((std::set{Receive(receiver_), Receive(receiver_)}),
+              (std::set<std::string>{"to all", "to one"}));
+    EXPECT_GE(taken.Seen(), 4U);
+}
+
+TEST_F(BoundGroupQueue, IsReadWholeWithoutStamps) {
+    ASSERT_TRUE(Succeeds(SetMembership(receiver_, Join, Group)));
+    for (const bool hasAnother : {false, true}) {
+        SendToGroup("to all");
+        SendToAddress("to one");
+        const SystemCalls::HookedCall unstamped(SystemCalls::SystemCall::Recvmsg,
+                                                [hasAnother](const SystemCalls::Call& call) {
+                                                    const SystemCalls::Word result = call.Make();
+                                                    auto* const message = call.Pointer<msghdr>(1);
+                                                    if ((call.Argument(2) & MSG_PEEK) == 0)
+                                                        return result;
+                                                    cmsghdr* const stamp = CMSG_FIRSTHDR(message);
+                                                    if (stamp != nullptr)
+                                                        stamp->cmsg_type = SCM_TIMESTAMP;
+                                                    if (!hasAnother) message->msg_controllen = 0;
+                                                    return result;
+                                                });
+        EXPECT_EQ((std::set{Receive(receiver_), Receive(receiver_)}),
+                  (std::set<std::string>{"to all", "to one"}));
+    }
 }
 
 // The peer's port is nobody's once its socket is closed.

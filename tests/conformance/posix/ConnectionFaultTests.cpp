@@ -181,6 +181,39 @@ TEST_P(ConnectionFault, ThatASenderHasJustMetIsAResetToTheReceiver) {
     ExpectForEver(10054);
 }
 
+TEST_P(ConnectionFault, ThatAReceiverHasJustMetIsWhatABrokenPipeMeans) {
+    Reset();
+    const HookedCall hook(SystemCall::Send,
+                          [this](const Call& call) {
+                              EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+                              const Word sent = call.Make();
+                              EXPECT_EQ(errno, EPIPE);
+                              return sent;
+                          },
+                          {.count = 1});
+    const CountedCall questions(SystemCall::Recvmsg);
+    EXPECT_TRUE(FailsWith(10054, Send(socket, "x")));
+    EXPECT_EQ(questions.Seen(), 0U);
+    ExpectForEver(10054);
+}
+
+TEST_P(ConnectionFault, ThatASenderHasJustMetIsTheEndToWhoReceivesNothing) {
+    peer.Close();
+    AwaitReadable(socket.Get());
+    ASSERT_TRUE(Succeeds(Send(socket, "late"), 4));
+    AwaitEnd(socket.Get());
+    const HookedCall hook(SystemCall::Recv,
+                          [this](const Call& call) {
+                              const Word received = call.Make();
+                              EXPECT_EQ(received, 0);
+                              EXPECT_TRUE(FailsWith(10053, Send(socket, "x")));
+                              return received;
+                          },
+                          {.count = 1});
+    EXPECT_TRUE(FailsWith(10053, TryReceive(socket)));
+    ExpectForEver(10053);
+}
+
 // What is read between the questions about the queue must not look like the peer's end, or hide it.
 TEST_P(ConnectionFault, OfASendIsJudgedWhileAnotherThreadReceives) {
     peer.Send("last");
@@ -233,6 +266,30 @@ TEST_P(ConnectionFault, OfAKernelThatTellsNoQueueLeavesAnEndUnproved) {
     const FailingCall fails(SystemCall::Setsockopt, ENOPROTOOPT,
                             {.level = IPPROTO_TCP, .option = TCP_INQ});
     EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+}
+
+TEST_P(ConnectionFault, OfTheQuestionAboutTheQueueLeavesAnEndUnproved) {
+    peer.Close();
+    AwaitReadable(socket.Get());
+    EndSending(socket.Get());
+    AwaitEnd(socket.Get());
+    const FailingCall fails(SystemCall::Recvmsg, ENOBUFS);
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_EQ(fails.Seen(), 1U);
+}
+
+// Both halves were ended in order, but the kernel does not tell whether the peer has heard of it.
+TEST_P(ConnectionFault, OfAKernelThatTellsNoAcknowledgementLeavesAnEndUnproved) {
+    peer.Close();
+    AwaitReadable(socket.Get());
+    EndSending(socket.Get());
+    AwaitEnd(socket.Get());
+    {
+        const FailingCall fails(SystemCall::Getsockopt, ENOPROTOOPT,
+                                {.first = 2, .level = IPPROTO_TCP, .option = TCP_INFO});
+        EXPECT_TRUE(FailsWith(10053, FailedSend(EPIPE)));
+    }
+    ExpectForEver(10053);
 }
 
 }  // namespace

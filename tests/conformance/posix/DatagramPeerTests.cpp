@@ -277,6 +277,14 @@ TEST_F(DatagramPeerSource, ThatBindWasGivenStaysOnItsLink) {
     });
 }
 
+TEST_F(DatagramPeerSource, ThatBindWasGivenStaysWhereThereIsNoLink) {
+    InOwnNetwork([] {
+        ASSERT_TRUE(AddAddress(GlobalBytes));
+        for (const unsigned int port : {0U, 4711U})
+            ExpectToStay(Ipv6(GlobalBytes, port), LoopbackIpv6(9), Ipv6({}, 0));
+    });
+}
+
 TEST_F(DatagramPeerSource, ThatCannotStayOnItsLinkIsToldOf) {
     InOwnNetwork([] {
         ASSERT_TRUE(AddAddress(LinkBytes));

@@ -59,6 +59,20 @@ protected:
     OwnedSocket sender_;
 };
 
+// The descriptor may have been joined to it by somebody else in the process.
+TEST_F(Groups, AreLeftByWhomsoeverTheyWereJoined) {
+    ip_mreqn request = {};
+    request.imr_multiaddr.s_addr = htonl(0xEF010203);
+    request.imr_address.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::setsockopt(static_cast<int>(stranger_.Get()), IPPROTO_IP, IP_ADD_MEMBERSHIP,
+                           &request, sizeof request),
+              0);
+    EXPECT_TRUE(Succeeds(SetMembership(stranger_, Leave, Group)));
+    SendToGroup();
+    EXPECT_EQ(ReceiveOne(stranger_, sender_), "nothing");
+    EXPECT_NE(SetMembership(stranger_, Leave, Group), 0);
+}
+
 TEST_F(Groups, ReachTheirMembersAndNobodyElse) {
     ASSERT_TRUE(Succeeds(SetMembership(member_, Join, Group)));
     SendToGroup();

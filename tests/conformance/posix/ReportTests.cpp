@@ -9,6 +9,7 @@
 #include <cstring>
 #include <deque>
 #include <ostream>
+#include <tuple>
 #include <utility>
 
 #include "conformance/DatagramScene.h"
@@ -181,6 +182,64 @@ TEST_F(ReportAnnounced, IsNotAskedForAgainOnceTheQueueHasToldIt) {
 }
 
 using ReportsOfTheNetwork = Started;
+
+// Levels and types of what else the kernel may tell with a message.
+constexpr std::pair<int, int> OtherParts[] = {
+    {IPPROTO_IP, IP_TTL}, {IPPROTO_IPV6, IPV6_HOPLIMIT}, {SOL_SOCKET, SCM_TIMESTAMPNS}};
+
+// While it lives, a receive call fails as if by a report, but what is queued has no part of it.
+class QueuedWithoutReport {
+public:
+    explicit QueuedWithoutReport(const std::pair<int, int>* part) : part_(part) {}
+    bool IsTaken() const { return taken_; }
+
+private:
+    Word Answer(const Call& call) {
+        if (!IsFromQueue(call))
+            return std::exchange(told_, true) ? call.Make() : call.Fail(EHOSTUNREACH);
+        if (std::exchange(taken_, true)) return call.Fail(EAGAIN);
+        WriteInto(*call.Pointer<msghdr>(1));
+        return 0;
+    }
+    void WriteInto(msghdr& message) const {
+        cmsghdr* const part = CMSG_FIRSTHDR(&message);
+        message.msg_controllen = part_ == nullptr ? 0 : CMSG_LEN(sizeof(timespec));
+        if (part_ == nullptr) return;
+        std::tie(part->cmsg_level, part->cmsg_type) = *part_;
+        part->cmsg_len = message.msg_controllen;
+    }
+
+    const std::pair<int, int>* part_;
+    bool told_ = false;
+    bool taken_ = false;
+    const HookedCall hook_{SystemCall::Recvmsg, [this](const Call& call) { return Answer(call); }};
+};
+
+TEST_F(ReportsOfTheNetwork, AreNoneWithoutTheirPart) {
+    const OwnedSocket socket = NewNonBlocking();
+    const std::pair<int, int>* const none = nullptr;
+    for (const auto* part : {none, &OtherParts[0], &OtherParts[1], &OtherParts[2]}) {
+        const QueuedWithoutReport queued(part);
+        EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+        EXPECT_TRUE(queued.IsTaken());
+        EXPECT_EQ(ReadyFor(socket), "w");
+    }
+}
+
+// The kernel keeps them in two places, and not for ever in the queue.
+TEST_F(ReportsOfTheNetwork, AreKnownByTheSocketsErrorWithoutTheQueue) {
+    OwnedSocket gone = NewBoundDatagram();
+    const Winsock::AddressIpv4 nobody = LocalAddress(gone);
+    gone.Close();
+    const OwnedSocket socket = NewNonBlocking();
+    ASSERT_EQ(SendTo(socket, "anybody?", nobody), 8);
+    const HookedCall queue(SystemCall::Recvmsg, [](const Call& call) {
+        return IsFromQueue(call) ? call.Fail(EAGAIN) : call.Make();
+    });
+    EXPECT_EQ(ReadyFor(socket), "rw");
+    EXPECT_TRUE(FailsWith(10054, TryReceive(socket)));
+    EXPECT_TRUE(FailsWith(10035, TryReceive(socket)));
+}
 
 TEST_F(ReportsOfTheNetwork, AreToldOnceEachAndByKind) {
     const OwnedSocket socket = NewNonBlocking();

@@ -59,6 +59,14 @@ TEST_F(WaitFaultInConnect, OfADatagramSocketIsToldAndLeavesItWithoutAPeer) {
     }
 }
 
+// Nothing here is in the way, as a datagram socket's connect shows.
+TEST_F(WaitFaultInConnect, ThatARouterForbidsIsAHostOutOfReach) {
+    const OwnedSocket listener = NewListener();
+    const OwnedSocket socket = NewStream();
+    const FailingCall fails(SystemCall::Connect, EACCES, {.count = 1});
+    EXPECT_TRUE(FailsWith(10065, Connect(socket, LocalAddress(listener))));
+}
+
 // The system reports a failed connect again; the next call acts.
 TEST_F(WaitFaultInConnect, OfAnEarlierConnectIsNotTheNextOnes) {
     const OwnedSocket listener = NewListener();
@@ -114,6 +122,18 @@ TEST_F(WaitFaultInSelect, LeavesTheSetsAlone) {
         EXPECT_EQ(read.count, 1U);
         EXPECT_EQ(write.count, 2U);
     }
+}
+
+// As if something else in the process had closed the socket's descriptor.
+TEST_F(WaitFaultInSelect, OfADescriptorThatIsGoneIsASocketThatIsNone) {
+    const Pair pair = NewConnectedPair();
+    HandleSet read = SetOf({pair.server.Get()});
+    const HookedCall gone(SystemCall::Ppoll, [](const Call& call) {
+        call.Pointer<pollfd>(0)->revents = POLLNVAL;
+        return Word{1};
+    });
+    EXPECT_TRUE(FailsWith(10038, Winsock::select(0, &read, nullptr, nullptr, &Minute)));
+    EXPECT_EQ(read.count, 1U);
 }
 
 TEST_F(WaitFaultInSelect, OfASignalIsNone) {

@@ -212,6 +212,22 @@ TEST_F(TraceRecords, OfConnectionsGoWhereTheyAreSent) {
     EXPECT_EQ(endpoints.feeds, 2);
 }
 
+// The log may be switched off after the operation has asked for it.
+TEST_F(TraceRecords, OfConnectionsAskForNoEndpointsWithoutTheirRouter) {
+    int questions = 0;
+    const auto makeEndpoints = [&questions] {
+        ++questions;
+        return TextEndpoints();
+    };
+    Switch({.error = true, .packet = true, .verbose = true});
+    TryWriteConnectionRecord(ConnectedFormat, makeEndpoints);
+    EXPECT_EQ(questions, 0);
+    Switch({.connection = true});
+    TryWriteConnectionRecord(ConnectedFormat, makeEndpoints);
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(FormatterRequests(), 1);
+}
+
 TEST_F(TraceRecords, FormatsAreQuotedAsTheyStand) {
     for (const LogFormat& format :
          {ConnectedFormat, DisconnectedFormat, SentFormats.plain, SentFormats.withData,

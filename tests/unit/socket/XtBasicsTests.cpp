@@ -1,8 +1,10 @@
 // What an extended socket tells about itself, and what it does not support.
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 #include "XtFixture.h"
+#include "support/ForeignSocket.h"
 
 namespace SocketTests {
 namespace {
@@ -29,6 +31,32 @@ TEST_F(XtBasics, SocketKeepsWhatItWasMadeOfAndHasNoTexts) {
                                               SocketXt::FAMILY_IPV6}));
         EXPECT_EQ(socket.GetReferenceCount(), 0);
     }
+    EXPECT_EQ(Transcript(), Lines{});
+}
+
+// What is copied is the implementation's own; its copy is counted by itself.
+TEST_F(XtBasics, CopiedInterfaceTouchesNoSystemAndSharesNoCount) {
+    Support::ForeignSocketXt original;
+    original.AddRef();
+    original.dataAvailable = true;
+    Support::ForeignSocketXt copy(original);
+    EXPECT_TRUE(copy.dataAvailable);
+    copy.AddRef();
+    const Support::ForeignSocketXt moved(std::move(copy));
+    EXPECT_EQ(moved.GetReferenceCount(), 0);
+    EXPECT_TRUE(moved.dataAvailable);
+    EXPECT_EQ(original.GetReferenceCount(), 1);
+    EXPECT_EQ(Transcript(), Lines{});
+}
+
+TEST_F(XtBasics, AssignedInterfaceLeavesTheSocketWhatItIs) {
+    SocketXtImpl target(7, STATE_CREATED, 1, 6, SocketXt::FAMILY_IPV6);
+    SocketXtImpl source(Winsock::InvalidSocket, STATE_CLOSED, 2, 17, SocketXt::FAMILY_IPV4);
+    SocketXt& assigned = target;
+    EXPECT_EQ(&(assigned = static_cast<const SocketXt&>(source)), &assigned);
+    EXPECT_EQ(&(assigned = static_cast<SocketXt&&>(source)), &assigned);
+    EXPECT_EQ(FieldsOf(target),
+              (XtFields{7, STATE_CREATED, "", "", "", "", 1, 6, SocketXt::FAMILY_IPV6}));
     EXPECT_EQ(Transcript(), Lines{});
 }
 
