@@ -2,7 +2,6 @@
 
 find_program(RUN_CLANG_TIDY run-clang-tidy)
 find_program(CPPCHECK cppcheck)
-find_program(GCOVR gcovr)
 cmake_host_system_information(RESULT processors QUERY NUMBER_OF_LOGICAL_CORES)
 
 # The tests are only checked by the compilers' warnings: examining them would take longer than everything else.
@@ -18,14 +17,5 @@ add_custom_target(cppcheck
           -i${PROJECT_SOURCE_DIR}/bench -i${PROJECT_SOURCE_DIR}/examples -i${PROJECT_SOURCE_DIR}/tests
           --enable=warning,performance,portability --suppressions-list=${PROJECT_SOURCE_DIR}/.cppcheck-suppressions
           --quiet --error-exitcode=1 -j ${processors}
-  USES_TERMINAL
-  VERBATIM)
-
-# What the tests have covered so far. A branch that only an exception of a called function
-# takes is left out: there is one after nearly every call.
-add_custom_target(coverage_report
-  COMMAND ${GCOVR} --root ${PROJECT_SOURCE_DIR} --filter ${PROJECT_SOURCE_DIR}/Common/
-          --exclude-throw-branches --exclude-unreachable-branches --txt --print-summary
-          ${PROJECT_BINARY_DIR}
   USES_TERMINAL
   VERBATIM)

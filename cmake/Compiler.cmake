@@ -36,8 +36,3 @@ endif()
 if(VELSOCK_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
-
-if(VELSOCK_COVERAGE)
-  add_compile_options(--coverage -fprofile-update=atomic)
-  add_link_options(--coverage -Wl,--undefined=__gcov_dump)
-endif()

@@ -31,11 +31,8 @@
 
 #include "support/TemporaryFolder.h"
 
-// Writes out what the process has reached, in builds that measure that: a child that ends at once
+// Finds what nobody can give back any more, in builds that watch that: a child that ends at once
 // would not do it by itself.
-extern "C" [[gnu::weak]] void __gcov_dump();  // NOLINT(bugprone-reserved-identifier)
-
-// Finds what nobody can give back any more, in builds that watch that: likewise.
 extern "C" [[gnu::weak]] int
 __lsan_do_recoverable_leak_check();  // NOLINT(bugprone-reserved-identifier)
 
@@ -261,7 +258,6 @@ SceneResult RunWithNames(const std::string& hostsFile, const std::string& hostNa
         const bool entered = EnterOwnNames(folder.Path(), hostsFile, hostName, sources);
         const int code = !entered ? ImpossibleCode : scene() && !HasLeaks() ? 0 : 1;
         std::fflush(nullptr);
-        if (__gcov_dump != nullptr) __gcov_dump();
         ::_exit(code);
     }
     int status = 0;
