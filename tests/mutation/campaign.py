@@ -135,6 +135,7 @@ class Campaign:
             made = subprocess.run(["ninja", "-C", build, "-k", "0", "-j", str(self.jobs), *targets],
                                   capture_output=True, text=True)
             if made.returncode == 0:
+                self.save_mutants(mutants)
                 return
             dropped, unclear = self.drop_culprits(made.stdout + made.stderr, mutants, variables)
             print(f"{dropped} mutants left out, {len(unclear)} complaints unclear", flush=True)

@@ -78,6 +78,19 @@ TEST_F(AcceptingTimeout, ThatWasSetBeforehandTakesNoFurtherCall) {
     EXPECT_TRUE(FailsWith(10060, TryReceive(socket)));
 }
 
+TEST_F(AcceptingTimeout, LimitsAnInterruptedReceiveOfTheConnectionToo) {
+    const OwnedSocket listener = NewBoundStream();
+    ASSERT_TRUE(Succeeds(SetOption(listener, Winsock::OptionReceiveTimeout, 60'000)));
+    ASSERT_TRUE(Succeeds(Winsock::listen(listener.Get(), 5)));
+    const RawPeer client = RawPeer::ConnectedTo(LocalPort(listener));
+    const OwnedSocket socket = Accept(listener);
+    client.Send("x");
+    const FailingCall interrupted(SystemCall::Recv, EINTR, {.count = 1});
+    const CountedCall limits(SystemCall::Getsockopt, {.option = SO_RCVTIMEO});
+    EXPECT_EQ(Receive(socket), "x");
+    EXPECT_EQ(limits.Seen(), 1U);
+}
+
 TEST_F(AcceptingTimeout, ThatWasSetMeanwhileIsNobodysIfNobodyComes) {
     const OwnedSocket listener = NewListener();
     SetNonBlocking(listener);

@@ -3,6 +3,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <fstream>
@@ -255,7 +256,7 @@ TEST_F(FailedConnectPatience, OfAConnectCallIsThatOfWinsock) {
     const OwnedSocket listener = NewListener();
     const OwnedSocket client = NewStream();
     ASSERT_TRUE(Succeeds(Connect(client, LocalAddress(listener))));
-    EXPECT_LE(Repetitions(client), 3);
+    EXPECT_EQ(Repetitions(client), std::min(Repetitions(NewStream()), 3));
 }
 
 TEST_F(FailedConnectPatience, ThatCannotBeAskedForOrSetIsTheSystems) {

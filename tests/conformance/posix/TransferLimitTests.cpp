@@ -53,8 +53,9 @@ TEST_F(TransferLimit, OfASendIsOverWhenTheSystemHasWaitedSoLong) {
 TEST_F(TransferLimit, CountsTheTimeBeforeASignal) {
     const Pair pair = NewConnectedPair();
     ASSERT_TRUE(Succeeds(SetOption(pair.server, Winsock::OptionReceiveTimeout, 50)));
-    const HookedCall receives(SystemCall::Recv, [](const Call& call) {
+    const HookedCall receives(SystemCall::Recv, [&pair](const Call& call) {
         std::this_thread::sleep_for(Milliseconds(60));
+        EXPECT_TRUE(Succeeds(Send(pair.client, "too late"), 8));
         return call.Fail(EINTR);
     });
     EXPECT_TRUE(FailsWith(10060, TryReceive(pair.server)));
@@ -75,7 +76,7 @@ TEST_F(TransferLimit, OfASendIsNotThatItsSocketIsClosed) {
                 std::this_thread::yield();
             return sent;
         });
-        EXPECT_TRUE(Succeeds(Winsock::send(handle, "abc", 3, 0), 3));
+        EXPECT_TRUE(Succeeds(Winsock::send(handle, "x", 1, 0), 1));
     }
     closer.join();
 }

@@ -43,6 +43,7 @@ TEST_F(WaitFaultInConnect, OfAStreamIsToldAndTheNextConnectSucceeds) {
                 << strerror(row.system);
         }
         EXPECT_TRUE(FailsWith(10057, Send(socket, "x"))) << strerror(row.system);
+        EXPECT_EQ(ReadyFor(socket), "") << strerror(row.system);
         EXPECT_TRUE(Succeeds(Connect(socket, LocalAddress(listener)))) << strerror(row.system);
         EXPECT_TRUE(Succeeds(Send(socket, "x"), 1)) << strerror(row.system);
     }
