@@ -27,8 +27,8 @@ Ledger Ledger::Now() {
     return now;
 }
 
-std::string Ledger::DifferenceTo(const Ledger& later, bool withKeys) const {
-    return process_.DifferenceTo(later.process_, withKeys) +
+std::string Ledger::DifferenceTo(const Ledger& later, bool mayHaveMadeKey) const {
+    return process_.DifferenceTo(later.process_, mayHaveMadeKey) +
            (isLayerDown_ != later.isLayerDown_ ? " start-ups" : "");
 }
 

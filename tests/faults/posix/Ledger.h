@@ -14,7 +14,7 @@ public:
 
     // What differs besides the memory; empty if nothing does. The module makes its thread key in a
     // process's first run.
-    std::string DifferenceTo(const Ledger& later, bool withKeys) const;
+    std::string DifferenceTo(const Ledger& later, bool mayHaveMadeKey) const;
     HeapUse Heap() const noexcept { return heap_; }
 
 private:

@@ -133,7 +133,7 @@ Outcome Player::PlayInThread() {
 int Player::LiveInFork() {
     injector_.End();
     Plant();
-    if (!before_.DifferenceTo(Ledger::Now(), true).empty()) return LeftOverInFork;
+    if (!before_.DifferenceTo(Ledger::Now(), false).empty()) return LeftOverInFork;
     const Outcome outcome = PlayInSurroundings();
     if (outcome.ending != Ending::Completed) return FailsInFork;
     return outcome.text == usual_ ? 0 : OtherTextInFork;
@@ -207,7 +207,7 @@ bool Player::IsHeapRight(const HeapUse& growth) const noexcept {
 // same once more is.
 std::string Player::Judge(const Fault& fault, bool isRetry) {
     const Ledger after = Ledger::Now();
-    std::string difference = before_.DifferenceTo(after, !fault.cold);
+    std::string difference = before_.DifferenceTo(after, fault.cold);
     const HeapUse growth = after.Heap() - before_.Heap();
     before_ = after;
     if (isSinkForeign_) difference += " sink";

@@ -63,14 +63,15 @@ ProcessState ProcessState::Now() {
     return now;
 }
 
-std::string ProcessState::DifferenceTo(const ProcessState& later, bool withKeys) const {
+std::string ProcessState::DifferenceTo(const ProcessState& later, bool mayHaveMadeKey) const {
     std::string text;
     for (int place = 0; place < 2 * OfEach; ++place) {
         if (open_[place] != later.open_[place])
             text += " descriptor " + std::to_string(DescriptorAt(place));
     }
     if (threads_ != later.threads_) text += " threads";
-    if (withKeys && nextKey_ != later.nextKey_) text += " thread keys";
+    const bool hasMadeKey = mayHaveMadeKey && later.nextKey_ == nextKey_ + 1;
+    if (later.nextKey_ != nextKey_ && !hasMadeKey) text += " thread keys";
     if (blockedSignals_ != later.blockedSignals_) text += " signal mask";
     if (isCancellable_ != later.isCancellable_) text += " cancellation";
     return text;

@@ -13,9 +13,9 @@ public:
 
     static ProcessState Now();
 
-    // What differs: names, each after a blank; empty if nothing does. A module makes its thread key
-    // when it first needs one.
-    std::string DifferenceTo(const ProcessState& later, bool withKeys) const;
+    // What differs: names, each after a blank; empty if nothing does. The module makes its only
+    // thread key when it first needs one.
+    std::string DifferenceTo(const ProcessState& later, bool mayHaveMadeKey = true) const;
 
 private:
     static constexpr int OfEach = 64;
