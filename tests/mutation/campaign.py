@@ -20,13 +20,17 @@ HERE = pathlib.Path(__file__).resolve().parent
 
 
 class Campaign:
-    def __init__(self, root, work, jobs, floors=None):
+    def __init__(self, root, work, jobs, floors=None, alone=False):
         self.root = pathlib.Path(root).resolve()
         self.work = pathlib.Path(work).resolve()
         self.jobs = jobs
         self.project = tomllib.loads((HERE / "project.toml").read_text())
         self.chosen_floors = [floor for floor in self.project["floor"] if not floors or floor["name"] in floors]
-        self.folders = [folder for floor in self.project["floor"] for folder in floor["folders"]]
+        self.mutated_floors = self.chosen_floors if alone else self.project["floor"]
+        self.folders = [folder for floor in self.mutated_floors for folder in floor["folders"]]
+        if alone:
+            for floor in self.chosen_floors:
+                floor["others"] = []
         self.work.mkdir(parents=True, exist_ok=True)
 
     # What is kept.
@@ -51,7 +55,7 @@ class Campaign:
         return {result["mutant"]: result for result in map(json.loads, lines)}
 
     def floor_of(self, file):
-        return next((floor for floor in self.project["floor"]
+        return next((floor for floor in self.mutated_floors
                      if any(file.startswith(folder + "/") for folder in floor["folders"])), None)
 
     def programs(self):

@@ -46,16 +46,21 @@ def main():
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="compilers at a time")
     parser.add_argument("--runners", type=int, default=os.cpu_count(), help="test programs at a time")
     parser.add_argument("--floor", action="append", help="only this floor of project.toml")
+    parser.add_argument("--alone", action="store_true",
+                        help="change nothing but these floors, and ask their own programs only; in a folder of its own")
     parser.add_argument("--match", action="append", help="only files whose path contains this")
     parser.add_argument("--sample", type=int, help="so many of them, chosen evenly")
     parser.add_argument("--seed", type=int, default=1, help="of the sample")
     parser.add_argument("--again", action="store_true", help="judge once more what lived")
     parser.add_argument("--rebuild", action="store_true", help="also mutants that need a build each")
     options = parser.parse_args()
+    if options.alone and not options.floor:
+        parser.error("--alone wants a --floor")
     if unknown := set(options.steps) - set(STEPS):
         parser.error(f"no such step: {', '.join(unknown)}")
 
-    campaign = Campaign(options.root, options.work, options.jobs, options.floor)
+    work = "-".join((options.work, *options.floor)) if options.alone else options.work
+    campaign = Campaign(options.root, work, options.jobs, options.floor, options.alone)
     status = 0
     for step in options.steps or STEPS:
         if step in ("find", "build"):

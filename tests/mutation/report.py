@@ -41,7 +41,14 @@ def write(campaign, mutants):
             tables[title][name][result] += 1
     for title, table in tables.items():
         print_table(title, table)
+    print_total(sum(tables["floor"].values(), collections.Counter()), unexplained)
     return 1 if unexplained else 0
+
+
+def print_total(counts, unexplained):
+    caught = sum(counts[kind] for kind in CAUGHT)
+    print(f"\n{caught + counts['explained'] + unexplained} cases of mutants: {caught} caught, "
+          f"{counts['explained']} live for a known reason, {unexplained} for none")
 
 
 def print_table(title, table):

@@ -8,9 +8,9 @@ set -euo pipefail
 log=$2/prove/mutants.log
 status=0
 VELSOCK_BUILD_DIR=$2 "$1/run" mutate >"$log" 2>&1 || status=$?
-# The table of the floors; what lives without a reason stands before it.
+# The table of the floors, and the total; what lives without a reason stands before them.
 if [ "$status" = 0 ]; then
-  awk '/^floor\t/ { shown = 1 } /^folder\t/ { exit } shown && NF' "$log"
+  awk '/^floor\t/ { shown = 1 } /^folder\t/ { shown = 0 } (shown || / cases of mutants: /) && NF' "$log"
 else
   cat "$log"
 fi
