@@ -83,15 +83,13 @@ HostText FormatNumericHost(const KernelAddress& address) noexcept {
     HostText host;
     char* const end = address.any.sa_family == AF_INET ? PutDotted(address.ipv4.sin_addr, host.text)
                                                        : PutIpv6(address.ipv6, host.text);
-    *end = '\0';
     host.length = static_cast<std::size_t>(end - host.text);
     return host;
 }
 
 PortText FormatNumericPort(std::uint16_t number) noexcept {
     PortText port;
-    char* const end = std::to_chars(port.text, port.text + sizeof port.text - 1, number).ptr;
-    *end = '\0';
+    char* const end = std::to_chars(port.text, port.text + sizeof port.text, number).ptr;
     port.length = static_cast<std::size_t>(end - port.text);
     return port;
 }

@@ -19,7 +19,7 @@ bool ParseNumericHost(const char* text, KernelAddress& address) noexcept;
 // Parses one to five digits, modulo 65536. Returns false for every other string.
 bool ParseNumericPort(const char* text, std::uint16_t& port) noexcept;
 
-// A terminated text and its length.
+// A text without a terminator.
 template <std::size_t Size>
 struct NumericText {
     char text[Size];
