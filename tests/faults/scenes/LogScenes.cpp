@@ -50,11 +50,21 @@ const std::filesystem::path& Folder() {
     return folder.Path();
 }
 
+// Made before processes are forked that play scenes: these end without removing it.
+[[maybe_unused]] const std::filesystem::path& folderOfThisProcess = Folder();
+
+std::filesystem::path NewFile(const char* name) {
+    std::filesystem::path path = Folder() / name;
+    std::filesystem::remove(path);
+    return path;
+}
+
 std::string ToFile() {
     const VelNet::SocketInitialization layer;
     const AllRecords records;
+    const std::filesystem::path path = NewFile("records");
     for (int time = 0; time < 2; ++time) {
-        VelLog::FileSink sink((Folder() / "records").c_str());
+        VelLog::FileSink sink(path.c_str());
         const VelCompanion::SinkInUse sinkInUse(sink);
         CauseRecords();
     }
@@ -64,6 +74,7 @@ std::string ToFile() {
 std::string ThroughLinks() {
     const VelNet::SocketInitialization layer;
     const AllRecords records;
+    NewFile("linked");
     for (const std::string& path : {(Folder() / "link").string(), std::string("/dev/stderr")}) {
         VelLog::FileSink sink(path.c_str());
         const VelCompanion::SinkInUse sinkInUse(sink);
