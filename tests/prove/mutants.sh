@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The library changed in one small way at a time, and what the tests notice of it: what ./run mutate does. It goes on
 # where it was stopped, since all of it takes many hours.
-# A test taken away was noticed, by the mutants that nothing else caught.
+# A mutant that lived for no known reason was noticed: it fails the stage.
 # usage: mutants.sh PROJECT_FOLDER BUILD_FOLDER
 set -euo pipefail
 
