@@ -1,4 +1,6 @@
-# Adds up the lines "N cases of WHAT" that tests and stages print; more may follow behind a colon.
+# Adds up the lines "N cases of WHAT" that tests and stages print; more may follow behind a colon. Programs of Windows
+# end theirs with a carriage return.
+{ sub(/\r$/, "") }
 /^[0-9]+ cases of / {
   what = $0
   sub(/^[0-9]+ /, "", what)
