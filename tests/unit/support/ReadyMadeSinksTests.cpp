@@ -1,6 +1,5 @@
 #include <VelBase/ExceptionImpl.h>
 #include <VelLog/FileSink.h>
-#include <VelLog/LogControl.h>
 #include <VelLog/StandardErrorSink.h>
 
 #include <memory>
@@ -86,14 +85,6 @@ TEST_F(ReadyMadeSinks, FileIsOpenAsLongAsItsSinkLives) {
 TEST_F(ReadyMadeSinks, StandardErrorIsNotClosed) {
     { const StandardErrorSink sink; }
     EXPECT_EQ(CountOf("CloseLogFile"), 0);
-}
-
-TEST_F(ReadyMadeSinks, OneThatEndsWhileItIsInUseIsSoNoLonger) {
-    {
-        StandardErrorSink sink;
-        EXPECT_EQ(VelLog::SetSink(&sink), nullptr);
-    }
-    EXPECT_EQ(VelLog::SetSink(nullptr), nullptr);
 }
 
 TEST_F(ReadyMadeSinks, FileThatCannotBeOpenedIsNamedWithTheReason) {
