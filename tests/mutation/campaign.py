@@ -76,12 +76,13 @@ class Campaign:
                                 cwd=self.root, check=True, capture_output=True).stdout
         return [file for file in listed.decode().split("\0") if file and (self.root / file).is_file()]
 
-    def copy_tree(self, name):
-        """A copy of the checkout, brought up to date but for what is mutated."""
+    def copy_tree(self, name, is_instrumented=False):
+        """A copy of the checkout, brought up to date; an instrumented one but for what is mutated."""
         tree = self.work / name
         for file in self.listed_files():
             copy = tree / file
-            if copy.exists() and (self.floor_of(file) or copy.read_bytes() == (self.root / file).read_bytes()):
+            if copy.exists() and (is_instrumented and self.floor_of(file)
+                                  or copy.read_bytes() == (self.root / file).read_bytes()):
                 continue
             copy.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(self.root / file, copy)
@@ -107,18 +108,34 @@ class Campaign:
     # Steps.
 
     def find(self):
-        """All mutants, anew if a source has changed: what was known of them is then no use any more."""
+        """All mutants, anew if a source has changed; the caught ones of the other files stay caught."""
         sources = {file: hashlib.sha256((self.root / file).read_bytes()).hexdigest()
                    for file in self.listed_files() if self.floor_of(file)}
-        if self.load("sources.json") == sources:
+        before = self.load("sources.json", {})
+        if before == sources:
             return
+        caught = self.caught_in({file for file in sources if before.get(file) == sources[file]})
         for name in ("results.jsonl", "reach.json"):
             (self.work / name).unlink(missing_ok=True)
         shutil.rmtree(self.work / "instrumented", ignore_errors=True)
         build = self.work / "commands"
         self.configure(self.root, build)
         self.save_mutants(sites.find_mutants(self.root, self.folders, self.compile_commands(build)))
+        self.keep(caught)
         self.save("sources.json", sources)
+
+    def caught_in(self, files):
+        """The results of the mutants in these files that a failing test has caught, by what the mutants change."""
+        results = self.results()
+        return {mutant.key: results[mutant.number] for mutant in self.mutants()
+                if mutant.file in files and results.get(mutant.number, {}).get("result") == "killed"}
+
+    def keep(self, caught):
+        """Writes the results again, under the mutants' new numbers."""
+        with open(self.work / "results.jsonl", "w") as file:
+            for mutant in self.mutants():
+                if mutant.key in caught:
+                    file.write(json.dumps({**caught[mutant.key], "mutant": mutant.number}) + "\n")
 
     def build(self):
         """Builds all mutants at once; what cannot be built so is marked as needing a build of its own."""
@@ -127,7 +144,7 @@ class Campaign:
         if not runtime.exists():
             subprocess.run([self.project["compiler"], "-std=c++20", "-O2", "-fPIC", "-fvisibility=hidden", "-c",
                             HERE / "posix/mutation.cpp", "-o", runtime], check=True)
-        tree, build = self.copy_tree("instrumented"), self.work / "instrumented-build"
+        tree, build = self.copy_tree("instrumented", is_instrumented=True), self.work / "instrumented-build"
         self.configure(tree, build, str(runtime))
         variables = schemata.number_variables(mutants)
         for targets in (self.named("libraries"), self.programs()):
