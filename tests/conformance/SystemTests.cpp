@@ -38,6 +38,7 @@ TEST(SystemVersion, IsNotToldToARecordOfAnotherSize) {
 
 TEST(SystemSleep, LastsAsLongAsAsked) {
     EXPECT_GE(TimeOf([] { System::Sleep(30); }), Milliseconds(30));
+    EXPECT_GE(TimeOf([] { System::Sleep(1); }), Milliseconds(1));
     System::Sleep(0);
 }
 

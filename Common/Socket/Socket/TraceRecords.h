@@ -47,7 +47,7 @@ public:
     unsigned int Connection() const noexcept { return connection_; }
 
 protected:
-    explicit TraceEndpoints(unsigned int connection = 0) noexcept : connection_(connection) {}
+    explicit TraceEndpoints(unsigned int connection) noexcept : connection_(connection) {}
     TraceEndpoints(const TraceEndpoints&) = default;
     TraceEndpoints& operator=(const TraceEndpoints&) = default;
     ~TraceEndpoints() = default;

@@ -11,6 +11,7 @@
 
 #include "BoundGroupScene.h"
 #include "conformance/DatagramScene.h"
+#include "conformance/NameScene.h"
 #include "conformance/Provocation.h"
 #include "conformance/Scene.h"
 #include "conformance/SelectScene.h"
@@ -135,6 +136,14 @@ TEST_F(CancellationDuring, AClosingThatEndsACallWaitsForItsEnd) {
 }
 
 using CancellationInside = Started;
+
+// The table is read once more for another spelling.
+TEST_F(CancellationInside, AQuestionForAServiceWaitsForItsEnd) {
+    ExpectToEnd([] {
+        List list;
+        EXPECT_TRUE(Returns(0, Resolve("127.0.0.1", "HTTP", list)));
+    });
+}
 
 // The thread ends in the call, which then uses the socket no more.
 TEST_F(CancellationInside, AReceiveLeavesTheSocketToBeClosed) {

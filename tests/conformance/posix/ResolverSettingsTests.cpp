@@ -161,6 +161,15 @@ TEST_F(ResolverSettingsKeys, PassOverCommentsAndUnknownLines) {
                    "domainx e\nnameserver10.0.0.8\nnameserver\noptions ndots:2\nsortlist 10.0.0.7\n"
                    "domain f # comment\nnameserver 10.0.0.1 # comment\nnameserver 10.0.0.2;x\n"),
               u"[f] [10.0.0.1]");
+    EXPECT_EQ(Told("family inet4\nnameservex 10.0.0.1\n"), u"none none");
+}
+
+TEST_F(ResolverSettingsKeys, HaveNoServerWithMoreBehindItsAddress) {
+    for (const char* const tail : {"\r", "\v", "\f", ".", "x", ".5", "%lo"}) {
+        EXPECT_EQ(Told("nameserver 10.0.0.1" + std::string(tail) + "\nnameserver 10.0.0.2\n"),
+                  u"none [10.0.0.2]")
+            << tail;
+    }
 }
 
 TEST_F(ResolverSettingsKeys, NameTheIpv4ServersAmongTheFirstThree) {

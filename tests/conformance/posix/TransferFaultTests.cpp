@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "conformance/DatagramScene.h"
+#include "conformance/Provocation.h"
 #include "conformance/Scene.h"
 #include "support/posix/SystemCallFaults.h"
 
@@ -53,6 +54,17 @@ TEST_F(TransferFaultOfStreams, ASignalAfterTheTimeoutOfAnEmptyReceiveIsNoEnd) {
     const FailingCall interrupted(SystemCall::Poll, EINTR);
     EXPECT_TRUE(FailsWith(10060, Winsock::recv(pair.server.Get(), nullptr, 0, 0)));
     EXPECT_EQ(interrupted.Seen(), 1U);
+}
+
+TEST_F(TransferFaultOfStreams, AnErrorThatTheSystemDoesNotTellIsNone) {
+    Pair pair = NewConnectedPair();
+    pair.client.Close();
+    EXPECT_EQ(Receive(pair.server), "");
+    ASSERT_EQ(::shutdown(static_cast<int>(pair.server.Get()), SHUT_WR), 0);
+    AwaitEnd(pair.server.Get());
+    const FailingCall untold(SystemCall::Getsockopt, ENOBUFS, {.option = SO_ERROR});
+    EXPECT_EQ(Receive(pair.server), "");
+    EXPECT_EQ(untold.Seen(), 1U);
 }
 
 TEST_F(TransferFaultOfStreams, OfThisMachineIsToldAndIsNotTheEnd) {

@@ -19,6 +19,8 @@ constexpr Routers BothPackets = {.packet = true, .verbose = true};
 // Feeds addresses and ports as texts and counts how often it is asked to.
 class TextEndpoints final : public TraceEndpoints {
 public:
+    TextEndpoints() noexcept : TraceEndpoints(0) {}
+
     void FeedTo(VelResource::MessageFormatter& formatter) const override {
         ++feeds;
         formatter.AddNarrowText("::1").AddNarrowText("4711");

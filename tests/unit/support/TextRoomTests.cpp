@@ -45,6 +45,7 @@ TEST_F(TextRooms, AreGivenAwayOnce) {
     TextRoom room(16);
     const ReturnString first = room.HandOver("first");
     EXPECT_STREQ(room.HandOver("second").c_str(), "second");
+    EXPECT_STREQ(room.HandOver("").c_str(), "");
     EXPECT_STREQ(first.c_str(), "first");
 }
 
