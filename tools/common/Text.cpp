@@ -11,7 +11,7 @@ bool IsControl(char character) {
     return value < 0x20 || value == 0x7F;
 }
 
-std::string Escape(char character) {
+std::string HexEscape(char character) {
     return "\\x" + HexDigits(static_cast<unsigned char>(character));
 }
 
@@ -25,7 +25,7 @@ std::string ValidUtf8(const std::string& text) {
 std::string OneLine(std::string_view text) {
     std::string line;
     for (const char character : text) {
-        line += IsControl(character) ? Escape(character) : std::string(1, character);
+        line += IsControl(character) ? HexEscape(character) : std::string(1, character);
     }
     return line;
 }

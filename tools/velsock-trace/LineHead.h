@@ -31,6 +31,9 @@ bool ReadLogfmtLine(std::string_view line, TimeReader& times, std::string& scrat
 // "category":"Packet Trace","text":"TEXT"}, with the same liberties.
 bool ReadJsonLine(std::string_view line, TimeReader& times, std::string& scratch, LineHead& head);
 
+// Removes the prefix from the text; returns false if there is none.
+bool Take(std::string_view& text, std::string_view prefix) noexcept;
+
 // Reads a decimal number at the beginning of the text and removes it. Returns false if there is
 // none, or it has more than 64 bits.
 bool TakeNumber(std::string_view& text, std::uint64_t& number) noexcept;

@@ -11,12 +11,6 @@ constexpr std::string_view DataLabel = ", data: ";
 // What an int holds, as the library counts.
 constexpr std::uint64_t MostBytes = 0x7FFF'FFFF;
 
-bool Take(std::string_view& text, std::string_view prefix) noexcept {
-    if (!text.starts_with(prefix)) return false;
-    text.remove_prefix(prefix.size());
-    return true;
-}
-
 bool TakeEnds(std::string_view ends, Record& record) noexcept {
     record.ends = ends;
     return ends.ends_with(')') && ends.find(RemoteLabel) != std::string_view::npos;

@@ -50,7 +50,7 @@ std::string_view TakeUntil(std::string_view& text, std::string_view ends) noexce
     return word;
 }
 
-bool TakeCharacter(std::string_view& text, char character) noexcept {
+bool TakeAfterBlanks(std::string_view& text, char character) noexcept {
     SkipBlanks(text);
     if (!text.starts_with(character)) return false;
     text.remove_prefix(1);
@@ -84,18 +84,18 @@ bool ReadLogfmtLine(std::string_view line, TimeReader& times, std::string& scrat
 bool ReadJsonLine(std::string_view line, TimeReader& times, std::string& scratch, LineHead& head) {
     PrepareScratch(scratch, line);
     Members members{times, head};
-    if (!TakeCharacter(line, '{')) return false;
+    if (!TakeAfterBlanks(line, '{')) return false;
     do {
         SkipBlanks(line);
         if (!line.starts_with('"')) return false;
         const std::string_view key = TakeQuoted(line, scratch);
-        if (!TakeCharacter(line, ':')) return false;
+        if (!TakeAfterBlanks(line, ':')) return false;
         SkipBlanks(line);
         const std::string_view value =
             line.starts_with('"') ? TakeQuoted(line, scratch) : TakeUntil(line, ",} ");
         if (!members.Take(key, value)) return false;
-    } while (TakeCharacter(line, ','));
-    return members.AreThere() && (line.empty() || TakeCharacter(line, '}'));
+    } while (TakeAfterBlanks(line, ','));
+    return members.AreThere() && (line.empty() || TakeAfterBlanks(line, '}'));
 }
 
 }  // namespace VelSockTrace

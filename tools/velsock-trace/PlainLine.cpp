@@ -6,12 +6,6 @@ namespace VelSockTrace {
 
 namespace {
 
-bool Take(std::string_view& text, std::string_view prefix) noexcept {
-    if (!text.starts_with(prefix)) return false;
-    text.remove_prefix(prefix.size());
-    return true;
-}
-
 // "[4711:4712] #17 ", the mark optional.
 bool TakeProcess(std::string_view& text, LineHead& head) noexcept {
     std::uint64_t thread = 0;
@@ -22,6 +16,12 @@ bool TakeProcess(std::string_view& text, LineHead& head) noexcept {
 }
 
 }  // namespace
+
+bool Take(std::string_view& text, std::string_view prefix) noexcept {
+    if (!text.starts_with(prefix)) return false;
+    text.remove_prefix(prefix.size());
+    return true;
+}
 
 bool TakeNumber(std::string_view& text, std::uint64_t& number) noexcept {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);

@@ -13,7 +13,7 @@ namespace VelSockTools {
 
 namespace {
 
-[[noreturn]] void Fail(const std::string& path, int error) {
+[[noreturn]] void FailToRead(const std::string& path, int error) {
     throw Failure(ExitCode::LocalFailure,
                   "cannot read " + path + ": " + std::system_category().message(error));
 }
@@ -26,7 +26,7 @@ int DescriptorOf(std::intptr_t handle) noexcept {
 
 InputFile::InputFile(const std::string& path)
     : path_(path), handle_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (handle_ == -1) Fail(path, errno);
+    if (handle_ == -1) FailToRead(path, errno);
 }
 
 InputFile::~InputFile() {
@@ -40,7 +40,7 @@ std::size_t InputFile::Read(char* buffer, std::size_t size) {
             position_ += static_cast<std::uint64_t>(count);
             return static_cast<std::size_t>(count);
         }
-        if (errno != EINTR) Fail(path_, errno);
+        if (errno != EINTR) FailToRead(path_, errno);
     }
 }
 
@@ -54,7 +54,7 @@ bool InputFile::RestartIfTruncated() {
     struct stat state = {};
     if (::fstat(DescriptorOf(handle_), &state) != 0 || !S_ISREG(state.st_mode)) return false;
     if (static_cast<std::uint64_t>(state.st_size) >= position_) return false;
-    if (::lseek(DescriptorOf(handle_), 0, SEEK_SET) == -1) Fail(path_, errno);
+    if (::lseek(DescriptorOf(handle_), 0, SEEK_SET) == -1) FailToRead(path_, errno);
     position_ = 0;
     return true;
 }
