@@ -66,8 +66,13 @@ support_room_may_include() {
   [[ " ${room%%/*} $below " == *" ${2%%/*} "* ]]
 }
 
+# What libstdc++ 12 makes of these where there is no futex looks and goes to sleep in two steps: now and then, a thread
+# under Windows is not woken any more.
+forgets_wakeups() { [[ $1 != */posix/* && $2 =~ ^(barrier|latch|semaphore)$ ]]; }
+
 may_include() {
   local file=$1 header=$2
+  if forgets_wakeups "$file" "$header"; then return 1; fi
   is_standard "$header" || is_neighbour "$file" "$header" && return 0
   if is_of_system "$header"; then
     knows_system "$file"

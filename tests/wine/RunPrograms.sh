@@ -8,7 +8,7 @@ set -euo pipefail
 build=$(cd "$1" && pwd)
 shift
 export results=$build/test-results
-export patience=${VELSOCK_WINE_PATIENCE:-600} # seconds for a program
+export patience=${VELSOCK_WINE_PATIENCE:-300} # seconds for a program
 # Wine sometimes hangs, its own commands included, and then hears no polite request.
 export mercy=${VELSOCK_WINE_MERCY:-10} # seconds to end in when asked to
 
@@ -54,7 +54,7 @@ in_network_with_groups() {
 start() {
   local program=$1 command
   command=(timeout --kill-after="$mercy" "$patience" wine "$program.exe"
-    --gtest_brief=1 "--gtest_output=xml:../test-results/$program.xml")
+    "--gtest_output=xml:../test-results/$program.xml")
   if [[ $program =~ ^(loopback|companion|example)_tests$ ]] && in_own_network true; then
     in_network_with_groups "${command[@]}"
   else
@@ -70,19 +70,30 @@ reason_of() {
   esac
 }
 
+# the_test_within LOG: the one that began last, if it did not end.
+the_test_within() {
+  tr -d '\r' <"$1" |
+    awk '/^\[ RUN +\] / { test = ", in " $4 } /^\[ +(OK|FAILED|SKIPPED) +\] / { test = "" } END { printf "%s", test }'
+}
+
+# without_successes LOG
+without_successes() {
+  tr -d '\r' <"$1" | grep -vE '^\[ +(RUN|OK) +\] |^\[-+\]|^$'
+}
+
 # run PROGRAM: shows its output when it has ended. One that was aborted counts as a failed test.
 run() {
   local program=$1 status=0
   start "$program" </dev/null >"$results/$program.log" 2>&1 || status=$?
   if [ ! -s "$results/$program.xml" ]; then
-    echo "$program $(reason_of "$status")" >>"$results/$program.log"
+    echo "$program $(reason_of "$status")$(the_test_within "$results/$program.log")" >>"$results/$program.log"
     echo "<testsuite name=\"$program\" tests=\"1\" failures=\"1\">" >"$results/$program.xml"
     status=1
   fi
-  printf -- '--- %s\n%s\n' "$program" "$(cat "$results/$program.log")"
+  printf -- '--- %s\n%s\n' "$program" "$(without_successes "$results/$program.log")"
   return $((status != 0))
 }
-export -f in_own_network in_network_with_groups start reason_of run
+export -f in_own_network in_network_with_groups start reason_of the_test_within without_successes run
 
 if ! timeout --kill-after="$mercy" 300 wineboot --init >/dev/null 2>&1; then
   echo "Wine could not be set up within 300 seconds" >&2

@@ -26,8 +26,11 @@ put wineboot true
 TestAProgramThatEndsIsShown() {
   # shellcheck disable=SC2016  # for the program
   put wine 'for word; do case $word in --gtest_output=xml:*) echo "<testsuite tests=\"2\"/>" >"${word#*xml:}" ;; esac; done' \
-    'echo all is well'
-  "$run" "$build" unit_tests | grep -q 'all is well' || fail "it was not shown"
+    'printf "[ RUN      ] Cat.Purrs\r\n[       OK ] Cat.Purrs (1 ms)\r\n"' 'echo all is well'
+  local said
+  said=$("$run" "$build" unit_tests)
+  [[ $said == *"all is well"* ]] || fail "it was not shown: $said"
+  [[ $said != *Purrs* ]] || fail "each test is shown: $said"
   grep -q 'tests="2"' "$build/test-results/unit_tests.xml"
 }
 
@@ -45,8 +48,15 @@ TestAProgramThatIsAbortedHasFailed() {
 }
 
 TestAProgramThatHangsIsEnded() {
-  put wine 'exec sleep 100'
-  expect_failure 'unit_tests ran longer than its 1 seconds and was ended'
+  put wine 'printf "[ RUN      ] Cat.Purrs\r\n[       OK ] Cat.Purrs (1 ms)\r\n[ RUN      ] Cat.Sleeps\r\n"' \
+    'exec sleep 100'
+  expect_failure 'unit_tests ran longer than its 1 seconds and was ended, in Cat.Sleeps'
+}
+
+TestAProgramThatIsAbortedBetweenTestsNamesNone() {
+  put wine 'printf "[ RUN      ] Cat.Purrs\r\n[       OK ] Cat.Purrs (1 ms)\r\n"' 'exit 3'
+  expect_failure 'unit_tests did not come to its end (exit code 3)'
+  if grep 'in Cat' "$build/test-results/unit_tests.log"; then fail "it names a test that had ended"; fi
 }
 
 TestAProgramThatWillNotEndIsKilled() {

@@ -2,7 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <latch>
+#include <atomic>
+#include <cstddef>
 #include <thread>
 #include <vector>
 
@@ -26,11 +27,12 @@ TEST(OwnSocketNumber, ThreadsThatAskAtOnceGetTheSame) {
     for (int round = 0; round < 200; ++round) {
         const NumberedSocket socket;
         std::array<unsigned int, 4> numbers = {};
-        std::latch together(numbers.size());
+        std::atomic<std::size_t> missing = numbers.size();
         std::vector<std::jthread> threads;
         for (unsigned int& number : numbers) {
             threads.emplace_back([&] {
-                together.arrive_and_wait();
+                --missing;
+                while (missing != 0) std::this_thread::yield();
                 number = socket.ConnectionNumber();
             });
         }
