@@ -36,3 +36,12 @@ endif()
 if(VELSOCK_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+
+# velsock_precompile(TARGET): most of what a small source takes to compile goes into these headers. Where they are not
+# precompiled, as in what is shipped, a source must include them itself.
+function(velsock_precompile target)
+  if(VELSOCK_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <charconv> <chrono> <memory> <mutex> <optional> <span> <string> <string_view> <vector>)
+  endif()
+endfunction()

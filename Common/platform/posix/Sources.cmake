@@ -73,7 +73,9 @@ function(velsock_optimize_transfers)
   set_source_files_properties(
     Socket/Socket/StreamTransfer.cpp platform/posix/transfer/Transfer.cpp
     DIRECTORY ${PROJECT_SOURCE_DIR}/Common
-    PROPERTIES COMPILE_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:${fast}>;-fno-stack-protector")
+    PROPERTIES
+      COMPILE_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:${fast}>;-fno-stack-protector"
+      SKIP_PRECOMPILE_HEADERS ON)
   set_source_files_properties(
     Socket/Socket/TransferOutcome.cpp
     DIRECTORY ${PROJECT_SOURCE_DIR}/Common
@@ -140,6 +142,11 @@ function(velsock_balance_size_and_speed module)
     APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-O2;${dense}>")
   set_property(SOURCE ${loop_sources} DIRECTORY ${PROJECT_SOURCE_DIR}/Common
     APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-O3;${dense}>")
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    # Precompiled for size, headers are of no use for these.
+    set_property(SOURCE ${frequent_sources} ${loop_sources} DIRECTORY ${PROJECT_SOURCE_DIR}/Common
+      PROPERTY SKIP_PRECOMPILE_HEADERS ON)
+  endif()
 endfunction()
 
 # What the loader has to do. The module's own symbols are bound while it is linked: nothing of it is meant to be
