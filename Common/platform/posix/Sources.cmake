@@ -142,11 +142,6 @@ function(velsock_balance_size_and_speed module)
     APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-O2;${dense}>")
   set_property(SOURCE ${loop_sources} DIRECTORY ${PROJECT_SOURCE_DIR}/Common
     APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-O3;${dense}>")
-  if(CMAKE_BUILD_TYPE STREQUAL "Release")
-    # Precompiled for size, headers are of no use for these.
-    set_property(SOURCE ${frequent_sources} ${loop_sources} DIRECTORY ${PROJECT_SOURCE_DIR}/Common
-      PROPERTY SKIP_PRECOMPILE_HEADERS ON)
-  endif()
 endfunction()
 
 # What the loader has to do. The module's own symbols are bound while it is linked: nothing of it is meant to be

@@ -32,7 +32,8 @@ TEST(OwnSocketNumber, ThreadsThatAskAtOnceGetTheSame) {
         for (unsigned int& number : numbers) {
             threads.emplace_back([&] {
                 --missing;
-                while (missing != 0) std::this_thread::yield();
+                while (missing != 0)
+                    std::this_thread::yield();
                 number = socket.ConnectionNumber();
             });
         }

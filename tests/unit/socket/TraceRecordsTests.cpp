@@ -1,6 +1,7 @@
 #include <Socket/TraceRecords.h>
 
 #include <algorithm>
+#include <new>
 
 #include "SocketFixture.h"
 
@@ -228,6 +229,16 @@ TEST_F(TraceRecords, OfConnectionsAskForNoEndpointsWithoutTheirRouter) {
     TryWriteConnectionRecord(ConnectedFormat, makeEndpoints);
     EXPECT_EQ(questions, 1);
     EXPECT_EQ(FormatterRequests(), 1);
+}
+
+// What they report has succeeded already.
+TEST_F(TraceRecords, AreLostWithoutMemoryAndNothingElseIs) {
+    const auto noMemory = []() -> TextEndpoints { throw std::bad_alloc(); };
+    Switch({.connection = true, .packet = true});
+    TryWriteConnectionRecord(ConnectedFormat, noMemory);
+    EXPECT_EQ(TryWriteTransferRecords(SentFormats, "abc", 3, noMemory), 3);
+    EXPECT_EQ(FormatterRequests(), 0);
+    ExpectRecords({});
 }
 
 TEST_F(TraceRecords, FormatsAreQuotedAsTheyStand) {
