@@ -13,6 +13,8 @@ trap 'rm -rf "$scratch"' EXIT
 
 strip -o "$scratch/module" "$module"
 echo "module $subject bytes $(stat -L -c %s "$scratch/module")"
-valgrind --quiet --tool=callgrind --callgrind-out-file="$scratch/profile" --collect-atstart=no \
-  "$loader" "$scratch/module"
+# The loader's work depends on how long names and the environment are, and thereby where they end.
+cp "$loader" "$scratch/loader"
+env -i "$(command -v valgrind)" --quiet --tool=callgrind --callgrind-out-file="$scratch/profile" --collect-atstart=no \
+  "$scratch/loader" "$scratch/module"
 awk -v subject="$subject" '/^totals:/ { print "load", subject, "instructions", $2 }' "$scratch/profile"
