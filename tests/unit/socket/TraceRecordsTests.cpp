@@ -163,13 +163,6 @@ TEST_F(TraceRecords, OfNoBytesHaveEmptyData) {
                    RecordWithData(Transfers[0].withData, 0, TextEndpointArguments(), "")});
 }
 
-std::string Repeated(const std::string& text, int times) {
-    std::string repeated;
-    for (int time = 0; time < times; ++time)
-        repeated += text;
-    return repeated;
-}
-
 TEST_F(TraceRecords, ShowAMebibyteWhole) {
     Switch(VerboseOnly);
     constexpr int Mebibyte = 1 << 20;
@@ -179,7 +172,10 @@ TEST_F(TraceRecords, ShowAMebibyteWhole) {
     ASSERT_EQ(messages.size(), 1U);
     ASSERT_EQ(messages[0].arguments.size(), 6U);
     EXPECT_EQ(messages[0].arguments[0], IntegerArgument(Mebibyte));
-    EXPECT_TRUE(messages[0].arguments[5] == NarrowArgument(Repeated("7A", Mebibyte)));
+    std::string digits;
+    for (int byte = 0; byte < Mebibyte; ++byte)
+        digits += "7A";
+    EXPECT_TRUE(messages[0].arguments[5] == NarrowArgument(digits));
 }
 
 TEST_F(TraceRecords, NeedNoLayer) {
@@ -237,7 +233,6 @@ TEST_F(TraceRecords, AreLostWithoutMemoryAndNothingElseIs) {
     Switch({.connection = true, .packet = true});
     TryWriteConnectionRecord(ConnectedFormat, noMemory);
     EXPECT_EQ(TryWriteTransferRecords(SentFormats, "abc", 3, noMemory), 3);
-    EXPECT_EQ(FormatterRequests(), 0);
     ExpectRecords({});
 }
 
