@@ -18,8 +18,8 @@ elseif(VELSOCK_SANITIZE_THREADS)
   set(VELSOCK_LEFT_OUT_TESTS SystemSleep.IsNotCutShortBySignals)
 endif()
 
-# Lists the program's tests with CTest, or the program as a whole, since each start costs more than most tests: with the
-# sanitizers here, and for another system there.
+# Lists the program's tests with CTest. Where a start costs more than most tests, all of a program's run in one process:
+# under the sanitizers, and on another system, where wine/RunPrograms.sh starts it.
 function(velsock_list_tests name prefix)
   if(CMAKE_CROSSCOMPILING)
     set_property(GLOBAL APPEND PROPERTY VELSOCK_TEST_PROGRAMS ${name})
